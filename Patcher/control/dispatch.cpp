@@ -1,0 +1,178 @@
+#include "control/dispatch.h"
+
+#include <exception>
+#include <memory>
+#include <system_error>
+
+#include "control/page_messages.h"
+#include "platform/text.h"
+#include "shared/program.h"
+
+namespace patcher {
+namespace {
+
+constexpr char kThreadFailure[] = "Impossible de demarrer l'operation.";
+
+std::filesystem::path SettingsPath() { return ExeDir() / "ostu.ini"; }
+
+template <typename Payload>
+std::unique_ptr<Payload> TakePayload(const UiEvent& event) {
+  return std::unique_ptr<Payload>(reinterpret_cast<Payload*>(event.lParam));
+}
+
+}  // namespace
+
+struct Dispatcher::Action {
+  std::string_view name;
+  void (Dispatcher::*handler)(const MiniJson::Value& request);
+};
+
+const Dispatcher::Action Dispatcher::kActions[] = {
+    {"play", &Dispatcher::Play},
+    {"cancel", &Dispatcher::Cancel},
+    {"verify", &Dispatcher::Verify},
+    {"repair", &Dispatcher::Repair},
+    {"getNews", &Dispatcher::GetNews},
+    {"openUrl", &Dispatcher::OpenUrl},
+    {"windowDrag", &Dispatcher::WindowDrag},
+    {"windowMinimize", &Dispatcher::WindowMinimize},
+    {"windowMaximize", &Dispatcher::WindowMaximize},
+    {"windowClose", &Dispatcher::WindowClose},
+    {"getOptions", &Dispatcher::GetOptions},
+    {"saveOptions", &Dispatcher::SaveOptions},
+};
+
+Dispatcher::Dispatcher(HostOperations& host, OperationTable operations)
+    : host_(host), operations_(std::move(operations)) {}
+
+void Dispatcher::DispatchPageMessage(std::u16string_view text) {
+  try {
+    const std::string narrow = platform::WideToUtf8(text);
+    std::size_t position = 0;
+    const MiniJson::Value request = MiniJson::Parse(narrow, position);
+    const MiniJson::Value* member = request.Find("action");
+    const std::string name = member != nullptr ? member->AsString("") : "";
+    for (const Action& action : kActions) {
+      if (action.name == name) {
+        (this->*action.handler)(request);
+        return;
+      }
+    }
+  } catch (const std::exception&) {
+    // A bad request is silence.
+  }
+}
+
+void Dispatcher::Play(const MiniJson::Value&) {
+  if (!canPlay_ || !operations_.launchClient) return;
+  operations_.launchClient();
+  host_.EndMessageLoop();
+}
+
+void Dispatcher::Cancel(const MiniJson::Value&) { host_.EndMessageLoop(); }
+
+void Dispatcher::Verify(const MiniJson::Value&) { StartCheckWorker(false); }
+
+void Dispatcher::Repair(const MiniJson::Value&) { StartCheckWorker(true); }
+
+void Dispatcher::GetNews(const MiniJson::Value&) {
+  if (!operations_.fetchNews) return;
+  host_.StartThread([this] { operations_.fetchNews(host_); });
+}
+
+void Dispatcher::OpenUrl(const MiniJson::Value& request) {
+  const MiniJson::Value* url = request.Find("url");
+  if (url == nullptr || !operations_.openExternalUrl) return;
+  operations_.openExternalUrl(platform::Utf8ToWide(url->AsString("")));
+}
+
+void Dispatcher::WindowDrag(const MiniJson::Value&) { host_.StartDragging(); }
+
+void Dispatcher::WindowMinimize(const MiniJson::Value&) { host_.Minimize(); }
+
+void Dispatcher::WindowMaximize(const MiniJson::Value&) { host_.ToggleMaximize(); }
+
+void Dispatcher::WindowClose(const MiniJson::Value&) { host_.AskToClose(); }
+
+void Dispatcher::GetOptions(const MiniJson::Value&) { PushOptions(); }
+
+void Dispatcher::SaveOptions(const MiniJson::Value& request) {
+  if (!operations_.saveOptions) return;
+  const MiniJson::Value* values = request.Find("values");
+  const bool ok = values != nullptr && operations_.saveOptions(SettingsPath(), *values);
+  host_.SendToPage(BuildOptionsSavedMessage(ok));
+  if (ok) PushOptions();
+}
+
+void Dispatcher::PushOptions() {
+  if (operations_.buildOptionsMessage) host_.SendToPage(operations_.buildOptionsMessage(SettingsPath()));
+}
+
+void Dispatcher::StartCheckWorker(bool repair) {
+  if (!operations_.runCheckOperation) return;
+  if (!guard_.TryTake()) {
+    PostStatus(host_, "Une operation est deja en cours.");
+    return;
+  }
+  auto lease = std::make_shared<OperationLease>(guard_);
+  try {
+    host_.StartThread([this, repair, lease = std::move(lease)] { operations_.runCheckOperation(host_, repair); });
+  } catch (const std::system_error&) {
+    PostNarrowJson(host_, BuildCheckErrorMessage(repair ? "repair" : "verify", "serveur injoignable"));
+    PostReady(host_, operations_.clientExists && operations_.clientExists());
+  }
+}
+
+void Dispatcher::StartUpdateWorker() {
+  if (!operations_.runUpdate || !guard_.TryTake()) return;
+  auto lease = std::make_shared<OperationLease>(guard_);
+  try {
+    host_.StartThread([this, lease = std::move(lease)] { operations_.runUpdate(host_); });
+  } catch (const std::system_error&) {
+    PostStatus(host_, kThreadFailure);
+    PostReady(host_, operations_.clientExists && operations_.clientExists());
+  }
+}
+
+void Dispatcher::NavigationCompleted() {
+  try {
+    PushOptions();
+  } catch (const std::exception&) {
+    // The page keeps its empty form; the run must start all the same.
+  }
+  StartUpdateWorker();
+}
+
+void Dispatcher::HandleUiEvent(const UiEvent& event) {
+  switch (static_cast<UiEventKind>(event.number)) {
+    case UiEventKind::UiStatus:
+      host_.SendToPage(BuildStatusMessage(*TakePayload<std::string>(event)));
+      break;
+    case UiEventKind::UiProgress:
+      host_.SendToPage(BuildProgressMessage(*TakePayload<ProgressReport>(event)));
+      break;
+    case UiEventKind::UiReady:
+      canPlay_ = event.wParam == 1;
+      host_.SendToPage(BuildReadyMessage(canPlay_));
+      break;
+    case UiEventKind::UiSelfUpdate:
+      if (operations_.selfUpdateSwap) operations_.selfUpdateSwap();
+      host_.EndMessageLoop();
+      break;
+    case UiEventKind::UiVersions:
+      host_.SendToPage(BuildVersionsMessage(static_cast<std::int32_t>(event.wParam),
+                                            static_cast<std::int32_t>(event.lParam)));
+      break;
+    case UiEventKind::UiServer:
+      host_.SendToPage(BuildServerMessage(event.wParam != 0));
+      break;
+    case UiEventKind::UiNarrowJson:
+      host_.SendToPage(platform::Utf8ToWide(*TakePayload<std::string>(event)));
+      break;
+    case UiEventKind::UiWideJson:
+      host_.SendToPage(*TakePayload<std::u16string>(event));
+      break;
+  }
+}
+
+}  // namespace patcher

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "control/host.h"
+#include "control/operation_guard.h"
+#include "minijson/minijson.h"
+
+namespace patcher {
+
+/// The operations that requests of the page start, filled at start. An empty entry makes its action do nothing.
+struct OperationTable {
+  std::function<void(HostWindow&)> runUpdate;                             ///< on the update worker
+  std::function<void(HostWindow&, bool repair)> runCheckOperation;        ///< on a check worker
+  std::function<void(HostWindow&)> fetchNews;                             ///< on a news worker
+  std::function<void()> launchClient;                                     ///< main thread
+  std::function<void(const std::u16string&)> openExternalUrl;             ///< main thread
+  std::function<std::u16string(const std::filesystem::path&)> buildOptionsMessage;  ///< main thread
+  std::function<bool(const std::filesystem::path&, const MiniJson::Value&)> saveOptions;  ///< main thread
+  std::function<void()> selfUpdateSwap;                                   ///< main thread
+  std::function<bool()> clientExists;                                     ///< any thread
+};
+
+/// Takes requests from the page, admits long operations, starts workers and turns their events into messages. Main
+/// thread only; it outlives every worker.
+class Dispatcher {
+ public:
+  Dispatcher(HostOperations& host, OperationTable operations);
+
+  /// Carries out one request. Never raises and never answers a bad request.
+  void DispatchPageMessage(std::u16string_view text);
+
+  /// Turns one posted event into its message for the page, and frees its payload.
+  void HandleUiEvent(const UiEvent& event);
+
+  /// What a completed navigation does: sends the options and starts the update run, unless an operation is running.
+  void NavigationCompleted();
+
+ private:
+  struct Action;
+  static const Action kActions[];
+
+  void Play(const MiniJson::Value& request);
+  void Cancel(const MiniJson::Value& request);
+  void Verify(const MiniJson::Value& request);
+  void Repair(const MiniJson::Value& request);
+  void GetNews(const MiniJson::Value& request);
+  void OpenUrl(const MiniJson::Value& request);
+  void WindowDrag(const MiniJson::Value& request);
+  void WindowMinimize(const MiniJson::Value& request);
+  void WindowMaximize(const MiniJson::Value& request);
+  void WindowClose(const MiniJson::Value& request);
+  void GetOptions(const MiniJson::Value& request);
+  void SaveOptions(const MiniJson::Value& request);
+
+  void StartUpdateWorker();
+  void StartCheckWorker(bool repair);
+  void PushOptions();
+
+  HostOperations& host_;
+  const OperationTable operations_;
+  OperationGuard guard_;
+  bool canPlay_ = false;
+};
+
+}  // namespace patcher

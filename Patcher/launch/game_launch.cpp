@@ -1,0 +1,31 @@
+#include "launch/game_launch.h"
+
+#include <system_error>
+
+#include "platform/process.h"
+#include "shared/program.h"
+
+namespace patcher {
+namespace {
+
+/// What the client expects of whoever starts it.
+constexpr char kClientToken[] = "quantel";
+
+}  // namespace
+
+std::filesystem::path ClientPath() { return ExeDir() / "Tolmira.exe"; }
+
+bool ClientExists() {
+  std::error_code error;
+  return std::filesystem::exists(ClientPath(), error);
+}
+
+void LaunchClient(const ErrorBox& showErrorBox) {
+  const int error = platform::StartProgram(ClientPath(), {kClientToken}, ExeDir());
+  if (error == 0) return;
+  showErrorBox(error == platform::kErrorBadExeFormat ? u"Tolmira necessite Windows 64 bits."
+                                                     : u"Impossible de lancer le client",
+               BuildWindowTitle());
+}
+
+}  // namespace patcher

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+/// Synchronous HTTP, cut to GET requests whose body the caller pulls. Redirects are followed, never from https
+/// to http; the system's certificates and proxy settings hold; a connection that is not made in 60 s and a
+/// transfer that brings nothing for 30 s fail. Error numbers are those of the system's HTTP library (WinHTTP or
+/// libcurl) and only serve the debug log; the two halves do not share them.
+namespace platform {
+
+struct ServerAddress {
+  bool secure = false;      ///< https
+  std::string host;         ///< UTF-8, at most 255 characters; an IPv6 address keeps its brackets
+  std::uint16_t port = 0;   ///< the scheme's default if the URL names none
+};
+
+/// Scheme, host and port of an http or https URL; anything behind them is ignored. Nothing for any other text.
+std::optional<ServerAddress> CrackUrl(const std::string& url);
+
+class HttpConnection;
+
+/// A client with one user agent. Finished connections are kept and used again by later requests, on any thread.
+class HttpClient {
+ public:
+  HttpClient();
+  ~HttpClient();
+  HttpClient(HttpClient&&) noexcept;
+  HttpClient& operator=(HttpClient&&) noexcept;
+
+  /// False if the system gives no client. Called once.
+  bool Open(const std::string& userAgent);
+  /// Parallel connections allowed to one server. A wish: failure is not reported.
+  void SetMaxConnectionsPerServer(std::uint32_t count);
+
+  struct Impl;
+
+ private:
+  friend class HttpConnection;
+  std::unique_ptr<Impl> impl_;
+};
+
+/// One server as seen by one client. Holds no network connection by itself. The client outlives it.
+class HttpConnection {
+ public:
+  HttpConnection();
+  ~HttpConnection();
+  HttpConnection(HttpConnection&&) noexcept;
+  HttpConnection& operator=(HttpConnection&&) noexcept;
+
+  /// False if the object cannot be made. No network work.
+  bool Open(HttpClient& client, const ServerAddress& server);
+
+  struct Impl;
+
+ private:
+  friend class HttpRequest;
+  std::unique_ptr<Impl> impl_;
+};
+
+/// One GET. Belongs to one thread at a time; many may be open on one connection. The connection outlives it.
+/// The steps are called in this order: Open, Send, ReceiveResponse, Status, then QueryDataAvailable and ReadData
+/// in turns. Each returns 0 for success, else the error number.
+class HttpRequest {
+ public:
+  HttpRequest();
+  ~HttpRequest();
+  HttpRequest(HttpRequest&&) noexcept;
+  HttpRequest& operator=(HttpRequest&&) noexcept;
+
+  /// `encodedPath` starts with a slash and is sent as it stands.
+  std::uint32_t Open(HttpConnection& connection, const std::string& encodedPath);
+  /// Where a server that is down first fails.
+  std::uint32_t Send();
+  /// Returns when the final response's headers are in, redirects followed.
+  std::uint32_t ReceiveResponse();
+  /// Status code of that response; 0 if there is none.
+  std::uint32_t Status();
+  /// Blocks until bytes of the body can be read; `available` 0 is the end of the body. A body that ends before
+  /// its announced length is an error on Linux; Windows may report it as an end.
+  std::uint32_t QueryDataAvailable(std::uint32_t& available);
+  /// Reads at most `size` bytes; `read` is never above it.
+  std::uint32_t ReadData(void* buffer, std::uint32_t size, std::uint32_t& read);
+
+  struct Impl;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace platform

@@ -1,0 +1,70 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A file descriptor.
+class File {
+ public:
+  File(const fs::path& file, int flags) : descriptor_(open(file.c_str(), flags | O_CLOEXEC)) {}
+  ~File() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  int Get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+int MoveByCopy(const fs::path& source, const fs::path& target) {
+  fs::path beside = target;
+  beside += ".part";
+  if (beside == source) return EXDEV;
+  std::error_code error;
+  fs::copy_file(source, beside, fs::copy_options::overwrite_existing, error);
+  if (!error) fs::rename(beside, target, error);
+  std::error_code ignored;
+  fs::remove(error ? beside : source, ignored);
+  return error.value();
+}
+
+}  // namespace
+
+ExclusiveWrite ProbeExclusiveWrite(const fs::path& file) {
+  const File probe(file, O_WRONLY | O_NONBLOCK);
+  if (probe.Get() >= 0) return ExclusiveWrite::kPossible;
+  switch (errno) {
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EISDIR:
+      return ExclusiveWrite::kRefused;
+    default:
+      return ExclusiveWrite::kUnknown;
+  }
+}
+
+int MoveReplacing(const fs::path& source, const fs::path& target, bool copyAcrossVolumes) {
+  if (rename(source.c_str(), target.c_str()) == 0) return 0;
+  const int error = errno;
+  return error == EXDEV && copyAcrossVolumes ? MoveByCopy(source, target) : error;
+}
+
+int FlushToDisk(const fs::path& file) {
+  const File opened(file, O_RDONLY);
+  if (opened.Get() < 0 || fsync(opened.Get()) != 0) return errno;
+  return 0;
+}
+
+}  // namespace platform

@@ -1,0 +1,299 @@
+#include "platform/http.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace platform {
+namespace {
+
+constexpr std::size_t kMaxHostLength = 255;
+constexpr long kConnectSeconds = 60;
+constexpr std::chrono::seconds kSilence{30};
+constexpr long kReceiveBuffer = 128 * 1024;
+/// Bytes that may wait for the caller before the transfer is paused.
+constexpr std::size_t kMaxPending = 512 * 1024;
+
+struct UrlDeleter {
+  void operator()(CURLU* url) const { curl_url_cleanup(url); }
+};
+
+std::optional<std::string> UrlPart(CURLU* url, CURLUPart part, unsigned flags = 0) {
+  char* text = nullptr;
+  if (curl_url_get(url, part, &text, flags) != CURLUE_OK) return std::nullopt;
+  std::string copy(text);
+  curl_free(text);
+  return copy;
+}
+
+/// One transfer engine. Its connection cache is what makes connections live on from request to request: whoever takes
+/// the engine next finds the connection open.
+struct Engine {
+  CURLM* multi = curl_multi_init();
+  CURL* easy = curl_easy_init();
+
+  Engine() = default;
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+  ~Engine() {
+    if (multi != nullptr && easy != nullptr) curl_multi_remove_handle(multi, easy);
+    curl_easy_cleanup(easy);
+    curl_multi_cleanup(multi);
+  }
+  bool IsWhole() const { return multi != nullptr && easy != nullptr; }
+};
+
+/// The library's process-wide set-up; thread-safe by the rules of static initialisation, and never undone.
+void InitialiseLibrary() {
+  static const CURLcode done = curl_global_init(CURL_GLOBAL_DEFAULT);
+  static_cast<void>(done);
+}
+
+}  // namespace
+
+std::optional<ServerAddress> CrackUrl(const std::string& text) {
+  InitialiseLibrary();
+  const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
+  if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) return std::nullopt;
+  const auto scheme = UrlPart(url.get(), CURLUPART_SCHEME);
+  const auto host = UrlPart(url.get(), CURLUPART_HOST);
+  const auto port = UrlPart(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT);
+  if (!scheme || (*scheme != "http" && *scheme != "https") || !port) return std::nullopt;
+  if (!host || host->empty() || host->size() > kMaxHostLength) return std::nullopt;
+  return ServerAddress{*scheme == "https", *host, static_cast<std::uint16_t>(std::stoul(*port))};
+}
+
+struct HttpClient::Impl {
+  std::string userAgent;
+  std::mutex lock;  // guards `idle`
+  std::vector<std::unique_ptr<Engine>> idle;
+
+  std::unique_ptr<Engine> Take() {
+    {
+      std::lock_guard guard(lock);
+      if (!idle.empty()) {
+        // The one used last has the freshest connection.
+        auto engine = std::move(idle.back());
+        idle.pop_back();
+        return engine;
+      }
+    }
+    return std::make_unique<Engine>();
+  }
+
+  void GiveBack(std::unique_ptr<Engine> engine) {
+    std::lock_guard guard(lock);
+    idle.push_back(std::move(engine));
+  }
+};
+
+HttpClient::HttpClient() = default;
+HttpClient::~HttpClient() = default;
+HttpClient::HttpClient(HttpClient&&) noexcept = default;
+HttpClient& HttpClient::operator=(HttpClient&&) noexcept = default;
+
+bool HttpClient::Open(const std::string& userAgent) {
+  InitialiseLibrary();
+  impl_ = std::make_unique<Impl>();
+  impl_->userAgent = userAgent;
+  return true;
+}
+
+// Every request has an engine and thus a connection of its own: there is no limit to raise.
+void HttpClient::SetMaxConnectionsPerServer(std::uint32_t) {}
+
+struct HttpConnection::Impl {
+  HttpClient::Impl& client;
+  bool secure;
+  std::string origin;  // scheme, host and port
+};
+
+HttpConnection::HttpConnection() = default;
+HttpConnection::~HttpConnection() = default;
+HttpConnection::HttpConnection(HttpConnection&&) noexcept = default;
+HttpConnection& HttpConnection::operator=(HttpConnection&&) noexcept = default;
+
+bool HttpConnection::Open(HttpClient& client, const ServerAddress& server) {
+  if (!client.impl_) return false;
+  const std::string scheme = server.secure ? "https://" : "http://";
+  impl_ = std::unique_ptr<Impl>(
+      new Impl{*client.impl_, server.secure, scheme + server.host + ":" + std::to_string(server.port)});
+  return true;
+}
+
+struct HttpRequest::Impl {
+  explicit Impl(HttpConnection::Impl& from) : client(from.client), engine(client.Take()) {}
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
+
+  ~Impl() {
+    if (!engine->IsWhole()) return;
+    // Removing an unfinished transfer closes its connection; a finished one stays open in the engine's cache.
+    curl_multi_remove_handle(engine->multi, engine->easy);
+    curl_easy_reset(engine->easy);
+    client.GiveBack(std::move(engine));
+  }
+
+  HttpClient::Impl& client;
+  std::unique_ptr<Engine> engine;
+  std::vector<char> pending;  // received, not yet read
+  std::size_t consumed = 0;   // bytes of `pending` that were read
+  bool paused = false;
+  bool headersDone = false;
+  bool redirecting = false;
+  bool done = false;
+  CURLcode result = CURLE_OK;
+  std::chrono::steady_clock::time_point lastByte = std::chrono::steady_clock::now();
+
+  std::size_t Available() const { return pending.size() - consumed; }
+
+  void NoteActivity() { lastByte = std::chrono::steady_clock::now(); }
+
+  static std::size_t OnBody(char* data, std::size_t, std::size_t size, void* self) {
+    auto& request = *static_cast<Impl*>(self);
+    if (request.Available() + size > kMaxPending) {
+      request.paused = true;
+      return CURL_WRITEFUNC_PAUSE;
+    }
+    request.headersDone = true;
+    request.NoteActivity();
+    if (request.consumed == request.pending.size()) {
+      request.pending.clear();
+      request.consumed = 0;
+    }
+    request.pending.insert(request.pending.end(), data, data + size);
+    return size;
+  }
+
+  static std::size_t OnHeader(char* data, std::size_t, std::size_t size, void* self) {
+    auto& request = *static_cast<Impl*>(self);
+    request.NoteActivity();
+    const std::string_view line(data, size);
+    if (line.starts_with("HTTP/")) {
+      request.redirecting = false;
+    } else if (size > 9 && strncasecmp(data, "location:", 9) == 0) {
+      request.redirecting = true;
+    } else if (line == "\r\n" || line == "\n") {
+      const std::uint32_t status = request.Code();
+      const bool followed = request.redirecting && status >= 300 && status < 400;
+      if (status >= 200 && !followed) request.headersDone = true;
+    }
+    return size;
+  }
+
+  std::uint32_t Code() const {
+    long code = 0;
+    curl_easy_getinfo(engine->easy, CURLINFO_RESPONSE_CODE, &code);
+    return static_cast<std::uint32_t>(code);
+  }
+
+  void SetOptions(const HttpConnection::Impl& connection, const std::string& encodedPath) {
+    CURL* easy = engine->easy;
+    curl_easy_setopt(easy, CURLOPT_URL, (connection.origin + encodedPath).c_str());
+    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(easy, CURLOPT_USERAGENT, client.userAgent.c_str());
+    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 10L);
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, connection.secure ? "https" : "http,https");
+    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
+    curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReceiveBuffer);
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Impl::OnBody);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Impl::OnHeader);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+  }
+
+  /// Lets the transfer go on until `enough` says so or it is done.
+  template <typename Condition>
+  CURLcode Drive(Condition enough) {
+    while (!enough() && !done) {
+      int running = 0;
+      if (curl_multi_perform(engine->multi, &running) != CURLM_OK) return Finish(CURLE_RECV_ERROR);
+      int left = 0;
+      while (const CURLMsg* message = curl_multi_info_read(engine->multi, &left)) {
+        if (message->msg == CURLMSG_DONE) Finish(message->data.result);
+      }
+      if (enough() || done) break;
+      if (IsSilent()) return Finish(CURLE_OPERATION_TIMEDOUT);
+      curl_multi_poll(engine->multi, nullptr, 0, 1000, nullptr);
+    }
+    return result;
+  }
+
+  /// Whether a made connection has brought nothing for too long; making one has its own limit.
+  bool IsSilent() const {
+    curl_off_t connected = 0;
+    curl_easy_getinfo(engine->easy, CURLINFO_PRETRANSFER_TIME_T, &connected);
+    const auto limit = connected > 0 ? kSilence : kSilence + std::chrono::seconds(kConnectSeconds);
+    return std::chrono::steady_clock::now() - lastByte > limit;
+  }
+
+  CURLcode Finish(CURLcode code) {
+    done = true;
+    result = code;
+    return code;
+  }
+};
+
+HttpRequest::HttpRequest() = default;
+HttpRequest::~HttpRequest() = default;
+HttpRequest::HttpRequest(HttpRequest&&) noexcept = default;
+HttpRequest& HttpRequest::operator=(HttpRequest&&) noexcept = default;
+
+std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& encodedPath) {
+  if (!connection.impl_) return CURLE_FAILED_INIT;
+  auto request = std::make_unique<Impl>(*connection.impl_);
+  if (!request->engine->IsWhole()) return CURLE_FAILED_INIT;
+  request->SetOptions(*connection.impl_, encodedPath);
+  impl_ = std::move(request);
+  return 0;
+}
+
+std::uint32_t HttpRequest::Send() {
+  impl_->NoteActivity();
+  if (curl_multi_add_handle(impl_->engine->multi, impl_->engine->easy) != CURLM_OK) return CURLE_FAILED_INIT;
+  // The request is on its way as soon as the connection stands; anything that failed by then failed to be sent.
+  return impl_->Drive([this] {
+    curl_off_t sent = 0;
+    curl_easy_getinfo(impl_->engine->easy, CURLINFO_PRETRANSFER_TIME_T, &sent);
+    return sent > 0 || impl_->headersDone;
+  });
+}
+
+std::uint32_t HttpRequest::ReceiveResponse() {
+  const CURLcode error = impl_->Drive([this] { return impl_->headersDone; });
+  // A body that broke after the headers is the reader's matter.
+  return impl_->headersDone ? 0 : error;
+}
+
+std::uint32_t HttpRequest::Status() { return impl_->Code(); }
+
+std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
+  available = 0;
+  if (impl_->Available() == 0 && impl_->paused) {
+    impl_->paused = false;
+    curl_easy_pause(impl_->engine->easy, CURLPAUSE_CONT);
+  }
+  const CURLcode error = impl_->Drive([this] { return impl_->Available() > 0; });
+  available = static_cast<std::uint32_t>(impl_->Available());
+  return available > 0 ? 0 : error;
+}
+
+std::uint32_t HttpRequest::ReadData(void* buffer, std::uint32_t size, std::uint32_t& read) {
+  read = static_cast<std::uint32_t>(std::min<std::size_t>(size, impl_->Available()));
+  std::memcpy(buffer, impl_->pending.data() + impl_->consumed, read);
+  impl_->consumed += read;
+  return 0;
+}
+
+}  // namespace platform

@@ -1,0 +1,50 @@
+#include "platform/message_queue.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <optional>
+
+namespace platform {
+
+struct MessageQueue::Impl {
+  Handler handler;
+  std::optional<int> exitCode;  // the queue's own thread only
+  std::mutex lock;              // guards `messages`
+  std::condition_variable arrived;
+  std::deque<QueueMessage> messages;
+
+  QueueMessage Next() {
+    std::unique_lock guard(lock);
+    arrived.wait(guard, [this] { return !messages.empty(); });
+    const QueueMessage message = messages.front();
+    messages.pop_front();
+    return message;
+  }
+};
+
+MessageQueue::MessageQueue(Handler handler) : impl_(std::make_unique<Impl>()) { impl_->handler = std::move(handler); }
+
+MessageQueue::~MessageQueue() = default;
+
+bool MessageQueue::Post(const QueueMessage& message) noexcept {
+  try {
+    {
+      std::lock_guard guard(impl_->lock);
+      impl_->messages.push_back(message);
+    }
+    impl_->arrived.notify_one();
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+int MessageQueue::Run() {
+  while (!impl_->exitCode) impl_->handler(impl_->Next());
+  return *impl_->exitCode;
+}
+
+void MessageQueue::Quit(int code) { impl_->exitCode = code; }
+
+}  // namespace platform

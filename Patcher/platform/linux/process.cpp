@@ -1,0 +1,99 @@
+#include "platform/process.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+#include "platform/standard_streams.h"
+#include "platform/text.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool IsWindowsProgram(const fs::path& file) {
+  char magic[2] = {};
+  std::ifstream(file, std::ios::binary).read(magic, sizeof magic);
+  return magic[0] == 'M' && magic[1] == 'Z';
+}
+
+/// In the grandchild: becomes the program, or tells why not through `report`.
+[[noreturn]] void BecomeProgram(char* const* argv, const char* directory, int report) {
+  int error = 0;
+  if (chdir(directory) != 0) error = errno;
+  if (error == 0) {
+    execvp(argv[0], argv);
+    error = errno;
+  }
+  [[maybe_unused]] const ssize_t written = write(report, &error, sizeof error);
+  _exit(127);
+}
+
+/// Starts a program that is nobody's child afterwards, so that none is ever left unwaited for. Returns 0 or errno.
+int StartDetached(std::vector<std::string> words, const fs::path& directory) {
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  int report[2];
+  if (pipe2(report, O_CLOEXEC) != 0) return errno;
+  const pid_t child = fork();
+  if (child < 0) {
+    const int error = errno;
+    close(report[0]);
+    close(report[1]);
+    return error;
+  }
+  if (child == 0) {
+    setsid();
+    if (fork() == 0) BecomeProgram(argv.data(), directory.c_str(), report[1]);
+    _exit(0);
+  }
+  close(report[1]);
+  waitpid(child, nullptr, 0);
+  int error = 0;
+  const ssize_t got = read(report[0], &error, sizeof error);
+  close(report[0]);
+  return got == sizeof error ? error : 0;
+}
+
+}  // namespace
+
+fs::path OwnExecutablePath() {
+  std::error_code error;
+  return fs::read_symlink("/proc/self/exe", error);
+}
+
+std::vector<std::string> CommandLineArguments(int argc, char** argv) {
+  return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
+}
+
+int StartProgram(const fs::path& program, const std::vector<std::string>& arguments, const fs::path& workingDirectory) {
+  std::vector<std::string> words{program.native()};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  if (!IsWindowsProgram(program)) {
+    const int error = StartDetached(words, workingDirectory);
+    return error == ENOEXEC ? kErrorBadExeFormat : error;
+  }
+  words.insert(words.begin(), "wine");
+  const int error = StartDetached(words, workingDirectory);
+  return error == ENOENT ? kErrorBadExeFormat : error;
+}
+
+void ShowErrorBox(const std::u16string& text, const std::u16string& title) {
+  WriteErrorLine(WideToUtf8(title) + ": " + WideToUtf8(text));
+}
+
+bool OpenInBrowser(const std::u16string& url) { return StartDetached({"xdg-open", WideToUtf8(url)}, "/") == 0; }
+
+void EndProcess(int code) {
+  std::fflush(nullptr);
+  std::_Exit(code);
+}
+
+}  // namespace platform

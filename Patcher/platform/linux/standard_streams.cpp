@@ -1,0 +1,37 @@
+#include "platform/standard_streams.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <iostream>
+
+namespace platform {
+namespace {
+
+void WriteWhole(int descriptor, std::string_view line) {
+  std::string text(line);
+  text += '\n';
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    const ssize_t written = write(descriptor, rest.data(), rest.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return;  // nobody listens any more
+    rest.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+}  // namespace
+
+void UseBinaryStandardStreams() { std::ios::sync_with_stdio(false); }
+
+bool ReadLine(std::string& line) {
+  if (!std::getline(std::cin, line)) return false;
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  return true;
+}
+
+void WriteLine(std::string_view line) { WriteWhole(STDOUT_FILENO, line); }
+
+void WriteErrorLine(std::string_view line) { WriteWhole(STDERR_FILENO, line); }
+
+}  // namespace platform

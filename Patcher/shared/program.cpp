@@ -1,0 +1,33 @@
+#include "shared/program.h"
+
+#include "platform/text.h"
+
+namespace patcher {
+namespace {
+
+struct ProgramPaths {
+  std::filesystem::path executable;
+  std::filesystem::path directory;
+};
+
+ProgramPaths& Paths() {
+  // Never destroyed: detached workers may still read it while the process ends.
+  static auto* paths = new ProgramPaths;
+  return *paths;
+}
+
+}  // namespace
+
+const std::filesystem::path& ExePath() { return Paths().executable; }
+
+const std::filesystem::path& ExeDir() { return Paths().directory; }
+
+void SetExePath(const std::filesystem::path& executable) {
+  Paths() = {executable, executable.parent_path()};
+}
+
+std::u16string BuildWindowTitle() {
+  return platform::Utf8ToWide("TolmiraMMO Patcher v" + std::to_string(launcherBuild));
+}
+
+}  // namespace patcher

@@ -1,0 +1,75 @@
+#include "transport/config.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+#include "shared/program.h"
+
+namespace patcher {
+namespace {
+
+/// As the C library's atoi, but a number too large stays out of every valid range instead of being undefined.
+std::int32_t LeadingInteger(std::string_view text) {
+  std::size_t at = text.find_first_not_of(" \t\n\v\f\r");
+  if (at == std::string_view::npos) return 0;
+  bool negative = text[at] == '-';
+  if (negative || text[at] == '+') ++at;
+  std::int32_t value = 0;
+  for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+    if (value < 1'000'000) value = value * 10 + (text[at] - '0');
+  }
+  return negative ? -value : value;
+}
+
+void ApplyLine(PatchConfig& config, std::string_view line) {
+  std::size_t equals = line.find('=');
+  if (equals == std::string_view::npos) return;
+  std::string_view key = line.substr(0, equals);
+  std::string_view value = line.substr(equals + 1);
+  value = value.substr(0, value.find_last_not_of("\r\n ") + 1);
+  if (value.empty()) return;
+  if (key == "BaseUrl") {
+    config.baseUrl = value;
+  } else if (key == "Connections") {
+    std::int32_t number = LeadingInteger(value);
+    if (number >= 1 && number <= 8) config.connections = number;
+  }
+}
+
+void WriteDefaults(const std::filesystem::path& file, const PatchConfig& config) {
+  std::ofstream out(file, std::ios::binary);
+  out << "BaseUrl=" << config.baseUrl << "\r\nConnections=" << std::to_string(config.connections) << "\r\n";
+}
+
+}  // namespace
+
+PatchConfig& PatchConfig::Current() {
+  static auto* config = new PatchConfig;
+  return *config;
+}
+
+void PatchConfig::Apply(const std::string& text) {
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    std::size_t end = rest.find('\n');
+    ApplyLine(*this, rest.substr(0, end));
+    rest = end == std::string_view::npos ? std::string_view{} : rest.substr(end + 1);
+  }
+}
+
+void PatchConfig::Load() {
+  const std::filesystem::path file = ExeDir() / "patcher.ini";
+  std::ifstream in(file, std::ios::binary);
+  if (in) {
+    Current().Apply(std::string(std::istreambuf_iterator<char>(in), {}));
+    return;
+  }
+  std::error_code error;
+  if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found) {
+    WriteDefaults(file, Current());
+  }
+}
+
+}  // namespace patcher

@@ -1,0 +1,21 @@
+#include "transport/debug_log.h"
+
+#include <fstream>
+#include <mutex>
+#include <string>
+
+#include "shared/program.h"
+
+namespace patcher::DebugLog {
+
+void Write(std::string_view message) {
+  // Never destroyed: a worker may log while the process ends.
+  static auto* lock = new std::mutex;
+  std::string line(message);
+  line += "\r\n";
+  std::lock_guard guard(*lock);
+  std::ofstream out(ExeDir() / "patcher_debug.txt", std::ios::binary | std::ios::app);
+  out.write(line.data(), static_cast<std::streamsize>(line.size()));
+}
+
+}  // namespace patcher::DebugLog

@@ -1,0 +1,100 @@
+#include "transport/http_session.h"
+
+#include <array>
+
+#include "transport/config.h"
+#include "transport/debug_log.h"
+
+namespace patcher {
+namespace {
+
+constexpr char kUserAgent[] = "TolmiraMMO-Patcher/1.0";
+constexpr std::uint32_t kStatusOk = 200;
+
+void LogFailure(const char* step, const std::string& path, std::uint32_t error) {
+  DebugLog::Write(step + (" " + path + " err=" + std::to_string(error)));
+}
+
+bool IsUnreserved(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' ||
+         c == '.' || c == '~' || c == '/';
+}
+
+}  // namespace
+
+std::string PercentEncodePath(std::string_view path) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string encoded;
+  encoded.reserve(path.size());
+  for (char c : path) {
+    if (IsUnreserved(c)) {
+      encoded += c;
+      continue;
+    }
+    auto byte = static_cast<unsigned char>(c);
+    encoded += '%';
+    encoded += kDigits[byte >> 4];
+    encoded += kDigits[byte & 15];
+  }
+  return encoded;
+}
+
+bool HttpSession::Connect(const std::string& baseUrl, std::string& error) {
+  std::optional<platform::ServerAddress> server = platform::CrackUrl(baseUrl);
+  if (!server) {
+    error = "URL de patch invalide: " + baseUrl;
+    return false;
+  }
+  if (!session_.Open(kUserAgent)) {
+    error = "WinHttpOpen a echoue";
+    return false;
+  }
+  session_.SetMaxConnectionsPerServer(static_cast<std::uint32_t>(PatchConfig::Current().connections));
+  if (!connection_.Open(session_, *server)) {
+    error = "Impossible de se connecter au serveur de patch";
+    return false;
+  }
+  return true;
+}
+
+void HttpSession::Close() {
+  connection_ = {};
+  session_ = {};
+}
+
+std::optional<platform::HttpRequest> HttpSession::OpenGet(const std::string& path) {
+  platform::HttpRequest request;
+  if (std::uint32_t error = request.Open(connection_, PercentEncodePath(path)); error != 0) {
+    LogFailure("OpenRequest", path, error);
+    return std::nullopt;
+  }
+  if (std::uint32_t error = request.Send(); error != 0) {
+    LogFailure("SendRequest", path, error);
+    return std::nullopt;
+  }
+  if (std::uint32_t error = request.ReceiveResponse(); error != 0) {
+    LogFailure("ReceiveResponse", path, error);
+    return std::nullopt;
+  }
+  if (std::uint32_t status = request.Status(); status != kStatusOk) {
+    DebugLog::Write("Status " + std::to_string(status) + " " + path);
+    return std::nullopt;
+  }
+  return request;
+}
+
+bool HttpSession::GetToString(const std::string& path, std::string& body) {
+  std::optional<platform::HttpRequest> request = OpenGet(path);
+  if (!request) return false;
+  body.clear();
+  std::array<char, 8192> buffer;
+  std::uint32_t available = 0;
+  while (request->QueryDataAvailable(available) == 0 && available != 0) {
+    std::uint32_t read = 0;
+    if (request->ReadData(buffer.data(), static_cast<std::uint32_t>(buffer.size()), read) != 0) break;
+    body.append(buffer.data(), read);
+  }
+  return true;
+}
+
+}  // namespace patcher

@@ -1,0 +1,172 @@
+#include "update/archive_directory.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <optional>
+#include <span>
+#include <system_error>
+#include <vector>
+
+namespace patcher {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::uint32_t kEndSignature = 0x06054b50;
+constexpr std::uint32_t kEnd64Signature = 0x06064b50;
+constexpr std::uint32_t kEnd64LocatorSignature = 0x07064b50;
+constexpr std::uint32_t kEntrySignature = 0x02014b50;
+constexpr std::size_t kEndSize = 22;
+constexpr std::size_t kEnd64Size = 56;
+constexpr std::size_t kEnd64LocatorSize = 20;
+constexpr std::size_t kEntrySize = 46;
+constexpr std::size_t kLocalHeaderSize = 30;
+constexpr std::uint64_t kMaxCommentSize = 0xFFFF;
+constexpr std::uint16_t kZip64FieldId = 1;
+constexpr std::uint32_t kIn64 = 0xFFFFFFFF;
+/// A directory is held in memory; no archive of game files comes near this.
+constexpr std::uint64_t kMaxDirectorySize = 256u << 20;
+
+std::uint64_t Little(Bytes bytes, std::size_t at, std::size_t size) {
+  std::uint64_t value = 0;
+  for (std::size_t i = size; i-- > 0;) value = value << 8 | bytes[at + i];
+  return value;
+}
+
+std::uint16_t U16(Bytes bytes, std::size_t at) { return static_cast<std::uint16_t>(Little(bytes, at, 2)); }
+std::uint32_t U32(Bytes bytes, std::size_t at) { return static_cast<std::uint32_t>(Little(bytes, at, 4)); }
+std::uint64_t U64(Bytes bytes, std::size_t at) { return Little(bytes, at, 8); }
+
+/// Random reads of a file whose size does not change.
+class ArchiveFile {
+ public:
+  explicit ArchiveFile(const std::filesystem::path& file) : stream_(file, std::ios::binary) {
+    std::error_code error;
+    const std::uint64_t size = std::filesystem::file_size(file, error);
+    size_ = error ? 0 : size;
+  }
+
+  std::uint64_t Size() const { return size_; }
+
+  std::optional<std::vector<std::uint8_t>> Read(std::uint64_t offset, std::uint64_t size) {
+    if (offset > size_ || size > size_ - offset) return std::nullopt;
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
+    stream_.seekg(static_cast<std::streamoff>(offset));
+    stream_.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+    if (!stream_) return std::nullopt;
+    return bytes;
+  }
+
+ private:
+  std::ifstream stream_;
+  std::uint64_t size_ = 0;
+};
+
+struct Directory {
+  std::uint64_t offset = 0;
+  std::uint64_t size = 0;
+  std::uint64_t entries = 0;
+  std::uint64_t end = 0;  ///< where the first end record begins
+};
+
+/// Replaces the short values by those of the 64-bit end record, if there is one in front of the end record.
+bool ApplyEnd64(ArchiveFile& file, std::uint64_t endOffset, Directory& directory) {
+  if (endOffset < kEnd64LocatorSize) return true;
+  const auto locator = file.Read(endOffset - kEnd64LocatorSize, kEnd64LocatorSize);
+  if (!locator || U32(*locator, 0) != kEnd64LocatorSignature) return locator.has_value();
+  const std::uint64_t recordOffset = U64(*locator, 8);
+  const auto record = file.Read(recordOffset, kEnd64Size);
+  if (!record || U32(*record, 0) != kEnd64Signature || recordOffset + kEnd64Size > endOffset) return false;
+  directory.entries = U64(*record, 32);
+  directory.size = U64(*record, 40);
+  directory.offset = U64(*record, 48);
+  directory.end = recordOffset;
+  return true;
+}
+
+std::optional<Directory> FindDirectory(ArchiveFile& file) {
+  const std::uint64_t tailSize = std::min<std::uint64_t>(file.Size(), kEndSize + kMaxCommentSize);
+  const auto tail = file.Read(file.Size() - tailSize, tailSize);
+  if (!tail || tail->size() < kEndSize) return std::nullopt;
+  // The reader takes the last signature, so this does.
+  for (std::size_t at = tail->size() - kEndSize + 1; at-- > 0;) {
+    if (U32(*tail, at) != kEndSignature) continue;
+    Directory directory;
+    directory.entries = U16(*tail, at + 10);
+    directory.size = U32(*tail, at + 12);
+    directory.offset = U32(*tail, at + 16);
+    directory.end = file.Size() - tailSize + at;
+    if (!ApplyEnd64(file, directory.end, directory)) return std::nullopt;
+    return directory;
+  }
+  return std::nullopt;
+}
+
+/// The 64-bit values of an entry that its 32-bit fields refer to.
+struct EntryExtent {
+  std::uint64_t unpackedSize;
+  std::uint64_t packedSize;
+  std::uint64_t localOffset;
+};
+
+bool ApplyExtra64(Bytes extra, EntryExtent& extent) {
+  while (!extra.empty()) {
+    if (extra.size() < 4) return false;
+    const std::uint16_t id = U16(extra, 0);
+    const std::size_t size = U16(extra, 2);
+    if (size > extra.size() - 4) return false;
+    Bytes field = extra.subspan(4, size);
+    if (id == kZip64FieldId) {
+      for (std::uint64_t* value : {&extent.unpackedSize, &extent.packedSize, &extent.localOffset}) {
+        if (*value != kIn64) continue;
+        if (field.size() < 8) return false;
+        *value = U64(field, 0);
+        field = field.subspan(8);
+      }
+      return true;
+    }
+    extra = extra.subspan(4 + size);
+  }
+  return true;
+}
+
+/// Size of the entry at the start of `bytes`, or nothing if it is not sound.
+std::optional<std::size_t> CheckEntry(Bytes bytes, std::uint64_t directoryOffset) {
+  if (bytes.size() < kEntrySize || U32(bytes, 0) != kEntrySignature) return std::nullopt;
+  const std::size_t nameSize = U16(bytes, 28);
+  const std::size_t extraSize = U16(bytes, 30);
+  const std::size_t commentSize = U16(bytes, 32);
+  const std::size_t size = kEntrySize + nameSize + extraSize + commentSize;
+  if (size > bytes.size()) return std::nullopt;
+  if (std::memchr(bytes.data() + kEntrySize, 0, nameSize) != nullptr) return std::nullopt;
+  EntryExtent extent{U32(bytes, 24), U32(bytes, 20), U32(bytes, 42)};
+  if (!ApplyExtra64(bytes.subspan(kEntrySize + nameSize, extraSize), extent)) return std::nullopt;
+  if (directoryOffset < kLocalHeaderSize || extent.localOffset > directoryOffset - kLocalHeaderSize) {
+    return std::nullopt;
+  }
+  if (extent.packedSize > directoryOffset - kLocalHeaderSize - extent.localOffset) return std::nullopt;
+  return size;
+}
+
+}  // namespace
+
+bool ArchiveDirectoryIsSound(const std::filesystem::path& archive) {
+  ArchiveFile file(archive);
+  const std::optional<Directory> directory = FindDirectory(file);
+  if (!directory || directory->size > kMaxDirectorySize) return false;
+  if (directory->offset > directory->end || directory->size > directory->end - directory->offset) return false;
+  if (directory->entries > directory->size / kEntrySize) return false;
+  const auto content = file.Read(directory->offset, directory->size);
+  if (!content) return false;
+  Bytes rest = *content;
+  for (std::uint64_t i = 0; i < directory->entries; ++i) {
+    const std::optional<std::size_t> size = CheckEntry(rest, directory->offset);
+    if (!size) return false;
+    rest = rest.subspan(*size);
+  }
+  return true;
+}
+
+}  // namespace patcher

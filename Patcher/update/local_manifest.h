@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace patcher {
+
+/// What the launcher believes is installed: path to digest, ordered by unsigned bytes.
+using LocalState = std::map<std::string, std::string, std::less<>>;
+
+/// Reads patch_manifest.json in either of its forms: the server's document or what SaveLocalManifest writes. A file
+/// that cannot be read or does not parse gives an empty state, and `version` is then not written. `version` may be
+/// null.
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version);
+
+/// Writes the progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's layout.
+/// Written in place; a failure is not reported.
+void SaveLocalManifest(const std::filesystem::path& path, const LocalState& state, std::int32_t version);
+
+// Pieces of the progress form, for who writes only what changed.
+
+/// Everything in front of the first entry.
+std::string LocalManifestHead(std::int32_t version);
+/// One entry, without the comma or line feed around it.
+void AppendLocalManifestEntry(std::string& text, std::string_view path, std::string_view digest);
+/// What stands between two entries, and behind the last.
+inline constexpr std::string_view kLocalManifestSeparator = ",\n";
+inline constexpr std::string_view kLocalManifestTail = "\n  ]\n}";
+
+}  // namespace patcher

@@ -1,0 +1,32 @@
+#include "update/manifest_paths.h"
+
+#include <algorithm>
+
+namespace patcher {
+namespace {
+
+bool LeadsUpwards(std::string_view component) {
+  return component.find_first_not_of(". ") == std::string_view::npos &&
+         std::count(component.begin(), component.end(), '.') >= 2;
+}
+
+}  // namespace
+
+bool StaysInside(std::string_view path) {
+  if (path.find('\0') != std::string_view::npos) return false;
+  if (path.starts_with('/') || path.starts_with('\\')) return false;
+  if (path.size() > 1 && path[1] == ':') return false;
+  while (!path.empty()) {
+    const std::size_t end = path.find_first_of("/\\");
+    if (LeadsUpwards(path.substr(0, end))) return false;
+    path = end == std::string_view::npos ? std::string_view() : path.substr(end + 1);
+  }
+  return true;
+}
+
+bool AllPathsStayInside(const PatchManifest& manifest) {
+  return std::all_of(manifest.files.begin(), manifest.files.end(),
+                     [](const PatchFile& file) { return StaysInside(file.path); });
+}
+
+}  // namespace patcher

@@ -1,0 +1,108 @@
+#include "update/update_plan.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <string_view>
+#include <system_error>
+
+#include "control/ui_event.h"
+#include "integrity/sha256.h"
+#include "platform/text.h"
+#include "shared/program.h"
+
+namespace patcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kHashedFilesPerStatus = 25;
+
+/// Hashes files that the record does not vouch for, and says so now and then.
+class DiskProof {
+ public:
+  explicit DiskProof(HostWindow& window) : window_(window) {}
+
+  bool IsGood(const fs::path& file, const PatchFile& expected) {
+    std::error_code error;
+    if (!fs::exists(file, error) || error) return false;
+    const std::uint64_t size = fs::file_size(file, error);
+    if (error || size != expected.size) return false;
+    if (hashed_++ % kHashedFilesPerStatus == 0) {
+      PostStatus(window_, "Verification des fichiers deja presents (" + std::to_string(hashed_) + ")...");
+    }
+    return sha256_.HashFile(file) == expected.sha256;
+  }
+
+ private:
+  HostWindow& window_;
+  Sha256 sha256_;
+  std::size_t hashed_ = 0;
+};
+
+bool IsTrusted(const UpdateRun& run, const PatchFile& file, const fs::path& place) {
+  std::error_code error;
+  return run.record.Has(file.path, file.sha256) && fs::exists(place, error);
+}
+
+}  // namespace
+
+std::size_t FindWantedFiles(UpdateRun& run) {
+  DiskProof proof(run.window);
+  std::size_t found = 0;
+  for (const PatchFile& file : run.manifest.files) {
+    // Manifests are mostly sorted by path: the hint saves the search.
+    run.expectedDigests.insert_or_assign(run.expectedDigests.end(), file.path, file.sha256);
+    run.expectedSizes.insert_or_assign(run.expectedSizes.end(), file.path, file.size);
+    const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
+    if (IsTrusted(run, file, place)) continue;
+    if (proof.IsGood(place, file)) {
+      run.record.Enter(file.path, file.sha256);
+      ++found;
+      continue;
+    }
+    run.wanted.push_back(&file);
+    run.wantedBytes += file.size;
+  }
+  return found;
+}
+
+bool ChooseBundles(UpdateRun& run) {
+  for (const PatchFile* file : run.wanted) run.wantedPaths.insert(run.wantedPaths.end(), file->path);
+  for (const PatchBundle& bundle : run.manifest.bundles) {
+    const bool useful = std::any_of(bundle.files.begin(), bundle.files.end(), [&](const std::string& path) {
+      return run.wantedPaths.count(path) != 0;
+    });
+    if (!useful) continue;
+    run.chosenBundles.push_back(&bundle);
+    run.bundleBytes += bundle.size;
+  }
+  return !run.chosenBundles.empty() && run.bundleBytes < run.wantedBytes;
+}
+
+bool ForgetWantedFiles(UpdateRun& run) {
+  bool forgotten = false;
+  for (const PatchFile* file : run.wanted) forgotten |= run.record.Forget(file->path);
+  return forgotten;
+}
+
+void AssignArchivePaths(UpdateRun& run) {
+  for (std::size_t index = 0; index < run.chosenBundles.size(); ++index) {
+    for (const std::string& path : run.chosenBundles[index]->files) {
+      if (run.wantedPaths.count(path) != 0) run.archivePaths.emplace(path, index);
+    }
+  }
+}
+
+void ListSingles(UpdateRun& run) {
+  std::set<std::string_view> listed;
+  for (const PatchFile* file : run.wanted) {
+    if (run.archivePaths.count(file->path) != 0) continue;
+    const bool superseded = run.expectedDigests.find(file->path)->second != file->sha256;
+    if (superseded || !listed.insert(file->path).second) continue;
+    run.singles.push_back(file);
+    run.singleBytes += file->size;
+  }
+}
+
+}  // namespace patcher

@@ -1,0 +1,187 @@
+#include "update/update_run.h"
+
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <system_error>
+
+#include "control/ui_event.h"
+#include "platform/text.h"
+#include "shared/program.h"
+#include "transport/config.h"
+#include "update/download_pool.h"
+#include "update/manifest_paths.h"
+#include "update/update_plan.h"
+
+namespace patcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::int32_t kFilesPerSave = 50;
+constexpr std::int32_t kFilesPerStatus = 200;
+
+/// Leftovers of earlier runs: the launcher that was replaced, files that were in use when they were, temporary
+/// archives. What cannot be deleted stays for the next run.
+void SweepLeftovers() {
+  std::error_code error;
+  fs::remove(ExeDir() / "Patcher.old.exe", error);
+  fs::directory_iterator entry(ExeDir(), error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    std::error_code ignored;
+    if (entry->symlink_status(ignored).type() != fs::file_type::regular) continue;
+    const fs::path name = entry->path().filename();
+    if (name.extension() == ".old" || platform::BytesFromPath(name).starts_with("_bundle")) {
+      fs::remove(entry->path(), ignored);
+    }
+  }
+}
+
+/// The steps of the run in order. Each returns the `canPlay` with which the run ends there, or nothing to go on.
+class Steps {
+ public:
+  Steps(HostWindow& window, const UpdateStages& stages) : run_(window), stages_(stages) {}
+  ~Steps() { run_.session.Close(); }
+  Steps(const Steps&) = delete;
+  Steps& operator=(const Steps&) = delete;
+
+  /// Nothing if the launcher is being replaced.
+  std::optional<bool> Run() {
+    SweepLeftovers();
+    if (auto end = ReachServer()) return *end;
+    if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
+    run_.record.Load();
+    PostVersions(run_.window, run_.record.Version(), run_.manifest.version);
+    if (const std::size_t found = FindWantedFiles(run_); found > 0) {
+      Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");
+      run_.record.Save();
+    }
+    if (run_.wanted.empty()) {
+      Status("A jour.");
+      return true;
+    }
+    if (ForgetWantedFiles(run_)) run_.record.Save();
+    if (!FetchArchives() || !FetchSingles()) {
+      run_.record.Save();
+      return ClientExists();
+    }
+    FinishCompleteRun();
+    return true;
+  }
+
+ private:
+  void Status(const std::string& text) { PostStatus(run_.window, text); }
+
+  bool ClientExists() const { return stages_.clientExists && stages_.clientExists(); }
+
+  std::optional<bool> ReachServer() {
+    Status("Connexion au serveur de patch...");
+    std::string error;
+    if (!run_.session.Connect(PatchConfig::Current().baseUrl, error)) {
+      Status(error);
+      PostServer(run_.window, false);
+      return ClientExists();
+    }
+    if (!run_.session.GetToString("/patch/version.json", run_.manifestText)) {
+      Status("Serveur de patch injoignable.");
+      PostServer(run_.window, false);
+      const bool canPlay = ClientExists();
+      if (canPlay) Status("Hors ligne : utilisation des fichiers deja installes.");
+      return canPlay;
+    }
+    PostServer(run_.window, true);
+    if (!ParsePatchManifest(run_.manifestText, run_.manifest, error) || !AllPathsStayInside(run_.manifest)) {
+      Status("Manifest de patch invalide.");
+      return false;
+    }
+    return std::nullopt;
+  }
+
+  /// False if the stage failed as a whole; a failed archive only hands its files to the next stage.
+  bool FetchArchives() {
+    const bool cheaper = ChooseBundles(run_);
+    if (!cheaper || !stages_.installBundle) {
+      Status(std::to_string(run_.wanted.size()) + " fichier(s) a telecharger...");
+      return true;
+    }
+    Status(std::to_string(run_.wanted.size()) + " fichier(s) via " + std::to_string(run_.chosenBundles.size()) +
+           " archive(s)...");
+    AssignArchivePaths(run_);
+    ProgressTracker tracker(run_.window, run_.bundleBytes, static_cast<std::uint32_t>(run_.chosenBundles.size()));
+    const bool done = RunPool(run_.chosenBundles.size(), [&](std::size_t index, unsigned worker) {
+      return stages_.installBundle(run_, tracker, index, worker);
+    });
+    if (!run_.retryPaths.empty()) {
+      for (const std::string& path : run_.retryPaths) run_.archivePaths.erase(path);
+      Status(std::to_string(run_.retryPaths.size()) +
+             " fichier(s) d archive(s) manquante(s) seront pris un par un.");
+    }
+    return done;
+  }
+
+  bool FetchSingles() {
+    ListSingles(run_);
+    if (run_.singles.empty()) return true;
+    ProgressTracker tracker(run_.window, run_.singleBytes, static_cast<std::uint32_t>(run_.singles.size()));
+    return RunPool(run_.singles.size(), [&](std::size_t index, unsigned) { return FileWorker(tracker, index); });
+  }
+
+  bool FileWorker(ProgressTracker& tracker, std::size_t index) {
+    const PatchFile& file = *run_.singles[index];
+    tracker.SetCurrentFile(file.path);
+    const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
+    std::string reason;
+    if (!DownloadVerified(run_.session, "/patch/" + file.url, place, file.sha256, tracker, reason)) {
+      Status("Echec du telechargement: " + file.path + " (" + reason + ")");
+      return false;
+    }
+    const std::int32_t done = tracker.ItemDone();
+    {
+      std::lock_guard guard(run_.stateLock);
+      run_.record.Enter(file.path, file.sha256);
+      if (done % kFilesPerSave == 0) run_.record.Save();
+    }
+    if (done % kFilesPerStatus == 0) {
+      Status(std::to_string(done) + "/" + std::to_string(run_.singles.size()) + " fichiers...");
+    }
+    return true;
+  }
+
+  void FinishCompleteRun() {
+    std::ofstream(run_.record.Path(), std::ios::binary | std::ios::trunc) << run_.manifestText;
+    if (stages_.cleanUp) stages_.cleanUp(run_.window, run_.manifest);
+    PostVersions(run_.window, run_.manifest.version, run_.manifest.version);
+    Status("Pret a jouer.");
+  }
+
+  static bool RunPool(std::size_t itemCount, const WorkItem& work) {
+    return ParallelRun(itemCount, PatchConfig::Current().connections, work);
+  }
+
+  UpdateRun run_;
+  const UpdateStages& stages_;
+};
+
+}  // namespace
+
+UpdateRun::UpdateRun(HostWindow& hostWindow) : window(hostWindow), record(ExeDir() / "patch_manifest.json") {}
+
+void RunUpdate(HostWindow& window, const UpdateStages& stages) {
+  bool canPlay = false;
+  try {
+    // In a scope of its own: when the page hears `ready`, the run's lists are freed and its session is closed.
+    const std::optional<bool> end = Steps(window, stages).Run();
+    if (!end) {
+      PostSelfUpdate(window);
+      return;
+    }
+    canPlay = *end;
+  } catch (const std::exception&) {
+    PostStatus(window, "La mise a jour a rencontre une erreur inattendue.");
+    canPlay = stages.clientExists && stages.clientExists();
+  }
+  PostReady(window, canPlay);
+}
+
+}  // namespace patcher

@@ -1,0 +1,18 @@
+# Compiler settings shared by every target of this project. Link `project_options` to get them.
+add_library(project_options INTERFACE)
+target_compile_features(project_options INTERFACE cxx_std_20)
+target_compile_options(project_options INTERFACE
+  $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion;-Wnon-virtual-dtor;-Woverloaded-virtual;-Werror>)
+
+set(PATCHER_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize=LIST; empty for none")
+if(PATCHER_SANITIZE)
+  add_compile_options(-fsanitize=${PATCHER_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${PATCHER_SANITIZE})
+endif()
+
+if(WIN32)
+  # Windows 10 is the oldest system with the web view; the whole program speaks UTF-16 to it.
+  target_compile_definitions(project_options INTERFACE
+    UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN WINVER=0x0A00 _WIN32_WINNT=0x0A00 __USE_MINGW_ANSI_STDIO=1)
+  target_link_options(project_options INTERFACE -static)
+endif()
