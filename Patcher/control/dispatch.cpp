@@ -116,7 +116,8 @@ void Dispatcher::StartCheckWorker(bool repair) {
   }
   auto lease = std::make_shared<OperationLease>(guard_);
   try {
-    host_.StartThread([this, repair, lease = std::move(lease)] { operations_.runCheckOperation(host_, repair); });
+    host_.StartThread(
+        [this, repair, lease = std::move(lease)] { operations_.runCheckOperation(host_, repair); });
   } catch (const std::system_error&) {
     PostNarrowJson(host_, BuildCheckErrorMessage(repair ? "repair" : "verify", "serveur injoignable"));
     PostReady(host_, operations_.clientExists && operations_.clientExists());

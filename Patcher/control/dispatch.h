@@ -11,21 +11,22 @@
 
 namespace patcher {
 
-/// The operations that requests of the page start, filled at start. An empty entry makes its action do nothing.
+/// The operations that requests of the page start, filled at start. An empty entry makes its action do
+/// nothing.
 struct OperationTable {
-  std::function<void(HostWindow&)> runUpdate;                             ///< on the update worker
-  std::function<void(HostWindow&, bool repair)> runCheckOperation;        ///< on a check worker
-  std::function<void(HostWindow&)> fetchNews;                             ///< on a news worker
-  std::function<void()> launchClient;                                     ///< main thread
-  std::function<void(const std::u16string&)> openExternalUrl;             ///< main thread
+  std::function<void(HostWindow&)> runUpdate;                                       ///< on the update worker
+  std::function<void(HostWindow&, bool repair)> runCheckOperation;                  ///< on a check worker
+  std::function<void(HostWindow&)> fetchNews;                                       ///< on a news worker
+  std::function<void()> launchClient;                                               ///< main thread
+  std::function<void(const std::u16string&)> openExternalUrl;                       ///< main thread
   std::function<std::u16string(const std::filesystem::path&)> buildOptionsMessage;  ///< main thread
   std::function<bool(const std::filesystem::path&, const MiniJson::Value&)> saveOptions;  ///< main thread
-  std::function<void()> selfUpdateSwap;                                   ///< main thread
-  std::function<bool()> clientExists;                                     ///< any thread
+  std::function<void()> selfUpdateSwap;                                                   ///< main thread
+  std::function<bool()> clientExists;                                                     ///< any thread
 };
 
-/// Takes requests from the page, admits long operations, starts workers and turns their events into messages. Main
-/// thread only; it outlives every worker.
+/// Takes requests from the page, admits long operations, starts workers and turns their events into messages.
+/// Main thread only; it outlives every worker.
 class Dispatcher {
  public:
   Dispatcher(HostOperations& host, OperationTable operations);
@@ -36,7 +37,8 @@ class Dispatcher {
   /// Turns one posted event into its message for the page, and frees its payload.
   void HandleUiEvent(const UiEvent& event);
 
-  /// What a completed navigation does: sends the options and starts the update run, unless an operation is running.
+  /// What a completed navigation does: sends the options and starts the update run, unless an operation is
+  /// running.
   void NavigationCompleted();
 
  private:

@@ -18,7 +18,8 @@ class OperationGuard {
   std::atomic<bool> busy_{false};
 };
 
-/// A taken guard, released when this goes: on every path out of a worker, and also when no worker could be started.
+/// A taken guard, released when this goes: on every path out of a worker, and also when no worker could be
+/// started.
 class OperationLease {
  public:
   explicit OperationLease(OperationGuard& taken) : guard_(&taken) {}

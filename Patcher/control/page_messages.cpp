@@ -26,13 +26,27 @@ std::u16string HexEscape(char16_t unit) {
 
 void AppendEscapedFully(std::u16string& out, char16_t unit) {
   switch (unit) {
-    case u'"': out += u"\\\""; break;
-    case u'\\': out += u"\\\\"; break;
-    case u'\n': out += u"\\n"; break;
-    case u'\r': out += u"\\r"; break;
-    case u'\t': out += u"\\t"; break;
-    case u'\b': out += u"\\b"; break;
-    case u'\f': out += u"\\f"; break;
+    case u'"':
+      out += u"\\\"";
+      break;
+    case u'\\':
+      out += u"\\\\";
+      break;
+    case u'\n':
+      out += u"\\n";
+      break;
+    case u'\r':
+      out += u"\\r";
+      break;
+    case u'\t':
+      out += u"\\t";
+      break;
+    case u'\b':
+      out += u"\\b";
+      break;
+    case u'\f':
+      out += u"\\f";
+      break;
     default:
       if (unit < 32) {
         out += HexEscape(unit);
@@ -85,9 +99,10 @@ std::u16string BuildProgressMessage(const ProgressReport& report) {
   std::string file = report.currentFile;
   std::replace(file.begin(), file.end(), '\\', '/');
   return u"{\"type\":\"progress\",\"percent\":" + Decimal(report.percent) + u",\"downloadedBytes\":" +
-         Decimal(report.downloadedBytes) + u",\"totalBytes\":" + Decimal(report.totalBytes) + u",\"speedBps\":" +
-         Decimal(report.speedBps) + u",\"currentFile\":\"" + EscapeLight(file) + u"\",\"fileIndex\":" +
-         Decimal(report.fileIndex) + u",\"fileCount\":" + Decimal(report.fileCount) + u"}";
+         Decimal(report.downloadedBytes) + u",\"totalBytes\":" + Decimal(report.totalBytes) +
+         u",\"speedBps\":" + Decimal(report.speedBps) + u",\"currentFile\":\"" + EscapeLight(file) +
+         u"\",\"fileIndex\":" + Decimal(report.fileIndex) + u",\"fileCount\":" + Decimal(report.fileCount) +
+         u"}";
 }
 
 std::u16string BuildVersionsMessage(std::int32_t current, std::int32_t latest) {
@@ -130,8 +145,8 @@ std::string BuildCheckMessage(std::string_view mode, const CheckResult& result) 
 }
 
 std::string BuildCheckErrorMessage(std::string_view mode, std::string_view error) {
-  return "{\"type\":\"check\",\"mode\":\"" + std::string(mode) + "\",\"done\":true,\"error\":\"" + std::string(error) +
-         "\"}";
+  return "{\"type\":\"check\",\"mode\":\"" + std::string(mode) + "\",\"done\":true,\"error\":\"" +
+         std::string(error) + "\"}";
 }
 
 }  // namespace patcher

@@ -10,8 +10,8 @@
 
 namespace patcher {
 
-// The texts that go to the page: one JSON object each, built in a fixed member order without white space. Inputs are
-// UTF-8.
+// The texts that go to the page: one JSON object each, built in a fixed member order without white space.
+// Inputs are UTF-8.
 
 /// Escapes quotes, backslashes and line feeds, for the launcher's own sentences and file names.
 std::u16string EscapeLight(std::string_view text);

@@ -34,9 +34,7 @@ void PostVersions(HostWindow& window, std::int32_t current, std::int32_t latest)
   PostPlain(window, UiEventKind::UiVersions, static_cast<std::uint32_t>(current), latest);
 }
 
-void PostServer(HostWindow& window, bool online) {
-  PostPlain(window, UiEventKind::UiServer, online ? 1 : 0);
-}
+void PostServer(HostWindow& window, bool online) { PostPlain(window, UiEventKind::UiServer, online ? 1 : 0); }
 
 void PostNarrowJson(HostWindow& window, const std::string& json) {
   PostWithPayload(window, UiEventKind::UiNarrowJson, json);

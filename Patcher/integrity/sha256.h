@@ -19,8 +19,8 @@ class Sha256 {
   /// Finishes the hash and releases its working memory.
   std::string FinishHex(platform::DigestHash& hash);
 
-  /// Digest of a file's content. A file that cannot be opened gives the digest of the empty message, and a read
-  /// failure midway that of what was read: a digest that does not match tells the caller.
+  /// Digest of a file's content. A file that cannot be opened gives the digest of the empty message, and a
+  /// read failure midway that of what was read: a digest that does not match tells the caller.
   std::string HashFile(const std::filesystem::path& file);
 
  private:

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-/// The JSON library of the launcher. Text is bytes: UTF-8 passes through unexamined. Lenient in known ways (see
-/// Parse). No shared state; a Value belongs to the thread that built it.
+/// The JSON library of the launcher. Text is bytes: UTF-8 passes through unexamined. Lenient in known ways
+/// (see Parse). No shared state; a Value belongs to the thread that built it.
 namespace MiniJson {
 
 /// A text that is no JSON. The message is one of the fixed sentences of the parser.
@@ -27,7 +27,7 @@ struct Value {
   bool boolValue = false;
   double numberValue = 0.0;  ///< every number is a double: integers above 2^53 lose their low bits
   std::string stringValue;
-  std::vector<Value> arrayItems;                              ///< document order
+  std::vector<Value> arrayItems;                             ///< document order
   std::vector<std::pair<std::string, Value>> objectMembers;  ///< document order, duplicates kept
 
   static Value MakeBool(bool value);
@@ -52,9 +52,9 @@ struct Value {
 /// Deepest nesting of arrays and objects that Parse accepts; one level more raises "nesting too deep".
 inline constexpr int kMaxDepth = 256;
 
-/// Reads the value that begins at `position` and leaves `position` behind it; text behind it is not looked at.
-/// Raises ParseError, or for a number that converts to nothing std::invalid_argument "invalid stod argument", or for
-/// one out of a double's range std::out_of_range "stod argument out of range".
+/// Reads the value that begins at `position` and leaves `position` behind it; text behind it is not looked
+/// at. Raises ParseError, or for a number that converts to nothing std::invalid_argument "invalid stod
+/// argument", or for one out of a double's range std::out_of_range "stod argument out of range".
 Value Parse(std::string_view text, std::size_t& position);
 
 /// Writes a quoted, escaped string. Bytes from 128 up are written as they are.

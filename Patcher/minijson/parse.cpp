@@ -19,7 +19,8 @@ double ToDouble(std::string_view token) {
   double number = 0;
   const bool twoSigns = plus && first != last && *first == '-';
   const std::from_chars_result result = std::from_chars(first, last, number);
-  if (twoSigns || result.ec == std::errc::invalid_argument) throw std::invalid_argument("invalid stod argument");
+  if (twoSigns || result.ec == std::errc::invalid_argument)
+    throw std::invalid_argument("invalid stod argument");
   if (result.ec == std::errc::result_out_of_range) throw std::out_of_range("stod argument out of range");
   return number;
 }
@@ -135,14 +136,21 @@ class Parser {
     const char c = text_[at_ + 1];
     at_ += 2;
     switch (c) {
-      case 'n': out += '\n'; break;
-      case 'r': out += '\r'; break;
-      case 't': out += '\t'; break;
+      case 'n':
+        out += '\n';
+        break;
+      case 'r':
+        out += '\r';
+        break;
+      case 't':
+        out += '\t';
+        break;
       case 'u':
         out += '?';
         at_ += 4;
         break;
-      default: out += c;
+      default:
+        out += c;
     }
   }
 
@@ -182,7 +190,8 @@ class Parser {
     }
     std::vector<Value>& items = value.arrayItems;
     for (;;) {
-      // Neighbours are mostly alike: room for as many members as the one before spares every growth but the first.
+      // Neighbours are mostly alike: room for as many members as the one before spares every growth but the
+      // first.
       const std::size_t members = items.empty() ? 0 : items.back().objectMembers.size();
       Value& item = items.emplace_back();
       item.objectMembers.reserve(members);

@@ -22,11 +22,21 @@ std::string NumberText(double number) {
 
 void WriteEscape(std::ostream& out, unsigned char byte) {
   switch (byte) {
-    case '"': out << "\\\""; break;
-    case '\\': out << "\\\\"; break;
-    case '\n': out << "\\n"; break;
-    case '\r': out << "\\r"; break;
-    case '\t': out << "\\t"; break;
+    case '"':
+      out << "\\\"";
+      break;
+    case '\\':
+      out << "\\\\";
+      break;
+    case '\n':
+      out << "\\n";
+      break;
+    case '\r':
+      out << "\\r";
+      break;
+    case '\t':
+      out << "\\t";
+      break;
     default: {
       static constexpr char kDigits[] = "0123456789abcdef";
       out << "\\u00" << kDigits[byte >> 4] << kDigits[byte & 15];
@@ -56,10 +66,18 @@ void Value::Write(std::ostream& out, int depth) const {
   const std::string innerPad = pad + "  ";
   const char* separator = "";
   switch (kind) {
-    case Kind::Null: out << "null"; break;
-    case Kind::Bool: out << (boolValue ? "true" : "false"); break;
-    case Kind::Number: out << NumberText(numberValue); break;
-    case Kind::String: WriteString(out, stringValue); break;
+    case Kind::Null:
+      out << "null";
+      break;
+    case Kind::Bool:
+      out << (boolValue ? "true" : "false");
+      break;
+    case Kind::Number:
+      out << NumberText(numberValue);
+      break;
+    case Kind::String:
+      WriteString(out, stringValue);
+      break;
     case Kind::Array:
       if (arrayItems.empty()) {
         out << "[]";

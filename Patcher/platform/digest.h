@@ -16,7 +16,8 @@ class DigestProvider {
   DigestProvider(const DigestProvider&) = delete;
   DigestProvider& operator=(const DigestProvider&) = delete;
 
-  /// Bytes of working memory that one DigestHash needs from its caller; may be 0 where the system keeps its own.
+  /// Bytes of working memory that one DigestHash needs from its caller; may be 0 where the system keeps its
+  /// own.
   std::uint32_t ObjectLength() const { return objectLength_; }
   /// Bytes of a finished digest: 32.
   std::uint32_t DigestLength() const { return digestLength_; }

@@ -10,15 +10,16 @@ enum class ExclusiveWrite {
   kUnknown,   ///< the question itself failed, for example because nothing is there
 };
 
-/// Whether `file` could be opened for writing with nobody else having it open. Windows: a sharing violation or a
-/// denied access is a refusal. Linux: there are no sharing violations, so only permissions and directories refuse;
-/// a running program counts as kUnknown, since it can be replaced by a move.
+/// Whether `file` could be opened for writing with nobody else having it open. Windows: a sharing violation
+/// or a denied access is a refusal. Linux: there are no sharing violations, so only permissions and
+/// directories refuse; a running program counts as kUnknown, since it can be replaced by a move.
 ExclusiveWrite ProbeExclusiveWrite(const std::filesystem::path& file);
 
 /// Moves a file (or, within a volume, a directory) over `target`, replacing a file that stands there. With
-/// `copyAcrossVolumes` a file is copied and deleted where the two lie on different volumes; otherwise that fails.
-/// Returns 0, or the system's error number.
-int MoveReplacing(const std::filesystem::path& source, const std::filesystem::path& target, bool copyAcrossVolumes);
+/// `copyAcrossVolumes` a file is copied and deleted where the two lie on different volumes; otherwise that
+/// fails. Returns 0, or the system's error number.
+int MoveReplacing(const std::filesystem::path& source, const std::filesystem::path& target,
+                  bool copyAcrossVolumes);
 
 /// Brings a file's content to the disk itself. Returns 0, or the system's error number.
 int FlushToDisk(const std::filesystem::path& file);

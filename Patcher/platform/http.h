@@ -5,24 +5,26 @@
 #include <optional>
 #include <string>
 
-/// Synchronous HTTP, cut to GET requests whose body the caller pulls. Redirects are followed, never from https
-/// to http; the system's certificates and proxy settings hold; a connection that is not made in 60 s and a
-/// transfer that brings nothing for 30 s fail. Error numbers are those of the system's HTTP library (WinHTTP or
-/// libcurl) and only serve the debug log; the two halves do not share them.
+/// Synchronous HTTP, cut to GET requests whose body the caller pulls. Redirects are followed, never from
+/// https to http; the system's certificates and proxy settings hold; a connection that is not made in 60 s
+/// and a transfer that brings nothing for 30 s fail. Error numbers are those of the system's HTTP library
+/// (WinHTTP or libcurl) and only serve the debug log; the two halves do not share them.
 namespace platform {
 
 struct ServerAddress {
-  bool secure = false;      ///< https
-  std::string host;         ///< UTF-8, at most 255 characters; an IPv6 address keeps its brackets
-  std::uint16_t port = 0;   ///< the scheme's default if the URL names none
+  bool secure = false;     ///< https
+  std::string host;        ///< UTF-8, at most 255 characters; an IPv6 address keeps its brackets
+  std::uint16_t port = 0;  ///< the scheme's default if the URL names none
 };
 
-/// Scheme, host and port of an http or https URL; anything behind them is ignored. Nothing for any other text.
+/// Scheme, host and port of an http or https URL; anything behind them is ignored. Nothing for any other
+/// text.
 std::optional<ServerAddress> CrackUrl(const std::string& url);
 
 class HttpConnection;
 
-/// A client with one user agent. Finished connections are kept and used again by later requests, on any thread.
+/// A client with one user agent. Finished connections are kept and used again by later requests, on any
+/// thread.
 class HttpClient {
  public:
   HttpClient();
@@ -61,8 +63,8 @@ class HttpConnection {
 };
 
 /// One GET. Belongs to one thread at a time; many may be open on one connection. The connection outlives it.
-/// The steps are called in this order: Open, Send, ReceiveResponse, Status, then QueryDataAvailable and ReadData
-/// in turns. Each returns 0 for success, else the error number.
+/// The steps are called in this order: Open, Send, ReceiveResponse, Status, then QueryDataAvailable and
+/// ReadData in turns. Each returns 0 for success, else the error number.
 class HttpRequest {
  public:
   HttpRequest();
@@ -78,8 +80,8 @@ class HttpRequest {
   std::uint32_t ReceiveResponse();
   /// Status code of that response; 0 if there is none.
   std::uint32_t Status();
-  /// Blocks until bytes of the body can be read; `available` 0 is the end of the body. A body that ends before
-  /// its announced length is an error on Linux; Windows may report it as an end.
+  /// Blocks until bytes of the body can be read; `available` 0 is the end of the body. A body that ends
+  /// before its announced length is an error on Linux; Windows may report it as an end.
   std::uint32_t QueryDataAvailable(std::uint32_t& available);
   /// Reads at most `size` bytes; `read` is never above it.
   std::uint32_t ReadData(void* buffer, std::uint32_t size, std::uint32_t& read);

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// One message of the main thread's queue, as the window system of Windows has it: a number and two parameters.
-/// Who posts a pointer gives it away; who takes the message owns it.
+/// One message of the main thread's queue, as the window system of Windows has it: a number and two
+/// parameters. Who posts a pointer gives it away; who takes the message owns it.
 struct QueueMessage {
   std::uint32_t number = 0;  ///< 0x8000 (WM_APP) and above
   std::uintptr_t wParam = 0;
@@ -28,8 +28,8 @@ class MessageQueue {
   /// Any thread; never blocks. False if the message was not taken (Windows: the queue is full or gone).
   bool Post(const QueueMessage& message) noexcept;
 
-  /// Handles messages until Quit; returns Quit's code. Messages posted before Quit was called but not yet handled
-  /// stay unhandled on Linux and may be handled on Windows.
+  /// Handles messages until Quit; returns Quit's code. Messages posted before Quit was called but not yet
+  /// handled stay unhandled on Linux and may be handled on Windows.
   int Run();
 
   /// Ends Run after the present message. The queue's own thread only.

@@ -9,30 +9,31 @@ namespace platform {
 /// Full path of the running executable.
 std::filesystem::path OwnExecutablePath();
 
-/// The arguments behind the program's name, in UTF-8. `argc` and `argv` are those of main; Windows asks the system
-/// for the wide command line instead.
+/// The arguments behind the program's name, in UTF-8. `argc` and `argv` are those of main; Windows asks the
+/// system for the wide command line instead.
 std::vector<std::string> CommandLineArguments(int argc, char** argv);
 
 /// StartProgram's error number for a file that is no program for this system.
 inline constexpr int kErrorBadExeFormat = 193;
 
-/// Starts `program` and does not wait for it. Its first argument is its own path, in quotation marks on Windows;
-/// `arguments` follow (none may need quoting). Nothing is inherited but the environment (and, on Linux, the standard
-/// streams). On Linux a file that is a Windows program is started through `wine` if the system has it; a file that
-/// is no program for the system gives kErrorBadExeFormat. Returns 0, or the system's error number.
+/// Starts `program` and does not wait for it. Its first argument is its own path, in quotation marks on
+/// Windows; `arguments` follow (none may need quoting). Nothing is inherited but the environment (and, on
+/// Linux, the standard streams). On Linux a file that is a Windows program is started through `wine` if the
+/// system has it; a file that is no program for the system gives kErrorBadExeFormat. Returns 0, or the
+/// system's error number.
 int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                  const std::filesystem::path& workingDirectory);
 
-/// An error box with one button; blocks until it is closed. Linux has no window yet: the text goes to standard error.
-/// Main thread.
+/// An error box with one button; blocks until it is closed. Linux has no window yet: the text goes to
+/// standard error. Main thread.
 void ShowErrorBox(const std::u16string& text, const std::u16string& title);
 
-/// Opens an address in the user's browser and does not wait for it. The caller has vetted the address. Returns
-/// whether something was started.
+/// Opens an address in the user's browser and does not wait for it. The caller has vetted the address.
+/// Returns whether something was started.
 bool OpenInBrowser(const std::u16string& url);
 
-/// Ends the process at once with this code: no static object is destroyed, so that workers that are still running
-/// find their world whole. Standard streams are flushed first.
+/// Ends the process at once with this code: no static object is destroyed, so that workers that are still
+/// running find their world whole. Standard streams are flushed first.
 [[noreturn]] void EndProcess(int code);
 
 }  // namespace platform

@@ -22,9 +22,7 @@ const std::filesystem::path& ExePath() { return Paths().executable; }
 
 const std::filesystem::path& ExeDir() { return Paths().directory; }
 
-void SetExePath(const std::filesystem::path& executable) {
-  Paths() = {executable, executable.parent_path()};
-}
+void SetExePath(const std::filesystem::path& executable) { Paths() = {executable, executable.parent_path()}; }
 
 std::u16string BuildWindowTitle() {
   return platform::Utf8ToWide("TolmiraMMO Patcher v" + std::to_string(launcherBuild));

@@ -15,13 +15,13 @@ struct PatchConfig {
   /// The process-wide record.
   static PatchConfig& Current();
 
-  /// Reads patcher.ini in ExeDir into the process-wide record, or creates the file with the defaults if there is
-  /// none. A value that is not accepted, and a file that exists but cannot be read, leave the defaults; an existing
-  /// file is never written to.
+  /// Reads patcher.ini in ExeDir into the process-wide record, or creates the file with the defaults if there
+  /// is none. A value that is not accepted, and a file that exists but cannot be read, leave the defaults; an
+  /// existing file is never written to.
   static void Load();
 
-  /// Applies the lines of a patcher.ini: "BaseUrl=" and "Connections=", the last accepted value counts; all others are
-  /// ignored.
+  /// Applies the lines of a patcher.ini: "BaseUrl=" and "Connections=", the last accepted value counts; all
+  /// others are ignored.
   void Apply(const std::string& text);
 };
 

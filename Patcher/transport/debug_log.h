@@ -4,9 +4,9 @@
 
 namespace patcher::DebugLog {
 
-/// Appends one line to patcher_debug.txt in ExeDir: the message and CR LF, no time stamp, no level. The file is
-/// closed between lines and grows without limit. A message that cannot be written is lost. Any thread; lines never
-/// interleave.
+/// Appends one line to patcher_debug.txt in ExeDir: the message and CR LF, no time stamp, no level. The file
+/// is closed between lines and grows without limit. A message that cannot be written is lost. Any thread;
+/// lines never interleave.
 void Write(std::string_view message);
 
 }  // namespace patcher::DebugLog

@@ -21,10 +21,10 @@ fs::path WithSuffix(fs::path file, const char* suffix) {
   return file;
 }
 
-/// Copies the body to `file` and into `hash`, block by block. False if the transfer or a write failed; the reason
-/// is in the log.
-bool ReceiveBody(platform::HttpRequest& request, const std::string& path, const fs::path& part, std::ofstream& file,
-                 platform::DigestHash& hash, const ByteCallback& onBytes) {
+/// Copies the body to `file` and into `hash`, block by block. False if the transfer or a write failed; the
+/// reason is in the log.
+bool ReceiveBody(platform::HttpRequest& request, const std::string& path, const fs::path& part,
+                 std::ofstream& file, platform::DigestHash& hash, const ByteCallback& onBytes) {
   std::array<char, kBlockSize> buffer;
   for (;;) {
     std::uint32_t available = 0;
@@ -40,7 +40,8 @@ bool ReceiveBody(platform::HttpRequest& request, const std::string& path, const 
     }
     errno = 0;
     if (!file.write(buffer.data(), read)) {
-      DebugLog::Write("write " + platform::BytesFromPath(part) + " : " + std::generic_category().message(errno));
+      DebugLog::Write("write " + platform::BytesFromPath(part) + " : " +
+                      std::generic_category().message(errno));
       return false;
     }
     hash.Update(buffer.data(), read);
@@ -91,7 +92,8 @@ bool HttpSession::DownloadToFile(const std::string& path, const fs::path& destin
   errno = 0;
   file.close();
   if (received && file.fail()) {
-    DebugLog::Write("write " + platform::BytesFromPath(part) + " : " + std::generic_category().message(errno));
+    DebugLog::Write("write " + platform::BytesFromPath(part) + " : " +
+                    std::generic_category().message(errno));
     received = false;
   }
   request.reset();

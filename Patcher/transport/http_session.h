@@ -14,13 +14,14 @@ namespace patcher {
 /// Called with the number of bytes of each block that arrived; may be empty.
 using ByteCallback = std::function<void(std::uint64_t)>;
 
-/// Bytes other than ASCII letters, digits and -_.~/ become a percent sign and two capital hexadecimal digits, so that
-/// a name is never taken for a query and must not come encoded.
+/// Bytes other than ASCII letters, digits and -_.~/ become a percent sign and two capital hexadecimal digits,
+/// so that a name is never taken for a query and must not come encoded.
 std::string PercentEncodePath(std::string_view path);
 
 /// The HTTP client of one operation (an update run, a check, a news fetch). Connect and Close belong to the
-/// operation's thread with no pool active; the other calls may run on many threads at once. Request paths start with
-/// a slash and are not yet encoded; only status 200 is success; failures of requests go to the debug log.
+/// operation's thread with no pool active; the other calls may run on many threads at once. Request paths
+/// start with a slash and are not yet encoded; only status 200 is success; failures of requests go to the
+/// debug log.
 class HttpSession {
  public:
   /// No byte goes over the network yet. On false `error` is a text for the player.
@@ -32,13 +33,14 @@ class HttpSession {
   /// A request whose response has arrived with status 200, or nothing.
   std::optional<platform::HttpRequest> OpenGet(const std::string& path);
 
-  /// The body of a small document. False, with `body` untouched, if there is no response with status 200. A transfer
-  /// that breaks midway gives true and what came until then.
+  /// The body of a small document. False, with `body` untouched, if there is no response with status 200. A
+  /// transfer that breaks midway gives true and what came until then.
   bool GetToString(const std::string& path, std::string& body);
 
-  /// Streams a body to `destination` followed by ".part" while hashing it, then puts it in place, replacing what
-  /// stands there even if it is in use. `digest` is the hexadecimal SHA-256 of what arrived; judging it is the
-  /// caller's work. On false `destination` is untouched (but for a failed last copy), and no .part file stays.
+  /// Streams a body to `destination` followed by ".part" while hashing it, then puts it in place, replacing
+  /// what stands there even if it is in use. `digest` is the hexadecimal SHA-256 of what arrived; judging it
+  /// is the caller's work. On false `destination` is untouched (but for a failed last copy), and no .part
+  /// file stays.
   bool DownloadToFile(const std::string& path, const std::filesystem::path& destination, std::string& digest,
                       const ByteCallback& onBytes);
 
@@ -47,8 +49,9 @@ class HttpSession {
   platform::HttpConnection connection_;
 };
 
-/// Makes way for a new file: if something stands at `destination` and cannot be opened for exclusive writing, it is
-/// moved to the same name followed by ".old", replacing a file of that name. True unless a needed move failed.
+/// Makes way for a new file: if something stands at `destination` and cannot be opened for exclusive writing,
+/// it is moved to the same name followed by ".old", replacing a file of that name. True unless a needed move
+/// failed.
 bool MoveLockedTargetAside(const std::filesystem::path& destination);
 
 }  // namespace patcher

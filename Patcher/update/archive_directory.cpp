@@ -156,7 +156,8 @@ bool ArchiveDirectoryIsSound(const std::filesystem::path& archive) {
   ArchiveFile file(archive);
   const std::optional<Directory> directory = FindDirectory(file);
   if (!directory || directory->size > kMaxDirectorySize) return false;
-  if (directory->offset > directory->end || directory->size > directory->end - directory->offset) return false;
+  if (directory->offset > directory->end || directory->size > directory->end - directory->offset)
+    return false;
   if (directory->entries > directory->size / kEntrySize) return false;
   const auto content = file.Read(directory->offset, directory->size);
   if (!content) return false;

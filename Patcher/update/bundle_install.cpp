@@ -71,11 +71,13 @@ void RecordInstalled(UpdateRun& run, std::size_t index) {
   for (const std::string& path : bundle.files) {
     const auto owner = run.archivePaths.find(path);
     const auto digest = run.expectedDigests.find(path);
-    if (owner == run.archivePaths.end() || owner->second != index || digest == run.expectedDigests.end()) continue;
+    if (owner == run.archivePaths.end() || owner->second != index || digest == run.expectedDigests.end())
+      continue;
     if (HasExpectedSize(InstalledPlace(path), run.expectedSizes.find(path)->second)) {
       run.record.Enter(path, digest->second);
     } else {
-      PostStatus(run.window, "Anomalie: " + path + " absent apres extraction de " + bundle.name + ", sera repris.");
+      PostStatus(run.window,
+                 "Anomalie: " + path + " absent apres extraction de " + bundle.name + ", sera repris.");
     }
   }
   run.record.Save();
@@ -147,8 +149,8 @@ bool BundleWorker(UpdateRun& run, ProgressTracker& tracker, std::size_t index, u
     std::lock_guard guard(run.stateLock);
     RecordInstalled(run, index);
   }
-  PostStatus(run.window, "Archive " + std::to_string(done) + "/" + std::to_string(run.chosenBundles.size()) + " : " +
-                             bundle.name);
+  PostStatus(run.window, "Archive " + std::to_string(done) + "/" + std::to_string(run.chosenBundles.size()) +
+                             " : " + bundle.name);
   return true;
 }
 

@@ -12,13 +12,13 @@ namespace patcher {
 /// What the launcher believes is installed: path to digest, ordered by unsigned bytes.
 using LocalState = std::map<std::string, std::string, std::less<>>;
 
-/// Reads patch_manifest.json in either of its forms: the server's document or what SaveLocalManifest writes. A file
-/// that cannot be read or does not parse gives an empty state, and `version` is then not written. `version` may be
-/// null.
+/// Reads patch_manifest.json in either of its forms: the server's document or what SaveLocalManifest writes.
+/// A file that cannot be read or does not parse gives an empty state, and `version` is then not written.
+/// `version` may be null.
 LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version);
 
-/// Writes the progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's layout.
-/// Written in place; a failure is not reported.
+/// Writes the progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's
+/// layout. Written in place; a failure is not reported.
 void SaveLocalManifest(const std::filesystem::path& path, const LocalState& state, std::int32_t version);
 
 // Pieces of the progress form, for who writes only what changed.

@@ -48,9 +48,11 @@ bool LocalRecord::SaveTail() {
   std::error_code error;
   if (std::filesystem::file_size(path_, error) != savedSize_ || error) return false;
 
-  // Everything in front of the lowest changed path stands as it is; the first saved entry at or behind it goes.
-  const auto stale = std::lower_bound(saved_.begin(), saved_.end(), firstChange_,
-                                      [](const SavedEntry& entry, const std::string& path) { return *entry.path < path; });
+  // Everything in front of the lowest changed path stands as it is; the first saved entry at or behind it
+  // goes.
+  const auto stale =
+      std::lower_bound(saved_.begin(), saved_.end(), firstChange_,
+                       [](const SavedEntry& entry, const std::string& path) { return *entry.path < path; });
   const bool append = stale == saved_.end();
   const std::uint64_t begin = append ? savedSize_ - kLocalManifestTail.size() : stale->offset;
   saved_.erase(stale, saved_.end());

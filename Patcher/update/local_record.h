@@ -10,12 +10,14 @@
 
 namespace patcher {
 
-/// The local manifest of one operation, in memory and on disk. Not thread-safe: callers hold a lock of their own.
+/// The local manifest of one operation, in memory and on disk. Not thread-safe: callers hold a lock of their
+/// own.
 ///
-/// A save costs what changed since the save before: the file is rewritten in place from the first changed entry on,
-/// which for a run that installs files in path order is nearly an append. The bytes are always those of
-/// SaveLocalManifest. A death in the middle of such a write leaves a text that does not parse, which counts as no
-/// record, or one in which a path stands with the digest of another, which matches nothing and costs one hash.
+/// A save costs what changed since the save before: the file is rewritten in place from the first changed
+/// entry on, which for a run that installs files in path order is nearly an append. The bytes are always
+/// those of SaveLocalManifest. A death in the middle of such a write leaves a text that does not parse, which
+/// counts as no record, or one in which a path stands with the digest of another, which matches nothing and
+/// costs one hash.
 class LocalRecord {
  public:
   explicit LocalRecord(std::filesystem::path path);
@@ -48,7 +50,8 @@ class LocalRecord {
   std::filesystem::path path_;
   std::int32_t version_ = 0;
   LocalState state_;
-  std::vector<SavedEntry> saved_;  // layout of the last save, path order; empty: the next save writes everything
+  std::vector<SavedEntry>
+      saved_;  // layout of the last save, path order; empty: the next save writes everything
   std::uint64_t savedSize_ = 0;
   bool changed_ = false;
   std::string firstChange_;  // lowest path entered since the last save

@@ -38,8 +38,10 @@ const std::vector<Value>& ArrayMember(const Value& object, std::string_view key)
 }
 
 PatchBundle ReadBundle(const Value& item) {
-  PatchBundle bundle{StringMember(item, "name"), NumberMember<std::uint64_t>(item, "size"),
-                     StringMember(item, "sha256"), {}};
+  PatchBundle bundle{StringMember(item, "name"),
+                     NumberMember<std::uint64_t>(item, "size"),
+                     StringMember(item, "sha256"),
+                     {}};
   const std::vector<Value>& files = ArrayMember(item, "files");
   bundle.files.reserve(files.size());
   for (const Value& path : files) bundle.files.push_back(path.AsString(""));

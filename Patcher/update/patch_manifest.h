@@ -9,10 +9,10 @@ namespace patcher {
 
 /// One file of an installation.
 struct PatchFile {
-  std::string path;         ///< UTF-8, forward slashes, relative to the install directory: the file's identity
-  std::uint64_t size = 0;   ///< bytes
-  std::string sha256;       ///< 64 lower-case hexadecimal digits
-  std::string url;          ///< name below "/patch/"
+  std::string path;        ///< UTF-8, forward slashes, relative to the install directory: the file's identity
+  std::uint64_t size = 0;  ///< bytes
+  std::string sha256;      ///< 64 lower-case hexadecimal digits
+  std::string url;         ///< name below "/patch/"
 };
 
 /// A ZIP archive that holds many files.
@@ -25,16 +25,16 @@ struct PatchBundle {
 
 /// The server's document: what a complete installation is.
 struct PatchManifest {
-  std::int32_t version = 0;         ///< shown and stored; decides nothing
-  std::int32_t patcherVersion = 0;  ///< build number of the newest launcher
-  std::string patcherUrl;           ///< its name below "/patch/"
-  std::vector<PatchFile> files;     ///< document order, nothing removed
-  std::vector<PatchBundle> bundles; ///< document order, without those that lack a name or a digest
+  std::int32_t version = 0;          ///< shown and stored; decides nothing
+  std::int32_t patcherVersion = 0;   ///< build number of the newest launcher
+  std::string patcherUrl;            ///< its name below "/patch/"
+  std::vector<PatchFile> files;      ///< document order, nothing removed
+  std::vector<PatchBundle> bundles;  ///< document order, without those that lack a name or a digest
 };
 
-/// Reads a manifest leniently: what is absent or of another kind stays at its default. Numbers are truncated toward
-/// zero; one that does not fit its field becomes the nearest that does. False only if the text does not parse, with
-/// the parser's message in `error`.
+/// Reads a manifest leniently: what is absent or of another kind stays at its default. Numbers are truncated
+/// toward zero; one that does not fit its field becomes the nearest that does. False only if the text does
+/// not parse, with the parser's message in `error`.
 bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::string& error);
 
 }  // namespace patcher

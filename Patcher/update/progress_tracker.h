@@ -10,8 +10,8 @@
 
 namespace patcher {
 
-/// Counts bytes and finished items of one download stage across all threads, and tells the page at most ten times a
-/// second unless forced. Any thread. Its lock is a leaf: nothing else is taken under it.
+/// Counts bytes and finished items of one download stage across all threads, and tells the page at most ten
+/// times a second unless forced. Any thread. Its lock is a leaf: nothing else is taken under it.
 class ProgressTracker {
  public:
   ProgressTracker(HostWindow& window, std::uint64_t totalBytes, std::uint32_t itemCount);

@@ -2,20 +2,20 @@
 
 #include <cstddef>
 
-#include "update/update_run.h"
+#include "update/run_state.h"
 
 namespace patcher {
 
-/// Sorts each file of the manifest into trusted, found good or wanted: fills the expected digests and sizes, `wanted`
-/// and `wantedBytes`, and enters what was found good in the record. Returns the number found good.
+/// Sorts each file of the manifest into trusted, found good or wanted: fills the expected digests and sizes,
+/// `wanted` and `wantedBytes`, and enters what was found good in the record. Returns the number found good.
 std::size_t FindWantedFiles(UpdateRun& run);
 
-/// Fills `wantedPaths`, `chosenBundles` and `bundleBytes`. True if the archives together weigh less than the wanted
-/// files together.
+/// Fills `wantedPaths`, `chosenBundles` and `bundleBytes`. True if the archives together weigh less than the
+/// wanted files together.
 bool ChooseBundles(UpdateRun& run);
 
-/// Takes the wanted files out of the record, true if it held one: from here on their content on disk is uncertain, and
-/// a server that goes back to the recorded version must not find them vouched for.
+/// Takes the wanted files out of the record, true if it held one: from here on their content on disk is
+/// uncertain, and a server that goes back to the recorded version must not find them vouched for.
 bool ForgetWantedFiles(UpdateRun& run);
 
 /// Fills `archivePaths` from the chosen archives.

@@ -22,8 +22,8 @@ namespace fs = std::filesystem;
 constexpr std::int32_t kFilesPerSave = 50;
 constexpr std::int32_t kFilesPerStatus = 200;
 
-/// Leftovers of earlier runs: the launcher that was replaced, files that were in use when they were, temporary
-/// archives. What cannot be deleted stays for the next run.
+/// Leftovers of earlier runs: the launcher that was replaced, files that were in use when they were,
+/// temporary archives. What cannot be deleted stays for the next run.
 void SweepLeftovers() {
   std::error_code error;
   fs::remove(ExeDir() / "Patcher.old.exe", error);
@@ -38,7 +38,8 @@ void SweepLeftovers() {
   }
 }
 
-/// The steps of the run in order. Each returns the `canPlay` with which the run ends there, or nothing to go on.
+/// The steps of the run in order. Each returns the `canPlay` with which the run ends there, or nothing to go
+/// on.
 class Steps {
  public:
   Steps(HostWindow& window, const UpdateStages& stages) : run_(window), stages_(stages) {}
@@ -105,10 +106,11 @@ class Steps {
       Status(std::to_string(run_.wanted.size()) + " fichier(s) a telecharger...");
       return true;
     }
-    Status(std::to_string(run_.wanted.size()) + " fichier(s) via " + std::to_string(run_.chosenBundles.size()) +
-           " archive(s)...");
+    Status(std::to_string(run_.wanted.size()) + " fichier(s) via " +
+           std::to_string(run_.chosenBundles.size()) + " archive(s)...");
     AssignArchivePaths(run_);
-    ProgressTracker tracker(run_.window, run_.bundleBytes, static_cast<std::uint32_t>(run_.chosenBundles.size()));
+    ProgressTracker tracker(run_.window, run_.bundleBytes,
+                            static_cast<std::uint32_t>(run_.chosenBundles.size()));
     const bool done = RunPool(run_.chosenBundles.size(), [&](std::size_t index, unsigned worker) {
       return stages_.installBundle(run_, tracker, index, worker);
     });
@@ -124,7 +126,8 @@ class Steps {
     ListSingles(run_);
     if (run_.singles.empty()) return true;
     ProgressTracker tracker(run_.window, run_.singleBytes, static_cast<std::uint32_t>(run_.singles.size()));
-    return RunPool(run_.singles.size(), [&](std::size_t index, unsigned) { return FileWorker(tracker, index); });
+    return RunPool(run_.singles.size(),
+                   [&](std::size_t index, unsigned) { return FileWorker(tracker, index); });
   }
 
   bool FileWorker(ProgressTracker& tracker, std::size_t index) {
@@ -165,12 +168,11 @@ class Steps {
 
 }  // namespace
 
-UpdateRun::UpdateRun(HostWindow& hostWindow) : window(hostWindow), record(ExeDir() / "patch_manifest.json") {}
-
 void RunUpdate(HostWindow& window, const UpdateStages& stages) {
   bool canPlay = false;
   try {
-    // In a scope of its own: when the page hears `ready`, the run's lists are freed and its session is closed.
+    // In a scope of its own: when the page hears `ready`, the run's lists are freed and its session is
+    // closed.
     const std::optional<bool> end = Steps(window, stages).Run();
     if (!end) {
       PostSelfUpdate(window);

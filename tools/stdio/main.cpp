@@ -62,7 +62,8 @@ void TellError(const std::u16string& text, const std::u16string& title) {
   platform::WriteErrorLine("error box: " + platform::WideToUtf8(title) + ": " + platform::WideToUtf8(text));
 }
 
-/// The stages that the update run passes through. Static: detached workers use them until the process is gone.
+/// The stages that the update run passes through. Static: detached workers use them until the process is
+/// gone.
 const patcher::UpdateStages& Stages() {
   static const auto* stages = new patcher::UpdateStages{
       .selfUpdate = {},

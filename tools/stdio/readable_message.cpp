@@ -25,15 +25,16 @@ bool Flag(const Value& message, const char* key) {
 }
 
 std::string Progress(const Value& message) {
-  return Number(message, "percent") + "%  " + Number(message, "fileIndex") + "/" + Number(message, "fileCount") +
-         "  " + Number(message, "downloadedBytes") + "/" + Number(message, "totalBytes") + " bytes  " +
-         Text(message, "currentFile");
+  return Number(message, "percent") + "%  " + Number(message, "fileIndex") + "/" +
+         Number(message, "fileCount") + "  " + Number(message, "downloadedBytes") + "/" +
+         Number(message, "totalBytes") + " bytes  " + Text(message, "currentFile");
 }
 
 std::string Check(const Value& message) {
   if (message.Find("error") != nullptr) return "check failed: " + Text(message, "error");
-  std::string line = "check: " + Number(message, "total") + " files, " + Number(message, "ok") + " correct, " +
-                     Number(message, "missing") + " missing, " + Number(message, "corrupt") + " damaged";
+  std::string line = "check: " + Number(message, "total") + " files, " + Number(message, "ok") +
+                     " correct, " + Number(message, "missing") + " missing, " + Number(message, "corrupt") +
+                     " damaged";
   if (const Value* samples = message.Find("samples")) {
     for (const Value& path : samples->arrayItems) line += "\n  " + path.AsString("");
   }

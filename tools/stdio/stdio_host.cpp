@@ -12,7 +12,7 @@ namespace patcher {
 namespace {
 
 // Messages of this host's own, behind those of the workers.
-constexpr std::uint32_t kRequest = 0x8101;       // lParam: std::string, one line of input
+constexpr std::uint32_t kRequest = 0x8101;  // lParam: std::string, one line of input
 constexpr std::uint32_t kInputEnded = 0x8102;
 constexpr std::uint32_t kWorkerEnded = 0x8103;
 constexpr std::uint32_t kCloseRequest = 0x8104;
@@ -99,7 +99,8 @@ void StdioHost::AskToClose() {
 void StdioHost::StartThread(std::function<void()> entry) {
   std::thread([this, entry = std::move(entry)]() mutable {
     entry();
-    // What the entry holds, a taken guard for example, is released before the host counts the worker as ended.
+    // What the entry holds, a taken guard for example, is released before the host counts the worker as
+    // ended.
     entry = nullptr;
     while (!queue_.Post({kWorkerEnded, 0, 0})) std::this_thread::yield();
   }).detach();

@@ -8,16 +8,17 @@
 
 namespace patcher {
 
-/// The launcher's host without a window: messages for the page go to standard output, requests come from standard
-/// input, and what would happen to the window is told on standard error. Lives as long as the process.
+/// The launcher's host without a window: messages for the page go to standard output, requests come from
+/// standard input, and what would happen to the window is told on standard error. Lives as long as the
+/// process.
 class StdioHost final : public HostOperations {
  public:
   enum class Form { kJson, kReadable };
 
   StdioHost(Form form, OperationTable operations);
 
-  /// Does what a completed navigation does, then serves requests. Returns the exit code, at once for "play" and
-  /// "cancel", else when the input has ended and no worker is running.
+  /// Does what a completed navigation does, then serves requests. Returns the exit code, at once for "play"
+  /// and "cancel", else when the input has ended and no worker is running.
   int Run();
 
   void PostEvent(const UiEvent& event) noexcept override;
@@ -37,7 +38,7 @@ class StdioHost final : public HostOperations {
   const Form form_;
   platform::MessageQueue queue_;
   Dispatcher dispatcher_;
-  int runningWorkers_ = 0;  // main thread only
+  int runningWorkers_ = 0;   // main thread only
   bool inputEnded_ = false;  // main thread only
 };
 

@@ -1,9 +1,9 @@
 #include "platform/digest.h"
 
-#include <openssl/evp.h>
-
 #include <stdexcept>
 #include <utility>
+
+#include <openssl/evp.h>
 
 namespace platform {
 namespace {
@@ -31,7 +31,9 @@ DigestHash::~DigestHash() { Release(); }
 
 void DigestHash::Release() { EVP_MD_CTX_free(Context(std::exchange(handle_, nullptr))); }
 
-void DigestHash::Update(const void* data, std::size_t size) { EVP_DigestUpdate(Context(handle_), data, size); }
+void DigestHash::Update(const void* data, std::size_t size) {
+  EVP_DigestUpdate(Context(handle_), data, size);
+}
 
 void DigestHash::Finish(std::span<std::uint8_t> digest) {
   EVP_DigestFinal_ex(Context(handle_), digest.data(), nullptr);

@@ -1,11 +1,11 @@
 #include "platform/files.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace platform {
 namespace {

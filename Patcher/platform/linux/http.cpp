@@ -1,7 +1,5 @@
 #include "platform/http.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstring>
@@ -10,6 +8,8 @@
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include <curl/curl.h>
 
 namespace platform {
 namespace {
@@ -33,8 +33,8 @@ std::optional<std::string> UrlPart(CURLU* url, CURLUPart part, unsigned flags = 
   return copy;
 }
 
-/// One transfer engine. Its connection cache is what makes connections live on from request to request: whoever takes
-/// the engine next finds the connection open.
+/// One transfer engine. Its connection cache is what makes connections live on from request to request:
+/// whoever takes the engine next finds the connection open.
 struct Engine {
   CURLM* multi = curl_multi_init();
   CURL* easy = curl_easy_init();
@@ -262,7 +262,8 @@ std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& e
 std::uint32_t HttpRequest::Send() {
   impl_->NoteActivity();
   if (curl_multi_add_handle(impl_->engine->multi, impl_->engine->easy) != CURLM_OK) return CURLE_FAILED_INIT;
-  // The request is on its way as soon as the connection stands; anything that failed by then failed to be sent.
+  // The request is on its way as soon as the connection stands; anything that failed by then failed to be
+  // sent.
   return impl_->Drive([this] {
     curl_off_t sent = 0;
     curl_easy_getinfo(impl_->engine->easy, CURLINFO_PRETRANSFER_TIME_T, &sent);

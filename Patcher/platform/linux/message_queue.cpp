@@ -23,7 +23,9 @@ struct MessageQueue::Impl {
   }
 };
 
-MessageQueue::MessageQueue(Handler handler) : impl_(std::make_unique<Impl>()) { impl_->handler = std::move(handler); }
+MessageQueue::MessageQueue(Handler handler) : impl_(std::make_unique<Impl>()) {
+  impl_->handler = std::move(handler);
+}
 
 MessageQueue::~MessageQueue() = default;
 

@@ -1,13 +1,13 @@
 #include "platform/process.h"
 
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "platform/standard_streams.h"
 #include "platform/text.h"
@@ -35,7 +35,8 @@ bool IsWindowsProgram(const fs::path& file) {
   _exit(127);
 }
 
-/// Starts a program that is nobody's child afterwards, so that none is ever left unwaited for. Returns 0 or errno.
+/// Starts a program that is nobody's child afterwards, so that none is ever left unwaited for. Returns 0 or
+/// errno.
 int StartDetached(std::vector<std::string> words, const fs::path& directory) {
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
@@ -73,7 +74,8 @@ std::vector<std::string> CommandLineArguments(int argc, char** argv) {
   return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
 }
 
-int StartProgram(const fs::path& program, const std::vector<std::string>& arguments, const fs::path& workingDirectory) {
+int StartProgram(const fs::path& program, const std::vector<std::string>& arguments,
+                 const fs::path& workingDirectory) {
   std::vector<std::string> words{program.native()};
   words.insert(words.end(), arguments.begin(), arguments.end());
   if (!IsWindowsProgram(program)) {
@@ -89,7 +91,9 @@ void ShowErrorBox(const std::u16string& text, const std::u16string& title) {
   WriteErrorLine(WideToUtf8(title) + ": " + WideToUtf8(text));
 }
 
-bool OpenInBrowser(const std::u16string& url) { return StartDetached({"xdg-open", WideToUtf8(url)}, "/") == 0; }
+bool OpenInBrowser(const std::u16string& url) {
+  return StartDetached({"xdg-open", WideToUtf8(url)}, "/") == 0;
+}
 
 void EndProcess(int code) {
   std::fflush(nullptr);

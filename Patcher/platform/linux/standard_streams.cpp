@@ -1,9 +1,9 @@
 #include "platform/standard_streams.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <iostream>
+
+#include <unistd.h>
 
 namespace platform {
 namespace {

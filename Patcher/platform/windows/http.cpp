@@ -1,0 +1,138 @@
+#include <windows.h>
+
+#include "platform/http.h"
+
+#include <string>
+
+#include <winhttp.h>
+
+#include "platform/text.h"
+
+namespace platform {
+namespace {
+
+struct HandleCloser {
+  void operator()(void* handle) const { WinHttpCloseHandle(handle); }
+};
+using Handle = std::unique_ptr<void, HandleCloser>;
+
+constexpr std::size_t kSchemeBuffer = 16;
+constexpr std::size_t kHostBuffer = 256;
+
+std::wstring ToNative(const std::string& text) {
+  const std::u16string wide = Utf8ToWide(text);
+  return {wide.begin(), wide.end()};
+}
+
+}  // namespace
+
+std::optional<ServerAddress> CrackUrl(const std::string& url) {
+  const std::wstring wide = ToNative(url);
+  wchar_t scheme[kSchemeBuffer] = {};
+  wchar_t host[kHostBuffer] = {};
+  URL_COMPONENTS parts{};
+  parts.dwStructSize = sizeof parts;
+  parts.lpszScheme = scheme;
+  parts.dwSchemeLength = kSchemeBuffer;
+  parts.lpszHostName = host;
+  parts.dwHostNameLength = kHostBuffer;
+  parts.dwUrlPathLength = static_cast<DWORD>(-1);
+  parts.dwExtraInfoLength = static_cast<DWORD>(-1);
+  if (!WinHttpCrackUrl(wide.c_str(), static_cast<DWORD>(wide.size()), 0, &parts)) return std::nullopt;
+  const std::wstring name = host;
+  if (name.empty()) return std::nullopt;
+  return ServerAddress{parts.nScheme == INTERNET_SCHEME_HTTPS,
+                       WideToUtf8(std::u16string(name.begin(), name.end())), parts.nPort};
+}
+
+struct HttpClient::Impl {
+  Handle session;
+};
+
+HttpClient::HttpClient() = default;
+HttpClient::~HttpClient() = default;
+HttpClient::HttpClient(HttpClient&&) noexcept = default;
+HttpClient& HttpClient::operator=(HttpClient&&) noexcept = default;
+
+bool HttpClient::Open(const std::string& userAgent) {
+  impl_ = std::make_unique<Impl>();
+  impl_->session.reset(WinHttpOpen(ToNative(userAgent).c_str(), WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY,
+                                   WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0));
+  return impl_->session != nullptr;
+}
+
+void HttpClient::SetMaxConnectionsPerServer(std::uint32_t count) {
+  DWORD value = count;
+  WinHttpSetOption(impl_->session.get(), WINHTTP_OPTION_MAX_CONNS_PER_SERVER, &value, sizeof value);
+  WinHttpSetOption(impl_->session.get(), WINHTTP_OPTION_MAX_CONNS_PER_1_0_SERVER, &value, sizeof value);
+}
+
+struct HttpConnection::Impl {
+  Handle connection;
+  bool secure = false;
+};
+
+HttpConnection::HttpConnection() = default;
+HttpConnection::~HttpConnection() = default;
+HttpConnection::HttpConnection(HttpConnection&&) noexcept = default;
+HttpConnection& HttpConnection::operator=(HttpConnection&&) noexcept = default;
+
+bool HttpConnection::Open(HttpClient& client, const ServerAddress& server) {
+  impl_ = std::make_unique<Impl>();
+  impl_->secure = server.secure;
+  impl_->connection.reset(
+      WinHttpConnect(client.impl_->session.get(), ToNative(server.host).c_str(), server.port, 0));
+  return impl_->connection != nullptr;
+}
+
+struct HttpRequest::Impl {
+  Handle request;
+
+  static std::uint32_t ErrorUnless(BOOL success) { return success ? 0 : GetLastError(); }
+};
+
+HttpRequest::HttpRequest() = default;
+HttpRequest::~HttpRequest() = default;
+HttpRequest::HttpRequest(HttpRequest&&) noexcept = default;
+HttpRequest& HttpRequest::operator=(HttpRequest&&) noexcept = default;
+
+std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& encodedPath) {
+  impl_ = std::make_unique<Impl>();
+  impl_->request.reset(WinHttpOpenRequest(
+      connection.impl_->connection.get(), L"GET", ToNative(encodedPath).c_str(), nullptr, WINHTTP_NO_REFERER,
+      WINHTTP_DEFAULT_ACCEPT_TYPES, connection.impl_->secure ? WINHTTP_FLAG_SECURE : 0));
+  return Impl::ErrorUnless(impl_->request != nullptr);
+}
+
+std::uint32_t HttpRequest::Send() {
+  return Impl::ErrorUnless(WinHttpSendRequest(impl_->request.get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
+                                              WINHTTP_NO_REQUEST_DATA, 0, 0, 0));
+}
+
+std::uint32_t HttpRequest::ReceiveResponse() {
+  return Impl::ErrorUnless(WinHttpReceiveResponse(impl_->request.get(), nullptr));
+}
+
+std::uint32_t HttpRequest::Status() {
+  DWORD status = 0;
+  DWORD size = sizeof status;
+  WinHttpQueryHeaders(impl_->request.get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
+                      WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX);
+  return status;
+}
+
+std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
+  DWORD count = 0;
+  const std::uint32_t error = Impl::ErrorUnless(WinHttpQueryDataAvailable(impl_->request.get(), &count));
+  available = count;
+  return error;
+}
+
+std::uint32_t HttpRequest::ReadData(void* buffer, std::uint32_t size, std::uint32_t& read) {
+  DWORD count = 0;
+  const std::uint32_t error = Impl::ErrorUnless(WinHttpReadData(impl_->request.get(), buffer, size, &count));
+  read = count;
+  return error;
+}
+
+}  // namespace platform

@@ -1,0 +1,69 @@
+#include <windows.h>
+
+#include "platform/process.h"
+
+#include <cstdio>
+#include <memory>
+
+#include <shellapi.h>
+
+#include "platform/text.h"
+
+namespace platform {
+namespace {
+
+std::wstring Native(std::u16string_view text) { return {text.begin(), text.end()}; }
+
+struct LocalDeleter {
+  void operator()(wchar_t** memory) const { LocalFree(memory); }
+};
+
+}  // namespace
+
+std::filesystem::path OwnExecutablePath() {
+  wchar_t name[MAX_PATH] = {};
+  const DWORD length = GetModuleFileNameW(nullptr, name, MAX_PATH);
+  return std::wstring(name, length);
+}
+
+std::vector<std::string> CommandLineArguments(int, char**) {
+  int count = 0;
+  const std::unique_ptr<wchar_t*, LocalDeleter> words(CommandLineToArgvW(GetCommandLineW(), &count));
+  std::vector<std::string> arguments;
+  for (int i = 1; words && i < count; ++i) arguments.push_back(Utf8FromPath(words.get()[i]));
+  return arguments;
+}
+
+int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                 const std::filesystem::path& workingDirectory) {
+  std::wstring commandLine = L'"' + program.native() + L'"';
+  for (const std::string& argument : arguments) commandLine += L' ' + Native(Utf8ToWide(argument));
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                      workingDirectory.c_str(), &startup, &process)) {
+    return static_cast<int>(GetLastError());
+  }
+  CloseHandle(process.hProcess);
+  CloseHandle(process.hThread);
+  return 0;
+}
+
+void ShowErrorBox(const std::u16string& text, const std::u16string& title) {
+  MessageBoxW(nullptr, Native(text).c_str(), Native(title).c_str(), MB_ICONERROR | MB_OK);
+}
+
+bool OpenInBrowser(const std::u16string& url) {
+  const HINSTANCE result =
+      ShellExecuteW(nullptr, L"open", Native(url).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+  // Above 32 is success, by the function's own rule.
+  return reinterpret_cast<INT_PTR>(result) > 32;
+}
+
+void EndProcess(int code) {
+  std::fflush(nullptr);
+  ExitProcess(static_cast<UINT>(code));
+}
+
+}  // namespace platform

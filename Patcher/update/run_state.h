@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "control/host.h"
+#include "transport/http_session.h"
+#include "update/local_record.h"
+#include "update/patch_manifest.h"
+
+namespace patcher {
+
+/// State of one update run. The lists point into `manifest`, which does not change once it is parsed. While a
+/// pool runs, workers read everything freely, but touch `record` and `retryPaths` only under `stateLock`,
+/// which is never held together with a ProgressTracker's lock.
+struct UpdateRun {
+  explicit UpdateRun(HostWindow& hostWindow);
+
+  HostWindow& window;
+  HttpSession session;
+  std::string manifestText;  ///< the server's document as received; becomes the local manifest at the end
+  PatchManifest manifest;
+  LocalRecord record;  ///< what is known to be installed
+
+  std::map<std::string, std::string, std::less<>> expectedDigests;
+  std::map<std::string, std::uint64_t, std::less<>> expectedSizes;
+  std::vector<const PatchFile*> wanted;  ///< manifest order
+  std::uint64_t wantedBytes = 0;
+  std::set<std::string, std::less<>> wantedPaths;
+  std::vector<const PatchBundle*> chosenBundles;  ///< manifest order
+  std::uint64_t bundleBytes = 0;
+  /// Wanted files that are to arrive through archives, each with the index of the first chosen archive that
+  /// lists it: that one alone extracts the file, so that two workers never write the same one.
+  std::map<std::string, std::size_t, std::less<>> archivePaths;
+  std::set<std::string, std::less<>> retryPaths;  ///< wanted files of archives that failed
+  std::vector<const PatchFile*> singles;          ///< manifest order
+  std::uint64_t singleBytes = 0;
+
+  std::mutex stateLock;
+};
+
+}  // namespace patcher
