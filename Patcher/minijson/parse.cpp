@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 
 #include "minijson/minijson.h"
@@ -147,7 +148,8 @@ class Parser {
         break;
       case 'u':
         out += '?';
-        at_ += 4;
+        // The skip may reach behind the text.
+        at_ = std::min(at_ + 4, text_.size());
         break;
       default:
         out += c;

@@ -44,9 +44,9 @@ void LocalRecord::Save() {
 }
 
 bool LocalRecord::SaveTail() {
-  if (!changed_) return true;
   std::error_code error;
   if (std::filesystem::file_size(path_, error) != savedSize_ || error) return false;
+  if (!changed_) return true;
 
   // Everything in front of the lowest changed path stands as it is; the first saved entry at or behind it
   // goes.

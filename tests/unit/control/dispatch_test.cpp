@@ -1,0 +1,127 @@
+#include "control/dispatch.h"
+
+#include <future>
+
+#include <gtest/gtest.h>
+
+#include "support/recording_host.h"
+
+namespace patcher {
+namespace {
+
+using Texts = std::vector<std::u16string>;
+
+class DispatchTest : public testing::Test {
+ protected:
+  OperationTable Table() {
+    OperationTable table;
+    table.runUpdate = [this](HostWindow& window) {
+      released.get_future().wait();
+      PostReady(window, true);
+    };
+    table.runCheckOperation = [this](HostWindow& window, bool repair) {
+      checks.emplace_back(repair ? "repair" : "verify");
+      PostReady(window, false);
+    };
+    table.launchClient = [this] { host.calls.emplace_back("launch"); };
+    table.openExternalUrl = [this](const std::u16string& url) { urls.push_back(url); };
+    table.buildOptionsMessage = [](const std::filesystem::path&) { return std::u16string(u"options"); };
+    table.saveOptions = [](const std::filesystem::path&, const MiniJson::Value& values) {
+      if (values.AsNumber(0) == 13) throw std::runtime_error("disk");
+      return values.AsNumber(0) == 1;
+    };
+    return table;
+  }
+
+  void DeliverEvents() {
+    for (const UiEvent& event : host.TakeEvents()) dispatcher.HandleUiEvent(event);
+  }
+
+  Texts Sent() { return std::exchange(host.sent, {}); }
+
+  std::promise<void> released;
+  std::vector<std::string> checks;
+  Texts urls;
+  RecordingHost host;
+  Dispatcher dispatcher{host, Table()};
+};
+
+TEST_F(DispatchTest, BadRequestsAreSilence) {
+  for (const char16_t* text :
+       {u"", u"{\"action\":\"ver", u"[]", u"7", u"{}", u"{\"action\":3}", u"{\"action\":\"Play\"}",
+        u"{\"action\":\"\"}", u"{\"action\":\"dance\"}", u"{\"action\":\"play\"}",
+        u"{\"action\":\"openUrl\"}", u"{\"action\":\"saveOptions\",\"values\":13}", u"{\"a\":1e999}"}) {
+    dispatcher.DispatchPageMessage(text);
+  }
+  dispatcher.DispatchPageMessage(std::u16string(100000, u'['));
+  EXPECT_TRUE(host.sent.empty());
+  EXPECT_TRUE(host.calls.empty());
+  EXPECT_TRUE(host.TakeEvents().empty());
+}
+
+TEST_F(DispatchTest, OneLongOperationAtATime) {
+  dispatcher.NavigationCompleted();
+  EXPECT_EQ(Sent(), Texts{u"options"});
+  dispatcher.DispatchPageMessage(u"{\"action\":\"verify\"} trailing text");
+  DeliverEvents();
+  EXPECT_EQ(Sent(), Texts{u"{\"type\":\"status\",\"text\":\"Une operation est deja en cours.\"}"});
+  dispatcher.NavigationCompleted();  // a reload of the page: no second run
+  EXPECT_EQ(Sent(), Texts{u"options"});
+  released.set_value();
+  host.JoinWorkers();
+  DeliverEvents();
+  EXPECT_EQ(Sent(), Texts{u"{\"type\":\"ready\",\"canPlay\":true}"});
+
+  for (const char16_t* text : {u"{\"action\":\"verify\"}", u"{\"action\":\"repair\"}"}) {
+    dispatcher.DispatchPageMessage(text);
+    host.JoinWorkers();
+  }
+  EXPECT_EQ(checks, (std::vector<std::string>{"verify", "repair"}));
+}
+
+TEST_F(DispatchTest, AWorkerThatCannotStartLeavesTheGuardFree) {
+  host.refuseThreads = true;
+  dispatcher.DispatchPageMessage(u"{\"action\":\"verify\"}");
+  DeliverEvents();
+  EXPECT_EQ(
+      Sent(),
+      (Texts{u"{\"type\":\"check\",\"mode\":\"verify\",\"done\":true,\"error\":\"serveur injoignable\"}",
+             u"{\"type\":\"ready\",\"canPlay\":false}"}));
+  host.refuseThreads = false;
+  dispatcher.DispatchPageMessage(u"{\"action\":\"verify\"}");
+  host.JoinWorkers();
+  EXPECT_EQ(checks.size(), 1u);
+}
+
+TEST_F(DispatchTest, PlayNeedsAReadyClient) {
+  dispatcher.HandleUiEvent({0x8003, 2, 0});
+  dispatcher.DispatchPageMessage(u"{\"action\":\"play\"}");
+  EXPECT_TRUE(host.calls.empty());
+  dispatcher.HandleUiEvent({0x8003, 1, 0});
+  dispatcher.DispatchPageMessage(u"{\"action\":\"play\"}");
+  EXPECT_EQ(host.calls, (std::vector<std::string>{"launch", "end"}));
+  EXPECT_EQ(Sent(),
+            (Texts{u"{\"type\":\"ready\",\"canPlay\":false}", u"{\"type\":\"ready\",\"canPlay\":true}"}));
+}
+
+TEST_F(DispatchTest, WindowActionsLinksAndOptions) {
+  for (const char16_t* text :
+       {u"{\"action\":\"windowDrag\"}", u"{\"action\":\"windowMinimize\"}",
+        u"{\"action\":\"windowMaximize\"}", u"{\"action\":\"windowClose\"}", u"{\"action\":\"cancel\"}"}) {
+    dispatcher.DispatchPageMessage(text);
+  }
+  EXPECT_EQ(host.calls, (std::vector<std::string>{"drag", "minimize", "maximize", "close", "end"}));
+  dispatcher.DispatchPageMessage(u"{\"action\":\"openUrl\",\"url\":\"https://x/\u00e9\"}");
+  dispatcher.DispatchPageMessage(u"{\"action\":\"openUrl\",\"url\":5}");
+  EXPECT_EQ(urls, (Texts{u"https://x/\u00e9", u""}));
+  dispatcher.DispatchPageMessage(u"{\"action\":\"saveOptions\"}");
+  dispatcher.DispatchPageMessage(u"{\"action\":\"saveOptions\",\"values\":0}");
+  dispatcher.DispatchPageMessage(u"{\"action\":\"saveOptions\",\"values\":1}");
+  const Texts expected{u"{\"type\":\"optionsSaved\",\"ok\":false}",
+                       u"{\"type\":\"optionsSaved\",\"ok\":false}",
+                       u"{\"type\":\"optionsSaved\",\"ok\":true}", u"options"};
+  EXPECT_EQ(Sent(), expected);
+}
+
+}  // namespace
+}  // namespace patcher

@@ -1,0 +1,102 @@
+#include "minijson/minijson.h"
+
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+namespace MiniJson {
+namespace {
+
+Value Read(std::string_view text) {
+  std::size_t position = 0;
+  return Parse(text, position);
+}
+
+std::string Written(const Value& value) {
+  std::ostringstream out;
+  value.Write(out, 0);
+  return out.str();
+}
+
+std::string Failure(std::string_view text) {
+  try {
+    Read(text);
+  } catch (const std::exception& failure) {
+    return failure.what();
+  }
+  return "";
+}
+
+TEST(MiniJsonTest, FailuresHaveFixedWords) {
+  const std::pair<const char*, const char*> cases[] = {{"", "unexpected end of input"},
+                                                       {" \t\r\n", "unexpected end of input"},
+                                                       {"{", "expected string"},
+                                                       {"{\"a\"", "expected ':'"},
+                                                       {"{\"a\":1", "expected ',' or '}'"},
+                                                       {"{\"a\":1]", "expected ',' or '}'"},
+                                                       {"{\"a\":1,}", "expected string"},
+                                                       {"[1", "expected ',' or ']'"},
+                                                       {"[", "unexpected end of input"},
+                                                       {"[1,]", "unexpected character"},
+                                                       {"\"ab", "unterminated string"},
+                                                       {"\"ab\\", "unterminated string"},
+                                                       {"\"\\u12\"", "unterminated string"},
+                                                       {"nul", "unexpected character"},
+                                                       {"\xEF\xBB\xBF{}", "unexpected character"},
+                                                       {"-", "invalid stod argument"},
+                                                       {".", "invalid stod argument"},
+                                                       {"e5", "invalid stod argument"},
+                                                       {"+-5", "invalid stod argument"},
+                                                       {"1e999", "stod argument out of range"},
+                                                       {"1e-999", "stod argument out of range"}};
+  for (const auto& [text, words] : cases) {
+    EXPECT_EQ(Failure(text), words) << text;
+  }
+  EXPECT_THROW(Read("-"), std::invalid_argument);
+  EXPECT_THROW(Read("1e999"), std::out_of_range);
+}
+
+TEST(MiniJsonTest, NumbersTakeTheirLongestPrefix) {
+  const std::pair<const char*, double> cases[] = {{"+5", 5},
+                                                  {"1-2", 1},
+                                                  {"1.2.3", 1.2},
+                                                  {"1e", 1},
+                                                  {"-0.5e1", -5},
+                                                  {"12345678901234567890", 12345678901234567890.0},
+                                                  {"9007199254740993", 9007199254740992.0}};
+  for (const auto& [text, number] : cases) EXPECT_EQ(Read(text).numberValue, number) << text;
+}
+
+TEST(MiniJsonTest, StringsAreLenient) {
+  EXPECT_EQ(Read("\"\\u00e9\\ud83c\\udfae\\b\\f\\q\\n\\/\\\\\\\"\n\xC3\xA9\"").stringValue,
+            "???bfq\n/\\\"\n\xC3\xA9");
+  EXPECT_EQ(Read("true false").kind, Kind::Bool);
+}
+
+TEST(MiniJsonTest, DuplicatesStayAndSetKeepsItsPlace) {
+  Value value = Read("{\"a\":1,\"b\":2,\"a\":3}");
+  EXPECT_EQ(value.Find("a")->numberValue, 1);
+  value.Set("a", Value::MakeNumber(9));
+  value.Set("c", Value::MakeBool(true));
+  EXPECT_EQ(Written(value), "{\n  \"a\": 9,\n  \"b\": 2,\n  \"a\": 3,\n  \"c\": true\n}");
+  EXPECT_EQ(Read("7").Find("a"), nullptr);
+}
+
+TEST(MiniJsonTest, NestingEndsAtTheLimit) {
+  const auto nested = [](int depth) { return std::string(static_cast<std::size_t>(depth), '[') + "1"; };
+  EXPECT_EQ(Failure(nested(kMaxDepth)), "expected ',' or ']'");
+  EXPECT_EQ(Failure(nested(kMaxDepth + 1)), "nesting too deep");
+  EXPECT_EQ(Failure(nested(1'000'000)), "nesting too deep");
+}
+
+TEST(MiniJsonTest, Writes) {
+  EXPECT_EQ(
+      Written(Read("[5.0,-0.0,0.1,3000000000,1234567.5,null,[],{},[1]]")),
+      "[\n  5,\n  0,\n  0.1,\n  3000000000,\n  1.23457e+06,\n  null,\n  [],\n  {},\n  [\n    1\n  ]\n]");
+  std::ostringstream out;
+  WriteString(out, std::string_view("\x01\x08\t\n\r\"\\/\x7f\xC3\xA9\0", 12));
+  EXPECT_EQ(out.str(), "\"\\u0001\\u0008\\t\\n\\r\\\"\\\\/\x7f\xC3\xA9\\u0000\"");
+}
+
+}  // namespace
+}  // namespace MiniJson

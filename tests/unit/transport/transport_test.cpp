@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include "integrity/sha256.h"
+#include "support/scratch_directory.h"
+#include "transport/config.h"
+#include "transport/debug_log.h"
+#include "transport/http_session.h"
+
+namespace patcher {
+namespace {
+
+TEST(PercentEncodeTest, KeepsOnlyUnreservedBytesAndSlashes) {
+  EXPECT_EQ(PercentEncodePath("/a-b_c.d~e/A Z?%\xC3\xA9\\"), "/a-b_c.d~e/A%20Z%3F%25%C3%A9%5C");
+}
+
+TEST(ConfigTest, LastAcceptedValueCounts) {
+  const std::pair<const char*, std::pair<const char*, int>> cases[] = {
+      {"", {kDefaultBaseUrl, 4}},
+      {"BaseUrl=http://x   \r\nConnections=8\r\n", {"http://x", 8}},
+      {"# c\n\nConnections=6x", {kDefaultBaseUrl, 6}},
+      {"Connections=2\nConnections=9\nConnections=0\nConnections=-1\nConnections=abc\n",
+       {kDefaultBaseUrl, 2}},
+      {"baseurl=x\nBaseUrl =x\nBaseUrl=\nBaseUrl", {kDefaultBaseUrl, 4}},
+      {"\xEF\xBB\xBF"
+       "BaseUrl=x\nConnections= +3",
+       {kDefaultBaseUrl, 3}},
+      {"Connections=99999999999999999999", {kDefaultBaseUrl, 4}},
+      {"BaseUrl= \tx=y\t", {" \tx=y\t", 4}},
+  };
+  for (const auto& [text, expected] : cases) {
+    PatchConfig config;
+    config.Apply(text);
+    EXPECT_EQ(config.baseUrl, expected.first) << text;
+    EXPECT_EQ(config.connections, expected.second) << text;
+  }
+}
+
+TEST(ConfigTest, ExistingFileIsLeftAlone) {
+  ScratchDirectory directory;
+  PatchConfig::Load();
+  EXPECT_EQ(ReadWhole(directory / "patcher.ini"),
+            std::string("BaseUrl=") + kDefaultBaseUrl + "\r\nConnections=4\r\n");
+  const std::string foreign = "; mine\nConnections=99\n\nX=1";
+  WriteWhole(directory / "patcher.ini", foreign);
+  PatchConfig::Load();
+  EXPECT_EQ(ReadWhole(directory / "patcher.ini"), foreign);
+  EXPECT_EQ(PatchConfig::Current().connections, 4);
+}
+
+TEST(DebugLogTest, AppendsLines) {
+  ScratchDirectory directory;
+  DebugLog::Write("one");
+  DebugLog::Write("two");
+  EXPECT_EQ(ReadWhole(directory / "patcher_debug.txt"), "one\r\ntwo\r\n");
+}
+
+TEST(Sha256Test, FilesOfEveryBlockShape) {
+  ScratchDirectory directory;
+  Sha256 sha256;
+  const std::string empty = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+  EXPECT_EQ(sha256.HashFile(directory / "absent"), empty);
+  WriteWhole(directory / "abc", "abc");
+  EXPECT_EQ(sha256.HashFile(directory / "abc"),
+            "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  for (const std::size_t size : {1048575u, 1048576u, 1048577u, 3000000u}) {
+    const std::string data(size, 'q');
+    WriteWhole(directory / "big", data);
+    platform::DigestHash hash = sha256.BeginHash();
+    hash.Update(data.data(), data.size());
+    EXPECT_EQ(sha256.HashFile(directory / "big"), Sha256().FinishHex(hash)) << size;
+  }
+}
+
+TEST(MoveAsideTest, ADirectoryInTheWayMovesWithItsContent) {
+  ScratchDirectory directory;
+  std::filesystem::create_directory(directory / "game.dat");
+  WriteWhole(directory / "game.dat/mine.txt", "kept");
+  EXPECT_TRUE(MoveLockedTargetAside(directory / "game.dat"));
+  EXPECT_EQ(ReadWhole(directory / "game.dat.old/mine.txt"), "kept");
+  WriteWhole(directory / "free", "x");
+  EXPECT_TRUE(MoveLockedTargetAside(directory / "free"));
+  EXPECT_TRUE(std::filesystem::exists(directory / "free"));
+  EXPECT_TRUE(MoveLockedTargetAside(directory / "absent"));
+}
+
+}  // namespace
+}  // namespace patcher

@@ -1,0 +1,81 @@
+#include "update/local_record.h"
+
+#include <random>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "minijson/minijson.h"
+#include "support/scratch_directory.h"
+
+namespace patcher {
+namespace {
+
+std::string ByMiniJson(const LocalState& state, std::int32_t version) {
+  using MiniJson::Value;
+  Value files = Value::MakeArray();
+  for (const auto& [path, digest] : state) {
+    Value item = Value::MakeObject();
+    item.Set("path", Value::MakeString(path));
+    item.Set("sha256", Value::MakeString(digest));
+    files.arrayItems.push_back(std::move(item));
+  }
+  Value document = Value::MakeObject();
+  document.Set("version", Value::MakeNumber(version));
+  document.Set("files", std::move(files));
+  std::ostringstream out;
+  document.Write(out, 0);
+  return out.str();
+}
+
+TEST(LocalManifestTest, ProgressFormSurvivesTheRoundTrip) {
+  ScratchDirectory directory;
+  const LocalState state{{"a \"b\"\\c", "d1"}, {"\xC3\xA9/\n", "d2"}, {"z", ""}};
+  for (const LocalState& each : {LocalState{}, state}) {
+    SaveLocalManifest(directory / "m", each, -3);
+    EXPECT_EQ(ReadWhole(directory / "m"), ByMiniJson(each, -3));
+    std::int32_t version = 0;
+    EXPECT_EQ(LoadLocalManifest(directory / "m", &version), each);
+    EXPECT_EQ(version, -3);
+  }
+}
+
+TEST(LocalManifestTest, WhatDoesNotParseIsEmpty) {
+  ScratchDirectory directory;
+  for (const char* text : {"", "{\"version\":5,\"files\":[{\"path\":\"a\"", "[]", "{}"}) {
+    WriteWhole(directory / "m", text);
+    EXPECT_TRUE(LoadLocalManifest(directory / "m", nullptr).empty());
+  }
+  WriteWhole(directory / "m",
+             R"({"version":9,"files":[{"path":"a","size":1,"sha256":"x"},{"path":"a","sha256":"y"}]})");
+  EXPECT_EQ(LoadLocalManifest(directory / "m", nullptr), (LocalState{{"a", "y"}}));
+}
+
+TEST(LocalRecordTest, EverySaveGivesTheBytesOfAWholeSave) {
+  ScratchDirectory directory;
+  std::mt19937 random(7);
+  for (int round = 0; round < 40; ++round) {
+    std::filesystem::remove(directory / "m");
+    LocalRecord record(directory / "m");
+    record.Load();
+    for (int step = 0; step < 120; ++step) {
+      const std::string path = "p" + std::to_string(random() % 200);
+      switch (random() % 12) {
+        case 0:
+          record.Forget(path);
+          break;
+        case 1:
+          WriteWhole(directory / "m", "damaged");
+          break;
+        default:
+          record.Enter(path, std::string(random() % 70, 'd'));
+      }
+      if (random() % 3 != 0) continue;
+      record.Save();
+      ASSERT_EQ(ReadWhole(directory / "m"), ByMiniJson(record.State(), 0)) << round << "/" << step;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace patcher

@@ -1,0 +1,55 @@
+#include <gtest/gtest.h>
+
+#include "update/manifest_paths.h"
+#include "update/patch_manifest.h"
+
+namespace patcher {
+namespace {
+
+PatchManifest Parsed(std::string_view text) {
+  PatchManifest manifest;
+  std::string error;
+  EXPECT_TRUE(ParsePatchManifest(text, manifest, error)) << error;
+  return manifest;
+}
+
+TEST(PatchManifestTest, ReadsLeniently) {
+  const PatchManifest manifest = Parsed(R"({"version":12.9,"patcherVersion":"x","patcherUrl":3,"extra":[],
+    "bundles":[{"name":"a","size":1,"sha256":"s","files":["p",4]},{"name":"","sha256":"s"},{"name":"b"},7],
+    "files":[{"path":"p","size":"12","sha256":"d"},{"path":"p","size":-5,"url":"u"},{"size":1e300},{"size":2.9},3]}
+    garbage)");
+  EXPECT_EQ(manifest.version, 12);
+  EXPECT_EQ(manifest.patcherVersion, 0);
+  EXPECT_EQ(manifest.patcherUrl, "");
+  ASSERT_EQ(manifest.bundles.size(), 1u);
+  EXPECT_EQ(manifest.bundles[0].files, (std::vector<std::string>{"p", ""}));
+  ASSERT_EQ(manifest.files.size(), 5u);
+  const std::uint64_t sizes[] = {0, 0, UINT64_MAX, 2, 0};
+  for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(manifest.files[i].size, sizes[i]) << i;
+  EXPECT_EQ(manifest.files[1].url, "u");
+  for (const char* text : {"{}", "[]", "5"}) EXPECT_TRUE(Parsed(text).files.empty());
+}
+
+TEST(PatchManifestTest, WhatDoesNotParseSaysWhy) {
+  PatchManifest manifest;
+  std::string error;
+  EXPECT_FALSE(ParsePatchManifest("", manifest, error));
+  EXPECT_EQ(error, "unexpected end of input");
+  EXPECT_FALSE(ParsePatchManifest("<!doctype html>", manifest, error));
+  EXPECT_FALSE(ParsePatchManifest("{\"version\":1e999}", manifest, error));
+  EXPECT_EQ(error, "stod argument out of range");
+}
+
+TEST(ManifestPathsTest, OnlyPlacesBelowTheInstallDirectory) {
+  for (const char* path :
+       {"/etc/x", "\\x", "C:x", "c:/x", "..", "a/../b", "a\\..\\b", "a/..", ".. /x", "a/...", "a/. ./b"}) {
+    EXPECT_FALSE(StaysInside(path)) << path;
+  }
+  EXPECT_FALSE(StaysInside(std::string_view("a\0b", 3)));
+  for (const char* path : {"", "a", "a/b c/d.dat", "a..b", ".hidden", "a/.", "a/ b/c.", "\xC3\xA9"}) {
+    EXPECT_TRUE(StaysInside(path)) << path;
+  }
+}
+
+}  // namespace
+}  // namespace patcher

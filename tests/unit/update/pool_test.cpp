@@ -1,0 +1,78 @@
+#include <atomic>
+#include <memory>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "support/recording_host.h"
+#include "update/download_pool.h"
+
+namespace patcher {
+namespace {
+
+TEST(ParallelRunTest, WorkersAndItems) {
+  const struct {
+    std::size_t items;
+    int threads;
+    std::size_t workers;
+  } cases[] = {{3, 8, 3}, {5, 0, 1}, {5, -2, 1}, {100, 4, 4}};
+  for (const auto& c : cases) {
+    std::mutex lock;
+    std::multiset<std::size_t> items;
+    std::set<unsigned> workers;
+    EXPECT_TRUE(ParallelRun(c.items, c.threads, [&](std::size_t index, unsigned worker) {
+      std::lock_guard guard(lock);
+      items.insert(index);
+      workers.insert(worker);
+      return true;
+    }));
+    EXPECT_EQ(items.size(), c.items);
+    EXPECT_EQ(std::set<std::size_t>(items.begin(), items.end()).size(), c.items);
+    EXPECT_LE(workers.size(), c.workers);
+    EXPECT_LT(*workers.rbegin(), c.workers);
+  }
+  EXPECT_TRUE(ParallelRun(0, 4, [](std::size_t, unsigned) { return false; }));
+}
+
+TEST(ParallelRunTest, AFailureStopsTheQueue) {
+  for (const bool raises : {false, true}) {
+    std::atomic<std::size_t> begun{0};
+    EXPECT_FALSE(ParallelRun(10000, 2, [&](std::size_t index, unsigned) {
+      ++begun;
+      if (index == 3 && raises) throw 5;
+      return index != 3;
+    }));
+    EXPECT_GE(begun, 4u);
+    EXPECT_LT(begun, 10000u);
+  }
+}
+
+TEST(ProgressTrackerTest, ForcedEventsCountAndRollBack) {
+  RecordingHost host;
+  ProgressTracker tracker(host, 200, 2);
+  tracker.SetCurrentFile("a");
+  tracker.AddBytes(150);
+  tracker.RollBack(100);
+  EXPECT_EQ(tracker.ItemDone(), 1);
+  tracker.AddBytes(400);
+  EXPECT_EQ(tracker.ItemDone(), 2);
+  std::vector<std::unique_ptr<ProgressReport>> reports;
+  for (const UiEvent& event : host.TakeEvents()) {
+    reports.emplace_back(reinterpret_cast<ProgressReport*>(event.lParam));
+  }
+  ASSERT_GE(reports.size(), 2u);
+  EXPECT_EQ(reports.back()->percent, 100);
+  EXPECT_EQ(reports.back()->downloadedBytes, 450u);
+  EXPECT_EQ(reports.back()->fileIndex, 2);
+  EXPECT_EQ(reports.back()->currentFile, "a");
+}
+
+TEST(ProgressTrackerTest, PercentSurvivesAbsurdTotals) {
+  EXPECT_EQ(PercentDone(0, 0), 100);
+  EXPECT_EQ(PercentDone(199, 200), 99);
+  EXPECT_EQ(PercentDone(UINT64_MAX / 2, UINT64_MAX), 50);
+  EXPECT_EQ(PercentDone(7, 3), 100);
+}
+
+}  // namespace
+}  // namespace patcher
