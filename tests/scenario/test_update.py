@@ -1,0 +1,194 @@
+"""The roads of an update run, as the page would see them."""
+import json
+import unittest
+
+from fault_server import FaultServer
+from game import Game, archive, digest, publish_manifest
+from launcher import Installation, told
+
+CONNECT = "Connexion au serveur de patch..."
+
+
+class UpdateTest(unittest.TestCase):
+    def setUp(self):
+        self.server = FaultServer()
+        self.addCleanup(self.server.close)
+        self.place = Installation(self.server)
+        self.addCleanup(self.place.remove)
+
+    def told(self, requests=b""):
+        return told(self.place.run(requests))
+
+    def put(self, files, bundles=(), version=3, **extra):
+        """Publishes these files one by one, and these archives (name: (zip bytes, listed paths))."""
+        entries = []
+        for path, data in files.items():
+            self.server.content[f"/patch/f/{path}"] = data
+            entries.append({"path": path, "size": len(data), "sha256": digest(data), "url": f"f/{path}"})
+        listed = []
+        for name, (data, paths) in dict(bundles).items():
+            self.server.content[f"/patch/{name}"] = data
+            listed.append({"name": name, "size": 1, "sha256": digest(data), "files": paths})
+        return publish_manifest(self.server, {"version": version, "files": entries, "bundles": listed, **extra})
+
+    def test_fresh_install_then_nothing_to_do_then_repair_of_the_record(self):
+        game = Game(1, 120)
+        manifest = game.publish(self.server)
+        self.assertEqual(self.told(), [CONNECT, "online", (0, 1), "121 fichier(s) a telecharger...", (1, 1),
+                                       "Pret a jouer.", True])
+        self.assertEqual(self.place.files(), game.files)
+        record = self.place.directory / "patch_manifest.json"
+        self.assertEqual(record.read_bytes(), manifest)
+        self.assertLessEqual(self.server.connections, 6, "connections are used again")
+        self.assertEqual(self.told(), [CONNECT, "online", (1, 1), "A jour.", True])
+        record.unlink()
+        messages = self.told()
+        self.assertEqual(messages[3:5], ["Verification des fichiers deja presents (1)...",
+                                         "Verification des fichiers deja presents (26)..."])
+        self.assertEqual(messages[-3:], ["121 fichier(s) deja corrects retrouves sur le disque.", "A jour.", True])
+        self.assertEqual(self.place.record()["version"], 0)
+        self.assertFalse(self.place.log())
+
+    def test_archives_are_taken_when_cheaper(self):
+        game = Game(2, 60, archives=2)
+        game.publish(self.server)
+        lines = self.told()
+        self.assertEqual(lines[3], "61 fichier(s) via 2 archive(s)...")
+        self.assertEqual([line[:12] for line in lines[4:6]], ["Archive 1/2 ", "Archive 2/2 "])
+        self.assertEqual(self.place.files(), game.files)
+        self.assertFalse([path for path in self.server.requests if "files/" in path])
+
+    def test_failed_archives_fall_back_file_by_file(self):
+        files = {f"a{i}": b"%d" % i * 4000 for i in range(6)}
+        good = archive({name: files[name] for name in ("a0", "a1")})
+        bad_crc = bytearray(archive({"a3": files["a3"]}))
+        bad_crc[bad_crc.rfind(b"PK\x01\x02") + 16] ^= 1
+        self.put(files, {"good": (good, ["a0", "a1"]), "gone": (b"x", ["a2"]), "crc": (bytes(bad_crc), ["a3"]),
+                         "page": (b"<html>", ["a4"])})
+        del self.server.content["/patch/gone"]
+        lines = self.told()
+        for line in ("Archive indisponible: gone (transfert interrompu) - ses fichiers seront pris un par un.",
+                     "Archive illisible: crc (a3) - ses fichiers seront pris un par un.",
+                     "Archive illisible: page (archive illisible) - ses fichiers seront pris un par un.",
+                     "Archive 1/4 : good", "3 fichier(s) d archive(s) manquante(s) seront pris un par un."):
+            self.assertIn(line, lines)
+        self.assertEqual(lines[-2:], ["Pret a jouer.", True])
+        self.assertEqual(self.place.files(), files)
+
+    def test_archive_entries_that_lead_outside_or_are_missing(self):
+        files = {"inside": b"i" * 9000, "lacking": b"l" * 9000}
+        data = archive({"inside": files["inside"], "../outside": b"x", "/abs": b"x", "C:x": b"x", "n" * 2000: b"x"})
+        self.put(files, {"z": (data, ["inside", "lacking"])})
+        self.assertIn("Anomalie: lacking absent apres extraction de z, sera repris.", self.told())
+        self.assertEqual(set(self.place.files()), {"inside"})
+        self.assertEqual([path.name for path in self.place.root.iterdir()], [self.place.directory.name])
+        self.put(files)
+        self.assertEqual(self.told()[-1], True)
+        self.assertEqual(self.place.files(), files)
+
+    def test_transfers_that_fail_and_recover(self):
+        files = {"wrong twice": b"a" * 70000, "cut": b"b" * 70000, "chunked": b"c" * 70000, "moved": b"d" * 70000,
+                 "empty": b"", "reset": b"e"}
+        self.put(files)
+        self.server.content["/patch/elsewhere"] = files["moved"]
+        self.server.faults = {"/patch/f/wrong twice": [("wrong",), ("wrong",), None],
+                              "/patch/f/cut": [("cut", 65537), None], "/patch/f/chunked": [("chunked",)],
+                              "/patch/f/moved": [("redirect", "/patch/elsewhere")],
+                              "/patch/f/reset": [("reset",), 500, None]}
+        self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
+        self.assertEqual(self.place.files(), files)
+        self.assertIn("Status 500 /patch/f/reset", self.place.log())
+        self.assertIn("OpenGet-null /patch/f/reset", self.place.log())
+        self.assertTrue([line for line in self.place.log() if line.startswith("QueryDataAvailable /patch/f/cut err=")])
+
+    def test_a_file_that_cannot_be_had_ends_the_run(self):
+        for fault, reason in ((404, "transfert interrompu"), (206, "transfert interrompu"),
+                              (("wrong",), "contenu incorrect")):
+            with self.subTest(fault=fault):
+                self.put({"a": b"1", "b": b"2" * 100})
+                self.server.faults = {"/patch/f/b": [fault]}
+                lines = self.told()
+                self.assertEqual(lines[-2:], [f"Echec du telechargement: b ({reason})", False])
+                self.assertEqual([entry["path"] for entry in self.place.record()["files"]], ["a"])
+        (self.place.directory / "Tolmira.exe").write_bytes(b"")
+        self.assertEqual(self.told()[-1], True)
+
+    def test_server_out_of_reach_and_documents_that_are_none(self):
+        self.server.content["/patch/version.json"] = b"<html>"
+        self.assertEqual(self.told(), [CONNECT, "online", "Manifest de patch invalide.", False])
+        self.server.faults = {"/patch/version.json": [404]}
+        self.assertEqual(self.told(), [CONNECT, "Serveur de patch injoignable.", "offline", False])
+        (self.place.directory / "Tolmira.exe").write_bytes(b"")
+        self.assertEqual(self.told(), [CONNECT, "Serveur de patch injoignable.", "offline",
+                                       "Hors ligne : utilisation des fichiers deja installes.", True])
+        self.place.set_server("nonsense")
+        self.assertEqual(self.told(), [CONNECT, "URL de patch invalide: nonsense", "offline", True])
+
+    def test_paths_that_leave_the_directory_are_refused_before_anything(self):
+        for path in ("../x", "/tmp/x", "C:x", "a\\..\\..\\x"):
+            self.put({"good": b"1", path: b"2"})
+            self.assertEqual(self.told(), [CONNECT, "online", "Manifest de patch invalide.", False])
+            self.assertEqual(self.place.files(), {})
+
+    def test_absurd_manifests(self):
+        publish_manifest(self.server, {})
+        self.assertEqual(self.told()[-2:], ["A jour.", True])
+        for size in (-1, 2**63, 1e300, "12", None):
+            publish_manifest(self.server, {"files": [{"path": "a", "size": size, "sha256": "0" * 64, "url": "a"}]})
+            self.assertEqual(self.told()[-2:], ["Echec du telechargement: a (transfert interrompu)", False])
+        self.put({"a": b"abc"})
+        manifest = json.loads(self.server.content["/patch/version.json"])
+        manifest["files"][0]["sha256"] = manifest["files"][0]["sha256"].upper()
+        publish_manifest(self.server, manifest)
+        self.assertEqual(self.told()[-2:], ["Echec du telechargement: a (contenu incorrect)", False])
+
+    def test_things_in_the_way(self):
+        (self.place.directory / "file").mkdir()
+        (self.place.directory / "file" / "mine").write_bytes(b"kept")
+        (self.place.directory / "left.old").write_bytes(b"")
+        (self.place.directory / "_bundle7.part").write_bytes(b"")
+        self.put({"file": b"new"})
+        self.assertEqual(self.told()[-1], True)
+        self.assertEqual(self.place.files(), {"file": b"new", "file.old/mine": b"kept"})
+        self.put({"file/below": b"x"})
+        self.assertEqual(self.told()[-2:], ["Echec du telechargement: file/below (transfert interrompu)", False])
+        self.assertTrue([line for line in self.place.log() if line.startswith("ofstream ") and " mkdir_ec=" in line])
+        self.assertEqual(self.place.files()["file"], b"new")
+
+    def test_a_hundred_thousand_files_with_nothing_to_do(self):
+        data = b"same"
+        (self.place.directory / "f").write_bytes(data)
+        entries = [{"path": "./" * (i % 50) + "f", "size": 4, "sha256": digest(data), "url": "f"}
+                   for i in range(100000)]
+        publish_manifest(self.server, {"files": entries})
+        self.assertEqual(self.told()[-2:], ["A jour.", True])
+
+    def test_requests(self):
+        game = Game(3, 5)
+        game.publish(self.server)
+        (self.place.directory / "Tolmira.exe").write_bytes(game.files["Tolmira.exe"])
+        (self.place.directory / "Tolmira.exe").chmod(0o755)
+        process = self.place.start()
+        for line in (b"", b"{", b"[[[[", b'{"action":7}', b'{"action":"Play"}', b'{"action":"windowMinimize"}'):
+            process.stdin.write(line + b"\n")
+        process.stdin.flush()
+        while b'"ready"' not in process.stdout.readline():
+            pass
+        out, err = process.communicate(b'{"action":"play"}\n', timeout=60)
+        self.assertEqual((process.returncode, out, err), (0, b"", b"window: minimize\n"))
+
+    def test_play_starts_the_client_with_its_token(self):
+        game = Game(3, 5)
+        game.publish(self.server)
+        client = self.place.directory / "Tolmira.exe"
+        client.write_bytes(game.files["Tolmira.exe"])
+        client.chmod(0o755)
+        process = self.place.start()
+        while b'"ready"' not in process.stdout.readline():
+            pass
+        process.communicate(b'{"action":"play"}\n', timeout=60)
+        started = self.place.directory / "started"
+        for _ in range(10**7):
+            if started.exists() and started.read_text().endswith("\n"):
+                break
+        self.assertEqual(started.read_text(), f"{self.place.directory}|quantel|1\n")
