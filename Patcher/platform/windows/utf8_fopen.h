@@ -1,9 +1,10 @@
 /* Included in front of miniz: its file names are UTF-8, whatever the system's code page is. */
 #pragma once
 
+#include <windows.h>
+
 #include <stdio.h>
 #include <wchar.h>
-#include <windows.h>
 
 static FILE* OpenUtf8(const char* name, const char* mode) {
   wchar_t wideName[32768];
