@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "content_store.h"
+#include "file_hasher.h"
+#include "update/patch_manifest.h"
+
+namespace patcher {
+
+/// Packs stored contents into a ZIP archive under their paths, in the given order, proves the result, and
+/// puts it into the store. The same files give the same archive, byte for byte. `workKey` is unique among the
+/// archives in work. Raises PublishError. Any thread.
+PatchBundle WriteArchive(const ContentStore& store, const std::vector<const PatchFile*>& files,
+                         std::string_view workKey, FileHasher& hasher);
+
+}  // namespace patcher

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace patcher {
+
+/// Why a path must not be published, as the end of a sentence; empty if it may. Refused is what the launcher
+/// refuses, what is no UTF-8, and what a Windows file system cannot hold.
+std::string NameProblem(std::string_view path);
+
+/// Whether the entry is the launcher's or the player's own and stays with whoever has it: configuration,
+/// record, log, settings, work files that every start of the launcher deletes. `path` may name a directory.
+bool BelongsToInstallation(std::string_view path, bool isDirectory);
+
+/// Whether the launcher would extract an archive's entry of this name.
+bool MayStandInArchive(std::string_view path);
+
+/// A sentence for each pair of paths that a file system that ignores case cannot hold side by side.
+std::vector<std::string> PathClashes(const std::vector<std::string_view>& paths);
+
+}  // namespace patcher

@@ -1,0 +1,59 @@
+#include "file_hasher.h"
+
+#include <fstream>
+
+#include "platform/files.h"
+#include "platform/text.h"
+#include "publish_error.h"
+
+namespace patcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::streamsize kBlockSize = 1048576;
+
+}  // namespace
+
+FileHasher::FileHasher(Progress& progress)
+    : progress_(progress), block_(std::make_unique_for_overwrite<char[]>(kBlockSize)) {}
+
+FileContent FileHasher::Read(const fs::path& file) {
+  return Read(file, [this](const char*, std::streamsize size) { Count(static_cast<std::uint64_t>(size)); });
+}
+
+FileContent FileHasher::ReadUncounted(const fs::path& file) {
+  return Read(file, [](const char*, std::streamsize) {});
+}
+
+FileContent FileHasher::Copy(const fs::path& file, const fs::path& copy) {
+  std::ofstream out(copy, std::ios::binary | std::ios::trunc);
+  FileContent content = Read(file, [&](const char* block, std::streamsize size) { out.write(block, size); });
+  out.close();
+  if (!out || platform::FlushToDisk(copy) != 0) {
+    throw PublishError("cannot write " + platform::Utf8FromPath(copy));
+  }
+  return content;
+}
+
+FileContent FileHasher::Read(const fs::path& file, const BlockTaker& take) {
+  std::ifstream in;
+  in.rdbuf()->pubsetbuf(nullptr, 0);
+  in.open(file, std::ios::binary);
+  if (!in) throw PublishError("cannot open " + platform::Utf8FromPath(file));
+  platform::DigestHash hash = sha256_.BeginHash();
+  FileContent content;
+  while (in) {
+    in.read(block_.get(), kBlockSize);
+    const std::streamsize count = in.gcount();
+    if (count <= 0) break;
+    hash.Update(block_.get(), static_cast<std::size_t>(count));
+    take(block_.get(), count);
+    content.size += static_cast<std::uint64_t>(count);
+  }
+  content.digest = sha256_.FinishHex(hash);
+  if (in.bad()) throw PublishError("cannot read " + platform::Utf8FromPath(file));
+  return content;
+}
+
+}  // namespace patcher
