@@ -38,6 +38,7 @@ std::optional<std::string> UrlPart(CURLU* url, CURLUPart part, unsigned flags = 
 struct Engine {
   CURLM* multi = curl_multi_init();
   CURL* easy = curl_easy_init();
+  std::vector<char> pending;  // received, not yet read; lives here so that its memory is used again
 
   Engine() = default;
   Engine(const Engine&) = delete;
@@ -61,7 +62,11 @@ void InitialiseLibrary() {
 std::optional<ServerAddress> CrackUrl(const std::string& text) {
   InitialiseLibrary();
   const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
-  if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) return std::nullopt;
+  // Blanks are forgiven behind the host, which nobody reads; in the host the library refuses them all the
+  // same.
+  if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_ALLOW_SPACE) != CURLUE_OK) {
+    return std::nullopt;
+  }
   const auto scheme = UrlPart(url.get(), CURLUPART_SCHEME);
   const auto host = UrlPart(url.get(), CURLUPART_HOST);
   const auto port = UrlPart(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT);
@@ -138,13 +143,13 @@ struct HttpRequest::Impl {
     // Removing an unfinished transfer closes its connection; a finished one stays open in the engine's cache.
     curl_multi_remove_handle(engine->multi, engine->easy);
     curl_easy_reset(engine->easy);
+    engine->pending.clear();
     client.GiveBack(std::move(engine));
   }
 
   HttpClient::Impl& client;
   std::unique_ptr<Engine> engine;
-  std::vector<char> pending;  // received, not yet read
-  std::size_t consumed = 0;   // bytes of `pending` that were read
+  std::size_t consumed = 0;  // bytes of `pending` that were read
   bool paused = false;
   bool headersDone = false;
   bool redirecting = false;
@@ -152,7 +157,7 @@ struct HttpRequest::Impl {
   CURLcode result = CURLE_OK;
   std::chrono::steady_clock::time_point lastByte = std::chrono::steady_clock::now();
 
-  std::size_t Available() const { return pending.size() - consumed; }
+  std::size_t Available() const { return engine->pending.size() - consumed; }
 
   void NoteActivity() { lastByte = std::chrono::steady_clock::now(); }
 
@@ -164,11 +169,12 @@ struct HttpRequest::Impl {
     }
     request.headersDone = true;
     request.NoteActivity();
-    if (request.consumed == request.pending.size()) {
-      request.pending.clear();
+    std::vector<char>& pending = request.engine->pending;
+    if (request.consumed == pending.size()) {
+      pending.clear();
       request.consumed = 0;
     }
-    request.pending.insert(request.pending.end(), data, data + size);
+    pending.insert(pending.end(), data, data + size);
     return size;
   }
 
@@ -201,6 +207,8 @@ struct HttpRequest::Impl {
     curl_easy_setopt(easy, CURLOPT_USERAGENT, client.userAgent.c_str());
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    // A proxy's answer to CONNECT must not pass for the server's.
+    curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 10L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -216,6 +224,8 @@ struct HttpRequest::Impl {
   /// Lets the transfer go on until `enough` says so or it is done.
   template <typename Condition>
   CURLcode Drive(Condition enough) {
+    // Only waiting counts as silence, not the time that the caller took between two calls.
+    NoteActivity();
     while (!enough() && !done) {
       int running = 0;
       if (curl_multi_perform(engine->multi, &running) != CURLM_OK) return Finish(CURLE_RECV_ERROR);
@@ -260,7 +270,6 @@ std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& e
 }
 
 std::uint32_t HttpRequest::Send() {
-  impl_->NoteActivity();
   if (curl_multi_add_handle(impl_->engine->multi, impl_->engine->easy) != CURLM_OK) return CURLE_FAILED_INIT;
   // The request is on its way as soon as the connection stands; anything that failed by then failed to be
   // sent.
@@ -292,7 +301,7 @@ std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
 
 std::uint32_t HttpRequest::ReadData(void* buffer, std::uint32_t size, std::uint32_t& read) {
   read = static_cast<std::uint32_t>(std::min<std::size_t>(size, impl_->Available()));
-  std::memcpy(buffer, impl_->pending.data() + impl_->consumed, read);
+  std::memcpy(buffer, impl_->engine->pending.data() + impl_->consumed, read);
   impl_->consumed += read;
   return 0;
 }

@@ -31,10 +31,9 @@ MessageQueue::~MessageQueue() = default;
 
 bool MessageQueue::Post(const QueueMessage& message) noexcept {
   try {
-    {
-      std::lock_guard guard(impl_->lock);
-      impl_->messages.push_back(message);
-    }
+    // Notified under the lock: the queue may be gone as soon as its thread can see the message.
+    std::lock_guard guard(impl_->lock);
+    impl_->messages.push_back(message);
     impl_->arrived.notify_one();
     return true;
   } catch (const std::bad_alloc&) {

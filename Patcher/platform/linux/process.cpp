@@ -3,9 +3,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 
 #include <fcntl.h>
+#include <linux/close_range.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,16 +25,22 @@ bool IsWindowsProgram(const fs::path& file) {
   return magic[0] == 'M' && magic[1] == 'Z';
 }
 
-/// In the grandchild: becomes the program, or tells why not through `report`.
-[[noreturn]] void BecomeProgram(char* const* argv, const char* directory, int report) {
-  int error = 0;
-  if (chdir(directory) != 0) error = errno;
-  if (error == 0) {
-    execvp(argv[0], argv);
-    error = errno;
-  }
+[[noreturn]] void FailInChild(int error, int report) {
   [[maybe_unused]] const ssize_t written = write(report, &error, sizeof error);
   _exit(127);
+}
+
+/// In the grandchild: becomes the program, or tells why not through `report`.
+[[noreturn]] void BecomeProgram(char* const* argv, const char* directory, int report) {
+  if (chdir(directory) != 0) FailInChild(errno, report);
+  close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
+  // execvp would hand a file that is no program to the shell.
+  if (std::strchr(argv[0], '/') != nullptr) {
+    execv(argv[0], argv);
+  } else {
+    execvp(argv[0], argv);
+  }
+  FailInChild(errno, report);
 }
 
 /// Starts a program that is nobody's child afterwards, so that none is ever left unwaited for. Returns 0 or
@@ -52,7 +60,9 @@ int StartDetached(std::vector<std::string> words, const fs::path& directory) {
   }
   if (child == 0) {
     setsid();
-    if (fork() == 0) BecomeProgram(argv.data(), directory.c_str(), report[1]);
+    const pid_t grandchild = fork();
+    if (grandchild == 0) BecomeProgram(argv.data(), directory.c_str(), report[1]);
+    if (grandchild < 0) FailInChild(errno, report[1]);
     _exit(0);
   }
   close(report[1]);
@@ -84,7 +94,9 @@ int StartProgram(const fs::path& program, const std::vector<std::string>& argume
   }
   words.insert(words.begin(), "wine");
   const int error = StartDetached(words, workingDirectory);
-  return error == ENOENT ? kErrorBadExeFormat : error;
+  std::error_code ignored;
+  const bool noWine = error == ENOENT && fs::is_directory(workingDirectory, ignored);
+  return noWine ? kErrorBadExeFormat : error;
 }
 
 void ShowErrorBox(const std::u16string& text, const std::u16string& title) {
@@ -96,7 +108,9 @@ bool OpenInBrowser(const std::u16string& url) {
 }
 
 void EndProcess(int code) {
-  std::fflush(nullptr);
+  // Not every stream: a thread that waits for input holds the lock of standard input.
+  std::fflush(stdout);
+  std::fflush(stderr);
   std::_Exit(code);
 }
 

@@ -2,6 +2,8 @@
 
 #include "platform/files.h"
 
+#include "platform/windows/owned_handle.h"
+
 namespace platform {
 namespace {
 
@@ -10,12 +12,9 @@ int LastErrorUnless(BOOL success) { return success ? 0 : static_cast<int>(GetLas
 }  // namespace
 
 ExclusiveWrite ProbeExclusiveWrite(const std::filesystem::path& file) {
-  const HANDLE handle =
-      CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (handle != INVALID_HANDLE_VALUE) {
-    CloseHandle(handle);
-    return ExclusiveWrite::kPossible;
-  }
+  const OwnedHandle probe(
+      CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (probe.IsOpen()) return ExclusiveWrite::kPossible;
   const DWORD error = GetLastError();
   const bool refused = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
   return refused ? ExclusiveWrite::kRefused : ExclusiveWrite::kUnknown;
@@ -28,12 +27,9 @@ int MoveReplacing(const std::filesystem::path& source, const std::filesystem::pa
 }
 
 int FlushToDisk(const std::filesystem::path& file) {
-  const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) return static_cast<int>(GetLastError());
-  const int error = LastErrorUnless(FlushFileBuffers(handle));
-  CloseHandle(handle);
-  return error;
+  const OwnedHandle opened(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  return LastErrorUnless(opened.IsOpen() && FlushFileBuffers(opened.Get()));
 }
 
 }  // namespace platform

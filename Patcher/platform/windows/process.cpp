@@ -8,6 +8,7 @@
 #include <shellapi.h>
 
 #include "platform/text.h"
+#include "platform/windows/owned_handle.h"
 
 namespace platform {
 namespace {
@@ -45,8 +46,8 @@ int StartProgram(const std::filesystem::path& program, const std::vector<std::st
                       workingDirectory.c_str(), &startup, &process)) {
     return static_cast<int>(GetLastError());
   }
-  CloseHandle(process.hProcess);
-  CloseHandle(process.hThread);
+  const OwnedHandle thread(process.hThread);
+  const OwnedHandle started(process.hProcess);
   return 0;
 }
 
@@ -62,7 +63,9 @@ bool OpenInBrowser(const std::u16string& url) {
 }
 
 void EndProcess(int code) {
-  std::fflush(nullptr);
+  // Not every stream: a thread that waits for input holds the lock of standard input.
+  std::fflush(stdout);
+  std::fflush(stderr);
   ExitProcess(static_cast<UINT>(code));
 }
 
