@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <random>
 #include <string>
 
 #include "platform/http.h"
@@ -11,6 +12,9 @@ inline platform::ServerAddress ContractServer() {
   const char* port = std::getenv("PATCHER_CONTRACT_PORT");
   return {false, "127.0.0.1", static_cast<std::uint16_t>(port == nullptr ? 0 : std::atoi(port))};
 }
+
+/// A key for the server's /late and /release that no earlier test has used.
+inline std::string UniqueKey() { return "key" + std::to_string(std::random_device()()); }
 
 /// What came of one GET.
 struct Answer {

@@ -37,9 +37,10 @@ TEST(ProcessContract, StartedProgramGetsPathArgumentsAndDirectory) {
   const fs::path program = folder / ("child" + own.extension().string());
   fs::copy_file(own.parent_path() / ("contract_child" + own.extension().string()), program);
 
-  ASSERT_EQ(StartProgram(program, {"started", "report", "quantel"}, folder), 0);
+  const std::string key = UniqueKey();
+  ASSERT_EQ(StartProgram(program, {key, "report", "quantel"}, folder), 0);
   Session session;
-  ASSERT_EQ(Get(session.connection, "/late/1/started").error, 0u) << "the program did not report";
+  ASSERT_EQ(Get(session.connection, "/late/1/" + key).error, 0u) << "the program did not report";
   const auto report = Lines(patcher::ReadWhole(folder / "report"));
   ASSERT_EQ(report.size(), 3u);
   EXPECT_TRUE(fs::equivalent(PathFromUtf8(report[0]), program)) << report[0];
@@ -49,7 +50,7 @@ TEST(ProcessContract, StartedProgramGetsPathArgumentsAndDirectory) {
   // While it runs it cannot be overwritten, but it can step aside for its successor.
   EXPECT_NE(ProbeExclusiveWrite(program), ExclusiveWrite::kPossible);
   EXPECT_EQ(MoveReplacing(program, folder / "child.old", false), 0);
-  EXPECT_EQ(Get(session.connection, "/release/started-end").error, 0u);
+  EXPECT_EQ(Get(session.connection, "/release/" + key + "-end").error, 0u);
 }
 
 TEST(ProcessContract, WhatIsNoProgramSaysSo) {
