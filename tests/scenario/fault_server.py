@@ -29,6 +29,7 @@ class FaultServer:
         self.connections = 0
         self.on_bytes = None
         self.sent = 0
+        self.silences = 0
         self.lock = threading.Lock()
         self.closed = threading.Event()
         self.socket = socket.create_server(("127.0.0.1", 0), backlog=64)
@@ -99,6 +100,7 @@ class FaultServer:
         return self._send(peer, fault if isinstance(fault, int) else 200, body)
 
     def _fall_silent(self):
+        self.silences += 1
         self.closed.wait()
         return False
 
