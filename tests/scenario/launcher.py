@@ -3,6 +3,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
 
@@ -15,9 +16,15 @@ def is_windows():
     return PROGRAM.suffix == ".exe"
 
 
-def name_on_disk(path):
-    """The name that a manifest path gets: Windows reads its bytes in the code page for file names."""
-    return path.encode().decode("cp1252") if is_windows() else path
+def manifest_path(name):
+    """The path in the manifest that a name on disk comes from: Windows reads its bytes in the code page for file names."""
+    return name.encode("cp1252").decode() if is_windows() else name
+
+
+def assert_files(test, found, expected):
+    """Compares contents by name, and says which names differ instead of how."""
+    test.assertEqual(sorted(found), sorted(expected))
+    test.assertEqual([name for name, data in expected.items() if found[name] != data], [])
 
 
 class Installation:
@@ -51,13 +58,33 @@ class Installation:
     def start(self, stdin=subprocess.PIPE):
         return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
 
+    def kill(self, process):
+        """Ends a started launcher as a power cut would. Wine runs the program beside the process that was started."""
+        if is_windows():
+            for folder in pathlib.Path("/proc").glob("[0-9]*"):
+                try:
+                    words = (folder / "cmdline").read_bytes()
+                except OSError:
+                    continue
+                if self.root.name.encode() in words and b"Patcher.exe" in words:
+                    os.kill(int(folder.name), signal.SIGKILL)
+        process.kill()
+        process.wait()
+        process.stdout.close()
+        process.stderr.close()
+
     def run(self, requests=b""):
         """One session from start to end; returns its messages."""
-        done = subprocess.run(self.command(), input=requests, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/",
-                              timeout=LIMIT, check=False)
-        if done.returncode != 0 or done.stderr:
-            raise AssertionError(f"exit code {done.returncode}: {done.stderr.decode(errors='replace')[-2000:]}")
-        return [json.loads(line) for line in done.stdout.splitlines()]
+        # Files, not pipes: background processes of Wine may hold a pipe open when the launcher has long ended.
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
+            done = subprocess.run(self.command(), input=requests, stdout=out, stderr=errors, cwd="/", timeout=LIMIT,
+                                  check=False)
+            out.seek(0)
+            errors.seek(0)
+            words = errors.read().decode(errors="replace")
+            if done.returncode != 0 or words:
+                raise AssertionError(f"exit code {done.returncode}: {words[-2000:]}")
+            return [json.loads(line) for line in out]
 
     def files(self):
         """Everything below the directory that is not the launcher's own."""
@@ -65,7 +92,7 @@ class Installation:
         for folder, _, names in os.walk(self.directory):
             for name in names:
                 path = pathlib.Path(folder, name)
-                relative = path.relative_to(self.directory).as_posix()
+                relative = manifest_path(path.relative_to(self.directory).as_posix())
                 if relative not in OWN_FILES:
                     found[relative] = path.read_bytes()
         return found

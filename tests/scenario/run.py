@@ -4,6 +4,7 @@
 A Windows program runs under Wine, with the tests of test_windows and fewer kills. A TEST is a name, for example
 ArchiveTest or ServerTest.test_silence_ends. Some tests mount small disks, which takes root or a user namespace."""
 import argparse
+import atexit
 import os
 import pathlib
 import subprocess
@@ -29,6 +30,15 @@ def become_able_to_mount():
         os.execvp("unshare", ["unshare", "--map-root-user", "--mount", sys.executable, *sys.argv])
 
 
+def prepare_wine(programs):
+    """Starts a Windows program that lives as long as this script, so that Wine need not start anew for each launcher."""
+    os.environ.setdefault("WINEPREFIX", str(PREFIX))
+    # UTF-8, so that Wine finds the names that Python writes.
+    os.environ.update(WINEDEBUG="-all", LC_ALL="C.UTF-8")
+    return subprocess.Popen(["wine", str(programs / test_windows.HOLDER)], stdin=subprocess.PIPE,
+                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--launcher", required=True)
@@ -40,9 +50,8 @@ def main():
     test_kills.SEED, test_kills.KILLS = options.seed, options.kills
     modules = NATIVE
     if launcher.is_windows():
-        os.environ.setdefault("WINEPREFIX", str(PREFIX))
-        # UTF-8, so that Wine finds the names that Python writes.
-        os.environ.update(WINEDEBUG="-all", LC_ALL="C.UTF-8")
+        keeper = prepare_wine(launcher.PROGRAM.parent)
+        atexit.register(keeper.communicate)
         modules = (test_windows,)
     else:
         become_able_to_mount()

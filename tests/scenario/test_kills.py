@@ -3,12 +3,13 @@ import collections
 import random
 import signal
 import subprocess
+import threading
 import time
 import unittest
 
 from fault_server import FaultServer
 from game import Game, digest
-from launcher import Installation, name_on_disk
+from launcher import Installation, assert_files
 
 SEED = 0
 KILLS = 0
@@ -35,8 +36,7 @@ class Life:
             self.moment(before)
         finally:
             self.server.on_bytes, self.server.faults = None, {}
-            self.process.kill()
-            self.process.communicate()
+            self.place.kill(self.process)
         return self.stage(before) if self.process.returncode == -signal.SIGKILL else None
 
     def record_state(self):
@@ -61,8 +61,9 @@ class Life:
 
     def after_bytes(self, _):
         end = self.server.sent + self.rng.randint(1, 250000)
-        self.server.on_bytes = lambda sent: self.process.kill() if sent >= end else None
-        self.process.communicate()
+        reached = threading.Event()
+        self.server.on_bytes = lambda sent: reached.set() if sent >= end else None
+        self.wait_until(reached.is_set)
 
     def in_a_transfer(self, _):
         """In the middle of one body, which the server holds back from there on."""
@@ -140,7 +141,7 @@ class KillTest(unittest.TestCase):
         if versions > 1:
             # The temporary file of a transfer that died stays until its own file is fetched again.
             found = {name: data for name, data in found.items() if name.startswith("_") or not name.endswith(".part")}
-        self.assertEqual(found, {name_on_disk(name): data for name, data in game.files.items()})
+        assert_files(self, found, game.files)
         self.record_is_true(place, game)
         return kills
 
@@ -157,7 +158,7 @@ class KillTest(unittest.TestCase):
         for entry in entries:
             data = game.files.get(entry["path"])
             if data is not None and entry["sha256"] == digest(data):
-                self.assertEqual(files.get(name_on_disk(entry["path"])), data, entry["path"])
+                self.assertTrue(files.get(entry["path"]) == data, entry["path"])
 
     def deaths(self, wanted):
         total, seed, stages = 0, SEED, collections.Counter()
@@ -192,8 +193,7 @@ class KillTest(unittest.TestCase):
             process = place.start(subprocess.DEVNULL)
             for _ in range(rng.randint(5, 15)):
                 process.stdout.readline()
-            process.kill()
-            process.communicate()
+            place.kill(process)
             server.content["/patch/version.json"] = old
             place.run()
             # A temporary file of a transfer that died stays until its own file is fetched again.
@@ -208,7 +208,7 @@ class Thrift:
     def __init__(self, test, place, game, server):
         self.test, self.game, self.server = test, game, server
         found = place.files()
-        self.good = {name for name, data in game.files.items() if found.get(name_on_disk(name)) == data}
+        self.good = {name for name, data in game.files.items() if found.get(name) == data}
 
     def __enter__(self):
         self.server.requests = collections.Counter()

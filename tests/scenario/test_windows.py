@@ -1,5 +1,4 @@
 """The same runs with the Windows program under Wine, and what only Windows does. Wine is slow: a share of each."""
-import pathlib
 import subprocess
 
 import launcher
@@ -8,8 +7,8 @@ import test_kills
 import test_server
 import test_update
 from fault_server import FaultServer
-from game import Game, digest
-from launcher import Installation, name_on_disk, told
+from game import Game
+from launcher import Installation, told
 from scenario import ScenarioTest
 
 HOLDER = "hold_file.exe"  # stands beside the launcher in the build
@@ -31,7 +30,7 @@ class WindowsUpdateTest(ScenarioTest):
         game = Game(1, 120)
         manifest = game.publish(self.server)
         self.assertEqual(self.told()[-3:], [(1, 1), "Pret a jouer.", True])
-        self.assertEqual(self.place.files(), {name_on_disk(name): data for name, data in game.files.items()})
+        self.assert_files(self.place, game.files)
         record = self.place.directory / "patch_manifest.json"
         self.assertEqual(record.read_bytes(), manifest)
         self.assertLessEqual(self.server.connections, 8, "connections are used again")
@@ -55,8 +54,7 @@ class FilesInUseTest(ScenarioTest):
         self.put({"sub/game.exe": b"the next version", "a": b"2"})
         process = self.hold(self.place.directory / "sub" / "game.exe")
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
-        files = self.place.files()
-        self.assertEqual(files, {"sub/game.exe": b"the next version", "sub/game.exe.old": holder, "a": b"2"})
+        self.assert_files(self.place, {"sub/game.exe": b"the next version", "sub/game.exe.old": holder, "a": b"2"})
         process.communicate()
         self.assertEqual(self.told()[-2:], ["A jour.", True])
 
@@ -66,11 +64,11 @@ class FilesInUseTest(ScenarioTest):
         self.put({"held.dat": b"the next version", "a": b"2"})
         process = self.hold(launcher.PROGRAM.parent / HOLDER, str(self.place.directory / "held.dat"))
         self.assertEqual(self.told()[-2:], ["Echec du telechargement: held.dat (transfert interrompu)", False])
-        self.assertEqual(self.place.files(), {"held.dat": b"old", "a": b"2"})
+        self.assert_files(self.place, {"held.dat": b"old", "a": b"2"})
         self.assertTrue([line for line in self.place.log() if line.startswith("rename+copy ")])
         process.communicate()
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
-        self.assertEqual(self.place.files(), {"held.dat": b"the next version", "a": b"2"})
+        self.assert_files(self.place, {"held.dat": b"the next version", "a": b"2"})
 
 
 class LongPathTest(ScenarioTest):
