@@ -102,7 +102,7 @@ class Installation:
 
     def log(self):
         path = self.directory / "patcher_debug.txt"
-        return path.read_text(encoding="utf-8").splitlines() if path.exists() else []
+        return path.read_text(encoding="utf-8", errors="replace").splitlines() if path.exists() else []
 
 
 def told(messages):

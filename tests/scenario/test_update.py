@@ -2,6 +2,7 @@
 import json
 
 from game import Game, archive, digest, publish_manifest
+from launcher import is_windows
 from scenario import CONNECT, ScenarioTest
 
 
@@ -74,7 +75,8 @@ class UpdateTest(ScenarioTest):
         self.assert_files(self.place, files)
         self.assertIn("Status 500 /patch/f/reset", self.place.log())
         self.assertIn("OpenGet-null /patch/f/reset", self.place.log())
-        self.assertTrue([line for line in self.place.log() if line.startswith("QueryDataAvailable /patch/f/cut err=")])
+        if not is_windows():  # there a body that was cut may pass for one that ended, until its digest is compared
+            self.assertTrue([line for line in self.place.log() if line.startswith("QueryDataAvailable /patch/f/cut err=")])
 
     def test_a_file_that_cannot_be_had_ends_the_run(self):
         for fault, reason in ((404, "transfert interrompu"), (206, "transfert interrompu"),
