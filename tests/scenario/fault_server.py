@@ -7,8 +7,8 @@ import urllib.parse
 
 class FaultServer:
     """Serves `content` (request path to bytes). `faults` maps a path to a list of faults, one for each request to
-    come; the last one stays. A fault is None, a status number, ("cut", n), ("wrong",), ("chunked",), ("reset",) or
-    ("redirect", path)."""
+    come; the last one stays. A fault is None, a status number, ("cut", n), ("wrong",), ("chunked",), ("reset",),
+    ("redirect", path) or ("hold", event): the answer waits until the event is set."""
 
     def __init__(self):
         self.content = {}
@@ -64,6 +64,8 @@ class FaultServer:
         kind = fault[0] if fault else "ok"
         if kind == "wrong":
             body = bytes(b ^ 1 for b in body) or b"x"
+        if kind == "hold":
+            fault[1].wait()
         if kind == "redirect":
             peer.sendall(f"HTTP/1.1 302 Found\r\nLocation: {fault[1]}\r\nContent-Length: 3\r\n\r\nsee".encode())
             return True
