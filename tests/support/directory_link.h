@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -7,21 +8,24 @@
 
 namespace patcher {
 
-/// Makes a link to a directory that stands beside it, by what the system offers: a symbolic link, a junction
-/// where the standard library has none, or, under Wine, a link of the system below it. False if all of that
-/// fails.
+/// Makes a link to a directory that stands beside it, by what the system offers: a symbolic link; a junction,
+/// where the standard library makes no links; under Wine, which makes neither, a link of the system below it.
+/// False if all of that fails.
 inline bool LinkToDirectoryBeside(const std::filesystem::path& link, const std::filesystem::path& target) {
   std::error_code error;
   std::filesystem::create_directory_symlink(target.filename(), link, error);
   if (!error) return true;
-  const std::string beside = "cd /d \"" + link.parent_path().string() + "\" && ";
-  const std::string names = "\"" + link.filename().string() + "\" \"" + target.filename().string() + "\"";
-  if (std::system((beside + "mklink /J " + names + " >nul 2>nul").c_str()) == 0 &&
-      std::filesystem::exists(link))
-    return true;
-  std::system(
-      (beside + "start /wait /unix /bin/ln -s " + target.filename().string() + " " + link.filename().string())
-          .c_str());
+  const std::string place = link.generic_string();
+  if (const char* prefix = std::getenv("WINEPREFIX")) {
+    const std::string drive(1, static_cast<char>(std::tolower(static_cast<unsigned char>(place[0]))));
+    const std::string below = std::string(prefix) + "/dosdevices/" + drive + place.substr(1);
+    if (std::system(("start /wait /unix /bin/ln -s " + target.filename().string() + " " + below).c_str()) !=
+        0)
+      return false;
+  } else if (std::system(("mklink /J \"" + link.string() + "\" \"" + target.string() + "\" >nul").c_str()) !=
+             0) {
+    return false;
+  }
   return std::filesystem::exists(link);
 }
 
