@@ -19,6 +19,7 @@ class FaultServer:
       ("chunked",)         the body in chunks
       ("chunked-cut", n)   n bytes in chunks, then the connection ends
       ("redirect", url)    302
+      ("hold", event)      the answer waits until the event is set
 
     `on_bytes`, if set, is called from the server's threads with the number of body bytes sent so far."""
 
@@ -81,6 +82,8 @@ class FaultServer:
         fault = self._next_fault(path)
         body = self.content.get(path)
         kind, *rest = fault if isinstance(fault, tuple) else (None,)
+        if kind == "hold":
+            rest[0].wait()
         if kind == "redirect":
             return self._send(peer, 302, b"see", f"Location: {rest[0]}\r\n".encode())
         if kind == "reset":

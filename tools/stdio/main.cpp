@@ -1,5 +1,7 @@
 #include <string>
 
+#include "integrity/check.h"
+#include "integrity/cleanup.h"
 #include "launch/game_launch.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
@@ -68,7 +70,7 @@ const patcher::UpdateStages& Stages() {
   static const auto* stages = new patcher::UpdateStages{
       .selfUpdate = {},
       .installBundle = patcher::BundleWorker,
-      .cleanUp = {},
+      .cleanUp = patcher::CleanUp,
       .clientExists = patcher::ClientExists,
   };
   return *stages;
@@ -77,6 +79,9 @@ const patcher::UpdateStages& Stages() {
 patcher::OperationTable Operations() {
   patcher::OperationTable table;
   table.runUpdate = [](patcher::HostWindow& window) { patcher::RunUpdate(window, Stages()); };
+  table.runCheckOperation = [](patcher::HostWindow& window, bool repair) {
+    patcher::RunCheckOperation(window, repair, Stages());
+  };
   table.launchClient = [] { patcher::LaunchClient(TellError); };
   table.clientExists = patcher::ClientExists;
   return table;
