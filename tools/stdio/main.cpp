@@ -1,6 +1,7 @@
 #include <string>
 
 #include "launch/game_launch.h"
+#include "options/options_exchange.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
@@ -79,6 +80,8 @@ patcher::OperationTable Operations() {
   table.runUpdate = [](patcher::HostWindow& window) { patcher::RunUpdate(window, Stages()); };
   table.launchClient = [] { patcher::LaunchClient(TellError); };
   table.clientExists = patcher::ClientExists;
+  table.buildOptionsMessage = patcher::BuildOptionsMessage;
+  table.saveOptions = patcher::SaveOptions;
   return table;
 }
 
