@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <tuple>
+#include <iterator>
 
 namespace patcher {
 namespace {
@@ -27,10 +27,6 @@ constexpr std::array<ScreenSize, 15> kSizes{{
     {3840, 2160},
 }};
 
-bool Before(const ScreenSize& a, const ScreenSize& b) {
-  return std::tie(a.width, a.height) < std::tie(b.width, b.height);
-}
-
 }  // namespace
 
 std::vector<ScreenSize> ListResolutions(ScreenSize largest, ScreenSize current) {
@@ -41,8 +37,8 @@ std::vector<ScreenSize> ListResolutions(ScreenSize largest, ScreenSize current) 
   std::copy_if(kSizes.begin(), kSizes.end(), std::back_inserter(sizes), [&](const ScreenSize& size) {
     return size.width <= limit.width && size.height <= limit.height;
   });
-  const auto place = std::lower_bound(sizes.begin(), sizes.end(), current, Before);
-  const bool listed = place != sizes.end() && !Before(current, *place);
+  const auto place = std::lower_bound(sizes.begin(), sizes.end(), current);
+  const bool listed = place != sizes.end() && *place == current;
   if (current.width >= 1 && current.height >= 1 && !listed) sizes.insert(place, current);
   return sizes;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 
 namespace platform {
@@ -7,6 +8,9 @@ namespace platform {
 struct ScreenSize {
   std::int32_t width = 0;  ///< pixels
   std::int32_t height = 0;
+
+  /// By width, then by height.
+  auto operator<=>(const ScreenSize&) const = default;
 };
 
 /// The largest width and the largest height among the modes that the display offers; the two may come from

@@ -34,7 +34,10 @@ std::vector<ScreenSize> ReadDrmModes(const fs::path& root) {
     ScreenSize mode;
     char separator = 0;
     std::string rest;  // an "i" for interlaced
-    while (file >> mode.width >> separator >> mode.height && std::getline(file, rest)) modes.push_back(mode);
+    while (file >> mode.width >> separator >> mode.height) {
+      modes.push_back(mode);
+      std::getline(file, rest);
+    }
   }
   return modes;
 }

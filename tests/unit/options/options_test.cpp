@@ -13,12 +13,6 @@
 #include "support/scratch_directory.h"
 
 namespace patcher {
-
-// For the comparison in tests.
-static bool operator==(const platform::ScreenSize& a, const platform::ScreenSize& b) {
-  return a.width == b.width && a.height == b.height;
-}
-
 namespace {
 
 using platform::ScreenSize;
