@@ -8,6 +8,7 @@ import unittest
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import launcher  # noqa: E402
 import test_kills  # noqa: E402
+import test_options  # noqa: E402
 import test_update  # noqa: E402
 
 
@@ -19,7 +20,8 @@ def main():
     options = parser.parse_args()
     launcher.PROGRAM = pathlib.Path(options.launcher).resolve()
     test_kills.SEED, test_kills.KILLS = options.seed, options.kills
-    suite = unittest.TestSuite(unittest.defaultTestLoader.loadTestsFromModule(m) for m in (test_update, test_kills))
+    suite = unittest.TestSuite(unittest.defaultTestLoader.loadTestsFromModule(m) for m in
+                               (test_update, test_options, test_kills))
     sys.exit(0 if unittest.TextTestRunner(verbosity=2).run(suite).wasSuccessful() else 1)
 
 
