@@ -3,11 +3,9 @@ import json
 import resource
 import signal
 import subprocess
-import unittest
 
 import launcher
-from fault_server import FaultServer
-from launcher import Installation
+from scenario import ScenarioTest
 
 FOREIGN = b"; mine\n\nKey = value\r\nfpslimit\t 90  \nfpslimit 30\n\xff\x00\x1a bytes\nlast"
 KEPT = b"; mine\r\n\r\nKey = value\r\nfpslimit 90\r\nfpslimit 30\r\n\xff\x00\x1a bytes\r\nlast\r\n"
@@ -17,15 +15,12 @@ def request(action, **members):
     return json.dumps({"action": action, **members}).encode() + b"\n"
 
 
-class OptionsTest(unittest.TestCase):
+class OptionsTest(ScenarioTest):
     def setUp(self):
-        self.server = FaultServer()
-        self.addCleanup(self.server.close)
-        self.place = Installation(self.server)
-        self.addCleanup(self.place.remove)
+        super().setUp()
         self.settings = self.place.directory / "ostu.ini"
 
-    def told(self, *requests):
+    def answers(self, *requests):
         """What the page is told about options, without the push at the start."""
         messages = [m for m in self.place.run(b"".join(requests)) if m["type"] in ("options", "optionsSaved")]
         self.assertEqual(messages[0]["type"], "options")
@@ -33,14 +28,14 @@ class OptionsTest(unittest.TestCase):
 
     def test_the_page_sends_back_what_it_was_shown(self):
         self.settings.write_bytes(FOREIGN)
-        shown = self.told(request("getOptions"))[0]
+        shown = self.answers(request("getOptions"))[0]
         self.assertTrue(shown["iniExists"])
         self.assertEqual(shown["values"]["fpsLimit"], 90)
         self.assertEqual(len(shown["tune"]), 61)
         self.assertIn([shown["values"]["resWidth"], shown["values"]["resHeight"]], shown["resolutions"])
         self.assertIn("0.0001", [repr(row["step"]) for row in shown["tune"]])
         changed = {**shown["values"], "shadowbias": 0.0021, "spellSfx": 0}
-        saved, again = self.told(request("saveOptions", values=changed))
+        saved, again = self.answers(request("saveOptions", values=changed))
         self.assertEqual(saved, {"type": "optionsSaved", "ok": True})
         self.assertEqual(again["values"], changed)
         text = self.settings.read_bytes()
@@ -50,22 +45,22 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(text.count(b"\r\n"), KEPT.count(b"\r\n") + 79)
 
     def test_a_first_save_creates_the_file(self):
-        shown = self.told(request("getOptions"))[0]
+        shown = self.answers(request("getOptions"))[0]
         self.assertFalse(shown["iniExists"])
-        saved, again = self.told(request("saveOptions", values=shown["values"]))
+        saved, again = self.answers(request("saveOptions", values=shown["values"]))
         self.assertTrue(saved["ok"] and again["iniExists"])
         self.assertEqual(self.settings.read_bytes().count(b"\r\n"), 80)
 
     def test_refused_saves_leave_everything_as_it_was(self):
         refused = [{"type": "optionsSaved", "ok": False}]
-        self.assertEqual(self.told(request("saveOptions")), refused)
+        self.assertEqual(self.answers(request("saveOptions")), refused)
         self.settings.write_bytes(FOREIGN)
         self.settings.chmod(0o444)
-        self.assertEqual(self.told(request("saveOptions", values={"vsync": 1})), refused)
+        self.assertEqual(self.answers(request("saveOptions", values={"vsync": 1})), refused)
         self.assertEqual(self.settings.read_bytes(), FOREIGN)
         self.settings.unlink()
         self.settings.mkdir()
-        self.assertEqual(self.told(request("saveOptions", values={"vsync": 1})), refused)
+        self.assertEqual(self.answers(request("saveOptions", values={"vsync": 1})), refused)
         self.assertEqual(set(self.place.files()), set())
 
     def test_a_disk_that_fills_up_during_a_save(self):
@@ -76,7 +71,7 @@ class OptionsTest(unittest.TestCase):
 
         foreign = b"mine 1\n" * 4000
         self.settings.write_bytes(foreign)
-        done = subprocess.run([self.place.program], input=request("saveOptions", values={"vsync": 1}),
+        done = subprocess.run(self.place.command(), input=request("saveOptions", values={"vsync": 1}),
                               capture_output=True, timeout=launcher.LIMIT, check=True, preexec_fn=fill_disk)
         self.assertIn(b'{"type":"optionsSaved","ok":false}', done.stdout.splitlines())
         self.assertEqual(self.place.files(), {"ostu.ini": foreign})
