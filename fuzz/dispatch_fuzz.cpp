@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "control/dispatch.h"
+#include "control/ui_event.h"
 #include "fuzz.h"
 #include "minijson/minijson.h"
 #include "options/options_exchange.h"
