@@ -83,7 +83,7 @@ class OptionsTest(ScenarioTest):
         foreign = b"mine %d\r\n" % 1 * 400000
         allowed = {foreign + b"vsync 0\r\n", foreign + b"vsync 1\r\n"}
         self.settings.write_bytes(foreign + b"vsync 0\r\n")
-        for death in range(15):
+        for death in range(8):
             process = self.place.start()
             self.assertIn(b'"options"', process.stdout.readline())
             process.stdin.write(request("saveOptions", values={"vsync": death % 2}))
