@@ -4,6 +4,7 @@ import subprocess
 import launcher
 import test_archives
 import test_kills
+import test_options
 import test_server
 import test_update
 from fault_server import FaultServer
@@ -69,6 +70,21 @@ class FilesInUseTest(ScenarioTest):
         process.communicate()
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
         self.assert_files(self.place, {"held.dat": b"the next version", "a": b"2"})
+
+    def test_settings_in_use_are_not_saved(self):
+        settings = self.place.directory / "ostu.ini"
+        settings.write_bytes(b"mine 1\nvsync 0")
+        process = self.hold(launcher.PROGRAM.parent / HOLDER, str(settings))
+        save = test_options.request("saveOptions", values={"vsync": 1})
+        self.assertIn({"type": "optionsSaved", "ok": False}, self.place.run(save))
+        self.assertEqual(self.place.files(), {"ostu.ini": b"mine 1\nvsync 0"})
+        process.communicate()
+        self.assertIn({"type": "optionsSaved", "ok": True}, self.place.run(save))
+        self.assertEqual(self.place.files(), {"ostu.ini": b"mine 1\r\nvsync 1\r\n"})
+
+
+class WindowsOptionsTest(test_options.OptionsTest):
+    test_a_disk_that_fills_up_during_a_save = None  # the limit would end Wine itself
 
 
 class LongPathTest(ScenarioTest):

@@ -3,6 +3,7 @@
 #include "integrity/check.h"
 #include "integrity/cleanup.h"
 #include "launch/game_launch.h"
+#include "options/options_exchange.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
@@ -84,6 +85,8 @@ patcher::OperationTable Operations() {
   };
   table.launchClient = [] { patcher::LaunchClient(TellError); };
   table.clientExists = patcher::ClientExists;
+  table.buildOptionsMessage = patcher::BuildOptionsMessage;
+  table.saveOptions = patcher::SaveOptions;
   return table;
 }
 
