@@ -1,6 +1,8 @@
 #include <string>
 
+#include "launch/external_links.h"
 #include "launch/game_launch.h"
+#include "launch/news.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
@@ -8,6 +10,7 @@
 #include "stdio_host.h"
 #include "transport/config.h"
 #include "update/bundle_install.h"
+#include "update/self_update.h"
 #include "update/update_run.h"
 
 namespace {
@@ -66,7 +69,7 @@ void TellError(const std::u16string& text, const std::u16string& title) {
 /// gone.
 const patcher::UpdateStages& Stages() {
   static const auto* stages = new patcher::UpdateStages{
-      .selfUpdate = {},
+      .selfUpdate = patcher::FetchNewLauncher,
       .installBundle = patcher::BundleWorker,
       .cleanUp = {},
       .clientExists = patcher::ClientExists,
@@ -77,7 +80,10 @@ const patcher::UpdateStages& Stages() {
 patcher::OperationTable Operations() {
   patcher::OperationTable table;
   table.runUpdate = [](patcher::HostWindow& window) { patcher::RunUpdate(window, Stages()); };
+  table.fetchNews = patcher::FetchNews;
   table.launchClient = [] { patcher::LaunchClient(TellError); };
+  table.openExternalUrl = patcher::OpenExternalUrl;
+  table.selfUpdateSwap = [] { patcher::SelfUpdateSwap(TellError); };
   table.clientExists = patcher::ClientExists;
   return table;
 }

@@ -1,6 +1,7 @@
 #include "readable_message.h"
 
 #include <cstdint>
+#include <exception>
 
 #include "minijson/minijson.h"
 
@@ -41,6 +42,25 @@ std::string Check(const Value& message) {
   return line;
 }
 
+/// The published document's items as far as it can be read; the page reads it in the same way.
+std::string News(const Value& message) {
+  if (!Flag(message, "ok")) return "no news to be had";
+  const std::string body = Text(message, "body");
+  std::string line = "news: " + std::to_string(body.size()) + " bytes";
+  try {
+    std::size_t position = 0;
+    const Value document = MiniJson::Parse(body, position);
+    if (const Value* items = document.Find("items")) {
+      for (const Value& item : items->arrayItems) {
+        line += "\n  " + Text(item, "date") + "  " + Text(item, "title");
+      }
+    }
+  } catch (const std::exception&) {
+    line += ", not readable";
+  }
+  return line;
+}
+
 }  // namespace
 
 std::string ReadableMessage(const std::string& json) {
@@ -52,6 +72,7 @@ std::string ReadableMessage(const std::string& json) {
   if (type == "versions") return "version " + Number(message, "current") + " of " + Number(message, "latest");
   if (type == "server") return Flag(message, "online") ? "server online" : "server offline";
   if (type == "ready") return Flag(message, "canPlay") ? "ready to play" : "cannot play";
+  if (type == "news") return News(message);
   if (type == "check") return Check(message);
   return json;
 }
