@@ -7,7 +7,24 @@ import subprocess
 import tempfile
 
 PROGRAM = None  # set by run.py
+NEXT_PROGRAM = None  # the same launcher as the next build
+WINE = False  # the programs are Windows programs
 LIMIT = 300  # seconds; generous, since sanitized builds are slow
+
+
+def command(program):
+    return ["wine", str(program)] if WINE else [str(program)]
+
+
+def messages(output):
+    return [json.loads(line) for line in output.splitlines()]
+
+
+def wait_for_successors():
+    """Until whatever a launcher has started has ended. On Linux it shares the launcher's standard output, whose end
+    the caller has seen."""
+    if WINE:
+        subprocess.run(["wineserver", "--wait"], check=True, timeout=LIMIT)
 
 
 class Installation:
@@ -15,7 +32,7 @@ class Installation:
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="patcher-scenario-"))
         self.directory = self.root / name
         self.directory.mkdir()
-        self.program = self.directory / "Patcher"
+        self.program = self.directory / ("Patcher.exe" if WINE else "Patcher")
         shutil.copy2(PROGRAM, self.program)
         self.set_server(server.url())
 
@@ -26,16 +43,16 @@ class Installation:
         shutil.rmtree(self.root, ignore_errors=True)
 
     def start(self, stdin=subprocess.PIPE):
-        return subprocess.Popen([self.program], stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+        return subprocess.Popen(command(self.program), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                 cwd="/")
 
     def run(self, requests=b""):
         """One session from start to end; returns its messages."""
-        done = subprocess.run([self.program], input=requests, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/",
+        done = subprocess.run(command(self.program), input=requests, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/",
                               timeout=LIMIT, check=False)
         if done.returncode != 0 or done.stderr:
             raise AssertionError(f"exit code {done.returncode}: {done.stderr.decode(errors='replace')[-2000:]}")
-        return [json.loads(line) for line in done.stdout.splitlines()]
+        return messages(done.stdout)
 
     def files(self):
         """Everything below the directory that is not the launcher's own."""
