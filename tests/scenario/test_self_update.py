@@ -22,6 +22,8 @@ class SelfUpdateTest(unittest.TestCase):
         self.server = FaultServer()
         self.addCleanup(self.server.close)
         self.game = Game(11, 8)
+        # Names are bytes in the system's code page: plain ones read the same everywhere.
+        self.game.files = {name.replace("\u00e9", "e"): data for name, data in self.game.files.items()}
         self.next = launcher.NEXT_PROGRAM.read_bytes()
         self.present = launcher.PROGRAM.read_bytes()
         self.server.content[URL] = self.next
@@ -124,8 +126,8 @@ class SelfUpdateTest(unittest.TestCase):
             self.game_is_whole(self.place)
 
     def hold(self, file):
-        holder = subprocess.Popen(launcher.command(launcher.PROGRAM.with_name("hold-file.exe")) + [str(file)],
-                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        holder = subprocess.Popen(launcher.command(launcher.PROGRAM.with_name("hold-file.exe")) + [file.name],
+                                  cwd=file.parent, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         self.addCleanup(holder.communicate)
         self.assertEqual(holder.stdout.readline().strip(), b"held")
         return holder
