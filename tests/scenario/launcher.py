@@ -8,6 +8,7 @@ import signal
 import subprocess
 import tempfile
 import threading
+import time
 
 PROGRAM = None  # set by run.py
 LIMIT = 300  # seconds; generous, since sanitized builds are slow
@@ -27,6 +28,19 @@ def assert_files(test, found, expected):
     """Compares contents by name, and says which names differ instead of how."""
     test.assertEqual(sorted(found), sorted(expected))
     test.assertEqual([name for name, data in expected.items() if found[name] != data], [])
+
+
+def beside_program(name):
+    """Another program of the same build."""
+    return PROGRAM.with_name(name + PROGRAM.suffix)
+
+
+def command(program):
+    return ["wine", str(program)] if is_windows() else [str(program)]
+
+
+def messages(output):
+    return [json.loads(line) for line in output.splitlines()]
 
 
 class Installation:
@@ -55,21 +69,30 @@ class Installation:
         shutil.rmtree(self.root, ignore_errors=True)
 
     def command(self):
-        return ["wine", str(self.program)] if is_windows() else [str(self.program)]
+        return command(self.program)
+
+    def running(self):
+        """Process ids of the Windows programs that run from here: Wine runs them beside the process that was started."""
+        for folder in pathlib.Path("/proc").glob("[0-9]*"):
+            with contextlib.suppress(OSError):
+                if self.root.name.encode() in (folder / "cmdline").read_bytes():
+                    yield int(folder.name)
+
+    def wait_for_successors(self):
+        """Until whatever the launcher has started has ended. On Linux that shares the launcher's standard output, whose
+        end the caller has seen; Windows programs tell nobody."""
+        while is_windows() and any(self.running()):
+            time.sleep(0.05)
 
     def start(self, stdin=subprocess.PIPE):
         return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
 
     def kill(self, process):
-        """Ends a started launcher as a power cut would. Wine runs the program beside the process that was started."""
+        """Ends a started launcher as a power cut would."""
         if is_windows():
-            for folder in pathlib.Path("/proc").glob("[0-9]*"):
-                try:
-                    words = (folder / "cmdline").read_bytes()
-                except OSError:
-                    continue
-                if self.root.name.encode() in words and b"Patcher.exe" in words:
-                    os.kill(int(folder.name), signal.SIGKILL)
+            for number in self.running():
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(number, signal.SIGKILL)
         process.kill()
         process.wait()
         process.stdout.close()
@@ -86,7 +109,7 @@ class Installation:
             words = errors.read().decode(errors="replace")
             if done.returncode != 0 or words:
                 raise AssertionError(f"exit code {done.returncode}: {words[-2000:]}")
-            return [json.loads(line) for line in out]
+            return messages(out.read())
 
     def files(self):
         """Everything below the directory that is not the launcher's own."""

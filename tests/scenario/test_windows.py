@@ -4,7 +4,9 @@ import subprocess
 import launcher
 import test_archives
 import test_kills
+import test_news
 import test_options
+import test_self_update
 import test_server
 import test_update
 from fault_server import FaultServer
@@ -85,6 +87,14 @@ class FilesInUseTest(ScenarioTest):
 
 class WindowsOptionsTest(test_options.OptionsTest):
     test_a_disk_that_fills_up_during_a_save = None  # the limit would end Wine itself
+
+
+class WindowsNewsTest(test_news.NewsTest):
+    pass
+
+
+class WindowsSelfUpdateTest(test_self_update.SelfUpdateTest):
+    test_death_at_every_step = None  # nothing can be put between a program and Wine
 
 
 class LongPathTest(ScenarioTest):
