@@ -13,7 +13,7 @@ from terrain import Range
 
 WIDTH, HEIGHT = 1650, 320
 HORIZON = 206
-SUN = (742, 168)
+SUN = (742, 148)
 CITADEL = (1082, 214)
 
 
@@ -170,8 +170,8 @@ def definitions():
         gradient("sky", [(0, "#1750a8"), (.3, "#2f7fd2"), (.58, "#7bb6ea"), (.82, "#cfe2f2"), (1, "#ffe6bb")],
                  x1=0, y1=0, x2=0, y2=1),
         gradient("glow", [(0, "#fff3c4", 1), (.2, "#ffd98a", .86), (.5, "#ffbf74", .36), (1, "#ffb877", 0)],
-                 "radialGradient", gradientUnits="userSpaceOnUse", cx=SUN[0], cy=SUN[1] + 14, r=560,
-                 gradientTransform=f"translate(0 {SUN[1] * .58}) scale(1 .42)"),
+                 "radialGradient", gradientUnits="userSpaceOnUse", cx=SUN[0], cy=SUN[1] + 26, r=600,
+                 gradientTransform=f"translate(0 {(SUN[1] + 26) * .54}) scale(1 .46)"),
         gradient("bloom", [(0, "#ffffff", .95), (.1, "#fff4d0", .75), (.35, "#ffdf9c", .3), (1, "#ffd080", 0)],
                  "radialGradient"),
         gradient("mist", [(0, "#ffeccb", 0), (.6, "#f4e4d0", .9), (1, "#f4e4d0", 0)], x1=0, y1=0, x2=0, y2=1),
@@ -201,10 +201,10 @@ def definitions():
                                   values="0 0 0 0 1  0 0 0 0 1  0 0 0 0 1  0 0 0 1 0"), id="white"),
         element("mask", element("g", element("use", href="#citadel"), filter="url(#white)"), id="town",
                 maskUnits="userSpaceOnUse", x=800, y=20, width=760, height=220),
-        gradient("townShade", [(0, "#ffc676", .42), (.22, "#ffc676", .16), (.36, "#4a4f96", .06), (.55, "#2c3c84", .46),
-                               (.7, "#33488c", .5), (1, "#5c74ac", .4)], gradientUnits="userSpaceOnUse",
+        gradient("townShade", [(0, "#ffc368", .44), (.2, "#ffc868", .2), (.34, "#ffd08a", .08), (.37, "#4a4f96", .03), (.55, "#2c3c84", .36),
+                               (.7, "#33488c", .4), (1, "#5c74ac", .3)], gradientUnits="userSpaceOnUse",
                  x1=CITADEL[0] - 150, x2=CITADEL[0] + 400, y1=120, y2=165),
-        gradient("townDepth", [(0, "#2c3c84", 0), (.6, "#2c3c84", .10), (.9, "#28366f", .26), (1, "#28366f", .12)],
+        gradient("townDepth", [(0, "#2c3c84", 0), (.6, "#2c3c84", .03), (.9, "#28366f", .14), (1, "#28366f", .06)],
                  x1=0, y1=0, x2=0, y2=1),
         gradient("curtain", [(0, "#fff0d0", .85), (.5, "#d9c6b8", .2), (1, "#6f77a4", .75)]),
         gradient("sail", [(0, "#fff8e6"), (.55, "#f6e3c4"), (1, "#a9a6bd")]),

@@ -13,7 +13,6 @@ def definitions():
         gradient("wall", [(0, "#ffe9bf"), (.22, LIT), (.55, HALF), (.8, "#9d97b3"), (1, DARK)]),
         gradient("wallCool", [(0, "#f6dcb8"), (.25, "#d5bfb3"), (.6, "#9f97b6"), (1, "#666fa3")]),
         gradient("wallFar", [(0, "#fbe4c4"), (.3, "#f4e1cb"), (.65, "#c3b6bb"), (1, "#959abd")]),
-        gradient("gold", [(0, "#fff6cf"), (.4, "#f0c868"), (1, "#94692a")]),
         gradient("dome", [(0, "#bfe0ff"), (.3, "#7fb4ec"), (.7, "#3a62a8"), (1, "#22407c")]),
         gradient("foot", [(0, "#f2dfc4", 0), (1, "#f0dcc2", .5)], x1=0, y1=0, x2=0, y2=1),
         element("filter", element("feGaussianBlur", stdDeviation="5 3"), id="shadow", x=-.2, y=-.6, width=1.4, height=2.2),
@@ -37,7 +36,7 @@ def windows(rng, x, y, width, height):
             if rng.random() < .62:
                 wx = x - width / 2 + (column + .5) * width / max(1, int(width / 4))
                 wy = y - height + 2.6 + row * 6
-                colour = "#ffcf6e" if rng.random() < .3 else "#4d5580"
+                colour = "#ffd676" if rng.random() < .42 else "#4d5580"
                 spots.append(element("rect", x=number(wx - .5), y=number(wy), width=1, height=2, fill=colour,
                                      opacity=.85))
     return "".join(spots)
@@ -208,10 +207,10 @@ def citadel():
     def low(x):
         return 2 + 6 * max(0.0, 1 - (abs(x) / 128) ** 2)
 
-    parts = [bridge(), terrace(rng, 1.0, -62, 66, .8), palace(rng), shadow(-48, 70, 9, .5),
-             terrace(rng, .86, -84, 88, .9), shadow(-40, 84, 8, .42),
-             curtain(rng, -84, 84, 0, 9, lambda x: hill(x) * .66, (-82, -44, 0, 42, 80)), shadow(-28, 96, 8, .45),
-             terrace(rng, .52, -106, 110, 1), shadow(-21, 108, 6, .4), terrace(rng, .36, -112, 116, 1.05), shadow(-15, 112, 4, .35),
+    parts = [bridge(), terrace(rng, 1.0, -62, 66, .8), palace(rng), shadow(-46, 40, 7, .5),
+             terrace(rng, .86, -84, 88, .9), shadow(-38, 58, 7, .42),
+             curtain(rng, -84, 84, 0, 9, lambda x: hill(x) * .66, (-82, -44, 0, 42, 80)), shadow(-27, 76, 7, .45),
+             terrace(rng, .52, -106, 110, 1), shadow(-20, 92, 5, .4), terrace(rng, .36, -112, 116, 1.05), shadow(-15, 112, 4, .35),
              terrace(rng, .24, -114, 116, 1.0), shadow(-9, 112, 4, .4), rocks(rng),
              curtain(rng, -120, 120, -2, 8, low, (-118, -84, -48, 48, 84, 118)), rocks(rng, 8)]
     # The gate and its two towers.
