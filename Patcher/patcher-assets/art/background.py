@@ -194,14 +194,16 @@ def definitions():
         gradient("slope", [(0, "#3f6079"), (.22, "#23435f"), (.6, "#10263f"), (1, "#081526")], x1=0, y1=0, x2=0, y2=1),
         puff_filter("puffFar", .06, 12, .8, everywhere),
         element("filter", element("feGaussianBlur", stdDeviation="1.1 .5") +
-                element("feTurbulence", type="fractalNoise", baseFrequency=".02 .22", numOctaves=2, seed=6, result="n") +
+                element("feTurbulence", type="fractalNoise", baseFrequency=".02 .22", numOctaves=2, seed=6,
+                        result="n") +
                 element("feDisplacementMap", in_="SourceGraphic", in2="n", scale=9, xChannelSelector="R",
                         yChannelSelector="G") + element("feGaussianBlur", stdDeviation=".8 .4"), id="ripple"),
         element("filter", element("feColorMatrix", type="matrix",
                                   values="0 0 0 0 1  0 0 0 0 1  0 0 0 0 1  0 0 0 1 0"), id="white"),
         element("mask", element("g", element("use", href="#citadel"), filter="url(#white)"), id="town",
                 maskUnits="userSpaceOnUse", x=800, y=20, width=760, height=220),
-        gradient("townShade", [(0, "#ffc368", .44), (.2, "#ffc868", .2), (.34, "#ffd08a", .08), (.37, "#4a4f96", .03), (.55, "#2c3c84", .36),
+        gradient("townShade", [(0, "#ffc368", .44), (.2, "#ffc868", .2), (.34, "#ffd08a", .08),
+                               (.37, "#4a4f96", .03), (.55, "#2c3c84", .36),
                                (.7, "#33488c", .4), (1, "#5c74ac", .3)], gradientUnits="userSpaceOnUse",
                  x1=CITADEL[0] - 150, x2=CITADEL[0] + 400, y1=120, y2=165),
         gradient("townDepth", [(0, "#2c3c84", 0), (.6, "#2c3c84", .03), (.9, "#28366f", .14), (1, "#28366f", .06)],

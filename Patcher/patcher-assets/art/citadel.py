@@ -5,7 +5,7 @@ from svg import element, gradient, mix, noise, number, path
 
 LIT, HALF, DARK = "#fff0d2", "#d9c3ae", "#7f86b0"
 ROOFS = [("#7fa9dc", "#33528f"), ("#6b95cf", "#2c4780"), ("#8fb2dd", "#3d5c97")]
-TILES = [("#e0a585", "#8b5a67"), ("#d39a80", "#7c5364")]
+TILES = ("#e0a585", "#8b5a67")
 
 
 def definitions():
@@ -15,7 +15,8 @@ def definitions():
         gradient("wallFar", [(0, "#fbe4c4"), (.3, "#f4e1cb"), (.65, "#c3b6bb"), (1, "#959abd")]),
         gradient("dome", [(0, "#bfe0ff"), (.3, "#7fb4ec"), (.7, "#3a62a8"), (1, "#22407c")]),
         gradient("foot", [(0, "#f2dfc4", 0), (1, "#f0dcc2", .5)], x1=0, y1=0, x2=0, y2=1),
-        element("filter", element("feGaussianBlur", stdDeviation="5 3"), id="shadow", x=-.2, y=-.6, width=1.4, height=2.2),
+        element("filter", element("feGaussianBlur", stdDeviation="5 3"), id="shadow", x=-.2, y=-.6, width=1.4,
+                height=2.2),
     ]
 
 
@@ -45,7 +46,7 @@ def windows(rng, x, y, width, height):
 def house(rng, x, y, width, height):
     """A gabled house, its ridge along the picture or its gable towards us."""
     left, right, top = x - width / 2, x + width / 2, y - height
-    lit, dark = rng.choice(ROOFS + TILES[:1])
+    lit, dark = rng.choice(ROOFS + [TILES])
     parts = [element("rect", x=number(left), y=number(top), width=number(width), height=number(height),
                      fill=f"url(#{wall_at(rng, x)})"), windows(rng, x, y, width, height)]
     rise = width * rng.uniform(.34, .55)
@@ -119,7 +120,8 @@ def trees(rng, x, y, count):
     parts = []
     for _ in range(count):
         tx, ty, r = x + rng.uniform(-7, 7), y + rng.uniform(-2, 2), rng.uniform(1.6, 3)
-        parts.append(element("ellipse", cx=number(tx), cy=number(ty), rx=number(r), ry=number(r * 1.25), fill="#31543f"))
+        parts.append(element("ellipse", cx=number(tx), cy=number(ty), rx=number(r), ry=number(r * 1.25),
+                             fill="#31543f"))
         parts.append(element("ellipse", cx=number(tx - r * .3), cy=number(ty - r * .4), rx=number(r * .55),
                              ry=number(r * .7), fill="#8fae63"))
     return "".join(parts)
@@ -170,7 +172,8 @@ def palace(rng):
 def bridge():
     """Arches from the island to the right mainland."""
     left, right, top, water = 120, 330, -13, 2
-    parts = [element("path", d=path([(left, top), (right, top - 3), (right, top + 2), (left, top + 5)]), fill="#d9c6b4")]
+    parts = [element("path", d=path([(left, top), (right, top - 3), (right, top + 2), (left, top + 5)]),
+                     fill="#d9c6b4")]
     span = 15
     for i in range(int((right - left) / span)):
         x = left + i * span
@@ -194,10 +197,10 @@ def rocks(rng, low=0):
         height = size * rng.uniform(.6, 1.5) + (0 if low else 5 * max(0, 1 - (abs(x) / 138) ** 2))
         tip, base = x + rng.uniform(-1.5, 1.5), 3
         height = height * (.55 if low else 1)
-        parts.append(element("path", d=path([(x - size, base), (tip - size * .4, base - height * .8), (tip, base - height),
-                                             (x + size * .2, base)]), fill=mix("#e3c7a0", "#a98f80", rng.random())))
-        parts.append(element("path", d=path([(x + size, base), (tip + size * .5, base - height * .7), (tip, base - height),
-                                             (x - size * .1, base)]), fill=mix("#6d6a8c", "#4b5280", rng.random())))
+        lit = [(x - size, base), (tip - size * .4, base - height * .8), (tip, base - height), (x + size * .2, base)]
+        shaded = [(x + size, base), (tip + size * .5, base - height * .7), (tip, base - height), (x - size * .1, base)]
+        parts.append(element("path", d=path(lit), fill=mix("#e3c7a0", "#a98f80", rng.random())))
+        parts.append(element("path", d=path(shaded), fill=mix("#6d6a8c", "#4b5280", rng.random())))
     return "".join(parts)
 
 
@@ -210,7 +213,8 @@ def citadel():
     parts = [bridge(), terrace(rng, 1.0, -62, 66, .8), palace(rng), shadow(-46, 40, 7, .5),
              terrace(rng, .86, -84, 88, .9), shadow(-38, 58, 7, .42),
              curtain(rng, -84, 84, 0, 9, lambda x: hill(x) * .66, (-82, -44, 0, 42, 80)), shadow(-27, 76, 7, .45),
-             terrace(rng, .52, -106, 110, 1), shadow(-20, 92, 5, .4), terrace(rng, .36, -112, 116, 1.05), shadow(-15, 112, 4, .35),
+             terrace(rng, .52, -106, 110, 1), shadow(-20, 92, 5, .4), terrace(rng, .36, -112, 116, 1.05),
+             shadow(-15, 112, 4, .35),
              terrace(rng, .24, -114, 116, 1.0), shadow(-9, 112, 4, .4), rocks(rng),
              curtain(rng, -120, 120, -2, 8, low, (-118, -84, -48, 48, 84, 118)), rocks(rng, 8)]
     # The gate and its two towers.

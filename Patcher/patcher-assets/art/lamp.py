@@ -35,7 +35,8 @@ def lamp(stone):
     facets = []
     for i in range(8):
         at = 2 * pi * i / 8
-        facets.append(facet([outer[i], outer[(i + 1) % 8], middle[(i + 1) % 8]], .55 * cos(at + pi / 4 - LIGHT) - .25, stone))
+        facets.append(facet([outer[i], outer[(i + 1) % 8], middle[(i + 1) % 8]], .55 * cos(at + pi / 4 - LIGHT) - .25,
+                            stone))
         facets.append(facet([middle[i], outer[i], middle[(i + 1) % 8]], .5 * cos(at + pi / 8 - LIGHT) - .1, stone))
         facets.append(facet([middle[i], table[i], table[i - 1]], .6 * cos(at - LIGHT) + .1, stone))
         facets.append(facet([table[i], middle[i], middle[(i + 1) % 8]], .5 * cos(at + pi / 8 - LIGHT) + .05, stone))
@@ -48,7 +49,8 @@ def lamp(stone):
                     element("circle", cx=32, cy=32, r=25, fill=depth), *facets,
                     element("path", d=path(table), fill=light, opacity=.75),
                     element("circle", cx=32, cy=33, r=22, fill="url(#core)"),
-                    element("path", d="M21 27Q25 18.500 35 17.500Q28.500 22 26 28.500Q23 30 21 27Z", fill="#ffffff", opacity=.9),
+                    element("path", d="M21 27Q25 18.500 35 17.500Q28.500 22 26 28.500Q23 30 21 27Z", fill="#ffffff",
+                            opacity=.9),
                     element("circle", cx=39.500, cy=39.500, r=1.800, fill="#ffffff", opacity=.7), claws)
 
 

@@ -47,8 +47,8 @@ def headland(rng, points, tone, lit_side, seed, pines, size):
         if grove < .22:
             continue
         height = size * (.55 + .75 * near) * rng.uniform(.6, 1.2) * (.6 + .6 * grove)
-        parts.append(pine(rng, x, y, height, lit_side, (mix(mix(dark, "#5f7f9a", .42), mix(dark, "#040a16", .6), near * 1.5),
-                                                         mix(light, dark, near * .8))))
+        needles = mix(mix(dark, "#5f7f9a", .42), mix(dark, "#040a16", .6), near * 1.5)
+        parts.append(pine(rng, x, y, height, lit_side, (needles, mix(light, dark, near * .8))))
     return "".join(parts)
 
 
@@ -62,7 +62,8 @@ def ship(x, y, size, flip=1):
             low = top + height * .26
             half = width * (.34 + .1 * row)
             sails += element("path", d=f"M{number(mast - half)} {number(top)}H{number(mast + half)}Q"
-                             f"{number(mast + half + 2.4)} {number((top + low) / 2)} {number(mast + half)} {number(low)}"
+                             f"{number(mast + half + 2.4)} {number((top + low) / 2)} {number(mast + half)} "
+                             f"{number(low)}"
                              f"Q{mast} {number(low - 2)} {number(mast - half)} {number(low)}Q{number(mast - half + 2)} "
                              f"{number((top + low) / 2)} {number(mast - half)} {number(top)}Z", fill="url(#sail)")
         sails += element("path", d=f"M{mast} {-height - 3}q3 -1.2 6 .2q-3 .4 -6 1.6Z", fill="#e0b04c")
