@@ -85,8 +85,8 @@ if __name__ == "__main__":
     name, ornaments = letters(), flourish() + star()
     everything = name + ornaments
     print(document(WIDTH, HEIGHT, definitions(),
-                   element("g", shapes(everything, fill="#05101f", stroke="#05101f", stroke_width=9), filter="url(#soft)",
-                           opacity=.75),
+                   element("g", shapes(everything, fill="#05101f", stroke="#05101f", stroke_width=9),
+                           filter="url(#soft)", opacity=.75),
                    shapes(everything, fill="#2a1706", stroke="#2a1706", stroke_width=6.4),
                    shapes(name, fill="url(#rim)", stroke="url(#rim)", stroke_width=2.8),
                    shapes(everything, fill="url(#face)", filter="url(#bevel)"), gem(214, 129, 13, 8)))

@@ -8,7 +8,8 @@ from svg import document, element, gradient
 SIZE = 400
 # The moulding from the outside to the inside: inset of the line's middle, width, colour.
 MOULDING = [(1.5, 3, "#241505"), (4, 2.6, "#b98a3c"), (6, 2.6, "#f6dc97"), (8.6, 3.4, "#d8af5a"),
-            (11.6, 3.4, "#9a6d2b"), (14.2, 2.6, "#7a531c"), (16.4, 2.8, "#e9c777"), (18.4, 1.8, "#fff0bd"), (20.2, 2.6, "#3a2409")]
+            (11.6, 3.4, "#9a6d2b"), (14.2, 2.6, "#7a531c"), (16.4, 2.8, "#e9c777"),
+            (18.4, 1.8, "#fff0bd"), (20.2, 2.6, "#3a2409")]
 CORNER = [
     # A leaf that fills the corner, and two tendrils that run along the edges and end before the slice.
     "M23 23H43C40 25 37 28 36.5 32C34.5 34 34 34.5 32 36.5C28 37 25 40 23 43Z",
