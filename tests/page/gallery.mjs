@@ -53,7 +53,7 @@ const states = {
   "support": { tab: "Assistance" },
 };
 
-const sizes = { small: [988, 628, 1], usual: [1268, 788, 1], large: [2560, 1440, 1], scaled: [988, 628, 1.5], sharp: [1268, 788, 2], dense: [634, 394, 2] };
+const sizes = { small: [988, 628, 1], usual: [1268, 788, 1], large: [2560, 1440, 1], hd: [1920, 1040, 1], scaled: [988, 628, 1.5], sharp: [1268, 788, 2], dense: [634, 394, 2] };
 
 async function show(launcher, { tab, click, messages = [], then, after = [], scroll, focus, keys = [] }) {
   const { page } = launcher;
