@@ -1,5 +1,5 @@
 // The launcher's page in a real browser, with a bridge in the place of the web view's host.
-import { readFileSync } from "node:fs";
+import { existsSync, readFileSync } from "node:fs";
 import { mkdir } from "node:fs/promises";
 import path from "node:path";
 import { fileURLToPath } from "node:url";
@@ -73,7 +73,8 @@ export class LauncherPage {
   #answer(route) {
     const url = route.request().url();
     if (url === pageUrl) return route.fulfill({ contentType: "text/html; charset=utf-8", body: html });
-    if (url.startsWith(assetOrigin + "/")) return route.fulfill({ path: path.join(assets, path.basename(url)) });
+    const asset = path.join(assets, path.basename(url));
+    if (url.startsWith(assetOrigin + "/") && existsSync(asset)) return route.fulfill({ path: asset });
     this.problems.push("request for " + url);
     return route.abort();
   }
