@@ -18,7 +18,8 @@ const browserArguments = ["--no-sandbox", "--disable-gpu", "--no-first-run", "--
 let browser;
 
 export async function startBrowser() {
-  browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: browserArguments });
+  browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: browserArguments,
+    ignoreDefaultArgs: ["--hide-scrollbars"] });
 }
 
 export async function stopBrowser() {
