@@ -1,6 +1,7 @@
 // Verification and repair, driven from the page.
 import assert from "node:assert/strict";
 import { journey } from "./support/journey.mjs";
+import { nextFrame } from "./support/launcher_page.mjs";
 
 const tallies = async (launcher) => Promise.all(["tally-ok", "tally-missing", "tally-corrupt"].map((id) => launcher.text(id)));
 
@@ -109,5 +110,14 @@ journey("a refused repair keeps the verdict and its offer", {}, async (launcher)
     assert.equal(await launcher.text("check-state"), "Une operation est deja en cours.");
     assert.equal(await page.locator("#check-repair:visible:enabled").count(), 1);
   }
-  assert.deepEqual(launcher.requests.map((request) => request.action), ["verify", "repair", "verify"]);
+
+  await page.click("#check-repair");
+  const reading = Array(150).fill({ type: "progress", percent: 90, currentFile: "data/x" });
+  await launcher.send(...reading, { type: "check", mode: "repair", done: true, total: 9, ok: 4, missing: 3, corrupt: 2, bytes: 7 });
+  await nextFrame(page);
+  assert.equal(await launcher.text("check-phase"), "Retelechargement...");
+  assert.equal(await launcher.text("check-percent"), "0%", "what was read before is not drawn over what came after");
+  await launcher.send({ type: "ready", canPlay: false });
+  assert.equal(await launcher.text("check-phase"), "Reparation terminee.");
+  assert.deepEqual(launcher.requests.map((request) => request.action), ["verify", "repair", "verify", "repair"]);
 });

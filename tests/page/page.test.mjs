@@ -1,13 +1,13 @@
 // The page by itself, driven by messages as the host sends them.
 import assert from "node:assert/strict";
 import { journey } from "./support/journey.mjs";
+import { nextFrame } from "./support/launcher_page.mjs";
 import { newsMessage, optionsMessage } from "./support/sample_messages.mjs";
 
 const markup = '<img src=x onerror="document.title=1"><b>gras</b>';
 const status = (text) => ({ type: "status", text });
 const progress = (percent, more) => ({ type: "progress", percent, downloadedBytes: 5, totalBytes: 10, speedBps: 1048576,
   currentFile: "data/a.bin", fileIndex: 1, fileCount: 2, ...more });
-const nextFrame = (page) => page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
 const box = (page, id) => page.locator("#" + id).evaluate((node) => {
   const { x, y, width, height } = node.getBoundingClientRect();
   return [x, y, width, height];

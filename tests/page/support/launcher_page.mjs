@@ -39,6 +39,11 @@ function installBridge() {
   };
 }
 
+// Resolves when what the page holds now has been drawn.
+export function nextFrame(page) {
+  return page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
+}
+
 export class LauncherPage {
   // What the page asked the host for, parsed, in order.
   requests = [];
