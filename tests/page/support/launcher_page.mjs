@@ -67,7 +67,7 @@ export class LauncherPage {
     await launcher.context.exposeFunction("hostReceives", (text) => launcher.#receive(text));
     await launcher.context.addInitScript(installBridge);
     launcher.page = await launcher.context.newPage();
-    launcher.page.setDefaultTimeout(15000);
+    launcher.page.setDefaultTimeout(60000);
     launcher.page.on("pageerror", (error) => launcher.problems.push(String(error)));
     launcher.page.on("console", (message) => {
       if (message.type() === "error") launcher.problems.push(message.text());
