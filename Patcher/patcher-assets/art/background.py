@@ -68,22 +68,27 @@ def clouds():
 def sun():
     x, y = SUN
     return element("circle", cx=x, cy=y, r=230, fill="url(#bloom)") + \
-        element("circle", cx=x, cy=y, r=15, fill="#fffdf2", filter="url(#soft)") + \
-        element("circle", cx=x, cy=y, r=11, fill="#ffffff")
+        element("circle", cx=x, cy=y, r=19, fill="#fff0bf", filter="url(#soft)") + \
+        element("circle", cx=x, cy=y, r=12, fill="#fffbe6")
 
 
 def mountains():
     snow = ("#fff3dc", "#a9bbdf")
     far = Range(21, HORIZON - 2, [(120, 96, 190), (420, 78, 150), (1020, 62, 150), (1330, 104, 170), (1600, 92, 140),
                                   (760, 22, 200)],
-                5, .58, air, "#c9b4a6", "#7d8fba", snow, 46, scale=80)
+                5, .42, air, "#d6b79c", "#6480b8", snow, 44, scale=80)
     mid = Range(63, HORIZON + 1, [(300, 92, 120), (70, 70, 120), (1480, 88, 130), (1640, 74, 90), (1240, 30, 120),
                                   (540, 34, 90)],
-                5, .34, air, "#b59a80", "#5a6f9c", snow, 58, scale=70)
+                5, .2, air, "#c39f78", "#445f98", snow, 56, scale=70)
     low = Range(95, HORIZON + 3, [(190, 36, 150), (440, 22, 110), (1400, 34, 150), (1610, 40, 120)],
-                5, .2, air, "#8d9a6c", "#435c7c", snow, 300, scale=46)
-    return far.draw() + mist(HORIZON - 26, 34, .5) + mid.draw() + mist(HORIZON - 14, 24, .55) + low.draw() + \
+                5, .12, air, "#9aa862", "#36557a", snow, 300, scale=46)
+    return painted(far) + mist(HORIZON - 26, 34, .5) + painted(mid) + mist(HORIZON - 14, 24, .55) + painted(low) + \
         mist(HORIZON - 5, 14, .6)
+
+
+def painted(mountain_range):
+    """The facets' straight edges are frayed into strokes."""
+    return element("g", mountain_range.draw(), filter="url(#rock)")
 
 
 def mist(y, height, opacity):
@@ -139,19 +144,22 @@ def city():
     x, y = CITADEL
     island = Range(140, y - 3, [(x, 46, 96), (x - 70, 20, 60), (x + 70, 20, 60), (x + 320, 40, 60)], 4, .08, air,
                    "#c7a983", "#5d6386", ("#ffffff", "#ffffff"), 900, step=2, scale=24)
-    town = element("g", citadel.citadel(), id="citadel", transform=f"translate({x} {y})")
+    town = element("g", citadel.citadel(), id="citadel", transform=f"translate({x} {y}) scale(1.1 1.08)")
     image = element("use", href="#citadel", transform=f"translate(0 {y + y * .62}) scale(1 -.62)")
     reflection = element("g", element("g", image, filter="url(#ripple)", opacity=.5), mask="url(#reflected)")
-    return reflection + island.draw(x - 160, x + 460, 14) + town + \
-        element("ellipse", cx=x, cy=y + 1.5, rx=150, ry=1.6, fill="#fff3d6", opacity=.7)
+    # The whole town turns from the evening light at its left to blue shade at its right.
+    light = "".join(element("rect", x=x - 190, y=40, width=620, height=190, fill=fill, mask="url(#town)") for fill in (
+        "url(#townShade)", "url(#townDepth)"))
+    return reflection + island.draw(x - 160, x + 460, 14) + town + light + \
+        element("ellipse", cx=x, cy=y + 3, rx=158, ry=1.3, fill="#fff3d6", opacity=.6)
 
 
 def foreground():
     rng = random.Random(77)
     left = shore.headland(rng, [(-10, 196), (60, 205), (150, 226), (250, 250), (350, 274), (440, 300), (520, 330)],
-                          ("#10233f", "#d9a866"), 1, 3, 120, 30)
+                          ("#16304f", "#e0b878"), 1, 3, 1500, 20)
     right = shore.headland(rng, [(1290, 330), (1360, 296), (1440, 262), (1520, 232), (1590, 214), (1665, 204)],
-                           ("#10233f", "#c9a070"), -1, 5, 120, 30)
+                           ("#16304f", "#d9b078"), -1, 5, 1500, 20)
     return left + right
 
 
@@ -159,9 +167,9 @@ def definitions():
     everywhere = dict(filterUnits="userSpaceOnUse", x=-40, y=-40, width=WIDTH + 80, height=HEIGHT + 80,
                       color_interpolation_filters="sRGB")
     return [
-        gradient("sky", [(0, "#1f58a8"), (.3, "#3f83cb"), (.6, "#86b7e3"), (.82, "#cfdfec"), (1, "#ffe9c4")],
+        gradient("sky", [(0, "#1750a8"), (.3, "#2f7fd2"), (.58, "#7bb6ea"), (.82, "#cfe2f2"), (1, "#ffe6bb")],
                  x1=0, y1=0, x2=0, y2=1),
-        gradient("glow", [(0, "#fff3cf", 1), (.22, "#ffdf9f", .78), (.55, "#ffc98a", .28), (1, "#ffc98a", 0)],
+        gradient("glow", [(0, "#fff3c4", 1), (.2, "#ffd98a", .86), (.5, "#ffbf74", .36), (1, "#ffb877", 0)],
                  "radialGradient", gradientUnits="userSpaceOnUse", cx=SUN[0], cy=SUN[1] + 14, r=560,
                  gradientTransform=f"translate(0 {SUN[1] * .58}) scale(1 .42)"),
         gradient("bloom", [(0, "#ffffff", .95), (.1, "#fff4d0", .75), (.35, "#ffdf9c", .3), (1, "#ffd080", 0)],
@@ -182,11 +190,22 @@ def definitions():
                 element("feColorMatrix", type="matrix",
                         values="0 0 0 0 1  0 0 0 0 .985  0 0 0 0 .95  3.4 1.2 0 0 -2.1"), id="cirrus", **everywhere),
         puff_filter("puff", .028, 30, 1.1, everywhere),
+        puff_filter("rock", .055, 9, .5, everywhere),
+        gradient("slope", [(0, "#3f6079"), (.22, "#23435f"), (.6, "#10263f"), (1, "#081526")], x1=0, y1=0, x2=0, y2=1),
         puff_filter("puffFar", .06, 12, .8, everywhere),
         element("filter", element("feGaussianBlur", stdDeviation="1.1 .5") +
                 element("feTurbulence", type="fractalNoise", baseFrequency=".02 .22", numOctaves=2, seed=6, result="n") +
                 element("feDisplacementMap", in_="SourceGraphic", in2="n", scale=9, xChannelSelector="R",
                         yChannelSelector="G") + element("feGaussianBlur", stdDeviation=".8 .4"), id="ripple"),
+        element("filter", element("feColorMatrix", type="matrix",
+                                  values="0 0 0 0 1  0 0 0 0 1  0 0 0 0 1  0 0 0 1 0"), id="white"),
+        element("mask", element("g", element("use", href="#citadel"), filter="url(#white)"), id="town",
+                maskUnits="userSpaceOnUse", x=800, y=20, width=760, height=220),
+        gradient("townShade", [(0, "#ffc676", .42), (.22, "#ffc676", .16), (.36, "#4a4f96", .06), (.55, "#2c3c84", .46),
+                               (.7, "#33488c", .5), (1, "#5c74ac", .4)], gradientUnits="userSpaceOnUse",
+                 x1=CITADEL[0] - 150, x2=CITADEL[0] + 400, y1=120, y2=165),
+        gradient("townDepth", [(0, "#2c3c84", 0), (.6, "#2c3c84", .10), (.9, "#28366f", .26), (1, "#28366f", .12)],
+                 x1=0, y1=0, x2=0, y2=1),
         gradient("curtain", [(0, "#fff0d0", .85), (.5, "#d9c6b8", .2), (1, "#6f77a4", .75)]),
         gradient("sail", [(0, "#fff8e6"), (.55, "#f6e3c4"), (1, "#a9a6bd")]),
         gradient("hull", [(0, "#8a6038"), (.5, "#5b3c26"), (1, "#33252b")]),
@@ -200,5 +219,5 @@ def definitions():
 
 if __name__ == "__main__":
     print(document(WIDTH, HEIGHT, definitions(), sky(), clouds(), sun(), mountains(), sea(), city(), shafts(),
-                   shore.ship(905, 232, .95), shore.ship(560, 217, .5), shore.ship(1262, 222, .42, -1),
+                   shore.ship(893, 233, 1.0), shore.ship(560, 217, .5), shore.ship(1262, 222, .42, -1),
                    shore.birds(random.Random(3)), foreground()))

@@ -11,11 +11,23 @@ TILES = [("#e0a585", "#8b5a67"), ("#d39a80", "#7c5364")]
 def definitions():
     return [
         gradient("wall", [(0, "#ffe9bf"), (.22, LIT), (.55, HALF), (.8, "#9d97b3"), (1, DARK)]),
+        gradient("wallCool", [(0, "#f6dcb8"), (.25, "#d5bfb3"), (.6, "#9f97b6"), (1, "#666fa3")]),
         gradient("wallFar", [(0, "#fbe4c4"), (.3, "#f4e1cb"), (.65, "#c3b6bb"), (1, "#959abd")]),
         gradient("gold", [(0, "#fff6cf"), (.4, "#f0c868"), (1, "#94692a")]),
         gradient("dome", [(0, "#bfe0ff"), (.3, "#7fb4ec"), (.7, "#3a62a8"), (1, "#22407c")]),
-        gradient("foot", [(0, "#e9d9c4", 0), (1, "#e6d6c6", .75)], x1=0, y1=0, x2=0, y2=1),
+        gradient("foot", [(0, "#f2dfc4", 0), (1, "#f0dcc2", .5)], x1=0, y1=0, x2=0, y2=1),
+        element("filter", element("feGaussianBlur", stdDeviation="5 3"), id="shadow", x=-.2, y=-.6, width=1.4, height=2.2),
     ]
+
+
+def wall_at(rng, x):
+    """The side away from the sun is cooler."""
+    return "wallCool" if x + rng.uniform(-50, 50) > 34 else "wall"
+
+
+def shadow(y, width, height, opacity):
+    """Lies at the foot of what was drawn before, so that the next row stands in front of it."""
+    return element("ellipse", cx=8, cy=y, rx=width, ry=height, fill="#33417c", opacity=opacity, filter="url(#shadow)")
 
 
 def windows(rng, x, y, width, height):
@@ -36,7 +48,7 @@ def house(rng, x, y, width, height):
     left, right, top = x - width / 2, x + width / 2, y - height
     lit, dark = rng.choice(ROOFS + TILES[:1])
     parts = [element("rect", x=number(left), y=number(top), width=number(width), height=number(height),
-                     fill="url(#wall)"), windows(rng, x, y, width, height)]
+                     fill=f"url(#{wall_at(rng, x)})"), windows(rng, x, y, width, height)]
     rise = width * rng.uniform(.34, .55)
     if rng.random() < .5:
         parts.append(element("path", d=path([(left - .8, top), (x, top - rise * 1.3), (x, top)]), fill=lit))
@@ -49,9 +61,9 @@ def house(rng, x, y, width, height):
     return "".join(parts)
 
 
-def tower(rng, x, y, width, height, roof=None, flag=False, wall="wall"):
+def tower(rng, x, y, width, height, roof=None, flag=False, wall=None):
     """A round tower; roof is the height of its cone, none gives battlements."""
-    left, top = x - width / 2, y - height
+    left, top, wall = x - width / 2, y - height, wall or wall_at(rng, x)
     parts = [element("rect", x=number(left), y=number(top), width=number(width), height=number(height),
                      fill=f"url(#{wall})"),
              element("rect", x=number(left - .9), y=number(top), width=number(width + 1.8), height=2.4,
@@ -172,17 +184,40 @@ def bridge():
     return "".join(parts)
 
 
+def rocks(rng, low=0):
+    """Boulders between the wall and the water: a lit and a shaded facet each."""
+    parts = []
+    for i in range(64):
+        x = -140 + 280 * i / 63 + rng.uniform(-4, 4)
+        if low and abs(x) < 17:
+            continue
+        size = rng.uniform(3, 8) * (1.15 - .45 * abs(x) / 140)
+        height = size * rng.uniform(.6, 1.5) + (0 if low else 5 * max(0, 1 - (abs(x) / 138) ** 2))
+        tip, base = x + rng.uniform(-1.5, 1.5), 3
+        height = height * (.55 if low else 1)
+        parts.append(element("path", d=path([(x - size, base), (tip - size * .4, base - height * .8), (tip, base - height),
+                                             (x + size * .2, base)]), fill=mix("#e3c7a0", "#a98f80", rng.random())))
+        parts.append(element("path", d=path([(x + size, base), (tip + size * .5, base - height * .7), (tip, base - height),
+                                             (x - size * .1, base)]), fill=mix("#6d6a8c", "#4b5280", rng.random())))
+    return "".join(parts)
+
+
 def citadel():
     """The middle of its foot on the water is the origin."""
     rng = random.Random(31)
-    parts = [bridge(), terrace(rng, 1.0, -62, 66, .8), palace(rng), terrace(rng, .86, -84, 88, .9),
-             curtain(rng, -84, 84, 0, 9, lambda x: hill(x) * .66, (-82, -44, 0, 42, 80)),
-             terrace(rng, .52, -108, 112, 1), terrace(rng, .34, -120, 124, 1.05)]
-    parts.append(curtain(rng, -136, 136, 0, 11, lambda x: 3.5, (-134, -92, -50, 50, 92, 134)))
+    def low(x):
+        return 2 + 6 * max(0.0, 1 - (abs(x) / 128) ** 2)
+
+    parts = [bridge(), terrace(rng, 1.0, -62, 66, .8), palace(rng), shadow(-48, 70, 9, .5),
+             terrace(rng, .86, -84, 88, .9), shadow(-40, 84, 8, .42),
+             curtain(rng, -84, 84, 0, 9, lambda x: hill(x) * .66, (-82, -44, 0, 42, 80)), shadow(-28, 96, 8, .45),
+             terrace(rng, .52, -106, 110, 1), shadow(-21, 108, 6, .4), terrace(rng, .36, -112, 116, 1.05), shadow(-15, 112, 4, .35),
+             terrace(rng, .24, -114, 116, 1.0), shadow(-9, 112, 4, .4), rocks(rng),
+             curtain(rng, -120, 120, -2, 8, low, (-118, -84, -48, 48, 84, 118)), rocks(rng, 8)]
     # The gate and its two towers.
     for x in (-13, 13):
         parts.append(tower(rng, x, 2, 11, 26, 12))
     parts.append(element("rect", x=-9, y=-20, width=18, height=22, fill="#d8c4b0"))
     parts.append(element("path", d="M-5 2v-9q5 -8 10 0v9Z", fill="#3c3a5c"))
-    parts.append(element("rect", x=-150, y=-16, width=300, height=18, fill="url(#foot)"))
+    parts.append(element("rect", x=-150, y=-12, width=300, height=14, fill="url(#foot)"))
     return "".join(parts)

@@ -45,7 +45,7 @@ def definitions(small):
              element("feComposite", in_="l", in2="SourceAlpha", operator="in", result="l") +
              element("feComposite", in_="l", in2="SourceGraphic", operator="arithmetic", k1=0, k2=.6, k3=1, k4=0) +
              element("feComposite", in2="SourceAlpha", operator="in"))
-    face = [(0, "#fff6cf"), (.5, "#ffd873"), (1, "#d99a35")] if small else \
+    face = [(0, "#fffbe6"), (.5, "#ffe28f"), (1, "#f0b34a")] if small else \
         [(0, "#fff3c0"), (.24, "#fbdf94"), (.46, "#e7bb5c"), (.54, "#a8742b"), (.7, "#d9a94e"), (.9, "#ffe6a0"),
          (1, "#c99a48")]
     return [
@@ -72,11 +72,11 @@ def icon():
 
 
 def small_icon():
-    """On a grid of 16: a letter of whole pixels."""
-    t = "M56 64H200V112H176L168 96H146V176L168 184V200H88V184L110 176V96H88L80 112H56Z"
-    return document(256, 256, definitions(True), rounded(120, 16, fill="#1d1004"), rounded(116, 14, fill="url(#rim)"),
-                    rounded(100, 8, fill="#0a2558"), element("path", d=path(ring(98)), fill="url(#table)"),
-                    element("path", d=t, fill="#0a1f4d", stroke="#0a1f4d", stroke_width=20, stroke_linejoin="round"),
+    """On a grid of 16: every edge of the letter stands on a whole pixel."""
+    t = "M64 64H192V112H176V96H144V176H160V192H96V176H112V96H80V112H64Z"
+    return document(256, 256, definitions(True), rounded(124, 8, fill="url(#rim)"), rounded(106, 4, fill="#06173a"),
+                    element("path", d=path(ring(104)), fill="url(#table)"),
+                    element("path", d=t, fill="#06173a", stroke="#06173a", stroke_width=14, opacity=.7),
                     element("path", d=t, fill="url(#face)"))
 
 

@@ -11,14 +11,14 @@ def pine(rng, x, y, height, lit_side, tone):
     tiers = max(5, int(height / 3.2))
     for i in range(tiers):
         t = i / (tiers - 1)
-        reach = height * .2 * t ** .85 * rng.uniform(.75, 1.2) + .3
+        reach = height * .25 * t ** .85 * rng.uniform(.75, 1.2) + .3
         ty = y - height * (1 - t * .93)
         left += [(x - reach, ty + height * .035), (x - reach * .45, ty + height * .012)]
         right += [(x + reach, ty + height * .035), (x + reach * .45, ty + height * .012)]
     outline = [(x, y - height)] + right + [(x + .8, y), (x - .8, y)] + left[::-1]
     rim = [(x, y - height)] + (right if lit_side > 0 else left) + [(x + .12 * lit_side * height, y - height * .08),
                                                                   (x, y - height * .4)]
-    return element("path", d=path(outline), fill=dark) + element("path", d=path(rim), fill=light, opacity=.5)
+    return element("path", d=path(outline), fill=dark) + element("path", d=path(rim), fill=light, opacity=.42)
 
 
 def headland(rng, points, tone, lit_side, seed, pines, size):
@@ -32,22 +32,23 @@ def headland(rng, points, tone, lit_side, seed, pines, size):
             skyline.append((x, y0 + (y1 - y0) * (t * t * (3 - 2 * t)) + 5 * (fractal(x / 17, 0, seed, 4) - .5)))
     skyline.append(points[-1])
     dark, light = tone
-    parts = []
-    body = path(skyline + [(points[-1][0], 330), (points[0][0], 330)])
+    foot = points[-1][0], points[0][0]
+    parts = [element("path", d=path(skyline + [(foot[0], 330), (foot[1], 330)]), fill="url(#slope)"),
+             element("path", d=path(skyline, False), fill="none", stroke=light, stroke_width=1.2, opacity=.5)]
     trees = []
     for _ in range(pines):
-        x, y = rng.choice(skyline[2:-2])
-        depth = rng.random()
-        trees.append((y + 2 + depth * 26, x + rng.uniform(-4, 4), rng.uniform(.7, 1.25) * size * (.8 + .5 * depth),
-                      depth))
-    back = [t for t in sorted(trees) if t[3] < .35]
-    front = [t for t in sorted(trees) if t[3] >= .35]
-    for y, x, height, depth in back:
-        parts.append(pine(rng, x, y, height, lit_side, (mix(dark, light, .2), light)))
-    parts.append(element("path", d=body, fill=dark))
-    parts.append(element("path", d=path(skyline, False), fill="none", stroke=light, stroke_width=1.2, opacity=.55))
-    for y, x, height, depth in front:
-        parts.append(pine(rng, x, y, height, lit_side, (mix(dark, "#050d1c", depth * .5), mix(light, dark, depth * .4))))
+        x, y = rng.choice(skyline)
+        down = rng.random() ** 1.3 * 80 - 3
+        trees.append((y + down, x + rng.uniform(-5, 5), down))
+    # Far trees are small and take the colour of the air, near ones are tall and dark.
+    for y, x, down in sorted(trees):
+        near = (down + 3) / 80
+        grove = noise(x / 34, y / 20, seed + 40)
+        if grove < .22:
+            continue
+        height = size * (.55 + .75 * near) * rng.uniform(.6, 1.2) * (.6 + .6 * grove)
+        parts.append(pine(rng, x, y, height, lit_side, (mix(mix(dark, "#5f7f9a", .42), mix(dark, "#040a16", .6), near * 1.5),
+                                                         mix(light, dark, near * .8))))
     return "".join(parts)
 
 

@@ -31,7 +31,7 @@ class Range:
         snow = max(0.0, min(1.0, (height + jag - self.snow_line) / 12)) * min(1.0, max(0.0, normal[1] * 3.2 - 0.55))
         lit = mix(self.rock, self.snow[0], snow)
         dark = mix(self.shade, self.snow[1], snow)
-        colour = mix(dark, lit, (light - 0.12) * 1.5)
+        colour = mix(dark, lit, (light - 0.16) * 1.9)
         low = max(0.0, 1 - height / 60) ** 1.4
         return mix(colour, self.air(x), min(1.0, self.haze + (1 - self.haze) * 0.72 * low))
 
@@ -47,8 +47,12 @@ class Range:
             for i in range(columns - 1):
                 a, b = heights[r][i], heights[r][i + 1]
                 c, d = heights[r + 1][i], heights[r + 1][i + 1]
-                dx = ((b - a) + (d - c)) / 2 / self.step
-                dz = ((c - a) + (d - b)) / 2 / row_depth
+                # The slope over a wider stretch than one quad: facets, not columns.
+                west, east = max(0, i - 2), min(columns - 1, i + 3)
+                north, south = max(0, r - 1), min(rows - 1, r + 2)
+                dx = (heights[r][east] - heights[r][west] + heights[r + 1][east] - heights[r + 1][west]) / 2 / \
+                    (self.step * (east - west))
+                dz = (heights[south][i] - heights[north][i]) / (row_depth * (south - north))
                 length = math.sqrt(dx * dx + dz * dz + 1)
                 colour = self.colour(xs[i], (a + b + c + d) / 4, (-dx / length, 1 / length, -dz / length))
                 quads.append(element("path", d=path([
