@@ -28,7 +28,8 @@ int StartProgram(const std::filesystem::path& program, const std::vector<std::st
 /// standard error. Main thread.
 void ShowErrorBox(const std::u16string& text, const std::u16string& title);
 
-/// Opens an address in the user's browser and does not wait for it. The caller has vetted the address.
+/// Opens an address in the user's browser and does not wait for it. The caller has vetted the address. No
+/// shell reads it, and nothing is inherited but the environment.
 /// Returns whether something was started.
 bool OpenInBrowser(const std::u16string& url);
 

@@ -1,51 +1,124 @@
-"""Drives one launcher in an installation of its own."""
+"""Drives one launcher in an installation of its own, natively or, if it is a Windows program, under Wine."""
+import contextlib
 import json
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
+import threading
+import time
 
 PROGRAM = None  # set by run.py
 LIMIT = 300  # seconds; generous, since sanitized builds are slow
+OWN_FILES = {"Patcher", "Patcher.exe", "patcher.ini", "patcher_debug.txt", "patch_manifest.json"}
+
+
+def is_windows():
+    return PROGRAM.suffix == ".exe"
+
+
+def manifest_path(name):
+    """The path in the manifest that a name on disk comes from: Windows reads its bytes in the code page for file names."""
+    return name.encode("cp1252").decode() if is_windows() else name
+
+
+def assert_files(test, found, expected):
+    """Compares contents by name, and says which names differ instead of how."""
+    test.assertEqual(sorted(found), sorted(expected))
+    test.assertEqual([name for name, data in expected.items() if found[name] != data], [])
+
+
+def beside_program(name):
+    """Another program of the same build."""
+    return PROGRAM.with_name(name + PROGRAM.suffix)
+
+
+def command(program):
+    return ["wine", str(program)] if is_windows() else [str(program)]
+
+
+def messages(output):
+    return [json.loads(line) for line in output.splitlines()]
 
 
 class Installation:
-    def __init__(self, server, name="jeu \u00e9 \u65e5\u672c"):
-        self.root = pathlib.Path(tempfile.mkdtemp(prefix="patcher-scenario-"))
+    def __init__(self, server, name="jeu \u00e9 \u65e5\u672c", parent=None):
+        self.root = pathlib.Path(parent or tempfile.mkdtemp(prefix="patcher-scenario-"))
         self.directory = self.root / name
-        self.directory.mkdir()
-        self.program = self.directory / "Patcher"
+        self.directory.mkdir(parents=True)
+        self.program = self.directory / ("Patcher" + PROGRAM.suffix)
         shutil.copy2(PROGRAM, self.program)
         self.set_server(server.url())
 
-    def set_server(self, url):
-        (self.directory / "patcher.ini").write_bytes(f"BaseUrl={url}\r\nConnections=4\r\n".encode())
+    @staticmethod
+    def program_size():
+        return PROGRAM.stat().st_size
+
+    def set_server(self, url, connections=4):
+        text = f"BaseUrl={url}\r\nConnections={connections}\r\n"
+        (self.directory / "patcher.ini").write_bytes(text.encode())
+
+    def write(self, path, data):
+        place = self.directory / path
+        place.parent.mkdir(parents=True, exist_ok=True)
+        place.write_bytes(data)
 
     def remove(self):
         shutil.rmtree(self.root, ignore_errors=True)
 
+    def command(self):
+        return command(self.program)
+
+    def running(self):
+        """Process ids of the Windows programs that run from here: Wine runs them beside the process that was started."""
+        for folder in pathlib.Path("/proc").glob("[0-9]*"):
+            with contextlib.suppress(OSError):
+                if self.root.name.encode() in (folder / "cmdline").read_bytes():
+                    yield int(folder.name)
+
+    def wait_for_successors(self):
+        """Until whatever the launcher has started has ended. On Linux that shares the launcher's standard output, whose
+        end the caller has seen; Windows programs tell nobody."""
+        while is_windows() and any(self.running()):
+            time.sleep(0.05)
+
     def start(self, stdin=subprocess.PIPE):
-        return subprocess.Popen([self.program], stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                cwd="/")
+        return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
+
+    def kill(self, process):
+        """Ends a started launcher as a power cut would."""
+        if is_windows():
+            for number in self.running():
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(number, signal.SIGKILL)
+        process.kill()
+        process.wait()
+        process.stdout.close()
+        process.stderr.close()
 
     def run(self, requests=b""):
         """One session from start to end; returns its messages."""
-        done = subprocess.run([self.program], input=requests, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/",
-                              timeout=LIMIT, check=False)
-        if done.returncode != 0 or done.stderr:
-            raise AssertionError(f"exit code {done.returncode}: {done.stderr.decode(errors='replace')[-2000:]}")
-        return [json.loads(line) for line in done.stdout.splitlines()]
+        # Files, not pipes: background processes of Wine may hold a pipe open when the launcher has long ended.
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
+            done = subprocess.run(self.command(), input=requests, stdout=out, stderr=errors, cwd="/", timeout=LIMIT,
+                                  check=False)
+            out.seek(0)
+            errors.seek(0)
+            words = errors.read().decode(errors="replace")
+            if done.returncode != 0 or words:
+                raise AssertionError(f"exit code {done.returncode}: {words[-2000:]}")
+            return messages(out.read())
 
     def files(self):
         """Everything below the directory that is not the launcher's own."""
-        own = {"Patcher", "patcher.ini", "patcher_debug.txt", "patch_manifest.json"}
         found = {}
         for folder, _, names in os.walk(self.directory):
             for name in names:
                 path = pathlib.Path(folder, name)
-                relative = path.relative_to(self.directory).as_posix()
-                if relative not in own:
+                relative = manifest_path(path.relative_to(self.directory).as_posix())
+                if relative not in OWN_FILES:
                     found[relative] = path.read_bytes()
         return found
 
@@ -54,7 +127,52 @@ class Installation:
 
     def log(self):
         path = self.directory / "patcher_debug.txt"
-        return path.read_text(encoding="utf-8").splitlines() if path.exists() else []
+        return path.read_text(encoding="utf-8", errors="replace").splitlines() if path.exists() else []
+
+
+class Session:
+    """A launcher that stays: requests are asked one by one. Its start-up run is over unless `wait` says otherwise."""
+
+    def __init__(self, place, wait=True):
+        self.process = place.start()
+        self.watchdog = threading.Timer(LIMIT, self.process.kill)
+        self.watchdog.start()
+        if wait:
+            self.start = self.until("ready")
+
+    def send(self, *requests):
+        for request in requests:
+            line = request if isinstance(request, bytes) else json.dumps({"action": request}).encode()
+            self.process.stdin.write(line + b"\n")
+        self.process.stdin.flush()
+
+    def until(self, kind):
+        """The messages up to the first of this kind."""
+        messages = []
+        while not messages or messages[-1]["type"] != kind:
+            line = self.process.stdout.readline()
+            if not line:
+                raise AssertionError(f"ended with {self.process.wait()} before '{kind}': {messages[-5:]}")
+            messages.append(json.loads(line))
+        return messages
+
+    def ask(self, request):
+        self.send(request)
+        return self.until("ready")
+
+    def kill(self):
+        self.watchdog.cancel()
+        self.process.kill()
+        self.process.wait()
+        for stream in (self.process.stdin, self.process.stdout, self.process.stderr):
+            with contextlib.suppress(OSError):
+                stream.close()
+
+    def end(self):
+        """Exit code, rest of the output, standard error."""
+        out, err = self.process.communicate()
+        self.watchdog.cancel()
+        return self.process.returncode, out, err
 
 
 def told(messages):

@@ -1,42 +1,18 @@
 """The roads of an update run, as the page would see them."""
 import json
-import unittest
 
-from fault_server import FaultServer
 from game import Game, archive, digest, publish_manifest
-from launcher import Installation, told
+from launcher import is_windows
+from scenario import CONNECT, ScenarioTest
 
-CONNECT = "Connexion au serveur de patch..."
 
-
-class UpdateTest(unittest.TestCase):
-    def setUp(self):
-        self.server = FaultServer()
-        self.addCleanup(self.server.close)
-        self.place = Installation(self.server)
-        self.addCleanup(self.place.remove)
-
-    def told(self, requests=b""):
-        return told(self.place.run(requests))
-
-    def put(self, files, bundles=(), version=3, **extra):
-        """Publishes these files one by one, and these archives (name: (zip bytes, listed paths))."""
-        entries = []
-        for path, data in files.items():
-            self.server.content[f"/patch/f/{path}"] = data
-            entries.append({"path": path, "size": len(data), "sha256": digest(data), "url": f"f/{path}"})
-        listed = []
-        for name, (data, paths) in dict(bundles).items():
-            self.server.content[f"/patch/{name}"] = data
-            listed.append({"name": name, "size": 1, "sha256": digest(data), "files": paths})
-        return publish_manifest(self.server, {"version": version, "files": entries, "bundles": listed, **extra})
-
+class UpdateTest(ScenarioTest):
     def test_fresh_install_then_nothing_to_do_then_repair_of_the_record(self):
         game = Game(1, 120)
         manifest = game.publish(self.server)
         self.assertEqual(self.told(), [CONNECT, "online", (0, 1), "121 fichier(s) a telecharger...", (1, 1),
                                        "Pret a jouer.", True])
-        self.assertEqual(self.place.files(), game.files)
+        self.assert_files(self.place, game.files)
         record = self.place.directory / "patch_manifest.json"
         self.assertEqual(record.read_bytes(), manifest)
         self.assertLessEqual(self.server.connections, 6, "connections are used again")
@@ -55,7 +31,7 @@ class UpdateTest(unittest.TestCase):
         lines = self.told()
         self.assertEqual(lines[3], "61 fichier(s) via 2 archive(s)...")
         self.assertEqual([line[:12] for line in lines[4:6]], ["Archive 1/2 ", "Archive 2/2 "])
-        self.assertEqual(self.place.files(), game.files)
+        self.assert_files(self.place, game.files)
         self.assertFalse([path for path in self.server.requests if "files/" in path])
 
     def test_failed_archives_fall_back_file_by_file(self):
@@ -73,7 +49,7 @@ class UpdateTest(unittest.TestCase):
                      "Archive 1/4 : good", "3 fichier(s) d archive(s) manquante(s) seront pris un par un."):
             self.assertIn(line, lines)
         self.assertEqual(lines[-2:], ["Pret a jouer.", True])
-        self.assertEqual(self.place.files(), files)
+        self.assert_files(self.place, files)
 
     def test_archive_entries_that_lead_outside_or_are_missing(self):
         files = {"inside": b"i" * 9000, "lacking": b"l" * 9000}
@@ -84,7 +60,7 @@ class UpdateTest(unittest.TestCase):
         self.assertEqual([path.name for path in self.place.root.iterdir()], [self.place.directory.name])
         self.put(files)
         self.assertEqual(self.told()[-1], True)
-        self.assertEqual(self.place.files(), files)
+        self.assert_files(self.place, files)
 
     def test_transfers_that_fail_and_recover(self):
         files = {"wrong twice": b"a" * 70000, "cut": b"b" * 70000, "chunked": b"c" * 70000, "moved": b"d" * 70000,
@@ -96,10 +72,11 @@ class UpdateTest(unittest.TestCase):
                               "/patch/f/moved": [("redirect", "/patch/elsewhere")],
                               "/patch/f/reset": [("reset",), 500, None]}
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
-        self.assertEqual(self.place.files(), files)
+        self.assert_files(self.place, files)
         self.assertIn("Status 500 /patch/f/reset", self.place.log())
         self.assertIn("OpenGet-null /patch/f/reset", self.place.log())
-        self.assertTrue([line for line in self.place.log() if line.startswith("QueryDataAvailable /patch/f/cut err=")])
+        if not is_windows():  # there a body that was cut may pass for one that ended, until its digest is compared
+            self.assertTrue([line for line in self.place.log() if line.startswith("QueryDataAvailable /patch/f/cut err=")])
 
     def test_a_file_that_cannot_be_had_ends_the_run(self):
         for fault, reason in ((404, "transfert interrompu"), (206, "transfert interrompu"),
@@ -124,12 +101,6 @@ class UpdateTest(unittest.TestCase):
         self.place.set_server("nonsense")
         self.assertEqual(self.told(), [CONNECT, "URL de patch invalide: nonsense", "offline", True])
 
-    def test_paths_that_leave_the_directory_are_refused_before_anything(self):
-        for path in ("../x", "/tmp/x", "C:x", "a\\..\\..\\x"):
-            self.put({"good": b"1", path: b"2"})
-            self.assertEqual(self.told(), [CONNECT, "online", "Manifest de patch invalide.", False])
-            self.assertEqual(self.place.files(), {})
-
     def test_absurd_manifests(self):
         publish_manifest(self.server, {})
         self.assertEqual(self.told()[-2:], ["A jour.", True])
@@ -141,19 +112,6 @@ class UpdateTest(unittest.TestCase):
         manifest["files"][0]["sha256"] = manifest["files"][0]["sha256"].upper()
         publish_manifest(self.server, manifest)
         self.assertEqual(self.told()[-2:], ["Echec du telechargement: a (contenu incorrect)", False])
-
-    def test_things_in_the_way(self):
-        (self.place.directory / "file").mkdir()
-        (self.place.directory / "file" / "mine").write_bytes(b"kept")
-        (self.place.directory / "left.old").write_bytes(b"")
-        (self.place.directory / "_bundle7.part").write_bytes(b"")
-        self.put({"file": b"new"})
-        self.assertEqual(self.told()[-1], True)
-        self.assertEqual(self.place.files(), {"file": b"new", "file.old/mine": b"kept"})
-        self.put({"file/below": b"x"})
-        self.assertEqual(self.told()[-2:], ["Echec du telechargement: file/below (transfert interrompu)", False])
-        self.assertTrue([line for line in self.place.log() if line.startswith("ofstream ") and " mkdir_ec=" in line])
-        self.assertEqual(self.place.files()["file"], b"new")
 
     def test_a_hundred_thousand_files_with_nothing_to_do(self):
         data = b"same"

@@ -1,6 +1,11 @@
 #include <string>
 
+#include "integrity/check.h"
+#include "integrity/cleanup.h"
+#include "launch/external_links.h"
 #include "launch/game_launch.h"
+#include "launch/news.h"
+#include "options/options_exchange.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
@@ -8,6 +13,7 @@
 #include "stdio_host.h"
 #include "transport/config.h"
 #include "update/bundle_install.h"
+#include "update/self_update.h"
 #include "update/update_run.h"
 
 namespace {
@@ -66,9 +72,9 @@ void TellError(const std::u16string& text, const std::u16string& title) {
 /// gone.
 const patcher::UpdateStages& Stages() {
   static const auto* stages = new patcher::UpdateStages{
-      .selfUpdate = {},
+      .selfUpdate = patcher::FetchNewLauncher,
       .installBundle = patcher::BundleWorker,
-      .cleanUp = {},
+      .cleanUp = patcher::CleanUp,
       .clientExists = patcher::ClientExists,
   };
   return *stages;
@@ -77,8 +83,16 @@ const patcher::UpdateStages& Stages() {
 patcher::OperationTable Operations() {
   patcher::OperationTable table;
   table.runUpdate = [](patcher::HostWindow& window) { patcher::RunUpdate(window, Stages()); };
+  table.runCheckOperation = [](patcher::HostWindow& window, bool repair) {
+    patcher::RunCheckOperation(window, repair, Stages());
+  };
+  table.fetchNews = patcher::FetchNews;
   table.launchClient = [] { patcher::LaunchClient(TellError); };
+  table.openExternalUrl = patcher::OpenExternalUrl;
+  table.selfUpdateSwap = [] { patcher::SelfUpdateSwap(TellError); };
   table.clientExists = patcher::ClientExists;
+  table.buildOptionsMessage = patcher::BuildOptionsMessage;
+  table.saveOptions = patcher::SaveOptions;
   return table;
 }
 

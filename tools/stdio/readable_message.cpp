@@ -1,6 +1,9 @@
 #include "readable_message.h"
 
 #include <cstdint>
+#include <exception>
+#include <locale>
+#include <sstream>
 
 #include "minijson/minijson.h"
 
@@ -41,6 +44,64 @@ std::string Check(const Value& message) {
   return line;
 }
 
+/// The published document's items as far as it can be read; the page reads it in the same way.
+std::string News(const Value& message) {
+  if (!Flag(message, "ok")) return "no news to be had";
+  const std::string body = Text(message, "body");
+  std::string line = "news: " + std::to_string(body.size()) + " bytes";
+  try {
+    std::size_t position = 0;
+    const Value document = MiniJson::Parse(body, position);
+    if (const Value* items = document.Find("items")) {
+      for (const Value& item : items->arrayItems) {
+        line += "\n  " + Text(item, "date") + "  " + Text(item, "title");
+      }
+    }
+  } catch (const std::exception&) {
+    line += ", not readable";
+  }
+  return line;
+}
+
+/// Six significant digits, without trailing zeros, as the settings file has them.
+std::string Decimal(double number) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << number;
+  return text.str();
+}
+
+/// The rendering settings that are not at their default.
+std::string ChangedTuning(const Value& message, const Value& values) {
+  std::string line;
+  const Value* tune = message.Find("tune");
+  if (tune == nullptr) return line;
+  for (const Value& row : tune->arrayItems) {
+    const Value* value = values.Find(Text(row, "id"));
+    const Value* usual = row.Find("def");
+    if (value == nullptr || usual == nullptr || value->numberValue == usual->numberValue) continue;
+    line +=
+        ' ' + Text(row, "id") + '=' + Decimal(value->numberValue) + " (" + Decimal(usual->numberValue) + ')';
+  }
+  return line;
+}
+
+/// Basic settings come in front of the rendering ones; the latter are told only where they differ from the
+/// default.
+std::string Options(const Value& message) {
+  std::string line = Flag(message, "iniExists") ? "settings of ostu.ini:" : "settings (no ostu.ini yet):";
+  const Value* values = message.Find("values");
+  if (values == nullptr) return line;
+  const Value* tune = message.Find("tune");
+  const std::size_t tuned = tune != nullptr ? tune->arrayItems.size() : 0;
+  for (std::size_t i = 0; i + tuned < values->objectMembers.size(); ++i) {
+    const auto& [id, value] = values->objectMembers[i];
+    line += (i % 6 == 0 ? "\n  " : " ") + id + '=' + Decimal(value.numberValue);
+  }
+  const std::string changed = ChangedTuning(message, *values);
+  return line + "\n  rendering:" + (changed.empty() ? " all at their defaults" : changed);
+}
+
 }  // namespace
 
 std::string ReadableMessage(const std::string& json) {
@@ -52,7 +113,10 @@ std::string ReadableMessage(const std::string& json) {
   if (type == "versions") return "version " + Number(message, "current") + " of " + Number(message, "latest");
   if (type == "server") return Flag(message, "online") ? "server online" : "server offline";
   if (type == "ready") return Flag(message, "canPlay") ? "ready to play" : "cannot play";
+  if (type == "news") return News(message);
   if (type == "check") return Check(message);
+  if (type == "options") return Options(message);
+  if (type == "optionsSaved") return Flag(message, "ok") ? "settings saved" : "settings could not be saved";
   return json;
 }
 
