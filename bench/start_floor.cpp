@@ -4,14 +4,14 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <string>
 
 #include "update/patch_manifest.h"
 
 int main(int argc, char** argv) {
   if (argc != 3) return 2;
-  std::ifstream in(argv[1], std::ios::binary);
-  const std::string text(std::istreambuf_iterator<char>(in), {});
+  std::string text(std::filesystem::file_size(argv[1]), '\0');
+  std::ifstream(argv[1], std::ios::binary).read(text.data(), static_cast<std::streamsize>(text.size()));
   patcher::PatchManifest manifest;
   std::string error;
   if (!patcher::ParsePatchManifest(text, manifest, error)) return 1;

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
+#include <optional>
 #include <sstream>
+#include <system_error>
 
 #include "minijson/minijson.h"
-#include "update/patch_manifest.h"
 
 namespace patcher {
 namespace {
@@ -25,18 +25,32 @@ void AppendString(std::string& text, std::string_view value) {
   text += out.str();
 }
 
+/// In one read: the document may have many megabytes.
+std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::error_code error;
+  const std::uint64_t size = std::filesystem::file_size(path, error);
+  if (!in || error || size > std::string().max_size()) return std::nullopt;
+  std::string text(static_cast<std::size_t>(size), '\0');
+  in.read(text.data(), static_cast<std::streamsize>(size));
+  text.resize(static_cast<std::size_t>(in.gcount()));
+  return text;
+}
+
 }  // namespace
 
-LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version) {
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
+                             const ParsedDocument& parsed) {
   LocalState state;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return state;
-  const std::string text(std::istreambuf_iterator<char>(in), {});
-  PatchManifest manifest;
+  const std::optional<std::string> text = ReadDocument(path);
+  if (!text) return state;
+  const bool known = parsed.manifest != nullptr && *text == parsed.text;
+  PatchManifest own;
   std::string error;
-  if (!ParsePatchManifest(text, manifest, error)) return state;
-  for (PatchFile& file : manifest.files) {
-    state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));
+  if (!known && !ParsePatchManifest(*text, own, error)) return state;
+  const PatchManifest& manifest = known ? *parsed.manifest : own;
+  for (const PatchFile& file : manifest.files) {
+    state.insert_or_assign(state.end(), file.path, file.sha256);
   }
   if (version != nullptr) *version = manifest.version;
   return state;
