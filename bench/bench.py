@@ -246,4 +246,5 @@ def main():
                 bench.close()
 
 
-main()
+if __name__ == "__main__":
+    main()

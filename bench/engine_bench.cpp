@@ -78,9 +78,17 @@ void RecordSaves(benchmark::State& state, bool shuffled) {
   std::filesystem::remove(path);
 }
 BENCHMARK_CAPTURE(RecordSaves, sorted, false)
-    ->Arg(10'000)->Arg(20'000)->Arg(40'000)->Unit(benchmark::kMillisecond)->UseRealTime();
+    ->Arg(10'000)
+    ->Arg(20'000)
+    ->Arg(40'000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK_CAPTURE(RecordSaves, shuffled, true)
-    ->Arg(10'000)->Arg(20'000)->Arg(40'000)->Unit(benchmark::kMillisecond)->UseRealTime();
+    ->Arg(10'000)
+    ->Arg(20'000)
+    ->Arg(40'000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace
 

@@ -9,7 +9,9 @@ int main(int argc, char** argv) {
   if (argc != 3) return 2;
   patcher::SetExePath(std::filesystem::path(argv[2]) / "launcher");
   std::string failure;
-  if (patcher::ExtractArchive(argv[1], [](std::string_view) { return true; }, failure)) return 0;
+  if (patcher::ExtractArchive(
+          argv[1], [](std::string_view) { return true; }, failure))
+    return 0;
   std::fprintf(stderr, "%s\n", failure.c_str());
   return 1;
 }

@@ -3,6 +3,7 @@
 import os
 import statistics
 import subprocess
+import tempfile
 import time
 from dataclasses import dataclass, field
 
@@ -33,17 +34,20 @@ class Command:
 def run_once(command):
     if command.prepare:
         command.prepare()
-    with open(os.devnull, "r+b") as null:
+    with open(os.devnull, "r+b") as null, tempfile.NamedTemporaryFile("r") as peak:
+        # Through `time`, which is small: a process inherits the peak memory of the one that started it.
+        argv = ["/usr/bin/time", "-q", "-f", "%M", "-o", peak.name, *command.argv]
         start = time.perf_counter()
-        process = subprocess.Popen(command.argv, stdin=null, stdout=null, stderr=subprocess.PIPE)
+        process = subprocess.Popen(argv, stdin=null, stdout=null, stderr=subprocess.PIPE)
         errors = process.stderr.read()
         _, status, usage = os.wait4(process.pid, 0)
         wall = time.perf_counter() - start
         process.returncode = os.waitstatus_to_exitcode(status)
+        kib = int(peak.read() or 0)
     process.stderr.close()
     if process.returncode != 0:
         raise RuntimeError(f"{command.name} ended with {process.returncode}: {errors.decode()[-500:]}")
-    command.runs.append((wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss))
+    command.runs.append((wall, usage.ru_utime + usage.ru_stime, kib))
 
 
 def alternate(commands, rounds):

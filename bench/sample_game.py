@@ -84,11 +84,10 @@ class Game:
         yield head
         left = size - len(head)
         while left > 0:
-            if compressible:
-                block = b"".join(b"%08d object %d; " % (source.randrange(10**8), number) for _ in range(2000))[:left]
-            else:
-                start = source.randrange(len(pool) // 2)
-                block = pool[start : start + left]
+            start = source.randrange(len(pool) // 2)
+            block = pool[start : start + left]
+            if compressible:  # hexadecimal digits: half their size when packed
+                block = block[:50_000].hex().encode()[:left]
             yield block
             left -= len(block)
 
