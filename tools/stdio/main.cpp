@@ -1,14 +1,12 @@
 #include <string>
 
-#include "launch/game_launch.h"
+#include "control/wiring.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "stdio_host.h"
 #include "transport/config.h"
-#include "update/bundle_install.h"
-#include "update/update_run.h"
 
 namespace {
 
@@ -62,26 +60,6 @@ void TellError(const std::u16string& text, const std::u16string& title) {
   platform::WriteErrorLine("error box: " + platform::WideToUtf8(title) + ": " + platform::WideToUtf8(text));
 }
 
-/// The stages that the update run passes through. Static: detached workers use them until the process is
-/// gone.
-const patcher::UpdateStages& Stages() {
-  static const auto* stages = new patcher::UpdateStages{
-      .selfUpdate = {},
-      .installBundle = patcher::BundleWorker,
-      .cleanUp = {},
-      .clientExists = patcher::ClientExists,
-  };
-  return *stages;
-}
-
-patcher::OperationTable Operations() {
-  patcher::OperationTable table;
-  table.runUpdate = [](patcher::HostWindow& window) { patcher::RunUpdate(window, Stages()); };
-  table.launchClient = [] { patcher::LaunchClient(TellError); };
-  table.clientExists = patcher::ClientExists;
-  return table;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -104,6 +82,7 @@ int main(int argc, char** argv) {
   patcher::PatchConfig::Load();
   using Host = patcher::StdioHost;
   // Never destroyed: workers may outlive the message loop.
-  auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson, Operations());
+  auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson,
+                        patcher::LauncherOperations(TellError));
   platform::EndProcess(host->Run());
 }

@@ -1,0 +1,31 @@
+#include "control/wiring.h"
+
+#include "update/bundle_install.h"
+#include "update/update_run.h"
+
+namespace patcher {
+namespace {
+
+/// The stages that the update run passes through. Never destroyed: detached workers use them until the
+/// process is gone.
+const UpdateStages& Stages() {
+  static const auto* stages = new UpdateStages{
+      .selfUpdate = {},
+      .installBundle = BundleWorker,
+      .cleanUp = {},
+      .clientExists = ClientExists,
+  };
+  return *stages;
+}
+
+}  // namespace
+
+OperationTable LauncherOperations(const ErrorBox& showErrorBox) {
+  OperationTable table;
+  table.runUpdate = [](HostWindow& window) { RunUpdate(window, Stages()); };
+  table.launchClient = [showErrorBox] { LaunchClient(showErrorBox); };
+  table.clientExists = ClientExists;
+  return table;
+}
+
+}  // namespace patcher
