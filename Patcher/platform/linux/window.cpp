@@ -65,6 +65,8 @@ struct NativeWindow::Impl {
   GtkWidget* window = nullptr;  // null again when it has been destroyed
   Size size;                    // as last told to the owner
   std::optional<int> exitCode;
+  GtkGesture* press = nullptr;  // the primary button, from its press to its release
+  bool moveAsked = false;       // the window is to follow the pointer as soon as that moves
 
   std::mutex lock;  // guards the two below
   std::deque<QueueMessage> messages;
@@ -88,6 +90,8 @@ struct NativeWindow::Impl {
   static gboolean OnMotion(GtkWidget* widget, GdkEventMotion* event, gpointer data);
   static gboolean OnLeave(GtkWidget* widget, GdkEventCrossing* event, gpointer data);
   static void OnDestroy(GtkWidget* widget, gpointer data);
+  static void OnPressMoved(GtkGestureDrag* press, double x, double y, gpointer data);
+  static void OnPressEnded(GtkGestureDrag* press, double x, double y, gpointer data);
 };
 
 SizeKind NativeWindow::Impl::Kind() const {
@@ -115,6 +119,10 @@ void NativeWindow::Impl::ConnectEvents() {
   connect("motion-notify-event", &OnMotion);
   connect("leave-notify-event", &OnLeave);
   connect("destroy", &OnDestroy);
+  press = gtk_gesture_drag_new(window);
+  gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(press), GTK_PHASE_CAPTURE);
+  g_signal_connect(press, "drag-update", G_CALLBACK(&OnPressMoved), this);
+  g_signal_connect(press, "drag-end", G_CALLBACK(&OnPressEnded), this);
 }
 
 void NativeWindow::Impl::PaintBackground(const WindowLook& look) const {
@@ -200,6 +208,22 @@ void NativeWindow::Impl::OnDestroy(GtkWidget*, gpointer data) {
   if (gtk_main_level() > 0) gtk_main_quit();
 }
 
+void NativeWindow::Impl::OnPressMoved(GtkGestureDrag*, double x, double y, gpointer data) {
+  auto* self = static_cast<Impl*>(data);
+  const bool moved = gtk_drag_check_threshold(self->window, 0, 0, static_cast<int>(x), static_cast<int>(y));
+  if (!self->moveAsked || !moved) return;
+  self->moveAsked = false;
+  int rootX = 0;
+  int rootY = 0;
+  gdk_device_get_position(Pointer(gdk_window_get_display(self->Surface())), nullptr, &rootX, &rootY);
+  gtk_window_begin_move_drag(GTK_WINDOW(self->window), GDK_BUTTON_PRIMARY, rootX, rootY,
+                             gtk_get_current_event_time());
+}
+
+void NativeWindow::Impl::OnPressEnded(GtkGestureDrag*, double, double, gpointer data) {
+  static_cast<Impl*>(data)->moveAsked = false;
+}
+
 bool PrepareWindowSystem(int argc, char** argv) {
   AvoidMissingGraphicsDevice();
   // Text follows the player's language; numbers stay as the program's formats have them.
@@ -275,17 +299,9 @@ bool NativeWindow::IsMaximized() const { return (impl_->State() & GDK_WINDOW_STA
 Rect NativeWindow::ClientRect() const { return {0, 0, impl_->size.width, impl_->size.height}; }
 
 void NativeWindow::StartDragging() {
-  GdkWindow* surface = impl_->Surface();
-  if (surface == nullptr) return;
-  GdkDevice* pointer = Pointer(gdk_window_get_display(surface));
-  GdkModifierType held{};
-  gdk_window_get_device_position(surface, pointer, nullptr, nullptr, &held);
-  // The page asks from another process: the button may be up again by now.
-  if ((held & GDK_BUTTON1_MASK) == 0) return;
-  int x = 0;
-  int y = 0;
-  gdk_device_get_position(pointer, nullptr, &x, &y);
-  gtk_window_begin_move_drag(GTK_WINDOW(impl_->window), GDK_BUTTON_PRIMARY, x, y, GDK_CURRENT_TIME);
+  // The page asks from another process: the button may be up again by now. And a press that does not move may be
+  // half of a double click, which is the page's.
+  impl_->moveAsked = impl_->window != nullptr && gtk_gesture_is_active(impl_->press);
 }
 
 void NativeWindow::Minimize() { gtk_window_iconify(GTK_WINDOW(impl_->window)); }
