@@ -22,8 +22,8 @@ inline constexpr int kErrorBadExeFormat = 193;
 /// Starts `program` and does not wait for it. Its first argument is its own path, in quotation marks on
 /// Windows; `arguments` follow (none may need quoting). Nothing is inherited but the environment (and, on
 /// Linux, the standard streams). On Linux a file that is a Windows program is started through `wine` if the
-/// system has it; a file that is no program for the system gives kErrorBadExeFormat. Returns 0, or the
-/// system's error number.
+/// system has it, and a native program is given the permission to run if it lacks it; a file that is no
+/// program for the system gives kErrorBadExeFormat. Returns 0, or the system's error number.
 int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                  const std::filesystem::path& workingDirectory);
 

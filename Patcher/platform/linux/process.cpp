@@ -24,6 +24,14 @@ bool IsWindowsProgram(const fs::path& file) {
   return magic[0] == 'M' && magic[1] == 'Z';
 }
 
+/// A file that was downloaded, or lay in an archive, may not be run until somebody says so.
+void AllowRunning(const fs::path& program) {
+  if (access(program.c_str(), X_OK) == 0) return;
+  std::error_code ignored;
+  fs::permissions(program, fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec,
+                  fs::perm_options::add, ignored);
+}
+
 [[noreturn]] void FailInChild(int error, int report) {
   [[maybe_unused]] const ssize_t written = write(report, &error, sizeof error);
   _exit(127);
@@ -94,6 +102,7 @@ int StartProgram(const fs::path& program, const std::vector<std::string>& argume
   std::vector<std::string> words{program.native()};
   words.insert(words.end(), arguments.begin(), arguments.end());
   if (!IsWindowsProgram(program)) {
+    AllowRunning(program);
     const int error = StartDetached(words, workingDirectory);
     return error == ENOEXEC ? kErrorBadExeFormat : error;
   }

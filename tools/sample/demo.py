@@ -1,0 +1,134 @@
+#!/usr/bin/env python3
+"""Shows the launcher at work on a sample game, without a window: publishes it, installs it, publishes a second version
+over it and updates, damages some files and repairs them, changes a setting, starts the game.
+
+    demo.py --programs BUILD/bin --work DIRECTORY
+"""
+import argparse
+import pathlib
+import random
+import shutil
+import subprocess
+
+from make_client import make_first_version, make_second_version
+from patch_server import patch_server
+from session import Session
+
+NEWS = '{"items":[{"title":"Ouverture de l ile neuve","date":"2026-11-24","text":"Vingt cartes a explorer."}]}'
+
+
+def say(text):
+    print(f"\n== {text}", flush=True)
+
+
+def publish(programs, client, web, version):
+    subprocess.run([programs / "patch-publish", "--client", client, "--out", web, "--version", str(version)], check=True)
+
+
+def update(install):
+    session = Session(install / "patcher-stdio")
+    session.end()
+
+
+def tree(directory):
+    return {p.relative_to(directory).as_posix(): p.read_bytes() for p in directory.rglob("*") if p.is_file()}
+
+
+def check_installed(client, install):
+    wanted, found = tree(client), tree(install)
+    wrong = [name for name, data in wanted.items() if found.get(name) != data]
+    if wrong:
+        raise SystemExit(f"the installation differs from the client: {wrong[:5]}")
+    print(f"  every byte of {len(wanted)} files is as published")
+
+
+def damage(install, client):
+    """Flips a byte in some files and deletes others, as a bad disk and a careless player would."""
+    rng = random.Random(3)
+    names = sorted(name for name, data in tree(client).items() if data and name != "Tolmira.exe")
+    chosen = rng.sample(names, 8)
+    for name in chosen[:5]:
+        path = install / name
+        data = bytearray(path.read_bytes())
+        data[len(data) // 2] ^= 0xFF
+        path.write_bytes(data)
+        print(f"  damaged {name}")
+    for name in chosen[5:]:
+        (install / name).unlink()
+        print(f"  deleted {name}")
+
+
+def verify_and_repair(install):
+    session = Session(install / "patcher-stdio")
+    session.wait_for("ready to play", "cannot play")
+    session.request('{"action":"verify"}')
+    session.wait_for("ready to play", "cannot play")
+    session.request('{"action":"repair"}')
+    session.wait_for("ready to play", "cannot play")
+    session.end()
+
+
+def change_settings(install):
+    (install / "ostu.ini").write_bytes(b"; mes reglages\r\nfpslimit 90\r\nClientSecret  garde-moi\r\nvsync 0\r\n")
+    session = Session(install / "patcher-stdio")
+    session.wait_for("ready to play", "cannot play")
+    session.request('{"action":"saveOptions","values":{"vsync":1,"exposure":1.25,"resWidth":1280,"resHeight":720}}')
+    session.wait_for("options saved", "options not saved")
+    session.end()
+    print("  ostu.ini now:")
+    for line in (install / "ostu.ini").read_text(encoding="utf-8").splitlines():
+        print("    " + line)
+
+
+def play(install):
+    session = Session(install / "patcher-stdio")
+    session.wait_for("ready to play", "cannot play")
+    session.request('{"action":"play"}')
+    session.end()
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--programs", type=pathlib.Path, required=True)
+    parser.add_argument("--work", type=pathlib.Path, required=True)
+    options = parser.parse_args()
+    programs, work = options.programs.resolve(), options.work.resolve()
+    client, web, install = work / "client", work / "www", work / "jeu installé"
+    shutil.rmtree(work, ignore_errors=True)
+    for directory in (client, web / "api", install):
+        directory.mkdir(parents=True)
+    (web / "api" / "news.json").write_text(NEWS, encoding="utf-8")
+
+    with patch_server(web, work / "server") as url:
+        shutil.copy2(programs / "patcher-stdio", install)
+        (install / "patcher.ini").write_bytes(f"BaseUrl={url}\r\nConnections=4\r\n".encode())
+
+        say("The publisher publishes version 1")
+        make_first_version(client, programs / "sample-client")
+        publish(programs, client, web, 1)
+        say("A player installs the game")
+        update(install)
+        check_installed(client, install)
+
+        say("The publisher publishes version 2 over it")
+        make_second_version(client)
+        publish(programs, client, web, 2)
+        say("The player starts the launcher again")
+        update(install)
+        check_installed(client, install)
+
+        say("Some files are damaged or deleted; the player verifies and repairs")
+        damage(install, client)
+        verify_and_repair(install)
+        check_installed(client, install)
+
+        say("The player changes settings; what the launcher does not know stays")
+        change_settings(install)
+
+        say("The player starts the game")
+        play(install)
+        print((install / "client_started.txt").read_text(encoding="utf-8"))
+    say(f"The installation is in {install}")
+
+
+main()
