@@ -30,6 +30,13 @@ struct Value {
   std::vector<Value> arrayItems;                             ///< document order
   std::vector<std::pair<std::string, Value>> objectMembers;  ///< document order, duplicates kept
 
+  Value();
+  Value(const Value& other);
+  Value(Value&& other) noexcept;
+  Value& operator=(const Value& other);
+  Value& operator=(Value&& other) noexcept;
+  ~Value();
+
   static Value MakeBool(bool value);
   static Value MakeNumber(double value);
   static Value MakeString(std::string value);
@@ -48,6 +55,14 @@ struct Value {
   /// Writes the value, two blanks of indentation a level, no line feed at the end.
   void Write(std::ostream& out, int depth) const;
 };
+
+// Defaulted behind the class: its own member lists need it complete.
+inline Value::Value() = default;
+inline Value::Value(const Value& other) = default;
+inline Value::Value(Value&& other) noexcept = default;
+inline Value& Value::operator=(const Value& other) = default;
+inline Value& Value::operator=(Value&& other) noexcept = default;
+inline Value::~Value() = default;
 
 /// Deepest nesting of arrays and objects that Parse accepts; one level more raises "nesting too deep".
 inline constexpr int kMaxDepth = 256;

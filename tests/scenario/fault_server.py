@@ -4,18 +4,33 @@ import socket
 import threading
 import urllib.parse
 
+PIECE = 16384
+
 
 class FaultServer:
     """Serves `content` (request path to bytes). `faults` maps a path to a list of faults, one for each request to
-    come; the last one stays. A fault is None, a status number, ("cut", n), ("wrong",), ("chunked",), ("reset",) or
-    ("redirect", path)."""
+    come; the last one stays. A fault is None or
+
+      a number             that status, with the body if it is below 300
+      ("wrong",)           other bytes of the same length
+      ("reset",)           the connection ends without an answer
+      ("cut", n)           the connection ends behind n bytes of the body
+      ("silent", n)        nothing more comes behind n bytes of the body; n None: not even a head
+      ("chunked",)         the body in chunks
+      ("chunked-cut", n)   n bytes in chunks, then the connection ends
+      ("redirect", url)    302
+
+    `on_bytes`, if set, is called from the server's threads with the number of body bytes sent so far."""
 
     def __init__(self):
         self.content = {}
         self.faults = {}
         self.requests = collections.Counter()
         self.connections = 0
+        self.on_bytes = None
+        self.sent = 0
         self.lock = threading.Lock()
+        self.closed = threading.Event()
         self.socket = socket.create_server(("127.0.0.1", 0), backlog=64)
         self.port = self.socket.getsockname()[1]
         threading.Thread(target=self._accept, daemon=True).start()
@@ -24,6 +39,7 @@ class FaultServer:
         return f"http://127.0.0.1:{self.port}"
 
     def close(self):
+        self.closed.set()
         self.socket.close()
 
     def _accept(self):
@@ -31,6 +47,9 @@ class FaultServer:
             try:
                 peer, _ = self.socket.accept()
             except OSError:
+                return
+            if self.closed.is_set():
+                peer.close()
                 return
             self.connections += 1
             threading.Thread(target=self._serve, args=(peer,), daemon=True).start()
@@ -57,31 +76,58 @@ class FaultServer:
             return faults.pop(0) if len(faults) > 1 else faults[0]
 
     def _answer(self, peer, path):
+        """Answers one request; false ends the connection."""
         fault = self._next_fault(path)
         body = self.content.get(path)
-        if isinstance(fault, int) or body is None:
-            return self._send(peer, fault or 404, b"<html>no</html>")
-        kind = fault[0] if fault else "ok"
-        if kind == "wrong":
-            body = bytes(b ^ 1 for b in body) or b"x"
+        kind, *rest = fault if isinstance(fault, tuple) else (None,)
         if kind == "redirect":
-            peer.sendall(f"HTTP/1.1 302 Found\r\nLocation: {fault[1]}\r\nContent-Length: 3\r\n\r\nsee".encode())
-            return True
-        if kind == "chunked":
-            chunks = [body[i:i + 700] for i in range(0, len(body), 700)]
-            peer.sendall(b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n")
-            for chunk in chunks:
-                peer.sendall(b"%x\r\n%s\r\n" % (len(chunk), chunk))
-            peer.sendall(b"0\r\n\r\n")
-            return True
+            return self._send(peer, 302, b"see", f"Location: {rest[0]}\r\n".encode())
         if kind == "reset":
             return False
-        if kind == "cut":
-            peer.sendall(b"HTTP/1.1 200 OK\r\nContent-Length: %d\r\n\r\n" % len(body) + body[:fault[1]])
-            return False
-        return self._send(peer, 200, body)
+        if kind == "silent" and rest[0] is None:
+            return self._fall_silent()
+        if body is None or (isinstance(fault, int) and fault >= 300):
+            return self._send(peer, fault if isinstance(fault, int) else 404, b"<html>no</html>")
+        if kind == "wrong":
+            body = bytes(b ^ 1 for b in body) or b"x"
+        if kind in ("chunked", "chunked-cut"):
+            return self._send_chunks(peer, body, *rest)
+        if kind in ("cut", "silent"):
+            self._send_head(peer, 200, len(body))
+            self._send_body(peer, body[:rest[0]])
+            return self._fall_silent() if kind == "silent" else False
+        return self._send(peer, fault if isinstance(fault, int) else 200, body)
+
+    def _fall_silent(self):
+        self.closed.wait()
+        return False
 
     @staticmethod
-    def _send(peer, status, body):
-        peer.sendall(b"HTTP/1.1 %d X\r\nContent-Length: %d\r\n\r\n" % (status, len(body)) + body)
+    def _send_head(peer, status, length, extra=b""):
+        peer.sendall(b"HTTP/1.1 %d X\r\nContent-Length: %d\r\n%s\r\n" % (status, length, extra))
+
+    def _send_body(self, peer, body):
+        for at in range(0, len(body), PIECE):
+            piece = body[at:at + PIECE]
+            peer.sendall(piece)
+            with self.lock:
+                self.sent += len(piece)
+                sent = self.sent
+            if self.on_bytes:
+                self.on_bytes(sent)
+
+    def _send(self, peer, status, body, extra=b""):
+        self._send_head(peer, status, len(body), extra)
+        self._send_body(peer, body)
+        return True
+
+    @staticmethod
+    def _send_chunks(peer, body, end=None):
+        peer.sendall(b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n")
+        shown = body[:end]
+        for at in range(0, len(shown), 700):
+            peer.sendall(b"%x\r\n%s\r\n" % (len(shown[at:at + 700]), shown[at:at + 700]))
+        if end is not None:
+            return False
+        peer.sendall(b"0\r\n\r\n")
         return True

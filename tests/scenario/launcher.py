@@ -1,4 +1,4 @@
-"""Drives one launcher in an installation of its own."""
+"""Drives one launcher in an installation of its own, natively or, if it is a Windows program, under Wine."""
 import json
 import os
 import pathlib
@@ -8,30 +8,52 @@ import tempfile
 
 PROGRAM = None  # set by run.py
 LIMIT = 300  # seconds; generous, since sanitized builds are slow
+OWN_FILES = {"Patcher", "Patcher.exe", "patcher.ini", "patcher_debug.txt", "patch_manifest.json"}
+
+
+def is_windows():
+    return PROGRAM.suffix == ".exe"
+
+
+def name_on_disk(path):
+    """The name that a manifest path gets: Windows reads its bytes in the code page for file names."""
+    return path.encode().decode("cp1252") if is_windows() else path
 
 
 class Installation:
-    def __init__(self, server, name="jeu \u00e9 \u65e5\u672c"):
-        self.root = pathlib.Path(tempfile.mkdtemp(prefix="patcher-scenario-"))
+    def __init__(self, server, name="jeu \u00e9 \u65e5\u672c", parent=None):
+        self.root = pathlib.Path(parent or tempfile.mkdtemp(prefix="patcher-scenario-"))
         self.directory = self.root / name
-        self.directory.mkdir()
-        self.program = self.directory / "Patcher"
+        self.directory.mkdir(parents=True)
+        self.program = self.directory / ("Patcher" + PROGRAM.suffix)
         shutil.copy2(PROGRAM, self.program)
         self.set_server(server.url())
 
-    def set_server(self, url):
-        (self.directory / "patcher.ini").write_bytes(f"BaseUrl={url}\r\nConnections=4\r\n".encode())
+    @staticmethod
+    def program_size():
+        return PROGRAM.stat().st_size
+
+    def set_server(self, url, connections=4):
+        text = f"BaseUrl={url}\r\nConnections={connections}\r\n"
+        (self.directory / "patcher.ini").write_bytes(text.encode())
+
+    def write(self, path, data):
+        place = self.directory / path
+        place.parent.mkdir(parents=True, exist_ok=True)
+        place.write_bytes(data)
 
     def remove(self):
         shutil.rmtree(self.root, ignore_errors=True)
 
+    def command(self):
+        return ["wine", str(self.program)] if is_windows() else [str(self.program)]
+
     def start(self, stdin=subprocess.PIPE):
-        return subprocess.Popen([self.program], stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                cwd="/")
+        return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
 
     def run(self, requests=b""):
         """One session from start to end; returns its messages."""
-        done = subprocess.run([self.program], input=requests, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/",
+        done = subprocess.run(self.command(), input=requests, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/",
                               timeout=LIMIT, check=False)
         if done.returncode != 0 or done.stderr:
             raise AssertionError(f"exit code {done.returncode}: {done.stderr.decode(errors='replace')[-2000:]}")
@@ -39,13 +61,12 @@ class Installation:
 
     def files(self):
         """Everything below the directory that is not the launcher's own."""
-        own = {"Patcher", "patcher.ini", "patcher_debug.txt", "patch_manifest.json"}
         found = {}
         for folder, _, names in os.walk(self.directory):
             for name in names:
                 path = pathlib.Path(folder, name)
                 relative = path.relative_to(self.directory).as_posix()
-                if relative not in own:
+                if relative not in OWN_FILES:
                     found[relative] = path.read_bytes()
         return found
 

@@ -1,14 +1,32 @@
 #!/usr/bin/env python3
-"""Runs the launcher against a server that misbehaves: run.py --launcher PROGRAM [--seed N] [--kills N]."""
+"""Runs the launcher against servers and disks that misbehave: run.py --launcher PROGRAM [--seed N] [--kills N] [TEST...].
+
+A Windows program runs under Wine, with the tests of test_windows and fewer kills. A TEST is a name, for example
+ArchiveTest or ServerTest.test_silence_ends. Some tests mount small disks, which takes root or a user namespace."""
 import argparse
+import os
 import pathlib
+import subprocess
 import sys
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import launcher  # noqa: E402
+import test_archives  # noqa: E402
+import test_disk  # noqa: E402
 import test_kills  # noqa: E402
+import test_server  # noqa: E402
 import test_update  # noqa: E402
+import test_windows  # noqa: E402
+
+NATIVE = (test_update, test_server, test_archives, test_disk, test_kills)
+PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
+
+
+def become_able_to_mount():
+    """Starts this script again as the root of a user namespace, unless it may mount already."""
+    if subprocess.run(["unshare", "--mount", "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
+        os.execvp("unshare", ["unshare", "--map-root-user", "--mount", sys.executable, *sys.argv])
 
 
 def main():
@@ -16,10 +34,25 @@ def main():
     parser.add_argument("--launcher", required=True)
     parser.add_argument("--seed", type=int, default=20261124)
     parser.add_argument("--kills", type=int, default=200)
+    parser.add_argument("tests", nargs="*")
     options = parser.parse_args()
     launcher.PROGRAM = pathlib.Path(options.launcher).resolve()
     test_kills.SEED, test_kills.KILLS = options.seed, options.kills
-    suite = unittest.TestSuite(unittest.defaultTestLoader.loadTestsFromModule(m) for m in (test_update, test_kills))
+    modules = NATIVE
+    if launcher.is_windows():
+        os.environ.setdefault("WINEPREFIX", str(PREFIX))
+        # UTF-8, so that Wine finds the names that Python writes.
+        os.environ.update(WINEDEBUG="-all", LC_ALL="C.UTF-8")
+        modules = (test_windows,)
+    else:
+        become_able_to_mount()
+    loader = unittest.defaultTestLoader
+    cases = {case.__name__: case for module in modules for case in vars(module).values()
+             if isinstance(case, type) and issubclass(case, unittest.TestCase) and case.__module__ == module.__name__}
+    suite = unittest.TestSuite()
+    for name in options.tests or cases:
+        case, _, test = name.partition(".")
+        suite.addTest(cases[case](test) if test else loader.loadTestsFromTestCase(cases[case]))
     sys.exit(0 if unittest.TextTestRunner(verbosity=2).run(suite).wasSuccessful() else 1)
 
 

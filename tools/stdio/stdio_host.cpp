@@ -37,7 +37,7 @@ void StdioHost::ReadRequests() {
     const platform::QueueMessage message{kRequest, 0, reinterpret_cast<std::intptr_t>(request.get())};
     // A full queue of Windows refuses messages: the input waits until there is room.
     while (!queue_.Post(message)) std::this_thread::yield();
-    request.release();
+    static_cast<void>(request.release());  // the message owns it now
     line.clear();
   }
   while (!queue_.Post({kInputEnded, 0, 0})) std::this_thread::yield();

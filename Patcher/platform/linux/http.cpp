@@ -17,9 +17,9 @@ namespace {
 constexpr std::size_t kMaxHostLength = 255;
 constexpr long kConnectSeconds = 60;
 constexpr std::chrono::seconds kSilence{30};
-constexpr long kReceiveBuffer = 128 * 1024;
+constexpr long kReceiveBuffer = 128L * 1024;
 /// Bytes that may wait for the caller before the transfer is paused.
-constexpr std::size_t kMaxPending = 512 * 1024;
+constexpr std::size_t kMaxPending = std::size_t{512} * 1024;
 
 struct UrlDeleter {
   void operator()(CURLU* url) const { curl_url_cleanup(url); }
@@ -128,8 +128,8 @@ HttpConnection& HttpConnection::operator=(HttpConnection&&) noexcept = default;
 bool HttpConnection::Open(HttpClient& client, const ServerAddress& server) {
   if (!client.impl_) return false;
   const std::string scheme = server.secure ? "https://" : "http://";
-  impl_ = std::unique_ptr<Impl>(
-      new Impl{*client.impl_, server.secure, scheme + server.host + ":" + std::to_string(server.port)});
+  impl_ = std::make_unique<Impl>(
+      Impl{*client.impl_, server.secure, scheme + server.host + ":" + std::to_string(server.port)});
   return true;
 }
 
@@ -221,6 +221,13 @@ struct HttpRequest::Impl {
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
   }
 
+  /// The request is on its way as soon as the connection stands.
+  bool IsSent() const {
+    curl_off_t sent = 0;
+    curl_easy_getinfo(engine->easy, CURLINFO_PRETRANSFER_TIME_T, &sent);
+    return sent > 0 || headersDone;
+  }
+
   /// Lets the transfer go on until `enough` says so or it is done.
   template <typename Condition>
   CURLcode Drive(Condition enough) {
@@ -242,9 +249,7 @@ struct HttpRequest::Impl {
 
   /// Whether a made connection has brought nothing for too long; making one has its own limit.
   bool IsSilent() const {
-    curl_off_t connected = 0;
-    curl_easy_getinfo(engine->easy, CURLINFO_PRETRANSFER_TIME_T, &connected);
-    const auto limit = connected > 0 ? kSilence : kSilence + std::chrono::seconds(kConnectSeconds);
+    const auto limit = IsSent() ? kSilence : kSilence + std::chrono::seconds(kConnectSeconds);
     return std::chrono::steady_clock::now() - lastByte > limit;
   }
 
@@ -271,13 +276,10 @@ std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& e
 
 std::uint32_t HttpRequest::Send() {
   if (curl_multi_add_handle(impl_->engine->multi, impl_->engine->easy) != CURLM_OK) return CURLE_FAILED_INIT;
-  // The request is on its way as soon as the connection stands; anything that failed by then failed to be
-  // sent.
-  return impl_->Drive([this] {
-    curl_off_t sent = 0;
-    curl_easy_getinfo(impl_->engine->easy, CURLINFO_PRETRANSFER_TIME_T, &sent);
-    return sent > 0 || impl_->headersDone;
-  });
+  const auto isSent = [this] { return impl_->IsSent(); };
+  const CURLcode error = impl_->Drive(isSent);
+  // What broke behind the request, even in the same step, is the matter of who reads the answer.
+  return isSent() ? 0 : error;
 }
 
 std::uint32_t HttpRequest::ReceiveResponse() {

@@ -54,6 +54,7 @@ void AllowRunning(const fs::path& program) {
 /// errno.
 int StartDetached(std::vector<std::string> words, const fs::path& directory) {
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   int report[2];

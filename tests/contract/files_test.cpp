@@ -1,0 +1,91 @@
+#include "platform/files.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/scratch_directory.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+using patcher::ReadWhole;
+using patcher::ScratchDirectory;
+using patcher::WriteWhole;
+
+TEST(FilesContract, ProbeChangesNothing) {
+  const ScratchDirectory directory;
+  const fs::path file = directory / "file";
+  WriteWhole(file, "content");
+  fs::create_directory(directory / "folder");
+  EXPECT_EQ(ProbeExclusiveWrite(file), ExclusiveWrite::kPossible);
+  EXPECT_EQ(ReadWhole(file), "content");
+  EXPECT_EQ(ProbeExclusiveWrite(directory / "folder"), ExclusiveWrite::kRefused);
+  EXPECT_EQ(ProbeExclusiveWrite(directory / "missing"), ExclusiveWrite::kUnknown);
+  EXPECT_FALSE(fs::exists(directory / "missing"));
+}
+
+TEST(FilesContract, MoveReplacesAFile) {
+  const ScratchDirectory directory;
+  for (const bool copyAcrossVolumes : {false, true}) {
+    WriteWhole(directory / "source", "new");
+    WriteWhole(directory / "target", "old and longer");
+    EXPECT_EQ(MoveReplacing(directory / "source", directory / "target", copyAcrossVolumes), 0);
+    EXPECT_EQ(ReadWhole(directory / "target"), "new");
+    EXPECT_FALSE(fs::exists(directory / "source"));
+  }
+}
+
+TEST(FilesContract, MoveTakesAWholeDirectory) {
+  const ScratchDirectory directory;
+  fs::create_directory(directory / "folder");
+  WriteWhole(directory / "folder/file", "content");
+  EXPECT_EQ(MoveReplacing(directory / "folder", directory / "moved", false), 0);
+  EXPECT_EQ(ReadWhole(directory / "moved/file"), "content");
+  EXPECT_FALSE(fs::exists(directory / "folder"));
+}
+
+TEST(FilesContract, FailedMoveLeavesBothSides) {
+  const ScratchDirectory directory;
+  WriteWhole(directory / "file", "content");
+  fs::create_directory(directory / "folder");
+  EXPECT_NE(MoveReplacing(directory / "missing", directory / "file", true), 0);
+  EXPECT_NE(MoveReplacing(directory / "file", directory / "folder", true), 0);
+  EXPECT_NE(MoveReplacing(directory / "file", directory / "nowhere/file", true), 0);
+  EXPECT_EQ(ReadWhole(directory / "file"), "content");
+  EXPECT_TRUE(fs::is_directory(directory / "folder"));
+}
+
+TEST(FilesContract, OtherVolumeIsReachedByACopyIfAllowed) {
+  const char* other = std::getenv("PATCHER_CONTRACT_OTHER_VOLUME");
+  if (other == nullptr) GTEST_SKIP() << "no second volume";
+  const ScratchDirectory directory;
+  const fs::path source = directory / "source";
+  const fs::path target = fs::path(other) / "target";
+  const std::string content(300000, 'x');
+  WriteWhole(source, content);
+  WriteWhole(target, "old");
+
+  EXPECT_NE(MoveReplacing(source, target, false), 0);
+  EXPECT_EQ(ReadWhole(source), content);
+  EXPECT_EQ(ReadWhole(target), "old");
+
+  EXPECT_EQ(MoveReplacing(source, target, true), 0);
+  EXPECT_FALSE(fs::exists(source));
+  EXPECT_EQ(ReadWhole(target), content);
+  EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1) << "something stayed beside the target";
+}
+
+TEST(FilesContract, FlushNeedsAFile) {
+  const ScratchDirectory directory;
+  WriteWhole(directory / "file", "content");
+  EXPECT_EQ(FlushToDisk(directory / "file"), 0);
+  EXPECT_EQ(ReadWhole(directory / "file"), "content");
+  EXPECT_NE(FlushToDisk(directory / "missing"), 0);
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,90 @@
+#include "platform/process.h"
+
+#include <atomic>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "contract/contract_server.h"
+#include "platform/files.h"
+#include "platform/standard_streams.h"
+#include "platform/text.h"
+#include "support/scratch_directory.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+void MakeExecutable(const fs::path& file) {
+  fs::permissions(file, fs::perms::owner_exec, fs::perm_options::add);
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::istringstream in(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+TEST(ProcessContract, StartedProgramGetsPathArgumentsAndDirectory) {
+  const patcher::ScratchDirectory directory;
+  const fs::path folder = directory / "a b" / PathFromUtf8("d\xC3\xA9j\xC3\xA0");
+  fs::create_directories(folder);
+  const fs::path own = OwnExecutablePath();
+  const fs::path program = folder / ("child" + own.extension().string());
+  fs::copy_file(own.parent_path() / ("contract_child" + own.extension().string()), program);
+
+  const std::string key = UniqueKey();
+  ASSERT_EQ(StartProgram(program, {key, "report", "quantel"}, folder), 0);
+  Session session;
+  ASSERT_EQ(Get(session.connection, "/late/1/" + key).error, 0u) << "the program did not report";
+  const auto report = Lines(patcher::ReadWhole(folder / "report"));
+  ASSERT_EQ(report.size(), 3u);
+  EXPECT_TRUE(fs::equivalent(PathFromUtf8(report[0]), program)) << report[0];
+  EXPECT_TRUE(fs::equivalent(PathFromUtf8(report[1]), folder)) << report[1];
+  EXPECT_EQ(report[2], "quantel");
+
+  // While it runs it cannot be overwritten, but it can step aside for its successor.
+  EXPECT_NE(ProbeExclusiveWrite(program), ExclusiveWrite::kPossible);
+  EXPECT_EQ(MoveReplacing(program, folder / "child.old", false), 0);
+  EXPECT_EQ(Get(session.connection, "/release/" + key + "-end").error, 0u);
+}
+
+TEST(ProcessContract, WhatIsNoProgramSaysSo) {
+  const patcher::ScratchDirectory directory;
+  const fs::path text = directory / "text.exe";
+  patcher::WriteWhole(text, "echo this is no program\n" + std::string(1000, ' '));
+  MakeExecutable(text);
+  EXPECT_EQ(StartProgram(text, {"x"}, text.parent_path()), kErrorBadExeFormat);
+
+  const int missing = StartProgram(directory / "missing.exe", {}, text.parent_path());
+  EXPECT_NE(missing, 0);
+  EXPECT_NE(missing, kErrorBadExeFormat);
+  const int nowhere = StartProgram(OwnExecutablePath(), {}, directory / "nowhere");
+  EXPECT_NE(nowhere, 0);
+  EXPECT_NE(nowhere, kErrorBadExeFormat);
+}
+
+/// Ends the process with `code` while another thread waits for input.
+[[noreturn]] void EndWhileReading(int code) {
+  std::atomic<bool> reading = false;
+  std::thread([&reading] {
+    reading = true;
+    std::string line;
+    ReadLine(line);
+  }).detach();
+  while (!reading) std::this_thread::yield();
+  WriteErrorLine("last words");
+  EndProcess(code);
+}
+
+TEST(ProcessDeathContract, EndsAtOnceWithItsCode) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(EndWhileReading(7), testing::ExitedWithCode(7), "last words");
+}
+
+}  // namespace
+}  // namespace platform

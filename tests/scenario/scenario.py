@@ -1,0 +1,38 @@
+"""What the scenario tests have in common."""
+import unittest
+
+from fault_server import FaultServer
+from game import digest, publish_manifest
+from launcher import Installation, told
+
+CONNECT = "Connexion au serveur de patch..."
+INVALID = "Manifest de patch invalide."
+
+
+class ScenarioTest(unittest.TestCase):
+    """One server and one installation for each test."""
+
+    def setUp(self):
+        self.server = FaultServer()
+        self.addCleanup(self.server.close)
+        self.place = Installation(self.server)
+        self.addCleanup(self.place.remove)
+
+    def told(self, requests=b""):
+        return told(self.place.run(requests))
+
+    @staticmethod
+    def entry(path, data):
+        return {"path": path, "size": len(data), "sha256": digest(data), "url": f"f/{path}"}
+
+    def put(self, files, bundles=(), version=3, **extra):
+        """Publishes these files one by one, and these archives (name: (zip bytes, listed paths))."""
+        entries = []
+        for path, data in files.items():
+            self.server.content[f"/patch/f/{path}"] = data
+            entries.append(self.entry(path, data))
+        listed = []
+        for name, (data, paths) in dict(bundles).items():
+            self.server.content[f"/patch/{name}"] = data
+            listed.append({"name": name, "size": 1, "sha256": digest(data), "files": paths})
+        return publish_manifest(self.server, {"version": version, "files": entries, "bundles": listed, **extra})
