@@ -1,0 +1,27 @@
+// A test with a page, and an installation behind it if it asks for one. A failure leaves a screenshot.
+import assert from "node:assert/strict";
+import { after, before, test } from "node:test";
+import { Installation } from "./installation.mjs";
+import { LauncherPage, startBrowser, stopBrowser } from "./launcher_page.mjs";
+
+before(startBrowser);
+after(stopBrowser);
+
+// options: those of LauncherPage.open, and `game`: those of Installation.create.
+export function journey(name, { game, ...pageOptions }, steps) {
+  test(name, { timeout: 60000 }, async () => {
+    const installation = game ? await Installation.create(game) : null;
+    let launcher;
+    try {
+      launcher = await LauncherPage.open(pageOptions);
+      await steps(launcher, installation);
+      assert.deepEqual(launcher.problems, []);
+    } catch (error) {
+      if (launcher) error.message += "\nscreenshot: " + await launcher.screenshot(name).catch(String);
+      throw error;
+    } finally {
+      await launcher?.close();
+      await installation?.remove();
+    }
+  });
+}

@@ -1,0 +1,130 @@
+// The launcher's page in a real browser, with a bridge in the place of the web view's host.
+import { existsSync, readFileSync } from "node:fs";
+import { mkdir } from "node:fs/promises";
+import path from "node:path";
+import { fileURLToPath } from "node:url";
+import { chromium } from "playwright-core";
+
+export const root = fileURLToPath(new URL("../../../", import.meta.url));
+export const build = path.resolve(root, process.env.PAGE_TEST_BUILD || "build/linux");
+const assets = path.resolve(root, process.env.PAGE_TEST_ASSETS || "Patcher/patcher-assets");
+const screenshots = path.join(root, "build/page-screenshots");
+const html = readFileSync(path.join(build, "Patcher/generated/page/launcher.html"), "utf8");
+const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
+const pageUrl = "https://launcher.invalid/";
+
+const browserArguments = ["--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-background-networking",
+  "--disable-component-update", "--disable-sync"];
+let browser;
+
+export async function startBrowser() {
+  browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: browserArguments });
+}
+
+export async function stopBrowser() {
+  await browser.close();
+}
+
+// In the page, before its own script runs.
+function installBridge() {
+  const listeners = [];
+  window.chrome = window.chrome || {};
+  window.chrome.webview = {
+    postMessage: (message) => window.hostReceives(message),
+    addEventListener: (type, listener) => listeners.push(listener),
+  };
+  window.hostSends = (texts) => {
+    for (const data of texts) listeners.forEach((listener) => listener({ data }));
+  };
+}
+
+export class LauncherPage {
+  // What the page asked the host for, parsed, in order.
+  requests = [];
+  // Errors of the page and requests that it must not make.
+  problems = [];
+  #waiting = [];
+  #delivery = Promise.resolve();
+
+  // onRequest: called with each request's text as the page sent it.
+  static async open({ width = 1280, height = 800, scale = 1, reducedMotion = "reduce", onRequest, timezone } = {}) {
+    const launcher = new LauncherPage();
+    launcher.onRequest = onRequest;
+    launcher.context = await browser.newContext({
+      viewport: { width, height },
+      deviceScaleFactor: scale,
+      reducedMotion,
+      locale: "fr-FR",
+      timezoneId: timezone,
+    });
+    await launcher.context.route("**/*", (route) => launcher.#answer(route));
+    await launcher.context.exposeFunction("hostReceives", (text) => launcher.#receive(text));
+    await launcher.context.addInitScript(installBridge);
+    launcher.page = await launcher.context.newPage();
+    launcher.page.setDefaultTimeout(15000);
+    launcher.page.on("pageerror", (error) => launcher.problems.push(String(error)));
+    launcher.page.on("console", (message) => {
+      if (message.type() === "error") launcher.problems.push(message.text());
+    });
+    await launcher.page.goto(pageUrl, { waitUntil: "load" });
+    return launcher;
+  }
+
+  #answer(route) {
+    const url = route.request().url();
+    if (url === pageUrl) return route.fulfill({ contentType: "text/html; charset=utf-8", body: html });
+    const asset = path.join(assets, path.basename(url));
+    if (url.startsWith(assetOrigin + "/") && existsSync(asset)) return route.fulfill({ path: asset });
+    this.problems.push("request for " + url);
+    return route.abort();
+  }
+
+  #receive(text) {
+    const request = typeof text === "string" ? JSON.parse(text) : { notAString: text };
+    this.requests.push(request);
+    this.onRequest?.(text);
+    this.#waiting = this.#waiting.filter(({ action, resolve }) => {
+      if (action === request.action) resolve(request);
+      return action !== request.action;
+    });
+  }
+
+  // The next request of that kind.
+  nextRequest(action) {
+    return new Promise((resolve) => this.#waiting.push({ action, resolve }));
+  }
+
+  // Hands texts to the page as the host does, in order.
+  sendTexts(...texts) {
+    this.#delivery = this.#delivery.then(() => this.page.evaluate((list) => window.hostSends(list), texts));
+    return this.#delivery;
+  }
+
+  send(...messages) {
+    return this.sendTexts(...messages.map((message) => JSON.stringify(message)));
+  }
+
+  text(id) {
+    return this.page.locator("#" + id).textContent();
+  }
+
+  async waitForText(id, text) {
+    await this.page.locator("#" + id, { hasText: text }).waitFor({ state: "attached" });
+  }
+
+  async open(tab) {
+    await this.page.locator(".nav-item", { hasText: tab }).click();
+  }
+
+  async screenshot(name, directory = screenshots) {
+    await mkdir(directory, { recursive: true });
+    const file = path.join(directory, name.replace(/[^\w.-]+/g, "-") + ".png");
+    await this.page.screenshot({ path: file });
+    return file;
+  }
+
+  async close() {
+    await this.#delivery.catch(() => {});
+    await this.context.close();
+  }
+}
