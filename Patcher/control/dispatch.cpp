@@ -20,6 +20,20 @@ std::unique_ptr<Payload> TakePayload(const UiEvent& event) {
   return std::unique_ptr<Payload>(reinterpret_cast<Payload*>(event.lParam));
 }
 
+/// The window as a long operation sees it: its `ready` announces that the guard is about to be free.
+class OperationWindow final : public HostWindow {
+ public:
+  OperationWindow(HostWindow& window, OperationLease& lease) : window_(window), lease_(lease) {}
+  void PostEvent(const UiEvent& event) noexcept override {
+    if (static_cast<UiEventKind>(event.number) == UiEventKind::UiReady) lease_.MarkEnding();
+    window_.PostEvent(event);
+  }
+
+ private:
+  HostWindow& window_;
+  OperationLease& lease_;
+};
+
 }  // namespace
 
 struct Dispatcher::Action {
@@ -116,8 +130,10 @@ void Dispatcher::StartCheckWorker(bool repair) {
   }
   auto lease = std::make_shared<OperationLease>(guard_);
   try {
-    host_.StartThread(
-        [this, repair, lease = std::move(lease)] { operations_.runCheckOperation(host_, repair); });
+    host_.StartThread([this, repair, lease = std::move(lease)] {
+      OperationWindow window(host_, *lease);
+      operations_.runCheckOperation(window, repair);
+    });
   } catch (const std::system_error&) {
     PostNarrowJson(host_, BuildCheckErrorMessage(repair ? "repair" : "verify", "serveur injoignable"));
     PostReady(host_, operations_.clientExists && operations_.clientExists());
@@ -128,7 +144,10 @@ void Dispatcher::StartUpdateWorker() {
   if (!operations_.runUpdate || !guard_.TryTake()) return;
   auto lease = std::make_shared<OperationLease>(guard_);
   try {
-    host_.StartThread([this, lease = std::move(lease)] { operations_.runUpdate(host_); });
+    host_.StartThread([this, lease = std::move(lease)] {
+      OperationWindow window(host_, *lease);
+      operations_.runUpdate(window);
+    });
   } catch (const std::system_error&) {
     PostStatus(host_, kThreadFailure);
     PostReady(host_, operations_.clientExists && operations_.clientExists());

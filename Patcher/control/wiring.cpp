@@ -1,5 +1,7 @@
 #include "control/wiring.h"
 
+#include "integrity/check.h"
+#include "integrity/cleanup.h"
 #include "update/bundle_install.h"
 #include "update/update_run.h"
 
@@ -12,7 +14,7 @@ const UpdateStages& Stages() {
   static const auto* stages = new UpdateStages{
       .selfUpdate = {},
       .installBundle = BundleWorker,
-      .cleanUp = {},
+      .cleanUp = CleanUp,
       .clientExists = ClientExists,
   };
   return *stages;
@@ -23,6 +25,9 @@ const UpdateStages& Stages() {
 OperationTable LauncherOperations(const ErrorBox& showErrorBox) {
   OperationTable table;
   table.runUpdate = [](HostWindow& window) { RunUpdate(window, Stages()); };
+  table.runCheckOperation = [](HostWindow& window, bool repair) {
+    RunCheckOperation(window, repair, Stages());
+  };
   table.launchClient = [showErrorBox] { LaunchClient(showErrorBox); };
   table.clientExists = ClientExists;
   return table;

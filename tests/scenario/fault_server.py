@@ -16,6 +16,7 @@ class FaultServer:
       ("reset",)           the connection ends without an answer
       ("cut", n)           the connection ends behind n bytes of the body
       ("silent", n)        nothing more comes behind n bytes of the body; n None: not even a head
+      ("hold", event)      the answer waits until the event is set
       ("chunked",)         the body in chunks
       ("chunked-cut", n)   n bytes in chunks, then the connection ends
       ("redirect", url)    302
@@ -80,6 +81,8 @@ class FaultServer:
         fault = self._next_fault(path)
         body = self.content.get(path)
         kind, *rest = fault if isinstance(fault, tuple) else (None,)
+        if kind == "hold":
+            rest[0].wait()
         if kind == "redirect":
             return self._send(peer, 302, b"see", f"Location: {rest[0]}\r\n".encode())
         if kind == "reset":

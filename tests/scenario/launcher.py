@@ -1,10 +1,12 @@
 """Drives one launcher in an installation of its own, natively or, if it is a Windows program, under Wine."""
+import contextlib
 import json
 import os
 import pathlib
 import shutil
 import subprocess
 import tempfile
+import threading
 
 PROGRAM = None  # set by run.py
 LIMIT = 300  # seconds; generous, since sanitized builds are slow
@@ -76,6 +78,51 @@ class Installation:
     def log(self):
         path = self.directory / "patcher_debug.txt"
         return path.read_text(encoding="utf-8").splitlines() if path.exists() else []
+
+
+class Session:
+    """A launcher that stays: requests are asked one by one. Its start-up run is over unless `wait` says otherwise."""
+
+    def __init__(self, place, wait=True):
+        self.process = place.start()
+        self.watchdog = threading.Timer(LIMIT, self.process.kill)
+        self.watchdog.start()
+        if wait:
+            self.start = self.until("ready")
+
+    def send(self, *requests):
+        for request in requests:
+            line = request if isinstance(request, bytes) else json.dumps({"action": request}).encode()
+            self.process.stdin.write(line + b"\n")
+        self.process.stdin.flush()
+
+    def until(self, kind):
+        """The messages up to the first of this kind."""
+        messages = []
+        while not messages or messages[-1]["type"] != kind:
+            line = self.process.stdout.readline()
+            if not line:
+                raise AssertionError(f"ended with {self.process.wait()} before '{kind}': {messages[-5:]}")
+            messages.append(json.loads(line))
+        return messages
+
+    def ask(self, request):
+        self.send(request)
+        return self.until("ready")
+
+    def kill(self):
+        self.watchdog.cancel()
+        self.process.kill()
+        self.process.wait()
+        for stream in (self.process.stdin, self.process.stdout, self.process.stderr):
+            with contextlib.suppress(OSError):
+                stream.close()
+
+    def end(self):
+        """Exit code, rest of the output, standard error."""
+        out, err = self.process.communicate()
+        self.watchdog.cancel()
+        return self.process.returncode, out, err
 
 
 def told(messages):

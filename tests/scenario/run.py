@@ -13,13 +13,15 @@ import unittest
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import launcher  # noqa: E402
 import test_archives  # noqa: E402
+import test_check  # noqa: E402
 import test_disk  # noqa: E402
 import test_kills  # noqa: E402
+import test_requests  # noqa: E402
 import test_server  # noqa: E402
 import test_update  # noqa: E402
 import test_windows  # noqa: E402
 
-NATIVE = (test_update, test_server, test_archives, test_disk, test_kills)
+NATIVE = (test_update, test_server, test_archives, test_disk, test_check, test_requests, test_kills)
 PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
 
 
@@ -38,6 +40,7 @@ def main():
     options = parser.parse_args()
     launcher.PROGRAM = pathlib.Path(options.launcher).resolve()
     test_kills.SEED, test_kills.KILLS = options.seed, options.kills
+    test_requests.SEED = options.seed
     modules = NATIVE
     if launcher.is_windows():
         os.environ.setdefault("WINEPREFIX", str(PREFIX))

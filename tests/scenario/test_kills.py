@@ -7,7 +7,7 @@ import unittest
 
 from fault_server import FaultServer
 from game import Game, digest
-from launcher import Installation
+from launcher import Installation, Session
 
 SEED = 0
 KILLS = 0
@@ -74,6 +74,52 @@ class KillTest(unittest.TestCase):
                 total += self.converge(seed, archives=seed % 2 * 3)
             seed += 1
         print(f"killed {total} times, seeds {SEED} to {seed - 1}")
+
+    def test_deaths_during_a_repair(self):
+        """Whatever moment it dies at, the next verification and repair make it whole, and nothing else is fetched."""
+        for seed in range(SEED, SEED + max(KILLS // 8, 3)):
+            with self.subTest(seed=seed):
+                self.repair_after_death(seed)
+
+    def repair_after_death(self, seed):
+        rng = random.Random(seed)
+        server = FaultServer()
+        self.addCleanup(server.close)
+        game = Game(seed, 60, archives=seed % 2 * 3)
+        game.publish(server)
+        place = Installation(server)
+        self.addCleanup(place.remove)
+        place.run()
+        damaged = rng.sample(sorted(game.files), 20)
+        for name in damaged:
+            if rng.random() < 0.3:
+                (place.directory / name).unlink()
+            else:
+                (place.directory / name).write_bytes(rng.randbytes(rng.choice([0, len(game.files[name])]) or 1))
+        mine = {"ostu.ini": b"mine", "Capture/shot.jpg": b"mine"}
+        (place.directory / "Capture").mkdir()
+        for name, data in mine.items():
+            (place.directory / name).write_bytes(data)
+        server.requests.clear()
+
+        session = Session(place)
+        if rng.random() < 0.5:
+            session.ask("verify")
+        session.send("repair")
+        for _ in range(rng.randint(0, 60)):
+            if b'"ready"' in session.process.stdout.readline():
+                break
+        session.kill()
+        session = Session(place)
+        session.ask("verify")
+        session.ask("repair")
+        found = next(m for m in session.ask("verify") if m["type"] == "check")
+        session.end()
+        self.assertEqual((found["ok"], found["total"]), (61, 61))
+        self.assertEqual(place.files(), {**game.files, **mine})
+        wanted = {"/patch/files/" + digest(game.files[name]) for name in damaged}
+        asked = {path for path in server.requests if "/files/" in path}
+        self.assertLessEqual(asked, wanted)
 
     def test_a_server_that_goes_back_is_believed(self):
         """A version that was cut short and then withdrawn must not leave its files behind as those of the old one."""

@@ -1,6 +1,8 @@
 #include "control/dispatch.h"
 
+#include <atomic>
 #include <future>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -77,6 +79,26 @@ TEST_F(DispatchTest, OneLongOperationAtATime) {
     host.JoinWorkers();
   }
   EXPECT_EQ(checks, (std::vector<std::string>{"verify", "repair"}));
+}
+
+TEST_F(DispatchTest, ARequestRightBehindReadyIsAdmitted) {
+  std::atomic<bool> asked{false};
+  OperationTable table;
+  table.runCheckOperation = [&](HostWindow& window, bool) {
+    PostReady(window, true);
+    while (!asked) std::this_thread::yield();
+    for (int i = 0; i < 1000; ++i) std::this_thread::yield();  // an operation that takes its time to end
+  };
+  RecordingHost quick;
+  Dispatcher busy(quick, table);
+  busy.DispatchPageMessage(u"{\"action\":\"verify\"}");
+  std::vector<UiEvent> events;
+  while (events.empty()) events = quick.TakeEvents();
+  asked = true;
+  busy.DispatchPageMessage(u"{\"action\":\"repair\"}");
+  quick.JoinWorkers();
+  for (const UiEvent& event : quick.TakeEvents()) busy.HandleUiEvent(event);
+  EXPECT_EQ(quick.sent, Texts{u"{\"type\":\"ready\",\"canPlay\":true}"}) << "not refused";
 }
 
 TEST_F(DispatchTest, AWorkerThatCannotStartLeavesTheGuardFree) {

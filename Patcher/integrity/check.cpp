@@ -1,0 +1,130 @@
+#include "integrity/check.h"
+
+#include <exception>
+#include <string>
+
+#include "control/page_messages.h"
+#include "control/ui_event.h"
+#include "integrity/damaged_files.h"
+#include "integrity/retained_check.h"
+#include "integrity/verify_files.h"
+#include "transport/config.h"
+#include "transport/http_session.h"
+#include "update/manifest_paths.h"
+#include "update/patch_manifest.h"
+
+namespace patcher {
+namespace {
+
+constexpr char kUnreachable[] = "serveur injoignable";
+constexpr char kUnreadable[] = "manifeste illisible";
+
+class CheckOperation {
+ public:
+  CheckOperation(HostWindow& window, bool repair, const UpdateStages& stages)
+      : window_(window), repair_(repair), stages_(stages) {}
+  ~CheckOperation() { session_.Close(); }
+  CheckOperation(const CheckOperation&) = delete;
+  CheckOperation& operator=(const CheckOperation&) = delete;
+
+  /// Whether the caller has to post `ready`.
+  bool Run() {
+    Status(repair_ ? "Reparation : connexion au serveur de patch..."
+                   : "Verification : connexion au serveur de patch...");
+    PatchManifest manifest;
+    if (!FetchManifest(manifest)) return true;
+    PostServer(window_, true);
+    const CheckResult result = Examine(manifest);
+    TellSummary(result);
+    PostNarrowJson(window_, BuildCheckMessage(Mode(), result));
+    reported_ = true;
+    if (!repair_) return true;
+    if (result.samples.empty()) {
+      Status("Rien a reparer.");
+      return true;
+    }
+    DiscardDamagedFiles(result.samples);
+    RetainedCheck::Current().UseUp();
+    Status("Retelechargement de " + std::to_string(result.samples.size()) + " fichier(s)...");
+    RunUpdate(window_, stages_);
+    return false;
+  }
+
+  /// Takes the page out of its busy state when the operation could not go on.
+  void TellUnexpectedFailure() {
+    Status(repair_ ? "La reparation a rencontre une erreur inattendue."
+                   : "La verification a rencontre une erreur inattendue.");
+    if (!reported_) PostNarrowJson(window_, BuildCheckErrorMessage(Mode(), kUnreadable));
+  }
+
+ private:
+  const char* Mode() const { return repair_ ? "repair" : "verify"; }
+
+  void Status(const std::string& text) { PostStatus(window_, text); }
+
+  void TellFailure(const std::string& status, const char* error) {
+    Status(status);
+    PostServer(window_, false);
+    PostNarrowJson(window_, BuildCheckErrorMessage(Mode(), error));
+    reported_ = true;
+  }
+
+  bool FetchManifest(PatchManifest& manifest) {
+    std::string error;
+    if (!session_.Connect(PatchConfig::Current().baseUrl, error)) {
+      TellFailure(error, kUnreachable);
+      return false;
+    }
+    std::string text;
+    if (!session_.GetToString("/patch/version.json", text) || !ParsePatchManifest(text, manifest, error) ||
+        !AllPathsStayInside(manifest)) {
+      TellFailure("Impossible de lire le manifeste de patch.", kUnreadable);
+      return false;
+    }
+    return true;
+  }
+
+  CheckResult Examine(const PatchManifest& manifest) {
+    CheckResult result;
+    RetainedCheck& retained = RetainedCheck::Current();
+    if (repair_ && retained.Recall(manifest, result)) {
+      Status("Reprise du resultat de la verification (" + std::to_string(result.samples.size()) +
+             " fichier(s)).");
+      return result;
+    }
+    Status("Verification de " + std::to_string(manifest.files.size()) + " fichiers...");
+    VerifyFiles(window_, manifest, result);
+    retained.Store(result, manifest.version);
+    return result;
+  }
+
+  void TellSummary(const CheckResult& result) {
+    std::string text = std::to_string(result.ok) + " fichier(s) corrects";
+    if (result.missing != 0) text += ", " + std::to_string(result.missing) + " manquant(s)";
+    if (result.corrupt != 0) text += ", " + std::to_string(result.corrupt) + " abime(s)";
+    Status(text + ".");
+  }
+
+  HostWindow& window_;
+  const bool repair_;
+  const UpdateStages& stages_;
+  HttpSession session_;
+  bool reported_ = false;  // the page has had its `check`
+};
+
+}  // namespace
+
+void RunCheckOperation(HostWindow& window, bool repair, const UpdateStages& stages) {
+  {
+    CheckOperation operation(window, repair, stages);
+    try {
+      if (!operation.Run()) return;
+    } catch (const std::exception&) {
+      operation.TellUnexpectedFailure();
+    }
+    // The session is closed when the page hears `ready`.
+  }
+  PostReady(window, stages.clientExists && stages.clientExists());
+}
+
+}  // namespace patcher

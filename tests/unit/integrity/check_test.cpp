@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+
+#include "integrity/damaged_files.h"
+#include "integrity/retained_check.h"
+#include "integrity/verify_files.h"
+#include "support/directory_link.h"
+#include "support/recording_host.h"
+#include "support/scratch_directory.h"
+#include "update/local_manifest.h"
+
+namespace patcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(RetainedCheckTest, ServesOneRepairOfTheSameVersion) {
+  RetainedCheck retained;
+  PatchManifest manifest;
+  manifest.version = 4;
+  manifest.files = {{"a", 10, "", ""}, {"b", 20, "", ""}, {"a", 99, "", ""}};
+  CheckResult recalled;
+  EXPECT_FALSE(retained.Recall(manifest, recalled));
+
+  retained.Store({9, 6, 2, 1, 777, {"a", "b", "gone"}}, 4);
+  ASSERT_TRUE(retained.Recall(manifest, recalled));
+  EXPECT_EQ(recalled.samples, (std::vector<std::string>{"a", "b", "gone"}));
+  EXPECT_EQ(recalled.total, 3);
+  EXPECT_EQ(recalled.ok, 0);
+  EXPECT_EQ(recalled.missing, 2);
+  EXPECT_EQ(recalled.corrupt, 1);
+  EXPECT_EQ(recalled.bytes, 30u) << "the first entry of a path, of the present manifest";
+  manifest.version = 5;
+  EXPECT_FALSE(retained.Recall(manifest, recalled));
+  manifest.version = 4;
+  retained.UseUp();
+  EXPECT_FALSE(retained.Recall(manifest, recalled));
+  retained.Store({}, 4);
+  EXPECT_TRUE(retained.Recall(manifest, recalled)) << "a pass that found nothing is held too";
+}
+
+TEST(VerifyFilesTest, EveryFileGetsOneVerdict) {
+  const ScratchDirectory game;
+  RecordingHost host;
+  const std::string digest = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+  for (const char* name : {"good", "short", "changed", "capitals"}) WriteWhole(game / name, "abc");
+  WriteWhole(game / "short", "ab");
+  WriteWhole(game / "changed", "abd");
+  fs::create_directory(game / "folder");
+  PatchManifest manifest;
+  for (const char* name :
+       {"short", "good", "folder", "capitals", "changed", "absent", "good/below", "\xff"}) {
+    manifest.files.push_back({name, 3, digest, ""});
+  }
+  manifest.files[3].sha256[0] = 'B';
+  CheckResult result;
+  VerifyFiles(host, manifest, result);
+  EXPECT_EQ(result.total, 8);
+  EXPECT_EQ(result.ok, 1);
+  EXPECT_EQ(result.missing, 3);
+  EXPECT_EQ(result.corrupt, 4);
+  EXPECT_EQ(result.bytes, 21u);
+  EXPECT_EQ(result.samples, (std::vector<std::string>{"absent", "capitals", "changed", "folder", "good/below",
+                                                      "short", "\xff"}));
+  VerifyFiles(host, PatchManifest(), result);
+  EXPECT_EQ(result.total, 0);
+  EXPECT_TRUE(result.samples.empty());
+}
+
+TEST(DamagedFilesTest, OnlyListedFilesOfTheInstallationGo) {
+  const ScratchDirectory scratch;
+  const fs::path root = scratch / "";
+  fs::create_directories(root / "game" / "folder");
+  fs::create_directory(root / "game" / "empty");
+  fs::create_directory(root / "game" / "real");
+  SetExePath(root / "game" / "Patcher");
+  for (const char* name :
+       {"victim", "game/Patcher", "game/a", "game/kept", "game/folder/mine", "game/real/b"}) {
+    WriteWhole(root / name, "x");
+  }
+  ASSERT_TRUE(LinkToDirectoryBeside(root / "game" / "link", root / "game" / "real"));
+  const std::vector<std::string> listed{"../victim",
+                                        "Patcher",
+                                        "a",
+                                        "empty",
+                                        "folder",
+                                        "link/b",
+                                        "",
+                                        ".",
+                                        "folder/../../victim",
+                                        "absent/x",
+                                        (root / "victim").string()};
+  LocalState state{{"kept", "1"}};
+  for (const std::string& path : listed) state[path] = "2";
+  SaveLocalManifest(root / "game" / "patch_manifest.json", state, 7);
+
+  DiscardDamagedFiles(listed);
+  for (const char* name :
+       {"victim", "game/Patcher", "game/kept", "game/folder/mine", "game/real/b", "game/link"}) {
+    EXPECT_TRUE(fs::exists(root / name)) << name;
+  }
+  EXPECT_FALSE(fs::exists(root / "game" / "a"));
+  EXPECT_FALSE(fs::exists(root / "game" / "empty"));
+  std::int32_t version = 0;
+  EXPECT_EQ(LoadLocalManifest(root / "game" / "patch_manifest.json", &version), (LocalState{{"kept", "1"}}));
+  EXPECT_EQ(version, 7);
+}
+
+}  // namespace
+}  // namespace patcher
