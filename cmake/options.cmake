@@ -4,7 +4,7 @@ target_compile_features(project_options INTERFACE cxx_std_20)
 target_compile_options(project_options INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion;-Wnon-virtual-dtor;-Woverloaded-virtual;-Werror>
   # g++ 12 sees overlapping copies in its own std::string at -O3.
-  $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+  $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 
 set(PATCHER_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize=LIST; empty for none")
 if(PATCHER_SANITIZE)

@@ -2,6 +2,7 @@
 
 #include "integrity/check.h"
 #include "integrity/cleanup.h"
+#include "options/options_exchange.h"
 #include "update/bundle_install.h"
 #include "update/update_run.h"
 
@@ -28,6 +29,8 @@ OperationTable LauncherOperations(const ErrorBox& showErrorBox) {
   table.runCheckOperation = [](HostWindow& window, bool repair) {
     RunCheckOperation(window, repair, Stages());
   };
+  table.buildOptionsMessage = BuildOptionsMessage;
+  table.saveOptions = SaveOptions;
   table.launchClient = [showErrorBox] { LaunchClient(showErrorBox); };
   table.clientExists = ClientExists;
   return table;

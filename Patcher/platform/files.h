@@ -24,4 +24,8 @@ int MoveReplacing(const std::filesystem::path& source, const std::filesystem::pa
 /// Brings a file's content to the disk itself. Returns 0, or the system's error number.
 int FlushToDisk(const std::filesystem::path& file);
 
+/// The file that an opening of `file` reaches: at the end of its symbolic links, if it is one. `file` itself
+/// if it is none, or leads nowhere.
+std::filesystem::path ResolveLinks(const std::filesystem::path& file);
+
 }  // namespace platform

@@ -87,5 +87,20 @@ TEST(FilesContract, FlushNeedsAFile) {
   EXPECT_NE(FlushToDisk(directory / "missing"), 0);
 }
 
+TEST(FilesContract, LinksAreFollowedToTheirEnd) {
+  const ScratchDirectory directory;
+  const fs::path file = directory / "file";
+  WriteWhole(file, "content");
+  EXPECT_TRUE(fs::equivalent(ResolveLinks(file), file));
+  EXPECT_EQ(ResolveLinks(directory / "missing"), directory / "missing");
+  std::error_code error;
+  fs::create_symlink("file", directory / "link", error);
+  if (error) return;  // the library makes none on Windows
+  fs::create_symlink("link", directory / "link to link");
+  fs::create_symlink("missing", directory / "dangling");
+  EXPECT_EQ(ResolveLinks(directory / "link to link").filename(), "file");
+  EXPECT_EQ(ResolveLinks(directory / "dangling"), directory / "dangling");
+}
+
 }  // namespace
 }  // namespace platform

@@ -16,12 +16,14 @@ import test_archives  # noqa: E402
 import test_check  # noqa: E402
 import test_disk  # noqa: E402
 import test_kills  # noqa: E402
+import test_options  # noqa: E402
 import test_requests  # noqa: E402
 import test_server  # noqa: E402
 import test_update  # noqa: E402
 import test_windows  # noqa: E402
 
-NATIVE = (test_update, test_server, test_archives, test_disk, test_check, test_requests, test_kills)
+NATIVE = (test_update, test_server, test_archives, test_disk, test_options, test_check, test_requests,
+          test_kills)
 PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
 
 

@@ -1,6 +1,8 @@
 #include "readable_message.h"
 
 #include <cstdint>
+#include <locale>
+#include <sstream>
 
 #include "minijson/minijson.h"
 
@@ -41,6 +43,45 @@ std::string Check(const Value& message) {
   return line;
 }
 
+/// Six significant digits, without trailing zeros, as the settings file has them.
+std::string Decimal(double number) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << number;
+  return text.str();
+}
+
+/// The rendering settings that are not at their default.
+std::string ChangedTuning(const Value& message, const Value& values) {
+  std::string line;
+  const Value* tune = message.Find("tune");
+  if (tune == nullptr) return line;
+  for (const Value& row : tune->arrayItems) {
+    const Value* value = values.Find(Text(row, "id"));
+    const Value* usual = row.Find("def");
+    if (value == nullptr || usual == nullptr || value->numberValue == usual->numberValue) continue;
+    line +=
+        ' ' + Text(row, "id") + '=' + Decimal(value->numberValue) + " (" + Decimal(usual->numberValue) + ')';
+  }
+  return line;
+}
+
+/// Basic settings come in front of the rendering ones; the latter are told only where they differ from the
+/// default.
+std::string Options(const Value& message) {
+  std::string line = Flag(message, "iniExists") ? "settings of ostu.ini:" : "settings (no ostu.ini yet):";
+  const Value* values = message.Find("values");
+  if (values == nullptr) return line;
+  const Value* tune = message.Find("tune");
+  const std::size_t tuned = tune != nullptr ? tune->arrayItems.size() : 0;
+  for (std::size_t i = 0; i + tuned < values->objectMembers.size(); ++i) {
+    const auto& [id, value] = values->objectMembers[i];
+    line += (i % 6 == 0 ? "\n  " : " ") + id + '=' + Decimal(value.numberValue);
+  }
+  const std::string changed = ChangedTuning(message, *values);
+  return line + "\n  rendering:" + (changed.empty() ? " all at their defaults" : changed);
+}
+
 }  // namespace
 
 std::string ReadableMessage(const std::string& json) {
@@ -53,6 +94,8 @@ std::string ReadableMessage(const std::string& json) {
   if (type == "server") return Flag(message, "online") ? "server online" : "server offline";
   if (type == "ready") return Flag(message, "canPlay") ? "ready to play" : "cannot play";
   if (type == "check") return Check(message);
+  if (type == "options") return Options(message);
+  if (type == "optionsSaved") return Flag(message, "ok") ? "settings saved" : "settings could not be saved";
   return json;
 }
 

@@ -67,4 +67,10 @@ int FlushToDisk(const fs::path& file) {
   return 0;
 }
 
+fs::path ResolveLinks(const fs::path& file) {
+  std::error_code error;
+  fs::path target = fs::canonical(file, error);
+  return error ? file : target;
+}
+
 }  // namespace platform

@@ -32,4 +32,17 @@ int FlushToDisk(const std::filesystem::path& file) {
   return LastErrorUnless(opened.IsOpen() && FlushFileBuffers(opened.Get()));
 }
 
+std::filesystem::path ResolveLinks(const std::filesystem::path& file) {
+  const DWORD attributes = GetFileAttributesW(file.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return file;
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const OwnedHandle opened(CreateFileW(file.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!opened.IsOpen()) return file;
+  std::wstring name(GetFinalPathNameByHandleW(opened.Get(), nullptr, 0, 0), L'\0');
+  const DWORD size = GetFinalPathNameByHandleW(opened.Get(), name.data(), static_cast<DWORD>(name.size()), 0);
+  if (size == 0 || size >= name.size()) return file;
+  name.resize(size);
+  return name;
+}
+
 }  // namespace platform

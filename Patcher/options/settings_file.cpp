@@ -1,0 +1,178 @@
+#include "options/settings_file.h"
+
+#include <charconv>
+#include <cmath>
+#include <fstream>
+#include <optional>
+#include <random>
+#include <system_error>
+
+#include "platform/files.h"
+
+namespace patcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kBlanks[] = " \t";
+constexpr char kWhiteSpace[] = " \t\n\v\f\r";  // what C's isspace says in the classic locale
+
+std::string_view Key(std::string_view line) {
+  const std::size_t begin = line.find_first_not_of(kBlanks);
+  if (begin == std::string_view::npos) return {};
+  return line.substr(begin, line.find_first_of(kBlanks, begin) - begin);
+}
+
+/// The line's text behind its key, without the blanks around it.
+std::string_view ValueBehind(std::string_view line, std::string_view key) {
+  line.remove_prefix(static_cast<std::size_t>(key.data() + key.size() - line.data()));
+  line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+  return line.substr(0, line.find_last_not_of(kBlanks) + 1);
+}
+
+/// Passes over what stands in front of a number in C and that from_chars does not know: white space and a
+/// plus sign. False if no number can follow.
+bool SkipLead(std::string_view& text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+  if (!text.starts_with('+')) return true;
+  text.remove_prefix(1);
+  return !text.starts_with('-');
+}
+
+/// Takes a decimal integer off the front of `text`.
+std::optional<std::int32_t> TakeInteger(std::string_view& text) {
+  if (!SkipLead(text)) return std::nullopt;
+  std::int32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc()) return std::nullopt;
+  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  return number;
+}
+
+std::optional<float> TakeFloat(std::string_view text, std::chars_format format) {
+  float number = 0;
+  const std::errc error = std::from_chars(text.data(), text.data() + text.size(), number, format).ec;
+  if (error != std::errc() || !std::isfinite(number) || std::fpclassify(number) == FP_SUBNORMAL)
+    return std::nullopt;
+  return number;
+}
+
+bool BeginsHexadecimal(std::string_view digits) {
+  return digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') && digits[2] != '-';
+}
+
+/// As strtof: "0x" begins a hexadecimal number.
+std::optional<float> LeadingFloat(std::string_view text) {
+  if (!SkipLead(text)) return std::nullopt;
+  const bool negative = text.starts_with('-');
+  const std::string_view digits = text.substr(negative ? 1 : 0);
+  if (BeginsHexadecimal(digits)) {
+    if (const auto number = TakeFloat(digits.substr(2), std::chars_format::hex)) {
+      return negative ? -*number : *number;
+    }
+  }
+  return TakeFloat(text, std::chars_format::general);
+}
+
+/// A name of its own for each writer, so that two launchers never write into one file.
+fs::path NameBeside(const fs::path& file) {
+  fs::path beside = file;
+  beside += "." + std::to_string(std::random_device()()) + ".part";
+  return beside;
+}
+
+bool WriteLines(const fs::path& file, const std::vector<std::string>& lines) {
+  std::ofstream out(file, std::ios::binary);
+  for (const std::string& line : lines) out << line << "\r\n";
+  out.close();
+  return !out.fail();
+}
+
+/// Whether replacing the file harms nothing. A move would replace what an opening for writing is refused.
+bool MayBeReplaced(const fs::path& file, bool loaded) {
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(file, error);
+  if (status.type() == fs::file_type::not_found) return true;
+  constexpr fs::perms kAnyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+  return loaded && (status.permissions() & kAnyWrite) != fs::perms::none &&
+         platform::ProbeExclusiveWrite(file) == platform::ExclusiveWrite::kPossible;
+}
+
+void TakeOverPermissions(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  const fs::file_status status = fs::status(from, error);
+  if (fs::exists(status)) fs::permissions(to, status.permissions(), error);
+}
+
+}  // namespace
+
+void SettingsFile::Load(const fs::path& path) {
+  lines.clear();
+  loaded = false;
+  std::error_code error;
+  if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > kMaxSettingsSize || error) return;
+  std::ifstream in(path, std::ios::binary);
+  std::string line;
+  while (std::getline(in, line)) {
+    line.erase(line.find_last_not_of("\r\n") + 1);
+    lines.push_back(line);
+  }
+  loaded = in.is_open() && in.eof() && !in.bad();
+  if (!loaded) lines.clear();
+}
+
+std::string SettingsFile::GetString(std::string_view key) const {
+  for (const std::string& line : lines) {
+    const std::string_view found = Key(line);
+    if (!found.empty() && found == key) return std::string(ValueBehind(line, found));
+  }
+  return {};
+}
+
+std::int32_t SettingsFile::GetInt(std::string_view key, std::int32_t fallback) const {
+  const std::string value = GetString(key);
+  std::string_view rest = value;
+  return TakeInteger(rest).value_or(fallback);
+}
+
+float SettingsFile::GetFloat(std::string_view key, float fallback) const {
+  return LeadingFloat(GetString(key)).value_or(fallback);
+}
+
+bool SettingsFile::GetIntPair(std::string_view key, std::int32_t& first, std::int32_t& second) const {
+  const std::string value = GetString(key);
+  std::string_view rest = value;
+  const std::optional<std::int32_t> one = TakeInteger(rest);
+  const std::optional<std::int32_t> two = one ? TakeInteger(rest) : std::nullopt;
+  if (!two) return false;
+  first = *one;
+  second = *two;
+  return true;
+}
+
+void SettingsFile::Set(std::string_view key, std::string_view value) {
+  std::string text = std::string(key) + ' ' + std::string(value);
+  for (std::string& line : lines) {
+    const std::string_view found = Key(line);
+    if (found.empty() || found != key) continue;
+    line = std::move(text);
+    return;
+  }
+  lines.push_back(std::move(text));
+}
+
+bool SettingsFile::Write(const fs::path& path) const {
+  const fs::path file = platform::ResolveLinks(path);
+  if (!MayBeReplaced(file, loaded)) return false;
+  const fs::path beside = NameBeside(file);
+  bool done = WriteLines(beside, lines);
+  if (done) {
+    TakeOverPermissions(file, beside);
+    done = platform::FlushToDisk(beside) == 0 && platform::MoveReplacing(beside, file, false) == 0;
+  }
+  std::error_code ignored;
+  if (!done) fs::remove(beside, ignored);
+  return done;
+}
+
+}  // namespace patcher

@@ -1,0 +1,77 @@
+"""The game's settings, as the page would read and write them."""
+import json
+import resource
+import signal
+import subprocess
+
+import launcher
+from scenario import ScenarioTest
+
+FOREIGN = b"; mine\n\nKey = value\r\nfpslimit\t 90  \nfpslimit 30\n\xff\x00\x1a bytes\nlast"
+KEPT = b"; mine\r\n\r\nKey = value\r\nfpslimit 90\r\nfpslimit 30\r\n\xff\x00\x1a bytes\r\nlast\r\n"
+
+
+def request(action, **members):
+    return json.dumps({"action": action, **members}).encode() + b"\n"
+
+
+class OptionsTest(ScenarioTest):
+    def setUp(self):
+        super().setUp()
+        self.settings = self.place.directory / "ostu.ini"
+
+    def answers(self, *requests):
+        """What the page is told about options, without the push at the start."""
+        messages = [m for m in self.place.run(b"".join(requests)) if m["type"] in ("options", "optionsSaved")]
+        self.assertEqual(messages[0]["type"], "options")
+        return messages[1:]
+
+    def test_the_page_sends_back_what_it_was_shown(self):
+        self.settings.write_bytes(FOREIGN)
+        shown = self.answers(request("getOptions"))[0]
+        self.assertTrue(shown["iniExists"])
+        self.assertEqual(shown["values"]["fpsLimit"], 90)
+        self.assertEqual(len(shown["tune"]), 61)
+        self.assertIn([shown["values"]["resWidth"], shown["values"]["resHeight"]], shown["resolutions"])
+        self.assertIn("0.0001", [repr(row["step"]) for row in shown["tune"]])
+        changed = {**shown["values"], "shadowbias": 0.0021, "spellSfx": 0}
+        saved, again = self.answers(request("saveOptions", values=changed))
+        self.assertEqual(saved, {"type": "optionsSaved", "ok": True})
+        self.assertEqual(again["values"], changed)
+        text = self.settings.read_bytes()
+        self.assertTrue(text.startswith(KEPT), text)
+        self.assertIn(b"\r\nSFXRenderOff 1\r\n", text)
+        self.assertIn(b"\r\nshadowbias 0.0021\r\n", text)
+        self.assertEqual(text.count(b"\r\n"), KEPT.count(b"\r\n") + 79)
+
+    def test_a_first_save_creates_the_file(self):
+        shown = self.answers(request("getOptions"))[0]
+        self.assertFalse(shown["iniExists"])
+        saved, again = self.answers(request("saveOptions", values=shown["values"]))
+        self.assertTrue(saved["ok"] and again["iniExists"])
+        self.assertEqual(self.settings.read_bytes().count(b"\r\n"), 80)
+
+    def test_refused_saves_leave_everything_as_it_was(self):
+        refused = [{"type": "optionsSaved", "ok": False}]
+        self.assertEqual(self.answers(request("saveOptions")), refused)
+        self.settings.write_bytes(FOREIGN)
+        self.settings.chmod(0o444)
+        self.assertEqual(self.answers(request("saveOptions", values={"vsync": 1})), refused)
+        self.assertEqual(self.settings.read_bytes(), FOREIGN)
+        self.settings.unlink()
+        self.settings.mkdir()
+        self.assertEqual(self.answers(request("saveOptions", values={"vsync": 1})), refused)
+        self.assertEqual(set(self.place.files()), set())
+
+    def test_a_disk_that_fills_up_during_a_save(self):
+        """No file of the launcher may grow above 16 KiB."""
+        def fill_disk():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (16384, 16384))
+
+        foreign = b"mine 1\n" * 4000
+        self.settings.write_bytes(foreign)
+        done = subprocess.run(self.place.command(), input=request("saveOptions", values={"vsync": 1}),
+                              capture_output=True, timeout=launcher.LIMIT, check=True, preexec_fn=fill_disk)
+        self.assertIn(b'{"type":"optionsSaved","ok":false}', done.stdout.splitlines())
+        self.assertEqual(self.place.files(), {"ostu.ini": foreign})

@@ -1,0 +1,244 @@
+#include <clocale>
+#include <set>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "integrity/sha256.h"
+#include "options/option_table.h"
+#include "options/options_exchange.h"
+#include "options/render_tuning.h"
+#include "options/resolutions.h"
+#include "platform/text.h"
+#include "support/scratch_directory.h"
+
+namespace patcher {
+namespace {
+
+using platform::ScreenSize;
+
+MiniJson::Value Json(const std::string& text) {
+  std::size_t position = 0;
+  return MiniJson::Parse(text, position);
+}
+
+TEST(TuningTableTest, IsTheOneThatWasAgreedOn) {
+  std::string text;
+  std::set<std::string> keys;
+  for (const OptionDef& row : GameOptions::kDefs) EXPECT_TRUE(keys.insert(row.iniKey).second);
+  for (const TuneDef& row : DX11TuneKeys) {
+    EXPECT_TRUE(keys.insert(row.key).second) << row.key;
+    EXPECT_EQ(TuneClamp(row, row.def), row.def) << row.key;
+    EXPECT_LT(static_cast<std::size_t>(row.group), DX11TuneGroups.size()) << row.key;
+    text += row.key;
+    for (float number : {row.def, row.min, row.max, row.step}) text += '|' + TuneFormat(number);
+    text += '|' + std::to_string(static_cast<int>(row.kind)) + '|' + std::to_string(row.group) + '|' +
+            row.label + '|' + (row.hint != nullptr ? row.hint : "-") + '\n';
+  }
+  for (char c : text) EXPECT_TRUE(c == '\n' || (c >= ' ' && c < 127 && c != '"' && c != '\\')) << c;
+  // One line a row: key|def|min|max|step|kind|group|label|hint, "-" for no hint.
+  ScratchDirectory directory;
+  WriteWhole(directory / "table", text);
+  EXPECT_EQ(Sha256().HashFile(directory / "table"),
+            "39b4315051a862f0108cad53f4cab8cb15af9baaaa2c5e8f0df3b2941a58c30b");
+}
+
+TEST(OptionTableTest, ValuesOfFileAndPage) {
+  const auto row = [](const std::string& id) {
+    for (const OptionDef& option : GameOptions::kDefs) {
+      if (option.id == id) return option;
+    }
+    throw std::out_of_range(id);
+  };
+  const struct {
+    const char* id;
+    std::int32_t file;
+    std::int32_t page;
+  } reads[] = {{"texture", 7, 2},   {"texture", -1, 0},   {"windowAlpha", 300, 255},
+               {"spellSfx", 0, 1},  {"spellSfx", 5, 0},   {"freeZoom", 1, 0},
+               {"freeZoom", -3, 1}, {"fpsLimit", 90, 90}, {"fpsLimit", 1001, 1000}};
+  for (const auto& c : reads) EXPECT_EQ(OptionToPage(row(c.id), c.file), c.page) << c.id << c.file;
+  const struct {
+    const char* id;
+    double page;
+    std::int32_t file;
+  } saves[] = {{"texture", 1.9, 1},      {"texture", -0.9, 0},
+               {"fpsLimit", 5000, 1000}, {"fpsLimit", 3e9, 0},
+               {"fpsLimit", 1e300, 0},   {"freeZoom", 1, 0},
+               {"freeZoom", 0.5, 1},     {"freeZoom", 3e9, 0},
+               {"spellSfx", 0, 1},       {"windowAlpha", 2147483647.5, 255}};
+  for (const auto& c : saves) EXPECT_EQ(OptionFromPage(row(c.id), c.page), c.file) << c.id << c.page;
+}
+
+TEST(ResolutionsTest, FixedSizesThatFitAndTheCurrentOne) {
+  using Sizes = std::vector<ScreenSize>;
+  EXPECT_EQ(ListResolutions({1366, 768}, {1000, 700}),
+            (Sizes{{800, 600}, {1000, 700}, {1024, 768}, {1280, 720}, {1366, 768}}));
+  EXPECT_EQ(ListResolutions({0, 0}, {1920, 1080}), (Sizes{{800, 600}, {1920, 1080}}));
+  EXPECT_EQ(ListResolutions({640, 2000}, {800, 600}), (Sizes{{800, 600}}));
+  EXPECT_EQ(ListResolutions({1200, 700}, {0, 900}), (Sizes{{800, 600}}));
+  EXPECT_EQ(ListResolutions({9999, 9999}, {3840, 2160}).size(), 15u);
+  EXPECT_EQ(ListResolutions({9999, 9999}, {640, 480}).front(), (ScreenSize{640, 480}));
+}
+
+TEST(TuningTest, FormatAndBounds) {
+  const struct {
+    float value;
+    const char* text;
+  } cases[] = {{0.96f, "0.96"},
+               {1, "1"},
+               {4000, "4000"},
+               {0.002f, "0.002"},
+               {0.0001f, "0.0001"},
+               {-1, "-1"},
+               {0.123456789f, "0.123457"},
+               {0.00001f, "1e-05"},
+               {1e6f, "1e+06"},
+               {999999, "999999"}};
+  for (const auto& c : cases) EXPECT_EQ(TuneFormat(c.value), c.text);
+  SettingsFile file;
+  file.lines = {"exposure 9",  "temperature -0.5", "shadowbias 0.002",
+                "casccount 0", "contrast nan",     "toon -inf"};
+  const auto read = [&](std::size_t index) { return TuneFormat(TuneRead(file, DX11TuneKeys[index])); };
+  EXPECT_EQ(read(0), "3");
+  EXPECT_EQ(read(1), "1.12");
+  EXPECT_EQ(read(3), "-0.5");
+  EXPECT_EQ(read(15), "0.002");
+  EXPECT_EQ(read(16), "0");
+  EXPECT_EQ(read(34), "0.5");
+}
+
+class ExchangeTest : public testing::Test {
+ protected:
+  std::string Message() const { return platform::WideToUtf8(BuildOptionsMessage(path)); }
+  bool Save(const std::string& values) const { return SaveOptions(path, Json(values)); }
+
+  /// Number of a member of the message's values.
+  double Shown(const std::string& id) const {
+    return Json(Message()).Find("values")->Find(id)->AsNumber(-99);
+  }
+
+  ScratchDirectory directory;
+  std::filesystem::path path = directory / "ostu.ini";
+};
+
+TEST_F(ExchangeTest, MessageWithoutAFile) {
+  const std::string text = Message();
+  const ScreenSize screen = platform::PrimaryScreenSize();
+  const auto has = [&](const std::string& part) { return text.find(part) != std::string::npos; };
+  EXPECT_TRUE(text.starts_with(R"({"type":"options","iniExists":false,"resolutions":[[800,600],[)")) << text;
+  EXPECT_TRUE(has(
+      "],\"tuneGroups\":[\"Image\",\"Surfaces\",\"Ombres\",\"Occlusion ambiante\",\"Atmosphere\",\"Eau\","
+      "\"Lampadaires\",\"Compatibilite\"],\"tune\":[{\"id\":\"exposure\",\"label\":\"Exposition\",\"hint\":"
+      "\"Luminosite generale de la scene avant les couleurs.\",\"def\":0.96,\"min\":0.2,\"max\":3,"
+      "\"step\":0.01,\"kind\":1,\"group\":0},{\"id\":\"contrast\",\"label\":\"Contraste\",\"hint\":null,"))
+      << text;
+  EXPECT_TRUE(has("\"step\":0.0001,"));
+  EXPECT_TRUE(has("\"group\":7}],\"values\":{\"resWidth\":" + std::to_string(screen.width) +
+                  ",\"resHeight\":" + std::to_string(screen.height) +
+                  ",\"fullscreen\":1,\"fpsLimit\":0,\"vsync\":0,\"texture\":1,\"detail\":1,\"distant\":1,"
+                  "\"shadow\":2,\"weather\":1,"
+                  "\"night\":1,\"spellSfx\":1,\"itemSfx\":1,\"damage\":0,\"nameSelf\":1,\"nameOthers\":1,"
+                  "\"nameMonsters\":1,"
+                  "\"cameraLock\":1,\"freeZoom\":0,\"windowAlpha\":255,\"exposure\":0.96,\"contrast\":1.12,"))
+      << text;
+  EXPECT_TRUE(text.ends_with(",\"dqs\":1,\"nativetex\":1,\"fontatlas\":1}}")) << text;
+  const MiniJson::Value message = Json(text);
+  EXPECT_EQ(message.Find("tune")->arrayItems.size(), 61u);
+  EXPECT_EQ(message.Find("values")->objectMembers.size(), 81u);
+}
+
+TEST_F(ExchangeTest, AFirstSaveWritesWhatThePageHas) {
+  const std::string shown = Message();
+  std::ostringstream values;
+  Json(shown).Find("values")->Write(values, 0);
+  EXPECT_TRUE(Save(values.str()));
+  SettingsFile file;
+  file.Load(path);
+  EXPECT_EQ(file.lines.size(), 80u);
+  EXPECT_EQ(file.lines[1], "fpslimit 0");
+  EXPECT_EQ(file.lines[9], "SFXRenderOff 0");
+  EXPECT_EQ(file.lines[18], "exposure 0.96");
+  EXPECT_TRUE(file.lines[79].starts_with("resolution "));
+  std::string expected = shown;
+  expected.replace(expected.find("false"), 5, "true");
+  EXPECT_EQ(Message(), expected) << "what was saved is shown";
+}
+
+TEST_F(ExchangeTest, ValuesAreHeldWithinTheirBounds) {
+  WriteWhole(path, "WindowAlpha 12\nresolution 1000 700\nfpslimit 1001\nSFXRenderOff 5\n");
+  EXPECT_TRUE(
+      Save(R"({"fpsLimit":5000,"texture":1.9,"spellSfx":0,"vsync":"1","shadow":null,"exposure":0.123456789,
+                       "contrast":1e300,"bloomint":-1e300,"toon":[],"resWidth":639,"resHeight":480})"));
+  EXPECT_EQ(
+      ReadWhole(path),
+      "WindowAlpha 12\r\nresolution 1000 700\r\nfpslimit 1000\r\nSFXRenderOff 1\r\nvsync 0\r\ntexture 1\r\n"
+      "shadow 2\r\nexposure 0.2\r\ncontrast 2\r\nbloomint 0\r\ntoon 0.5\r\n");
+  EXPECT_EQ(Shown("fpsLimit"), 1000);
+  EXPECT_EQ(Shown("resWidth"), 1000);
+  EXPECT_NE(Message().find("[800,600],[1000,700],"), std::string::npos);
+  EXPECT_TRUE(Save(R"({"fpsLimit":90,"shadowbias":0.0021,"exposure":0.523456789})"));
+  EXPECT_EQ(Shown("fpsLimit"), 90);
+  EXPECT_EQ(Shown("shadowbias"), 0.0021);
+  EXPECT_NE(ReadWhole(path).find("exposure 0.523457\r\n"), std::string::npos);
+}
+
+TEST_F(ExchangeTest, ScreenSizes) {
+  const struct {
+    const char* sent;
+    const char* line;
+  } cases[] = {{R"("resWidth":640,"resHeight":480)", "640 480"},
+               {R"("resWidth":16384.9,"resHeight":16384)", "16384 16384"},
+               {R"("resWidth":16385,"resHeight":700)", "1 1"},
+               {R"("resWidth":700,"resHeight":479.9)", "1 1"},
+               {R"("resWidth":700)", "1 1"},
+               {R"("resWidth":"700","resHeight":700)", "1 1"}};
+  for (const auto& c : cases) {
+    WriteWhole(path, "resolution 1 1");
+    EXPECT_TRUE(Save(std::string("{") + c.sent + "}"));
+    EXPECT_EQ(ReadWhole(path), std::string("resolution ") + c.line + "\r\n") << c.sent;
+  }
+  for (const char* line : {"resolution 800 0", "resolution -1 600", "resolution 800"}) {
+    WriteWhole(path, line);
+    EXPECT_EQ(Shown("resWidth"), platform::PrimaryScreenSize().width) << line;
+  }
+}
+
+TEST_F(ExchangeTest, ValuesThatAreNoObjectOnlyNormalise) {
+  for (const char* values : {"[]", "3", "null", "{}", "{\"unknown\":1}"}) {
+    WriteWhole(path, "a\n\nvsync  1 ");
+    EXPECT_TRUE(Save(values));
+    EXPECT_EQ(ReadWhole(path), "a\r\n\r\nvsync  1 \r\n");
+  }
+}
+
+/// Writes 1234.5 as 1.234,5.
+class CommaLocale : public std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST_F(ExchangeTest, NumbersHaveAPointInEveryLocale) {
+  const std::string message = Message();
+  EXPECT_TRUE(Save(R"({"exposure":0.5,"casc2":3999.5})"));
+  const std::string saved = ReadWhole(path);
+  EXPECT_EQ(saved, "exposure 0.5\r\ncasc2 3999.5\r\n");
+  const std::string shown = Message();
+
+  const std::string before = std::setlocale(LC_ALL, nullptr);
+  for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "German_Germany.1252"}) {
+    if (std::setlocale(LC_ALL, name) != nullptr) break;
+  }
+  const std::locale classic = std::locale::global(std::locale(std::locale::classic(), new CommaLocale));
+  std::filesystem::remove(path);
+  EXPECT_EQ(Message(), message);
+  EXPECT_TRUE(Save(R"({"exposure":0.5,"casc2":3999.5})"));
+  EXPECT_EQ(ReadWhole(path), saved);
+  EXPECT_EQ(Message(), shown);
+  std::locale::global(classic);
+  std::setlocale(LC_ALL, before.c_str());
+}
+
+}  // namespace
+}  // namespace patcher
