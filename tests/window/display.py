@@ -1,4 +1,4 @@
-"""A screen of the tests' own, with a small window manager, and the mouse on it."""
+"""A screen of the tests' own, with the mouse on it and, if wanted, a small window manager."""
 import os
 import subprocess
 import time
@@ -7,20 +7,24 @@ LIMIT = 60  # seconds until something on the screen counts as never coming
 
 
 class Display:
-    def __init__(self, width=1600, height=1000):
+    def __init__(self, managed, width=1600, height=1000):
         reader, writer = os.pipe()
-        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{width}x{height}x24"],
-                                       pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.processes = []
+        self.start(["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{width}x{height}x24"],
+                   pass_fds=[writer])
         os.close(writer)
         with os.fdopen(reader) as stream:
             self.name = f":{stream.readline().strip()}"
         self.environment = {**os.environ, "DISPLAY": self.name, "LC_ALL": "C.UTF-8"}
-        self.manager = subprocess.Popen(["openbox", "--sm-disable"], env=self.environment,
-                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_until(lambda: "_NET_SUPPORTING_WM_CHECK(WINDOW)" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
+        if managed:
+            self.start(["openbox", "--sm-disable"], env=self.environment)
+            wait_until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
+
+    def start(self, command, **options):
+        self.processes.append(subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options))
 
     def close(self):
-        for process in (self.manager, self.server):
+        for process in reversed(self.processes):
             process.terminate()
             process.wait()
 
@@ -62,6 +66,11 @@ class Window:
 
     def title(self):
         return self.display.run("xdotool", "getwindowname", self.number).strip()
+
+    def close(self):
+        """As a player does who sees no button for it."""
+        left, top, _, _ = self.place()
+        self.display.mouse("mousemove", left + 100, top + 100, "click", 1, "key", "alt+F4")
 
     def state(self):
         return self.display.run("xprop", "-id", self.number, "WM_STATE", "_NET_WM_STATE")

@@ -1,14 +1,14 @@
 """Drives Patcher.exe under Wine, through the loader that stands in for the web view."""
 import json
-import os
 import pathlib
 import queue
+import shutil
 import socket
 import subprocess
 import threading
 
 LIMIT = 120  # seconds
-PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
+BUILD = pathlib.Path(__file__).resolve().parents[2] / "build"
 ESCAPES = {"\\": "\\\\", "\t": "\\t", "\n": "\\n", "\r": "\\r"}
 
 
@@ -23,21 +23,43 @@ def unescape(field):
     return "\\".join(parts)
 
 
-def wine_environment(display, **extra):
-    prefix = os.environ.get("WINEPREFIX", str(PREFIX))
-    return {**display.environment, "WINEPREFIX": prefix, "WINEDEBUG": "-all", **extra}
+class Wine:
+    """A Wine prefix of these tests' own, bound to one screen for as long as they run."""
+
+    def __init__(self, display):
+        prefix = BUILD / "wineprefix-window"
+        if not prefix.exists():
+            shutil.copytree(BUILD / "wineprefix", prefix, symlinks=True)
+        self.environment = {**display.environment, "WINEPREFIX": str(prefix), "WINEDEBUG": "-all"}
+        self.close()
+        # Moving, sizing and maximizing follow the rules of Windows, not those of a window manager.
+        self.run("reg", "add", r"HKCU\Software\Wine\X11 Driver", "/v", "Managed", "/d", "N", "/f")
+
+    def close(self):
+        """Ends what still runs in the prefix, of earlier tests too."""
+        for option in ("-k", "-w"):
+            subprocess.run(["wineserver", option], env=self.environment, stderr=subprocess.DEVNULL, check=False)
+
+    def start(self, *command, **options):
+        environment = {**self.environment, **options.pop("environment", {})}
+        return subprocess.Popen(["wine", *map(str, command)], env=environment, cwd="/", **options)
+
+    def run(self, *command):
+        process = self.start(*command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        output, _ = process.communicate(timeout=LIMIT)
+        return process.returncode, output
 
 
 class WindowsLauncher:
     """One run of the program. `told` holds everything that it has done so far, as lists of fields."""
 
-    def __init__(self, display, program, mode="", arguments=()):
+    def __init__(self, wine, program, mode=""):
         listener = socket.create_server(("127.0.0.1", 0))
         listener.settimeout(LIMIT)
-        environment = wine_environment(display, WEB_VIEW_STAND_IN_PORT=str(listener.getsockname()[1]),
-                                       WEB_VIEW_STAND_IN_MODE=mode)
-        self.process = subprocess.Popen(["wine", str(program), *arguments], env=environment, cwd="/",
-                                        stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.process = wine.start(program, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL, environment={
+                                      "WEB_VIEW_STAND_IN_PORT": str(listener.getsockname()[1]),
+                                      "WEB_VIEW_STAND_IN_MODE": mode})
         self.connection, _ = listener.accept()
         listener.close()
         self.connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)

@@ -150,9 +150,14 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
   windowClass.lpszClassName = kWindowClass;
   RegisterClassW(&windowClass);
   const std::wstring title(look.title.begin(), look.title.end());
-  return CreateWindowExW(WS_EX_APPWINDOW, kWindowClass, title.c_str(), kStyle, placement.left, placement.top,
-                         placement.Width(), placement.Height(), nullptr, nullptr, windowClass.hInstance,
-                         nullptr) != nullptr;
+  const HWND created = CreateWindowExW(WS_EX_APPWINDOW, kWindowClass, title.c_str(), kStyle, placement.left,
+                                       placement.top, placement.Width(), placement.Height(), nullptr, nullptr,
+                                       windowClass.hInstance, nullptr);
+  if (created == nullptr) return false;
+  // The system lays a new window out with a frame and asks for the client area only when something changes.
+  SetWindowPos(created, nullptr, 0, 0, 0, 0,
+               SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+  return true;
 }
 
 void NativeWindow::Show() {
