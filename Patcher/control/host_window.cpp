@@ -3,6 +3,7 @@
 #include <new>
 #include <thread>
 
+#include "control/page_content.h"
 #include "control/page_messages.h"
 #include "control/window_geometry.h"
 #include "shared/program.h"
@@ -21,7 +22,7 @@ MainWindow::MainWindow(OperationTable operations)
 
 bool MainWindow::Create() {
   // The page's darkest navy: what shows before the page and in the ring around it.
-  const platform::WindowLook look{BuildWindowTitle(), 0x0d, 0x14, 0x26};
+  const platform::WindowLook look{BuildWindowTitle(), 0x0d, 0x14, 0x26, kIconResource};
   return window_.Create(look, PlaceWindow(platform::WorkAreaUnderPointer()));
 }
 

@@ -25,6 +25,8 @@ inline constexpr Asset AssetTable[] = {
 
 /// Resource number of the page's text, UTF-8.
 inline constexpr int kPageResource = 100;
+/// Resource number of the window's icon, a PNG.
+inline constexpr int kIconResource = 300;
 
 /// The row that an address of the page asks for: what stands behind its last slash, query and fragment aside,
 /// decides alone, case included. Null if there is none.

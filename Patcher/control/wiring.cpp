@@ -2,18 +2,22 @@
 
 #include "integrity/check.h"
 #include "integrity/cleanup.h"
+#include "launch/external_links.h"
+#include "launch/game_launch.h"
+#include "launch/news.h"
 #include "options/options_exchange.h"
 #include "update/bundle_install.h"
+#include "update/self_update.h"
 #include "update/update_run.h"
 
 namespace patcher {
 namespace {
 
-/// The stages that the update run passes through. Never destroyed: detached workers use them until the
-/// process is gone.
+/// The stages that the update run passes through. Never destroyed: detached workers use them until the process is
+/// gone.
 const UpdateStages& Stages() {
   static const auto* stages = new UpdateStages{
-      .selfUpdate = {},
+      .selfUpdate = FetchNewLauncher,
       .installBundle = BundleWorker,
       .cleanUp = CleanUp,
       .clientExists = ClientExists,
@@ -29,9 +33,12 @@ OperationTable LauncherOperations(const ErrorBox& showErrorBox) {
   table.runCheckOperation = [](HostWindow& window, bool repair) {
     RunCheckOperation(window, repair, Stages());
   };
+  table.fetchNews = FetchNews;
+  table.launchClient = [showErrorBox] { LaunchClient(showErrorBox); };
+  table.openExternalUrl = OpenExternalUrl;
   table.buildOptionsMessage = BuildOptionsMessage;
   table.saveOptions = SaveOptions;
-  table.launchClient = [showErrorBox] { LaunchClient(showErrorBox); };
+  table.selfUpdateSwap = [showErrorBox] { SelfUpdateSwap(showErrorBox); };
   table.clientExists = ClientExists;
   return table;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "control/dispatch.h"
-#include "launch/game_launch.h"
+#include "shared/error_box.h"
 
 namespace patcher {
 

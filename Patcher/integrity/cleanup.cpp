@@ -139,8 +139,8 @@ bool RemoveTree(const fs::path& directory) {
 bool RemoveItem(const fs::path& item) {
   std::error_code error;
   if (fs::remove(item, error)) return true;
-  const bool notEmpty = error == std::errc::directory_not_empty || error == std::errc::file_exists;
-  return notEmpty && IsOwnDirectory(item) && RemoveTree(item);
+  // A directory that is not empty has no error number of its own in the standard library of Windows.
+  return IsOwnDirectory(item) && RemoveTree(item);
 }
 
 void RemoveObsolete(HostWindow& window, const PatchManifest& manifest) {

@@ -81,7 +81,7 @@ class HttpRequest {
   /// Status code of that response; 0 if there is none.
   std::uint32_t Status();
   /// Blocks until bytes of the body can be read; `available` 0 is the end of the body. A body that ends
-  /// before its announced length is an error on Linux; Windows may report it as an end.
+  /// before its announced length is an error.
   std::uint32_t QueryDataAvailable(std::uint32_t& available);
   /// Reads at most `size` bytes; `read` is never above it.
   std::uint32_t ReadData(void* buffer, std::uint32_t size, std::uint32_t& read);

@@ -27,7 +27,8 @@ inline constexpr int kErrorBadExeFormat = 193;
 int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                  const std::filesystem::path& workingDirectory);
 
-/// Opens an address in the user's browser and does not wait for it. The caller has vetted the address.
+/// Opens an address in the user's browser and does not wait for it. The caller has vetted the address. No
+/// shell reads it, and nothing is inherited but the environment.
 /// Returns whether something was started.
 bool OpenInBrowser(const std::u16string& url);
 

@@ -74,6 +74,8 @@ struct WindowLook {
   std::uint8_t red = 0;
   std::uint8_t green = 0;
   std::uint8_t blue = 0;
+  /// Number of the embedded picture that task bars show (Linux; Windows takes the program's icon).
+  int icon = 0;
 };
 
 /// The program's one main window: top-level, without caption or visible frame, yet sizable, with the main

@@ -7,8 +7,8 @@
 namespace patcher {
 
 /// Number of this build of the launcher: the answer to --print-version, part of the window title, and
-/// what the manifest's patcherVersion is compared with.
-inline constexpr std::int32_t launcherBuild = 26;
+/// what the manifest's patcherVersion is compared with. Set by the build (PATCHER_LAUNCHER_BUILD).
+extern const std::int32_t launcherBuild;
 
 /// Full path of the running executable. Set once by SetExePath, read-only afterwards, any thread.
 const std::filesystem::path& ExePath();

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string_view>
 
 #include "shared/program.h"
@@ -63,7 +63,10 @@ void PatchConfig::Load() {
   const std::filesystem::path file = ExeDir() / "patcher.ini";
   std::ifstream in(file, std::ios::binary);
   if (in) {
-    Current().Apply(std::string(std::istreambuf_iterator<char>(in), {}));
+    // Not through an iterator: that would raise where the file is a directory or the disk fails.
+    std::ostringstream text;
+    text << in.rdbuf();
+    Current().Apply(text.str());
     return;
   }
   std::error_code error;

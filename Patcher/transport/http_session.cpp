@@ -83,13 +83,13 @@ std::optional<platform::HttpRequest> HttpSession::OpenGet(const std::string& pat
   return request;
 }
 
-bool HttpSession::GetToString(const std::string& path, std::string& body) {
+bool HttpSession::GetToString(const std::string& path, std::string& body, std::size_t enough) {
   std::optional<platform::HttpRequest> request = OpenGet(path);
   if (!request) return false;
   body.clear();
   std::array<char, 8192> buffer;
   std::uint32_t available = 0;
-  while (request->QueryDataAvailable(available) == 0 && available != 0) {
+  while (body.size() < enough && request->QueryDataAvailable(available) == 0 && available != 0) {
     std::uint32_t read = 0;
     if (request->ReadData(buffer.data(), static_cast<std::uint32_t>(buffer.size()), read) != 0) break;
     body.append(buffer.data(), read);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -34,8 +35,9 @@ class HttpSession {
   std::optional<platform::HttpRequest> OpenGet(const std::string& path);
 
   /// The body of a small document. False, with `body` untouched, if there is no response with status 200. A
-  /// transfer that breaks midway gives true and what came until then.
-  bool GetToString(const std::string& path, std::string& body);
+  /// transfer that breaks midway gives true and what came until then. Reading ends when `enough` bytes are
+  /// there, so that a document of no use costs no memory.
+  bool GetToString(const std::string& path, std::string& body, std::size_t enough = std::string::npos);
 
   /// Streams a body to `destination` followed by ".part" while hashing it, then puts it in place, replacing
   /// what stands there even if it is in use. `digest` is the hexadecimal SHA-256 of what arrived; judging it

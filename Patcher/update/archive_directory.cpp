@@ -28,6 +28,8 @@ constexpr std::uint16_t kZip64FieldId = 1;
 constexpr std::uint32_t kIn64 = 0xFFFFFFFF;
 /// A directory is held in memory; no archive of game files comes near this.
 constexpr std::uint64_t kMaxDirectorySize = 256u << 20;
+/// Deflate packs no better: 258 bytes into two bits.
+constexpr std::uint64_t kMaxExpansion = 1032;
 
 std::uint64_t Little(Bytes bytes, std::size_t at, std::size_t size) {
   std::uint64_t value = 0;
@@ -147,6 +149,8 @@ std::optional<std::size_t> CheckEntry(Bytes bytes, std::uint64_t directoryOffset
     return std::nullopt;
   }
   if (extent.packedSize > directoryOffset - kLocalHeaderSize - extent.localOffset) return std::nullopt;
+  // From some broken code tables the reader unpacks zeros without reading, up to the size that stands here.
+  if (extent.unpackedSize / kMaxExpansion > extent.packedSize) return std::nullopt;
   return size;
 }
 

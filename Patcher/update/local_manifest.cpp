@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "minijson/minijson.h"
@@ -31,10 +30,12 @@ LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* ve
   LocalState state;
   std::ifstream in(path, std::ios::binary);
   if (!in) return state;
-  const std::string text(std::istreambuf_iterator<char>(in), {});
+  // Not through an iterator: that would raise where the file is a directory or the disk fails.
+  std::ostringstream text;
+  text << in.rdbuf();
   PatchManifest manifest;
   std::string error;
-  if (!ParsePatchManifest(text, manifest, error)) return state;
+  if (!ParsePatchManifest(text.str(), manifest, error)) return state;
   for (PatchFile& file : manifest.files) {
     state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));
   }

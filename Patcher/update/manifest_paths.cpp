@@ -13,7 +13,8 @@ bool LeadsUpwards(std::string_view component) {
 }  // namespace
 
 bool StaysInside(std::string_view path) {
-  if (path.find('\0') != std::string_view::npos) return false;
+  // No system of ours can store such a name, and the page could not read it.
+  if (std::any_of(path.begin(), path.end(), [](unsigned char byte) { return byte < 32; })) return false;
   if (path.starts_with('/') || path.starts_with('\\')) return false;
   if (path.size() > 1 && path[1] == ':') return false;
   while (!path.empty()) {

@@ -8,7 +8,7 @@ namespace patcher {
 
 /// Whether a manifest path means a place below the install directory on every system: not absolute, no drive
 /// letter, no component that leads upwards (".." and what Windows takes for it: several dots and blanks), no
-/// NUL byte.
+/// control character.
 bool StaysInside(std::string_view path);
 
 bool AllPathsStayInside(const PatchManifest& manifest);

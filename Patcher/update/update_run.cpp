@@ -26,14 +26,19 @@ constexpr std::int32_t kFilesPerStatus = 200;
 /// temporary archives. What cannot be deleted stays for the next run.
 void SweepLeftovers() {
   std::error_code error;
-  fs::remove(ExeDir() / "Patcher.old.exe", error);
+  const auto remove = [](const fs::path& file) {
+    std::error_code ignored;
+    // A player may have started one of them, and Linux would delete it.
+    if (!fs::equivalent(file, ExePath(), ignored)) fs::remove(file, ignored);
+  };
+  remove(ExeDir() / "Patcher.old.exe");
   fs::directory_iterator entry(ExeDir(), error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     std::error_code ignored;
     if (entry->symlink_status(ignored).type() != fs::file_type::regular) continue;
     const fs::path name = entry->path().filename();
     if (name.extension() == ".old" || platform::BytesFromPath(name).starts_with("_bundle")) {
-      fs::remove(entry->path(), ignored);
+      remove(entry->path());
     }
   }
 }

@@ -1,6 +1,6 @@
 // Screenshots of every page in every state, for eyes: node tests/page/gallery.mjs [DIRECTORY] [NAME...]
 // Needs no engine: the messages are made up.
-import { LauncherPage, startBrowser, stopBrowser, build } from "./support/launcher_page.mjs";
+import { LauncherPage, nextFrame, startBrowser, stopBrowser, build } from "./support/launcher_page.mjs";
 import { optionsMessage, newsMessage } from "./support/sample_messages.mjs";
 import path from "node:path";
 
@@ -69,7 +69,7 @@ async function show(launcher, { tab, click, messages = [], then, after = [], scr
     await page.keyboard.press("Tab");
     await page.locator(focus).first().focus();
   }
-  await page.evaluate(() => new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve))));
+  await nextFrame(page);
 }
 
 await startBrowser();

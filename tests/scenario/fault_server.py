@@ -20,6 +20,7 @@ class FaultServer:
       ("chunked",)         the body in chunks
       ("chunked-cut", n)   n bytes in chunks, then the connection ends
       ("redirect", url)    302
+      ("hold", event)      the answer waits until the event is set
 
     `on_bytes`, if set, is called from the server's threads with the number of body bytes sent so far."""
 
@@ -30,6 +31,7 @@ class FaultServer:
         self.connections = 0
         self.on_bytes = None
         self.sent = 0
+        self.silences = 0
         self.lock = threading.Lock()
         self.closed = threading.Event()
         self.socket = socket.create_server(("127.0.0.1", 0), backlog=64)
@@ -102,6 +104,7 @@ class FaultServer:
         return self._send(peer, fault if isinstance(fault, int) else 200, body)
 
     def _fall_silent(self):
+        self.silences += 1
         self.closed.wait()
         return False
 

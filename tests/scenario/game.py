@@ -21,6 +21,7 @@ class Game:
             self.files[name] = (b"%d," % i + self.random.randbytes(50)) * (size // 50 + 1)
         self.files["Tolmira.exe"] = b'#!/bin/sh\necho "$PWD|$1|$#" >"$PWD/started"\n'
         self.archives = archives
+        self.bundles = {}  # name of each published archive: its paths
 
     def next_version(self):
         self.version += 1
@@ -38,10 +39,12 @@ class Game:
             server.content["/patch/" + url] = data
             entries.append({"path": name, "size": len(data), "sha256": digest(data), "url": url})
         bundles = []
+        self.bundles = {}
         for number in range(self.archives):
             members = names[number::self.archives]
             data = archive({name: self.files[name] for name in members})
             name = f"archive {number}-v{self.version}.zip"
+            self.bundles[name] = members
             server.content["/patch/" + name] = data
             bundles.append({"name": name, "size": len(data), "sha256": digest(data), "files": members})
         manifest = {"version": self.version, "files": entries, "bundles": bundles, **extra}

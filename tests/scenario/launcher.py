@@ -4,9 +4,11 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
 import threading
+import time
 
 PROGRAM = None  # set by run.py
 LIMIT = 300  # seconds; generous, since sanitized builds are slow
@@ -17,9 +19,28 @@ def is_windows():
     return PROGRAM.suffix == ".exe"
 
 
-def name_on_disk(path):
-    """The name that a manifest path gets: Windows reads its bytes in the code page for file names."""
-    return path.encode().decode("cp1252") if is_windows() else path
+def manifest_path(name):
+    """The path in the manifest that a name on disk comes from: Windows reads its bytes in the code page for file names."""
+    return name.encode("cp1252").decode() if is_windows() else name
+
+
+def assert_files(test, found, expected):
+    """Compares contents by name, and says which names differ instead of how."""
+    test.assertEqual(sorted(found), sorted(expected))
+    test.assertEqual([name for name, data in expected.items() if found[name] != data], [])
+
+
+def beside_program(name):
+    """Another program of the same build."""
+    return PROGRAM.with_name(name + PROGRAM.suffix)
+
+
+def command(program):
+    return ["wine", str(program)] if is_windows() else [str(program)]
+
+
+def messages(output):
+    return [json.loads(line) for line in output.splitlines()]
 
 
 class Installation:
@@ -48,18 +69,47 @@ class Installation:
         shutil.rmtree(self.root, ignore_errors=True)
 
     def command(self):
-        return ["wine", str(self.program)] if is_windows() else [str(self.program)]
+        return command(self.program)
+
+    def running(self):
+        """Process ids of the Windows programs that run from here: Wine runs them beside the process that was started."""
+        for folder in pathlib.Path("/proc").glob("[0-9]*"):
+            with contextlib.suppress(OSError):
+                if self.root.name.encode() in (folder / "cmdline").read_bytes():
+                    yield int(folder.name)
+
+    def wait_for_successors(self):
+        """Until whatever the launcher has started has ended. On Linux that shares the launcher's standard output, whose
+        end the caller has seen; Windows programs tell nobody."""
+        while is_windows() and any(self.running()):
+            time.sleep(0.05)
 
     def start(self, stdin=subprocess.PIPE):
         return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
 
+    def kill(self, process):
+        """Ends a started launcher as a power cut would."""
+        if is_windows():
+            for number in self.running():
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(number, signal.SIGKILL)
+        process.kill()
+        process.wait()
+        process.stdout.close()
+        process.stderr.close()
+
     def run(self, requests=b""):
         """One session from start to end; returns its messages."""
-        done = subprocess.run(self.command(), input=requests, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/",
-                              timeout=LIMIT, check=False)
-        if done.returncode != 0 or done.stderr:
-            raise AssertionError(f"exit code {done.returncode}: {done.stderr.decode(errors='replace')[-2000:]}")
-        return [json.loads(line) for line in done.stdout.splitlines()]
+        # Files, not pipes: background processes of Wine may hold a pipe open when the launcher has long ended.
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
+            done = subprocess.run(self.command(), input=requests, stdout=out, stderr=errors, cwd="/", timeout=LIMIT,
+                                  check=False)
+            out.seek(0)
+            errors.seek(0)
+            words = errors.read().decode(errors="replace")
+            if done.returncode != 0 or words:
+                raise AssertionError(f"exit code {done.returncode}: {words[-2000:]}")
+            return messages(out.read())
 
     def files(self):
         """Everything below the directory that is not the launcher's own."""
@@ -67,7 +117,7 @@ class Installation:
         for folder, _, names in os.walk(self.directory):
             for name in names:
                 path = pathlib.Path(folder, name)
-                relative = path.relative_to(self.directory).as_posix()
+                relative = manifest_path(path.relative_to(self.directory).as_posix())
                 if relative not in OWN_FILES:
                     found[relative] = path.read_bytes()
         return found
@@ -77,7 +127,7 @@ class Installation:
 
     def log(self):
         path = self.directory / "patcher_debug.txt"
-        return path.read_text(encoding="utf-8").splitlines() if path.exists() else []
+        return path.read_text(encoding="utf-8", errors="replace").splitlines() if path.exists() else []
 
 
 class Session:

@@ -4,6 +4,7 @@
 A Windows program runs under Wine, with the tests of test_windows and fewer kills. A TEST is a name, for example
 ArchiveTest or ServerTest.test_silence_ends. Some tests mount small disks, which takes root or a user namespace."""
 import argparse
+import atexit
 import os
 import pathlib
 import subprocess
@@ -16,14 +17,16 @@ import test_archives  # noqa: E402
 import test_check  # noqa: E402
 import test_disk  # noqa: E402
 import test_kills  # noqa: E402
+import test_news  # noqa: E402
 import test_options  # noqa: E402
 import test_requests  # noqa: E402
+import test_self_update  # noqa: E402
 import test_server  # noqa: E402
 import test_update  # noqa: E402
 import test_windows  # noqa: E402
 
 NATIVE = (test_update, test_server, test_archives, test_disk, test_options, test_check, test_requests,
-          test_kills)
+          test_news, test_self_update, test_kills)
 PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
 
 
@@ -31,6 +34,15 @@ def become_able_to_mount():
     """Starts this script again as the root of a user namespace, unless it may mount already."""
     if subprocess.run(["unshare", "--mount", "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
         os.execvp("unshare", ["unshare", "--map-root-user", "--mount", sys.executable, *sys.argv])
+
+
+def prepare_wine(programs):
+    """Starts a Windows program that lives as long as this script, so that Wine need not start anew for each launcher."""
+    os.environ.setdefault("WINEPREFIX", str(PREFIX))
+    # UTF-8, so that Wine finds the names that Python writes.
+    os.environ.update(WINEDEBUG="-all", LC_ALL="C.UTF-8")
+    return subprocess.Popen(["wine", str(programs / test_windows.HOLDER)], stdin=subprocess.PIPE,
+                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
 
 def main():
@@ -45,9 +57,8 @@ def main():
     test_requests.SEED = options.seed
     modules = NATIVE
     if launcher.is_windows():
-        os.environ.setdefault("WINEPREFIX", str(PREFIX))
-        # UTF-8, so that Wine finds the names that Python writes.
-        os.environ.update(WINEDEBUG="-all", LC_ALL="C.UTF-8")
+        keeper = prepare_wine(launcher.PROGRAM.parent)
+        atexit.register(keeper.communicate)
         modules = (test_windows,)
     else:
         become_able_to_mount()

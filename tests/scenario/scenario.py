@@ -3,7 +3,7 @@ import unittest
 
 from fault_server import FaultServer
 from game import digest, publish_manifest
-from launcher import Installation, told
+from launcher import Installation, assert_files, told
 
 CONNECT = "Connexion au serveur de patch..."
 INVALID = "Manifest de patch invalide."
@@ -17,6 +17,9 @@ class ScenarioTest(unittest.TestCase):
         self.addCleanup(self.server.close)
         self.place = Installation(self.server)
         self.addCleanup(self.place.remove)
+
+    def assert_files(self, place, expected):
+        assert_files(self, place.files(), expected)
 
     def told(self, requests=b""):
         return told(self.place.run(requests))

@@ -1,12 +1,14 @@
 """Disks that are full or read-only, and things that stand in the way."""
+import os
 import pathlib
 import shutil
 import subprocess
 import tempfile
+import unittest.mock
 
 from game import Game, archive, digest
 from launcher import Installation, told
-from scenario import ScenarioTest
+from scenario import CONNECT, ScenarioTest
 
 
 class DiskTest(ScenarioTest):
@@ -35,14 +37,13 @@ class DiskTest(ScenarioTest):
                 lines = told(place.run())
                 self.assertRegex(lines[-2], r"Echec du telechargement: f\d \(transfert interrompu\)")
                 self.assertIs(lines[-1], False)
-                self.assertTrue([line for line in place.log() if line.startswith(("write ", "ofstream "))])
                 self.assert_only_right_files(place, files)
                 # The player makes room.
                 self.remount_larger(place)
                 self.server.requests.clear()
                 arrived = {name for name, data in files.items() if place.files().get(name) == data}
                 self.assertEqual(told(place.run())[-2:], ["Pret a jouer.", True])
-                self.assertEqual(place.files(), files)
+                self.assert_files(place, files)
                 self.assertFalse([name for name in arrived if self.server.requests[f"/patch/f/{name}"]])
 
     def remount_larger(self, place):
@@ -68,7 +69,7 @@ class DiskTest(ScenarioTest):
         lines = told(place.run())
         self.assertEqual(lines[:4][-1], "2 fichier(s) a telecharger...")
         self.assertRegex(lines[-2], r"Echec du telechargement: (a|sub/b) \(transfert interrompu\)")
-        self.assertEqual(place.files(), {"a": b"old", "left.old": b""})
+        self.assert_files(place, {"a": b"old", "left.old": b""})
 
     def test_things_in_the_way(self):
         self.place.write("file/mine", b"kept")
@@ -78,7 +79,7 @@ class DiskTest(ScenarioTest):
         (self.place.directory / "folder.old").mkdir()
         self.put({"file": b"new"})
         self.assertEqual(self.told()[-1], True)
-        self.assertEqual(self.place.files(), {"file": b"new", "file.old/mine": b"kept", "sub/left.old": b"kept"})
+        self.assert_files(self.place, {"file": b"new", "file.old/mine": b"kept", "sub/left.old": b"kept"})
         self.assertTrue((self.place.directory / "folder.old").is_dir())
         self.put({"file/below": b"x"})
         self.assertEqual(self.told()[-2:], ["Echec du telechargement: file/below (transfert interrompu)", False])
@@ -90,21 +91,27 @@ class DiskTest(ScenarioTest):
         self.place.write("a/mine", b"kept")
         self.put(files, {"z": (archive(files), ["a", "b"])})
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
-        self.assertEqual(self.place.files(), {**files, "a.old/mine": b"kept"})
+        self.assert_files(self.place, {**files, "a.old/mine": b"kept"})
 
     def test_own_files_that_cannot_be_written(self):
-        for name in ("patch_manifest.json", "patcher_debug.txt", "a.part"):
+        self.put({"a": b"1"})
+        good, bad = ["Pret a jouer.", True], ["Echec du telechargement: a (transfert interrompu)", False]
+        for name, end in (("patch_manifest.json", good), ("patcher_debug.txt", good), ("a.part", bad)):
             with self.subTest(name=name):
                 place = Installation(self.server)
                 self.addCleanup(place.remove)
                 (place.directory / name / "in the way").mkdir(parents=True)
-                self.put({"a": b"1"})
-                lines = told(place.run())
-                if name == "a.part":
-                    self.assertEqual(lines[-2:], ["Echec du telechargement: a (transfert interrompu)", False])
-                else:
-                    self.assertEqual(lines[-2:], ["Pret a jouer.", True])
-                    self.assertEqual(place.files()["a"], b"1")
+                self.assertEqual(told(place.run())[-2:], end)
+                self.assert_files(place, {"a": b"1"} if end == good else {})
+
+    def test_a_configuration_that_cannot_be_read_gives_the_defaults(self):
+        ini = self.place.directory / "patcher.ini"
+        ini.unlink()
+        ini.mkdir()
+        # The default server is out of reach without a look at the network.
+        with unittest.mock.patch.dict(os.environ, https_proxy="http://127.0.0.1:1"):
+            self.assertEqual(self.told(), [CONNECT, "Serveur de patch injoignable.", "offline", False])
+        self.assertTrue(ini.is_dir())
 
     def test_a_record_cut_at_any_byte_costs_no_download(self):
         game = Game(7, 12)
@@ -121,4 +128,4 @@ class DiskTest(ScenarioTest):
                     self.server.requests.clear()
                     self.assertEqual(self.told()[-2:], ["A jour.", True])
                     self.assertEqual(list(self.server.requests), ["/patch/version.json"])
-        self.assertEqual(self.place.files(), game.files)
+        self.assert_files(self.place, game.files)

@@ -1,8 +1,10 @@
 """The game's settings, as the page would read and write them."""
 import json
+import random
 import resource
 import signal
 import subprocess
+import time
 
 import launcher
 from scenario import ScenarioTest
@@ -75,3 +77,20 @@ class OptionsTest(ScenarioTest):
                               capture_output=True, timeout=launcher.LIMIT, check=True, preexec_fn=fill_disk)
         self.assertIn(b'{"type":"optionsSaved","ok":false}', done.stdout.splitlines())
         self.assertEqual(self.place.files(), {"ostu.ini": foreign})
+
+    def test_deaths_during_a_save(self):
+        rng = random.Random(7)
+        foreign = b"mine %d\r\n" % 1 * 400000
+        allowed = {foreign + b"vsync 0\r\n", foreign + b"vsync 1\r\n"}
+        self.settings.write_bytes(foreign + b"vsync 0\r\n")
+        for death in range(8):
+            process = self.place.start()
+            self.assertIn(b'"options"', process.stdout.readline())
+            process.stdin.write(request("saveOptions", values={"vsync": death % 2}))
+            process.stdin.flush()
+            time.sleep(rng.random() * 0.2)  # the moment of death is the point, not a wait for something
+            process.kill()
+            process.communicate()
+            self.assertIn(self.settings.read_bytes(), allowed)
+        others = {name for name in self.place.files() if not (name.startswith("ostu.ini.") and name.endswith(".part"))}
+        self.assertEqual(others, {"ostu.ini"})

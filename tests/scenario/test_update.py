@@ -2,6 +2,7 @@
 import json
 
 from game import Game, archive, digest, publish_manifest
+from launcher import is_windows
 from scenario import CONNECT, ScenarioTest
 
 
@@ -11,7 +12,7 @@ class UpdateTest(ScenarioTest):
         manifest = game.publish(self.server)
         self.assertEqual(self.told(), [CONNECT, "online", (0, 1), "121 fichier(s) a telecharger...", (1, 1),
                                        "Pret a jouer.", True])
-        self.assertEqual(self.place.files(), game.files)
+        self.assert_files(self.place, game.files)
         record = self.place.directory / "patch_manifest.json"
         self.assertEqual(record.read_bytes(), manifest)
         self.assertLessEqual(self.server.connections, 6, "connections are used again")
@@ -30,7 +31,7 @@ class UpdateTest(ScenarioTest):
         lines = self.told()
         self.assertEqual(lines[3], "61 fichier(s) via 2 archive(s)...")
         self.assertEqual([line[:12] for line in lines[4:6]], ["Archive 1/2 ", "Archive 2/2 "])
-        self.assertEqual(self.place.files(), game.files)
+        self.assert_files(self.place, game.files)
         self.assertFalse([path for path in self.server.requests if "files/" in path])
 
     def test_failed_archives_fall_back_file_by_file(self):
@@ -48,7 +49,7 @@ class UpdateTest(ScenarioTest):
                      "Archive 1/4 : good", "3 fichier(s) d archive(s) manquante(s) seront pris un par un."):
             self.assertIn(line, lines)
         self.assertEqual(lines[-2:], ["Pret a jouer.", True])
-        self.assertEqual(self.place.files(), files)
+        self.assert_files(self.place, files)
 
     def test_archive_entries_that_lead_outside_or_are_missing(self):
         files = {"inside": b"i" * 9000, "lacking": b"l" * 9000}
@@ -59,7 +60,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual([path.name for path in self.place.root.iterdir()], [self.place.directory.name])
         self.put(files)
         self.assertEqual(self.told()[-1], True)
-        self.assertEqual(self.place.files(), files)
+        self.assert_files(self.place, files)
 
     def test_transfers_that_fail_and_recover(self):
         files = {"wrong twice": b"a" * 70000, "cut": b"b" * 70000, "chunked": b"c" * 70000, "moved": b"d" * 70000,
@@ -71,10 +72,11 @@ class UpdateTest(ScenarioTest):
                               "/patch/f/moved": [("redirect", "/patch/elsewhere")],
                               "/patch/f/reset": [("reset",), 500, None]}
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
-        self.assertEqual(self.place.files(), files)
+        self.assert_files(self.place, files)
         self.assertIn("Status 500 /patch/f/reset", self.place.log())
         self.assertIn("OpenGet-null /patch/f/reset", self.place.log())
-        self.assertTrue([line for line in self.place.log() if line.startswith("QueryDataAvailable /patch/f/cut err=")])
+        if not is_windows():  # there a body that was cut may pass for one that ended, until its digest is compared
+            self.assertTrue([line for line in self.place.log() if line.startswith("QueryDataAvailable /patch/f/cut err=")])
 
     def test_a_file_that_cannot_be_had_ends_the_run(self):
         for fault, reason in ((404, "transfert interrompu"), (206, "transfert interrompu"),

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cctype>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -7,22 +9,43 @@
 
 namespace patcher {
 
-/// Makes a link to a directory that stands beside it, by what the system offers: a symbolic link, a junction
-/// where the standard library has none, or, under Wine, a link of the system below it. False if all of that
-/// fails.
-inline bool LinkToDirectoryBeside(const std::filesystem::path& link, const std::filesystem::path& target) {
-  std::error_code error;
-  std::filesystem::create_directory_symlink(target.filename(), link, error);
-  if (!error) return true;
-  const std::string beside = "cd /d \"" + link.parent_path().string() + "\" && ";
-  const std::string names = "\"" + link.filename().string() + "\" \"" + target.filename().string() + "\"";
-  if (std::system((beside + "mklink /J " + names + " >nul 2>nul").c_str()) == 0 &&
-      std::filesystem::exists(link))
-    return true;
-  std::system(
-      (beside + "start /wait /unix /bin/ln -s " + target.filename().string() + " " + link.filename().string())
-          .c_str());
-  return std::filesystem::exists(link);
-}
+/// A link to a directory that stands beside it, by what the system offers: a symbolic link; a junction, where
+/// the standard library makes no links; under Wine, which makes neither, a link of the system below it. Gone
+/// with this object, since not every remove_all gets past a link.
+class DirectoryLink {
+ public:
+  DirectoryLink(std::filesystem::path link, const std::filesystem::path& target) : link_(std::move(link)) {
+    std::error_code error;
+    std::filesystem::create_directory_symlink(target.filename(), link_, error);
+    if (!error) return;
+    if (std::getenv("WINEPREFIX") != nullptr) {
+      Run("start /wait /unix /bin/ln -s " + target.filename().string() + " " + PathBelowWine());
+    } else {
+      Run("mklink /J \"" + link_.string() + "\" \"" + target.string() + "\" >nul");
+    }
+  }
+  ~DirectoryLink() {
+    std::error_code error;
+    std::filesystem::remove(link_, error);
+    if (error && std::getenv("WINEPREFIX") != nullptr) Run("start /wait /unix /bin/rm -f " + PathBelowWine());
+  }
+  DirectoryLink(const DirectoryLink&) = delete;
+  DirectoryLink& operator=(const DirectoryLink&) = delete;
+
+  bool IsThere() const { return std::filesystem::exists(link_); }
+
+ private:
+  static void Run(const std::string& command) {
+    if (std::system(command.c_str()) != 0) std::perror(command.c_str());
+  }
+
+  std::string PathBelowWine() const {
+    const std::string place = link_.generic_string();
+    const std::string drive(1, static_cast<char>(std::tolower(static_cast<unsigned char>(place[0]))));
+    return std::string(std::getenv("WINEPREFIX")) + "/dosdevices/" + drive + place.substr(1);
+  }
+
+  std::filesystem::path link_;
+};
 
 }  // namespace patcher

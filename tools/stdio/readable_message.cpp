@@ -1,6 +1,7 @@
 #include "readable_message.h"
 
 #include <cstdint>
+#include <exception>
 #include <locale>
 #include <sstream>
 
@@ -39,6 +40,25 @@ std::string Check(const Value& message) {
                      " damaged";
   if (const Value* samples = message.Find("samples")) {
     for (const Value& path : samples->arrayItems) line += "\n  " + path.AsString("");
+  }
+  return line;
+}
+
+/// The published document's items as far as it can be read; the page reads it in the same way.
+std::string News(const Value& message) {
+  if (!Flag(message, "ok")) return "no news to be had";
+  const std::string body = Text(message, "body");
+  std::string line = "news: " + std::to_string(body.size()) + " bytes";
+  try {
+    std::size_t position = 0;
+    const Value document = MiniJson::Parse(body, position);
+    if (const Value* items = document.Find("items")) {
+      for (const Value& item : items->arrayItems) {
+        line += "\n  " + Text(item, "date") + "  " + Text(item, "title");
+      }
+    }
+  } catch (const std::exception&) {
+    line += ", not readable";
   }
   return line;
 }
@@ -93,6 +113,7 @@ std::string ReadableMessage(const std::string& json) {
   if (type == "versions") return "version " + Number(message, "current") + " of " + Number(message, "latest");
   if (type == "server") return Flag(message, "online") ? "server online" : "server offline";
   if (type == "ready") return Flag(message, "canPlay") ? "ready to play" : "cannot play";
+  if (type == "news") return News(message);
   if (type == "check") return Check(message);
   if (type == "options") return Options(message);
   if (type == "optionsSaved") return Flag(message, "ok") ? "settings saved" : "settings could not be saved";

@@ -37,9 +37,17 @@ void AllowRunning(const fs::path& program) {
   _exit(127);
 }
 
+enum class Streams { kInherited, kNone };
+
+void DropStandardStreams() {
+  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, stream);
+}
+
 /// In the grandchild: becomes the program, or tells why not through `report`.
-[[noreturn]] void BecomeProgram(char* const* argv, const char* directory, int report) {
+[[noreturn]] void BecomeProgram(char* const* argv, const char* directory, Streams streams, int report) {
   if (chdir(directory) != 0) FailInChild(errno, report);
+  if (streams == Streams::kNone) DropStandardStreams();
   close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
   // execvp would hand a file that is no program to the shell.
   if (std::strchr(argv[0], '/') != nullptr) {
@@ -52,7 +60,8 @@ void AllowRunning(const fs::path& program) {
 
 /// Starts a program that is nobody's child afterwards, so that none is ever left unwaited for. Returns 0 or
 /// errno.
-int StartDetached(std::vector<std::string> words, const fs::path& directory) {
+int StartDetached(std::vector<std::string> words, const fs::path& directory,
+                  Streams streams = Streams::kInherited) {
   std::vector<char*> argv;
   argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
@@ -69,7 +78,7 @@ int StartDetached(std::vector<std::string> words, const fs::path& directory) {
   if (child == 0) {
     setsid();
     const pid_t grandchild = fork();
-    if (grandchild == 0) BecomeProgram(argv.data(), directory.c_str(), report[1]);
+    if (grandchild == 0) BecomeProgram(argv.data(), directory.c_str(), streams, report[1]);
     if (grandchild < 0) FailInChild(errno, report[1]);
     _exit(0);
   }
@@ -115,7 +124,7 @@ int StartProgram(const fs::path& program, const std::vector<std::string>& argume
 }
 
 bool OpenInBrowser(const std::u16string& url) {
-  return StartDetached({"xdg-open", WideToUtf8(url)}, "/") == 0;
+  return StartDetached({"xdg-open", WideToUtf8(url)}, "/", Streams::kNone) == 0;
 }
 
 void EndProcess(int code) {

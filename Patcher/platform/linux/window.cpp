@@ -14,6 +14,7 @@
 
 #include <gtk/gtk.h>
 
+#include "platform/resources.h"
 #include "platform/text.h"
 
 namespace platform {
@@ -54,6 +55,16 @@ void AvoidMissingGraphicsDevice() {
   if (!std::filesystem::exists("/dev/dri/renderD128", error)) {
     setenv("WEBKIT_DISABLE_DMABUF_RENDERER", "1", 0);
   }
+}
+
+void ShowIcon(GtkWindow* window, int number) {
+  const std::span<const std::byte> picture = EmbeddedResource(number);
+  GdkPixbufLoader* loader = gdk_pixbuf_loader_new();
+  if (gdk_pixbuf_loader_write(loader, reinterpret_cast<const guchar*>(picture.data()), picture.size(), nullptr) &&
+      gdk_pixbuf_loader_close(loader, nullptr)) {
+    gtk_window_set_icon(window, gdk_pixbuf_loader_get_pixbuf(loader));
+  }
+  g_object_unref(loader);
 }
 
 }  // namespace
@@ -253,6 +264,7 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
   GtkWindow* window = GTK_WINDOW(impl_->window);
   gtk_window_set_title(window, WideToUtf8(look.title).c_str());
   gtk_window_set_decorated(window, FALSE);
+  ShowIcon(window, look.icon);
   impl_->PaintBackground(look);
   const Size minimum = impl_->owner.MinimumWindowSize();
   GdkGeometry geometry{};

@@ -2,6 +2,8 @@
 
 #include "platform/http.h"
 
+#include <algorithm>
+#include <cwchar>
 #include <string>
 
 #include <winhttp.h>
@@ -87,6 +89,17 @@ bool HttpConnection::Open(HttpClient& client, const ServerAddress& server) {
 
 struct HttpRequest::Impl {
   Handle request;
+  std::uint64_t missing = 0;  // bytes of the announced length that have not been read; 0 also if none was
+
+  /// As text: the number forms of the query end at 32 bits or need a newer system.
+  std::uint64_t AnnouncedLength() const {
+    wchar_t text[32] = {};
+    DWORD size = sizeof text - sizeof(wchar_t);
+    const BOOL known =
+        WinHttpQueryHeaders(request.get(), WINHTTP_QUERY_CONTENT_LENGTH, WINHTTP_HEADER_NAME_BY_INDEX, text,
+                            &size, WINHTTP_NO_HEADER_INDEX);
+    return known ? std::wcstoull(text, nullptr, 10) : 0;
+  }
 
   static std::uint32_t ErrorUnless(BOOL success) { return success ? 0 : GetLastError(); }
 };
@@ -110,7 +123,9 @@ std::uint32_t HttpRequest::Send() {
 }
 
 std::uint32_t HttpRequest::ReceiveResponse() {
-  return Impl::ErrorUnless(WinHttpReceiveResponse(impl_->request.get(), nullptr));
+  const std::uint32_t error = Impl::ErrorUnless(WinHttpReceiveResponse(impl_->request.get(), nullptr));
+  if (error == 0) impl_->missing = impl_->AnnouncedLength();
+  return error;
 }
 
 std::uint32_t HttpRequest::Status() {
@@ -125,13 +140,15 @@ std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
   DWORD count = 0;
   const std::uint32_t error = Impl::ErrorUnless(WinHttpQueryDataAvailable(impl_->request.get(), &count));
   available = count;
-  return error;
+  // The system may take a connection that was lost for the end of the body.
+  return error == 0 && count == 0 && impl_->missing > 0 ? ERROR_WINHTTP_CONNECTION_ERROR : error;
 }
 
 std::uint32_t HttpRequest::ReadData(void* buffer, std::uint32_t size, std::uint32_t& read) {
   DWORD count = 0;
   const std::uint32_t error = Impl::ErrorUnless(WinHttpReadData(impl_->request.get(), buffer, size, &count));
   read = count;
+  impl_->missing -= std::min<std::uint64_t>(impl_->missing, count);
   return error;
 }
 

@@ -48,6 +48,14 @@ export class Installation {
     writeFileSync(this.file(name), text);
   }
 
+  erase(name) {
+    rmSync(this.file(name), { recursive: true });
+  }
+
+  makeDirectory(name) {
+    mkdirSync(this.file(name));
+  }
+
   has(name) {
     return existsSync(this.file(name));
   }

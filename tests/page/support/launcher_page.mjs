@@ -18,7 +18,8 @@ const browserArguments = ["--no-sandbox", "--disable-gpu", "--no-first-run", "--
 let browser;
 
 export async function startBrowser() {
-  browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: browserArguments });
+  browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: browserArguments,
+    ignoreDefaultArgs: ["--hide-scrollbars"] });
 }
 
 export async function stopBrowser() {
@@ -36,6 +37,11 @@ function installBridge() {
   window.hostSends = (texts) => {
     for (const data of texts) listeners.forEach((listener) => listener({ data }));
   };
+}
+
+// Resolves when what the page holds now has been drawn.
+export function nextFrame(page) {
+  return page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
 }
 
 export class LauncherPage {
@@ -61,7 +67,7 @@ export class LauncherPage {
     await launcher.context.exposeFunction("hostReceives", (text) => launcher.#receive(text));
     await launcher.context.addInitScript(installBridge);
     launcher.page = await launcher.context.newPage();
-    launcher.page.setDefaultTimeout(15000);
+    launcher.page.setDefaultTimeout(60000);
     launcher.page.on("pageerror", (error) => launcher.problems.push(String(error)));
     launcher.page.on("console", (message) => {
       if (message.type() === "error") launcher.problems.push(message.text());

@@ -77,7 +77,8 @@ TEST(DamagedFilesTest, OnlyListedFilesOfTheInstallationGo) {
        {"victim", "game/Patcher", "game/a", "game/kept", "game/folder/mine", "game/real/b"}) {
     WriteWhole(root / name, "x");
   }
-  ASSERT_TRUE(LinkToDirectoryBeside(root / "game" / "link", root / "game" / "real"));
+  const DirectoryLink link(root / "game" / "link", root / "game" / "real");
+  ASSERT_TRUE(link.IsThere());
   const std::vector<std::string> listed{"../victim",
                                         "Patcher",
                                         "a",

@@ -83,6 +83,9 @@ TEST(ArchiveTest, DamageIsAFailureWithAName) {
   std::string badCrc = good;
   badCrc[badCrc.rfind("PK\x01\x02") + 16] ^= 1;  // the second entry's CRC
   EXPECT_EQ(extract(badCrc), "b");
+  std::string impossibleSize = good;
+  impossibleSize[impossibleSize.rfind("PK\x01\x02") + 27] = 1;  // 16 MiB out of a few bytes
+  EXPECT_EQ(extract(impossibleSize), "archive illisible");
 }
 
 TEST(ArchiveTest, RandomDamageNeverCrashesNorLeavesTheDirectory) {

@@ -1,0 +1,57 @@
+#include "launch/external_links.h"
+
+#include <algorithm>
+
+#include "platform/process.h"
+#include "shared/site.h"
+
+namespace patcher {
+namespace {
+
+constexpr std::u16string_view kScheme = u"https://";
+constexpr std::size_t kMaxLength = 2048;
+
+bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+
+bool IsHostCharacter(char16_t c) {
+  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || IsDigit(c) || c == u'-' || c == u'_' ||
+         c == u'.';
+}
+
+bool MustNotStandInUrl(char16_t c) { return c <= u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
+
+char16_t AsciiLower(char16_t c) {
+  return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
+}
+
+/// `host` in lower case.
+bool BelongsToSite(std::u16string_view host) {
+  static const std::u16string site(std::begin(kSiteHost), std::end(kSiteHost) - 1);
+  if (host == site) return true;
+  const std::u16string subdomain = u"." + site;
+  return host.size() > subdomain.size() && host.ends_with(subdomain);
+}
+
+}  // namespace
+
+bool IsSiteLink(std::u16string_view url) {
+  if (!url.starts_with(kScheme) || url.size() > kMaxLength) return false;
+  if (std::any_of(url.begin(), url.end(), MustNotStandInUrl)) return false;
+  const std::u16string_view behindScheme = url.substr(kScheme.size());
+  const std::u16string_view authority = behindScheme.substr(0, behindScheme.find_first_of(u"/?#"));
+  const std::size_t colon = authority.find(u':');
+  std::u16string host(authority.substr(0, colon));
+  if (!std::all_of(host.begin(), host.end(), IsHostCharacter)) return false;
+  if (colon != std::u16string_view::npos) {
+    const std::u16string_view port = authority.substr(colon + 1);
+    if (!std::all_of(port.begin(), port.end(), IsDigit)) return false;
+  }
+  std::transform(host.begin(), host.end(), host.begin(), AsciiLower);
+  return BelongsToSite(host);
+}
+
+void OpenExternalUrl(const std::u16string& url) {
+  if (IsSiteLink(url)) platform::OpenInBrowser(url);
+}
+
+}  // namespace patcher

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace patcher {
+
+/// Whether `url`, which may come from anywhere, is an https link to the site or to a subdomain of it, with or
+/// without a port: at most 2048 UTF-16 units, "https://" in lower case, no user name. What stands behind the
+/// host is not judged, but refused are
+///  - a host of anything but ASCII letters, digits, '-', '_' and '.', and a port of anything but digits:
+///    browsers read a backslash as the end of the host, decode percent signs, and map look-alikes and
+///    full-width signs, so that the host they go to would not be the one that was compared;
+///  - a control character, blank, quotation mark or backslash anywhere: some are dropped, cut the text short
+///    or split a browser's command line, and no well-formed URL has any.
+bool IsSiteLink(std::u16string_view url);
+
+/// Opens `url` in the player's browser, as it came, if it is a site link; does nothing otherwise. Main
+/// thread.
+void OpenExternalUrl(const std::u16string& url);
+
+}  // namespace patcher

@@ -1,0 +1,41 @@
+#include "launch/news.h"
+
+#include <exception>
+#include <string>
+
+#include "control/page_messages.h"
+#include "control/ui_event.h"
+#include "transport/config.h"
+#include "transport/http_session.h"
+
+namespace patcher {
+namespace {
+
+constexpr char kNewsPath[] = "/api/news.json";
+constexpr std::size_t kMaxNewsBytes = 262144;
+
+/// The document, or nothing that can be shown: an empty text.
+std::string GetDocument() {
+  HttpSession session;
+  std::string error;
+  std::string body;
+  if (!session.Connect(PatchConfig::Current().baseUrl, error)) return {};
+  if (!session.GetToString(kNewsPath, body, kMaxNewsBytes + 1) || body.size() > kMaxNewsBytes) return {};
+  return body;
+}
+
+std::u16string BuildAnswer() {
+  try {
+    const std::string document = GetDocument();
+    if (!document.empty()) return BuildNewsMessage(document);
+  } catch (const std::exception&) {
+    // The page has a single failure state.
+  }
+  return BuildNewsFailedMessage();
+}
+
+}  // namespace
+
+void FetchNews(HostWindow& window) { PostWideJson(window, BuildAnswer()); }
+
+}  // namespace patcher

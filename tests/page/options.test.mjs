@@ -1,0 +1,89 @@
+// The settings of the game: what the page shows, and what the file says afterwards.
+import assert from "node:assert/strict";
+import { journey } from "./support/journey.mjs";
+import { optionsMessage } from "./support/sample_messages.mjs";
+
+const lines = (game) => game.read("ostu.ini").trim().split(/\r?\n/);
+const has = (game, ...expected) => expected.forEach((line) => assert.ok(lines(game).includes(line), line));
+const row = (page, label) => page.locator(".opt-row", { has: page.getByText(label, { exact: true }) });
+
+async function openOptions(launcher, game) {
+  game.start(launcher);
+  await launcher.open("Parametres");
+  await launcher.page.locator(".opt-section").first().waitFor();
+}
+
+async function save(launcher) {
+  await launcher.page.click("#opt-apply");
+  await launcher.waitForText("opt-state", "Reglages enregistres.");
+}
+
+journey("what the player wrote by hand survives a round trip, and defaults reset the rest", { game: { installed: true } },
+  async (launcher, game) => {
+    const { page } = launcher;
+    game.write("ostu.ini", "fpslimit 90\r\nshadowbias 0.0031\r\nbloomint 0.2\r\nfxaa 0\r\nmacmd 7 x\r\nresolution 1000 700\r\nWindowAlpha 200\r\n");
+    await openOptions(launcher, game);
+    assert.equal(await launcher.text("opt-state"), "");
+    assert.equal(await page.locator(".opt-section").count(), 5 + 8);
+    assert.equal(await page.locator(".opt-row").count(), 19 + 61);
+    const chosen = (label) => row(page, label).locator("option:checked").textContent();
+    assert.equal(await chosen("Images par seconde"), "90 (personnalise)");
+    assert.equal(await chosen("Resolution"), "1000 x 700");
+    const bias = row(page, "Decalage des ombres");
+    assert.equal(await bias.locator(".opt-value").textContent(), "0.0031");
+    assert.equal(await row(page, "Intensite du halo").locator(".opt-value").textContent(), "0.20");
+    await bias.locator("input").focus();
+    await page.keyboard.press("ArrowRight");
+    assert.equal(await bias.locator(".opt-value").textContent(), "0.0032");
+    await row(page, "Anticrenelage").getByRole("switch").press("Space");
+    await row(page, "Ombres").getByRole("radio", { name: "Elevees" }).click();
+    await page.keyboard.press("ArrowRight");
+    assert.equal(await launcher.text("opt-state"), "Modifications non enregistrees.");
+    await save(launcher);
+    has(game, "fpslimit 90", "shadowbias 0.0032", "fxaa 1", "macmd 7 x", "resolution 1000 700", "WindowAlpha 200");
+    assert.deepEqual(await row(page, "Ombres").getByRole("radio", { checked: true }).allTextContents(), ["Moyennes"]);
+    assert.equal(await page.locator(".opt-row").count(), 19 + 61, "the form is built once");
+
+    await page.click("#opt-reset");
+    assert.equal(await launcher.text("opt-state"), "Modifications non enregistrees.");
+    has(game, "fpslimit 90", "shadowbias 0.0032");
+    await save(launcher);
+    has(game, "fpslimit 0", "shadowbias 0.002", "fxaa 1", "WindowAlpha 255", "macmd 7 x", "resolution 1000 700");
+    await launcher.open("Accueil");
+    assert.match(await page.locator(".entry").last().textContent(), /Reglages graphiques enregistres \(ostu\.ini\)\.$/);
+  });
+
+journey("a game never started shows its defaults, and a refused write keeps the form", { game: { installed: true } },
+  async (launcher, game) => {
+    const { page } = launcher;
+    await openOptions(launcher, game);
+    await launcher.waitForText("opt-state", "Le jeu n'a pas encore ete lance : voici les valeurs par defaut.");
+    game.makeDirectory("ostu.ini");
+    await row(page, "Plein ecran").getByRole("switch").click();
+    await page.click("#opt-apply");
+    await launcher.waitForText("opt-state", "Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.");
+    assert.equal(await row(page, "Plein ecran").getByRole("switch").getAttribute("aria-checked"), "false");
+    game.erase("ostu.ini");
+    await save(launcher);
+    assert.equal(lines(game).length, 80);
+    await page.waitForFunction(() => optState.fullscreen === 0 && !optJustSaved);
+    assert.equal(await launcher.text("opt-state"), "Reglages enregistres.");
+  });
+
+journey("a save sends every value as it stands, and asks for options only when none have come", {}, async (launcher) => {
+  const { page } = launcher;
+  await launcher.open("Parametres");
+  const message = optionsMessage();
+  await launcher.send(message);
+  await launcher.open("Accueil");
+  await launcher.open("Parametres");
+  assert.deepEqual(await page.locator(".opt-section h3").allTextContents(), ["Affichage", "Qualite graphique", "Effets",
+    "Noms affiches", "Camera et fenetres", "Image", "Surfaces", "Ombres"]);
+  assert.equal(await row(page, "Contraste").locator(".opt-hint").count(), 0);
+  await row(page, "Resolution").getByRole("combobox").selectOption("1920 x 1080");
+  await row(page, "Images par seconde").getByRole("combobox").selectOption("144");
+  await page.click("#opt-apply");
+  assert.equal(await launcher.text("opt-state"), "Enregistrement...");
+  assert.deepEqual(launcher.requests, [{ action: "getOptions" },
+    { action: "saveOptions", values: { ...message.values, resWidth: 1920, resHeight: 1080, fpsLimit: 144 } }]);
+});

@@ -1,0 +1,90 @@
+#include "update/self_update.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/scratch_directory.h"
+
+namespace patcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kLocked[] = "Impossible de remplacer le patcher (fichier verrouille).";
+constexpr char kIncomplete[] = "Mise a jour du patcher incomplete, relance annulee.";
+
+/// An installation whose launchers are texts: the start at the end of a swap fails in silence.
+class SelfUpdateSwapTest : public testing::Test {
+ protected:
+  void RunAs(const std::string& name) { SetExePath(directory_ / name); }
+
+  std::vector<std::string> Swap() {
+    std::vector<std::string> boxes;
+    SelfUpdateSwap([&](const std::u16string& text, const std::u16string& title) {
+      EXPECT_EQ(title, BuildWindowTitle());
+      boxes.emplace_back(text.begin(), text.end());
+    });
+    return boxes;
+  }
+
+  std::string At(const std::string& name) { return ReadWhole(directory_ / name); }
+  void Put(const std::string& name, const std::string& text) { WriteWhole(directory_ / name, text); }
+  bool Exists(const std::string& name) { return fs::exists(directory_ / name); }
+
+  ScratchDirectory directory_;
+  using Boxes = std::vector<std::string>;
+};
+
+TEST_F(SelfUpdateSwapTest, TakesThePlaceUnderTheLaunchersOwnName) {
+  RunAs("Mon jeu.exe");
+  Put("Mon jeu.exe", "old");
+  Put("Patcher.new.exe", "new");
+  Put("Patcher.old.exe", "older");
+  fs::permissions(directory_ / "Patcher.old.exe", fs::perms::owner_read);
+  EXPECT_EQ(Swap(), Boxes());
+  EXPECT_EQ(At("Mon jeu.exe"), "new");
+  EXPECT_EQ(At("Patcher.old.exe"), "old");
+  EXPECT_FALSE(Exists("Patcher.new.exe"));
+}
+
+TEST_F(SelfUpdateSwapTest, ARefusedFirstMoveChangesNothing) {
+  RunAs("Patcher.exe");
+  Put("Patcher.exe", "old");
+  Put("Patcher.new.exe", "new");
+  fs::create_directory(directory_ / "Patcher.old.exe");
+  Put("Patcher.old.exe/mine", "kept");
+  EXPECT_EQ(Swap(), Boxes{kLocked});
+  EXPECT_EQ(At("Patcher.exe"), "old");
+  EXPECT_EQ(At("Patcher.new.exe"), "new");
+  EXPECT_EQ(At("Patcher.old.exe/mine"), "kept");
+}
+
+TEST_F(SelfUpdateSwapTest, ARefusedSecondMoveBringsTheOldLauncherBack) {
+  RunAs("Patcher.exe");
+  Put("Patcher.exe", "old");
+  EXPECT_EQ(Swap(), Boxes{kIncomplete});
+  EXPECT_EQ(At("Patcher.exe"), "old");
+  EXPECT_FALSE(Exists("Patcher.old.exe"));
+}
+
+TEST_F(SelfUpdateSwapTest, ALauncherStartedUnderTheNameOfTheOldOneMakesWayToo) {
+  RunAs("Patcher.old.exe");
+  Put("Patcher.old.exe", "old");
+  Put("Patcher.new.exe", "new");
+  EXPECT_EQ(Swap(), Boxes());
+  EXPECT_EQ(At("Patcher.old.exe"), "new");
+  EXPECT_EQ(At("Patcher.old.exe.old"), "old");
+}
+
+TEST_F(SelfUpdateSwapTest, OneStartedUnderTheNameOfTheNewOneWasReplacedByTheDownload) {
+  RunAs("Patcher.new.exe");
+  Put("Patcher.new.exe", "newer");
+  EXPECT_EQ(Swap(), Boxes());
+  EXPECT_EQ(At("Patcher.new.exe"), "newer");
+}
+
+}  // namespace
+}  // namespace patcher
