@@ -50,7 +50,7 @@ class WindowsTest(WindowTest):
         self.wine = wine()
 
     def start(self, mode=""):
-        program = WindowsLauncher(self.wine, self.place.program, mode)
+        program = WindowsLauncher.start(self.wine, self.place.program, mode)
         self.addCleanup(program.end)
         return program
 

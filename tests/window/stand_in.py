@@ -53,19 +53,26 @@ class Wine:
 class WindowsLauncher:
     """One run of the program. `told` holds everything that it has done so far, as lists of fields."""
 
-    def __init__(self, wine, program, mode=""):
-        listener = socket.create_server(("127.0.0.1", 0))
-        listener.settimeout(LIMIT)
-        self.process = wine.start(program, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                  stderr=subprocess.DEVNULL, environment={
-                                      "WEB_VIEW_STAND_IN_PORT": str(listener.getsockname()[1]),
-                                      "WEB_VIEW_STAND_IN_MODE": mode})
+    def __init__(self, listener, process=None):
+        self.listener = listener
+        self.process = process
         self.connection, _ = listener.accept()
-        listener.close()
         self.connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         self.lines = queue.Queue()
         self.told = []
         threading.Thread(target=self._read, daemon=True).start()
+
+    @staticmethod
+    def start(wine, program, mode=""):
+        listener = socket.create_server(("127.0.0.1", 0))
+        listener.settimeout(LIMIT)
+        environment = {"WEB_VIEW_STAND_IN_PORT": str(listener.getsockname()[1]), "WEB_VIEW_STAND_IN_MODE": mode}
+        return WindowsLauncher(listener, wine.start(program, environment=environment, stdin=subprocess.DEVNULL,
+                                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+
+    def successor(self):
+        """The launcher that this one has started in its place."""
+        return WindowsLauncher(self.listener)
 
     def _read(self):
         try:
@@ -123,13 +130,18 @@ class WindowsLauncher:
 
     def exit_code(self):
         code = self.process.wait(LIMIT)
+        self.wait_for_end()
+        return code
+
+    def wait_for_end(self):
         while self.lines.get(timeout=LIMIT) is not None:
             pass
         self.connection.close()
-        return code
 
     def end(self):
         """For clean-up: whatever state it is in."""
-        self.process.kill()
-        self.process.wait()
+        self.listener.close()
         self.connection.close()
+        if self.process:
+            self.process.kill()
+            self.process.wait()

@@ -7,9 +7,9 @@ from launcher import name_on_disk
 
 
 class JourneyTest(WindowsTest):
-    def publish(self, game):
+    def publish(self, game, **extra):
         game.files["Tolmira.exe"] = (fixture.BUILD / "bin" / "sample-client.exe").read_bytes()
-        game.publish(self.server)
+        game.publish(self.server, **extra)
         return {name_on_disk(name): data for name, data in game.files.items()}
 
     def ready(self):
@@ -57,8 +57,32 @@ class JourneyTest(WindowsTest):
         self.assertEqual(program.wait_message("options")["values"], {**values, "fpsLimit": 120})
         self.assertIn(b"; mine\r\nfpslimit 120\r\n", settings.read_bytes())
 
-    def test_news_without_a_site(self):
+    def test_news(self):
         self.publish(Game(3, 3))
+        self.server.content["/api/news.json"] = '{"news":["\u00e9t\u00e9\t<b>"]}'.encode()
         program = self.ready()
         program.request("getNews")
-        self.assertEqual(program.wait_message("news"), {"type": "news", "ok": False})
+        self.assertEqual(program.wait_message("news")["body"], '{"news":["\u00e9t\u00e9\t<b>"]}')
+        self.server.faults["/api/news.json"] = [404]
+        program.request("getNews")
+        program.wait_message("news", ok=False)
+
+    def test_the_launcher_replaces_itself(self):
+        # The same program with bytes behind its end that no loader looks at: another file, that can be told apart.
+        successor = self.place.program.read_bytes() + b"the next launcher"
+        self.server.content["/patch/Patcher.exe"] = successor
+        files = self.publish(Game(4, 10), patcherVersion=27, patcherUrl="Patcher.exe")
+        program = self.start()
+        program.load_page()
+        program.wait_message("status", text="Mise a jour du patcher...")
+        self.assertEqual(program.exit_code(), 0)
+        self.assertNotIn("ready", [message["type"] for message in program.messages()])
+        second = program.successor()
+        second.load_page()
+        second.wait_message("ready", canPlay=True)
+        found = self.installed_files()
+        self.assertEqual(self.place.program.read_bytes(), successor)
+        self.assertEqual({name: data for name, data in found.items() if not name.startswith("Patcher.")}, files)
+        self.assertNotIn("Patcher.new.exe", found)
+        second.request("cancel")
+        second.wait_for_end()
