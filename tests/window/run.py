@@ -18,6 +18,7 @@ import fixture  # noqa: E402
 import test_native_window  # noqa: E402
 import test_windows_chain  # noqa: E402
 import test_windows_journeys  # noqa: E402
+import test_windows_page  # noqa: E402
 import test_windows_window  # noqa: E402
 
 
@@ -36,7 +37,7 @@ def main():
     windows = (options.build / "bin" / "Patcher.exe").exists()
     fixture.BUILD = options.build.resolve()
     launcher.PROGRAM = fixture.BUILD / "bin" / ("Patcher.exe" if windows else "Patcher")
-    modules = (test_windows_chain, test_windows_window, test_windows_journeys) if windows else (test_native_window,)
+    modules = (test_windows_chain, test_windows_window, test_windows_journeys, test_windows_page) if windows else (test_native_window,)
     cases = {case.__name__: case for module in modules for case in vars(module).values()
              if isinstance(case, type) and issubclass(case, unittest.TestCase) and case.__module__ == module.__name__}
     suite = unittest.TestSuite()

@@ -8,7 +8,8 @@ import subprocess
 import threading
 
 LIMIT = 120  # seconds
-BUILD = pathlib.Path(__file__).resolve().parents[2] / "build"
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = ROOT / "build"
 ESCAPES = {"\\": "\\\\", "\t": "\\t", "\n": "\\n", "\r": "\\r"}
 
 

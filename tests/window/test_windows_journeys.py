@@ -3,14 +3,13 @@ import fixture
 from display import wait_until
 from fixture import WindowsTest
 from game import Game
-from launcher import name_on_disk
 
 
 class JourneyTest(WindowsTest):
     def publish(self, game, **extra):
         game.files["Tolmira.exe"] = (fixture.BUILD / "bin" / "sample-client.exe").read_bytes()
         game.publish(self.server, **extra)
-        return {name_on_disk(name): data for name, data in game.files.items()}
+        return game.files
 
     def ready(self):
         program = self.start()
