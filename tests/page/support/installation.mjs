@@ -40,6 +40,11 @@ export class Installation {
     return installation;
   }
 
+  // The first file of the game whose path ends so.
+  named(end) {
+    return Object.keys(this.files).find((file) => file.endsWith(end));
+  }
+
   file(name) {
     return path.join(this.directory, name);
   }

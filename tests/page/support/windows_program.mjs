@@ -21,11 +21,13 @@ const unescape = (field) => field.replace(/\\(.)/g, (_, c) => plain[c]);
 
 export class WindowsProgram {
   #connection = null;
+  #unsent = "";
 
   constructor(directory, launcher) {
     for (const file of ["bin/Patcher.exe", "web_view_stand_in/WebView2Loader.dll"]) {
       copyFileSync(path.join(windowsBuild, file), path.join(directory, path.basename(file)));
     }
+    launcher.onRequest = (text) => this.#tell("send", text);
     this.ended = this.#run(directory, launcher);
   }
 
@@ -50,7 +52,6 @@ export class WindowsProgram {
   #connect(connection, launcher) {
     this.#connection = connection;
     connection.on("error", () => {});
-    launcher.onRequest = (text) => this.#tell("send", text);
     readline.createInterface({ input: connection }).on("line", (line) => {
       const [verb, ...fields] = line.split("\t").map(unescape);
       if (verb === "message") launcher.sendTexts(fields[0]).catch(() => {});
@@ -61,10 +62,14 @@ export class WindowsProgram {
   // The browser shows this page already.
   #pageLoaded(page) {
     assert.equal(page, readFileSync(path.join(build, "Patcher/generated/page/launcher.html"), "utf8"));
-    this.#tell("complete");
+    this.#connection.write("complete\n" + this.#unsent);
+    this.#unsent = null;
   }
 
+  // What the page asks while the program starts waits until it has the page.
   #tell(...fields) {
-    this.#connection.write(fields.map(escape).join("\t") + "\n");
+    const line = fields.map(escape).join("\t") + "\n";
+    if (this.#unsent === null) this.#connection.write(line);
+    else this.#unsent += line;
   }
 }
