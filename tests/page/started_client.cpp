@@ -1,5 +1,5 @@
-// A game client for the tests with the Windows program: leaves its argument in the file "started" in its working
-// directory.
+// A game client for the tests with the Windows program: leaves its argument in the file "started" in its
+// working directory.
 
 #include <cstdio>
 #include <fstream>
