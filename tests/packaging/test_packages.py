@@ -19,7 +19,8 @@ class WindowsArchiveTest(unittest.TestCase):
         with zipfile.ZipFile(next(WINDOWS.glob("*.zip"))) as archive:
             contents = {name: archive.read(name) for name in archive.namelist() if not name.endswith("/")}
         self.assertEqual(set(contents), {"Patcher.exe", "LISEZMOI.txt", "OPERATORS.md", "licences/miniz.txt",
-                                         "licences/gcc-runtime.txt", "licences/mingw-w64.txt"})
+                                         "licences/gcc-runtime.txt", "licences/mingw-w64.txt",
+                                         "licences/zlib.txt"})
         program = contents["Patcher.exe"]
         self.assertTrue(program.startswith(b"MZ"))
         self.assertLess(len(program), (WINDOWS / "bin" / "Patcher.exe").stat().st_size, "symbols are stripped")
@@ -29,7 +30,7 @@ class WindowsArchiveTest(unittest.TestCase):
         self.assertNotIn(b"@", contents["OPERATORS.md"])
         self.assertIn(b"https://tolmira.example", contents["OPERATORS.md"])
         for name, words in (("miniz", b"Permission is hereby granted"), ("gcc-runtime", b"Runtime Library Exception"),
-                            ("mingw-w64", b"mingw-w64")):
+                            ("mingw-w64", b"mingw-w64"), ("zlib", b"the origin of this software must not be misrepresented")):
             self.assertIn(words.lower(), contents[f"licences/{name}.txt"].lower())
 
 

@@ -1,11 +1,10 @@
 // A published game and a directory that a launcher brings up to date, with the real engine in it.
 import { execFileSync, spawn } from "node:child_process";
 import { once } from "node:events";
-import { chmodSync, copyFileSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { chmodSync, copyFileSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, watch, writeFileSync } from "node:fs";
 import os from "node:os";
 import path from "node:path";
 import readline from "node:readline";
-import { setTimeout } from "node:timers/promises";
 import { build } from "./launcher_page.mjs";
 import { PatchServer } from "./patch_server.mjs";
 import { windowsClient, WindowsProgram } from "./windows_program.mjs";
@@ -53,12 +52,6 @@ export class Installation {
     return readFileSync(this.file(name), "utf8");
   }
 
-  // The text of a file that a program is about to write.
-  async written(name) {
-    while (!this.has(name) || !this.read(name).endsWith("\n")) await setTimeout(10);
-    return this.read(name);
-  }
-
   write(name, text) {
     mkdirSync(path.dirname(this.file(name)), { recursive: true });
     writeFileSync(this.file(name), text);
@@ -74,6 +67,21 @@ export class Installation {
 
   has(name) {
     return existsSync(this.file(name));
+  }
+
+  // What the client says when it runs. It outlives the launcher, so it may not have said it yet.
+  async clientStarted() {
+    await new Promise((resolve) => {
+      const watcher = watch(this.directory);
+      const look = () => {
+        if (!this.has("started")) return;
+        watcher.close();
+        resolve();
+      };
+      watcher.on("change", look);
+      look();
+    });
+    return this.read("started");
   }
 
   setServer(url) {
