@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "control/ui_event.h"
+#include "platform/directory_lock.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/config.h"
@@ -47,13 +48,14 @@ void SweepLeftovers() {
 /// on.
 class Steps {
  public:
-  Steps(HostWindow& window, const UpdateStages& stages) : run_(window), stages_(stages) {}
+  Steps(HostWindow& window, const UpdateStages& stages) : lock_(ExeDir()), run_(window), stages_(stages) {}
   ~Steps() { run_.session.Close(); }
   Steps(const Steps&) = delete;
   Steps& operator=(const Steps&) = delete;
 
   /// Nothing if the launcher is being replaced.
   std::optional<bool> Run() {
+    WaitForOtherLauncher();
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
     if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
@@ -77,6 +79,14 @@ class Steps {
   }
 
  private:
+  /// A player may have started two. They would write the same temporary files, and one of them could record a
+  /// file that the other is still writing.
+  void WaitForOtherLauncher() {
+    if (lock_.TryTake()) return;
+    Status("Une autre instance du lanceur met le jeu a jour, attente...");
+    lock_.Take();
+  }
+
   void Status(const std::string& text) { PostStatus(run_.window, text); }
 
   bool ClientExists() const { return stages_.clientExists && stages_.clientExists(); }
@@ -167,6 +177,7 @@ class Steps {
     return ParallelRun(itemCount, PatchConfig::Current().connections, work);
   }
 
+  platform::DirectoryLock lock_;
   UpdateRun run_;
   const UpdateStages& stages_;
 };
