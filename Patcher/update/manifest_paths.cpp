@@ -1,6 +1,7 @@
 #include "update/manifest_paths.h"
 
 #include <algorithm>
+#include <set>
 
 namespace patcher {
 namespace {
@@ -25,9 +26,17 @@ bool StaysInside(std::string_view path) {
   return true;
 }
 
-bool AllPathsStayInside(const PatchManifest& manifest) {
-  return std::all_of(manifest.files.begin(), manifest.files.end(),
-                     [](const PatchFile& file) { return StaysInside(file.path); });
+bool PathsAreUsable(const PatchManifest& manifest) {
+  std::set<std::string_view> owners;  // of which a path is a working name; mostly none
+  for (const PatchFile& file : manifest.files) {
+    if (!StaysInside(file.path)) return false;
+    for (const std::string_view suffix : {".part", ".old"}) {
+      const std::string_view path = file.path;
+      if (path.ends_with(suffix)) owners.insert(path.substr(0, path.size() - suffix.size()));
+    }
+  }
+  return owners.empty() || std::none_of(manifest.files.begin(), manifest.files.end(),
+                                        [&](const PatchFile& file) { return owners.count(file.path) != 0; });
 }
 
 }  // namespace patcher

@@ -11,6 +11,8 @@ namespace patcher {
 /// control character.
 bool StaysInside(std::string_view path);
 
-bool AllPathsStayInside(const PatchManifest& manifest);
+/// Whether every path stays inside, and none is another's temporary name (".part") or the one under which
+/// that is moved aside (".old"): installing the one would write into the other.
+bool PathsAreUsable(const PatchManifest& manifest);
 
 }  // namespace patcher

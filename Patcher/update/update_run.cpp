@@ -99,7 +99,7 @@ class Steps {
       PostServer(run_.window, false);
       return ClientExists();
     }
-    if (!run_.session.GetToString("/patch/version.json", run_.manifestText)) {
+    if (!run_.session.GetToString("/patch/version.json", run_.manifestText, kMaxManifestSize + 1)) {
       Status("Serveur de patch injoignable.");
       PostServer(run_.window, false);
       const bool canPlay = ClientExists();
@@ -107,7 +107,7 @@ class Steps {
       return canPlay;
     }
     PostServer(run_.window, true);
-    if (!ParsePatchManifest(run_.manifestText, run_.manifest, error) || !AllPathsStayInside(run_.manifest)) {
+    if (!ParsePatchManifest(run_.manifestText, run_.manifest, error) || !PathsAreUsable(run_.manifest)) {
       Status("Manifest de patch invalide.");
       return false;
     }
