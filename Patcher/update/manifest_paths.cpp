@@ -6,6 +6,8 @@
 namespace patcher {
 namespace {
 
+constexpr std::string_view kTemporarySuffix = ".part";
+
 bool LeadsUpwards(std::string_view component) {
   return component.find_first_not_of(". ") == std::string_view::npos &&
          std::count(component.begin(), component.end(), '.') >= 2;
@@ -27,13 +29,12 @@ bool StaysInside(std::string_view path) {
 }
 
 bool PathsAreUsable(const PatchManifest& manifest) {
-  std::set<std::string_view> owners;  // of which a path is a working name; mostly none
+  std::set<std::string_view> owners;  // of the paths that are temporary names; mostly none
   for (const PatchFile& file : manifest.files) {
     if (!StaysInside(file.path)) return false;
-    for (const std::string_view suffix : {".part", ".old"}) {
-      const std::string_view path = file.path;
-      if (path.ends_with(suffix)) owners.insert(path.substr(0, path.size() - suffix.size()));
-    }
+    const std::string_view path = file.path;
+    if (path.ends_with(kTemporarySuffix))
+      owners.insert(path.substr(0, path.size() - kTemporarySuffix.size()));
   }
   return owners.empty() || std::none_of(manifest.files.begin(), manifest.files.end(),
                                         [&](const PatchFile& file) { return owners.count(file.path) != 0; });

@@ -11,8 +11,8 @@ namespace patcher {
 /// control character.
 bool StaysInside(std::string_view path);
 
-/// Whether every path stays inside, and none is another's temporary name (".part") or the one under which
-/// that is moved aside (".old"): installing the one would write into the other.
+/// Whether every path stays inside, and none is the temporary name (".part") of another: two workers could
+/// write one file.
 bool PathsAreUsable(const PatchManifest& manifest);
 
 }  // namespace patcher
