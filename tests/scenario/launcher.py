@@ -134,6 +134,7 @@ class Session:
     """A launcher that stays: requests are asked one by one. Its start-up run is over unless `wait` says otherwise."""
 
     def __init__(self, place, wait=True):
+        self.place = place
         self.process = place.start()
         self.watchdog = threading.Timer(LIMIT, self.process.kill)
         self.watchdog.start()
@@ -162,11 +163,9 @@ class Session:
 
     def kill(self):
         self.watchdog.cancel()
-        self.process.kill()
-        self.process.wait()
-        for stream in (self.process.stdin, self.process.stdout, self.process.stderr):
-            with contextlib.suppress(OSError):
-                stream.close()
+        self.place.kill(self.process)
+        with contextlib.suppress(OSError):
+            self.process.stdin.close()
 
     def end(self):
         """Exit code, rest of the output, standard error."""
