@@ -11,7 +11,19 @@ set(PATCHER_MINIZ_DIR "${CMAKE_SOURCE_DIR}/build/deps/miniz" CACHE PATH "Folder 
 if(NOT EXISTS "${PATCHER_MINIZ_DIR}/miniz.c")
   message(FATAL_ERROR "miniz is missing: run tools/setup, or set PATCHER_MINIZ_DIR")
 endif()
-add_library(patcher_miniz STATIC "${PATCHER_MINIZ_DIR}/miniz.c")
+# Half of this miniz's unpacking time is its byte-wise CRC-32, and it has no switch for another one: its own is
+# renamed in a copy, and zlib's takes the name. The static zlib, so that the Windows program needs no library.
+find_library(PATCHER_ZLIB NAMES libz.a REQUIRED)
+file(READ "${PATCHER_MINIZ_DIR}/miniz.c" source)
+set(signature "mz_crc32(mz_ulong crc, const mz_uint8 *ptr, size_t buf_len)\n{")
+string(REPLACE "mz_ulong ${signature}" "static mz_ulong bytewise_${signature}" source "${source}")
+if(NOT source MATCHES "bytewise_mz_crc32")
+  message(FATAL_ERROR "miniz.c is not the expected one: no mz_crc32 to replace")
+endif()
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/miniz/miniz.c" CONTENT "${source}" @ONLY)
+add_library(patcher_miniz STATIC "${CMAKE_BINARY_DIR}/miniz/miniz.c" "${CMAKE_SOURCE_DIR}/Patcher/platform/miniz_crc32.c")
+target_link_libraries(patcher_miniz PRIVATE "${PATCHER_ZLIB}")
+set_source_files_properties("${CMAKE_BINARY_DIR}/miniz/miniz.c" PROPERTIES COMPILE_OPTIONS -Wno-unused-function)
 target_include_directories(patcher_miniz SYSTEM PUBLIC "${PATCHER_MINIZ_DIR}")
 # MINIZ_NO_TIME: extracted files carry the time of their extraction, and miniz needs no narrow utime().
 target_compile_definitions(patcher_miniz PUBLIC MINIZ_NO_TIME PRIVATE _LARGEFILE64_SOURCE=1)

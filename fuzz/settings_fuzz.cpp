@@ -80,6 +80,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string saved = patcher::ReadWhole(path);
   Require(patcher::SaveOptions(path, values) && patcher::ReadWhole(path) == saved,
           "a second save changes nothing");
-  CheckMessage(path);
   return 0;
 }

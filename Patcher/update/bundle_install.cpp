@@ -74,7 +74,7 @@ void RecordInstalled(UpdateRun& run, std::size_t index) {
     if (owner == run.archivePaths.end() || owner->second != index || digest == run.expectedDigests.end())
       continue;
     if (HasExpectedSize(InstalledPlace(path), run.expectedSizes.find(path)->second)) {
-      run.record.Enter(path, digest->second);
+      run.record.Enter(path, std::string(digest->second));
     } else {
       PostStatus(run.window,
                  "Anomalie: " + path + " absent apres extraction de " + bundle.name + ", sera repris.");

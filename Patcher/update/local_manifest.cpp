@@ -1,11 +1,13 @@
 #include "update/local_manifest.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
+#include <optional>
 #include <sstream>
+#include <system_error>
 
 #include "minijson/minijson.h"
-#include "update/patch_manifest.h"
 
 namespace patcher {
 namespace {
@@ -24,20 +26,36 @@ void AppendString(std::string& text, std::string_view value) {
   text += out.str();
 }
 
+/// A record is held in memory; a real one, of a million files, comes nowhere near this.
+constexpr std::uint64_t kMaxDocumentSize = 512u << 20;
+
+/// In one read: the document may have many megabytes. Nothing for what cannot be read, a directory for
+/// example.
+std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::error_code error;
+  const std::uint64_t size = std::filesystem::file_size(path, error);
+  if (!in || error || size > kMaxDocumentSize) return std::nullopt;
+  std::string text(static_cast<std::size_t>(size), '\0');
+  in.read(text.data(), static_cast<std::streamsize>(size));
+  text.resize(static_cast<std::size_t>(in.gcount()));
+  return text;
+}
+
 }  // namespace
 
-LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version) {
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
+                             const ParsedDocument& parsed) {
   LocalState state;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return state;
-  // Not through an iterator: that would raise where the file is a directory or the disk fails.
-  std::ostringstream text;
-  text << in.rdbuf();
-  PatchManifest manifest;
+  const std::optional<std::string> text = ReadDocument(path);
+  if (!text) return state;
+  const bool known = parsed.manifest != nullptr && *text == parsed.text;
+  PatchManifest own;
   std::string error;
-  if (!ParsePatchManifest(text.str(), manifest, error)) return state;
-  for (PatchFile& file : manifest.files) {
-    state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));
+  if (!known && !ParsePatchManifest(*text, own, error)) return state;
+  const PatchManifest& manifest = known ? *parsed.manifest : own;
+  for (const PatchFile& file : manifest.files) {
+    state.insert_or_assign(state.end(), file.path, file.sha256);
   }
   if (version != nullptr) *version = manifest.version;
   return state;

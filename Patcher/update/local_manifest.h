@@ -7,15 +7,25 @@
 #include <string>
 #include <string_view>
 
+#include "update/patch_manifest.h"
+
 namespace patcher {
 
 /// What the launcher believes is installed: path to digest, ordered by unsigned bytes.
 using LocalState = std::map<std::string, std::string, std::less<>>;
 
+/// A text and what it means, for who has parsed it anyway: after a complete run the local manifest is the
+/// server's document, and a file that holds just this text is not parsed again.
+struct ParsedDocument {
+  std::string_view text;
+  const PatchManifest* manifest = nullptr;
+};
+
 /// Reads patch_manifest.json in either of its forms: the server's document or what SaveLocalManifest writes.
 /// A file that cannot be read or does not parse gives an empty state, and `version` is then not written.
 /// `version` may be null.
-LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version);
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
+                             const ParsedDocument& parsed = {});
 
 /// Writes the progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's
 /// layout. Written in place; a failure is not reported.

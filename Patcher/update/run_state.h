@@ -6,6 +6,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "control/host.h"
@@ -27,8 +28,9 @@ struct UpdateRun {
   PatchManifest manifest;
   LocalRecord record;  ///< what is known to be installed
 
-  std::map<std::string, std::string, std::less<>> expectedDigests;
-  std::map<std::string, std::uint64_t, std::less<>> expectedSizes;
+  // By path; the text is the manifest's own.
+  std::map<std::string_view, std::string_view> expectedDigests;
+  std::map<std::string_view, std::uint64_t> expectedSizes;
   std::vector<const PatchFile*> wanted;  ///< manifest order
   std::uint64_t wantedBytes = 0;
   std::set<std::string, std::less<>> wantedPaths;

@@ -57,7 +57,7 @@ class Steps {
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
     if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
-    run_.record.Load();
+    run_.record.Load({run_.manifestText, &run_.manifest});
     PostVersions(run_.window, run_.record.Version(), run_.manifest.version);
     if (const std::size_t found = FindWantedFiles(run_); found > 0) {
       Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");

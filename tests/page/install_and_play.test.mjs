@@ -29,7 +29,7 @@ journey("a fresh install ends with JOUER, which starts the client and ends the l
     assert.ok(lines.some((line) => line.includes("Archive 1/1")), "the archive was the cheaper road");
     for (const [name, text] of Object.entries(game.files)) assert.equal(game.read(name), text);
     await playByClick(launcher, game);
-    assert.equal(game.read("started"), "quantel\n");
+    assert.equal(await game.clientStarted(), "quantel\n");
   });
 
 journey("an installed game can be played while the server cannot be reached", { game: { installed: true } },
@@ -82,5 +82,5 @@ journey("the keyboard alone leads to every tab and starts the game", { game: { i
     await tabTo("btn-play");
     await page.keyboard.press("Enter");
     assert.equal(await game.ended, 0);
-    assert.equal(game.has("started"), true);
+    assert.equal(await game.clientStarted(), "quantel\n");
   });

@@ -16,6 +16,8 @@ async function openOptions(launcher, game) {
 async function save(launcher) {
   await launcher.page.click("#opt-apply");
   await launcher.waitForText("opt-state", "Reglages enregistres.");
+  // The settings as they now stand in the file follow at once.
+  await launcher.page.waitForFunction(() => !optJustSaved);
 }
 
 journey("what the player wrote by hand survives a round trip, and defaults reset the rest", { game: { installed: true } },
@@ -66,7 +68,7 @@ journey("a game never started shows its defaults, and a refused write keeps the 
     game.erase("ostu.ini");
     await save(launcher);
     assert.equal(lines(game).length, 80);
-    await page.waitForFunction(() => optState.fullscreen === 0 && !optJustSaved);
+    assert.equal(await page.evaluate(() => optState.fullscreen), 0);
     assert.equal(await launcher.text("opt-state"), "Reglages enregistres.");
   });
 

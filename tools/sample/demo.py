@@ -5,6 +5,7 @@ over it and updates, damages some files and repairs them, changes a setting, sta
     demo.py --programs BUILD/bin --work DIRECTORY
 """
 import argparse
+import json
 import pathlib
 import random
 import shutil
@@ -14,7 +15,12 @@ from make_client import make_first_version, make_second_version
 from patch_server import patch_server
 from session import Session
 
-NEWS = '{"items":[{"title":"Ouverture de l ile neuve","date":"2026-11-24","text":"Vingt cartes a explorer."}]}'
+NEWS = {"items": [
+    {"date": "2026-11-24", "tag": "contenu", "title": "L'ile neuve est ouverte",
+     "summary": "Vingt cartes a explorer, et un port pour y aborder.", "url": "https://tolmira.example/actus/2"},
+    {"date": "2026-11-10", "tag": "correctif", "title": "Correctifs de novembre",
+     "summary": "Les portes de la citadelle s'ouvrent de nouveau."},
+]}
 
 
 def say(text):
@@ -68,12 +74,19 @@ def verify_and_repair(install):
     session.end()
 
 
+def read_news(install):
+    session = Session(install / "patcher-stdio")
+    session.request('{"action":"getNews"}')
+    session.wait_for("news", "no news")
+    session.end()
+
+
 def change_settings(install):
     (install / "ostu.ini").write_bytes(b"; mes reglages\r\nfpslimit 90\r\nClientSecret  garde-moi\r\nvsync 0\r\n")
     session = Session(install / "patcher-stdio")
     session.wait_for("ready to play", "cannot play")
     session.request('{"action":"saveOptions","values":{"vsync":1,"exposure":1.25,"resWidth":1280,"resHeight":720}}')
-    session.wait_for("options saved", "options not saved")
+    session.wait_for("settings saved", "settings could not")
     session.end()
     print("  ostu.ini now:")
     for line in (install / "ostu.ini").read_text(encoding="utf-8").splitlines():
@@ -97,7 +110,7 @@ def main():
     shutil.rmtree(work, ignore_errors=True)
     for directory in (client, web / "api", install):
         directory.mkdir(parents=True)
-    (web / "api" / "news.json").write_text(NEWS, encoding="utf-8")
+    (web / "api" / "news.json").write_text(json.dumps(NEWS), encoding="utf-8")
 
     with patch_server(web, work / "server") as url:
         shutil.copy2(programs / "patcher-stdio", install)
@@ -124,6 +137,9 @@ def main():
 
         say("The player changes settings; what the launcher does not know stays")
         change_settings(install)
+
+        say("The player reads the news")
+        read_news(install)
 
         say("The player starts the game")
         play(install)

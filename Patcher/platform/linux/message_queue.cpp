@@ -13,12 +13,16 @@ struct MessageQueue::Impl {
   std::mutex lock;              // guards `messages`
   std::condition_variable arrived;
   std::deque<QueueMessage> messages;
+  std::deque<QueueMessage> taken;  // the queue's own thread only
 
   QueueMessage Next() {
-    std::unique_lock guard(lock);
-    arrived.wait(guard, [this] { return !messages.empty(); });
-    const QueueMessage message = messages.front();
-    messages.pop_front();
+    if (taken.empty()) {
+      std::unique_lock guard(lock);
+      arrived.wait(guard, [this] { return !messages.empty(); });
+      taken.swap(messages);
+    }
+    const QueueMessage message = taken.front();
+    taken.pop_front();
     return message;
   }
 };
@@ -34,7 +38,8 @@ bool MessageQueue::Post(const QueueMessage& message) noexcept {
     // Notified under the lock: the queue may be gone as soon as its thread can see the message.
     std::lock_guard guard(impl_->lock);
     impl_->messages.push_back(message);
-    impl_->arrived.notify_one();
+    // The thread waits only while the queue is empty; behind a first message it needs no second call.
+    if (impl_->messages.size() == 1) impl_->arrived.notify_one();
     return true;
   } catch (const std::bad_alloc&) {
     return false;

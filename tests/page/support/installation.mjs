@@ -1,7 +1,7 @@
 // A published game and a directory that a launcher brings up to date, with the real engine in it.
 import { execFileSync, spawn } from "node:child_process";
 import { once } from "node:events";
-import { chmodSync, copyFileSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { chmodSync, copyFileSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, watch, writeFileSync } from "node:fs";
 import os from "node:os";
 import path from "node:path";
 import readline from "node:readline";
@@ -12,7 +12,7 @@ const program = (name) => path.join(build, "bin", name);
 
 // Enough text that archives are the cheaper road for a new player, with names a page has to cope with.
 function sampleFiles() {
-  const files = { "Tolmira.exe": '#!/bin/sh\necho "$1" >"$PWD/started"\n' };
+  const files = { "Tolmira.exe": '#!/bin/sh\necho "$1" >starting && mv starting started\n' };
   for (let i = 0; i < 60; i += 1) files[`data/monde ${i % 4}/r\u00e9gion_${i}.txt`] = `region ${i}\n`.repeat(400 + i);
   return files;
 }
@@ -58,6 +58,21 @@ export class Installation {
 
   has(name) {
     return existsSync(this.file(name));
+  }
+
+  // What the client says when it runs. It outlives the launcher, so it may not have said it yet.
+  async clientStarted() {
+    await new Promise((resolve) => {
+      const watcher = watch(this.directory);
+      const look = () => {
+        if (!this.has("started")) return;
+        watcher.close();
+        resolve();
+      };
+      watcher.on("change", look);
+      look();
+    });
+    return this.read("started");
   }
 
   setServer(url) {

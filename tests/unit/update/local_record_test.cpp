@@ -51,6 +51,22 @@ TEST(LocalManifestTest, WhatDoesNotParseIsEmpty) {
   EXPECT_EQ(LoadLocalManifest(directory / "m", nullptr), (LocalState{{"a", "y"}}));
 }
 
+TEST(LocalManifestTest, AParsedTextStandsForItsOwnFileOnly) {
+  ScratchDirectory directory;
+  PatchManifest parsed;
+  parsed.version = 4;
+  parsed.files = {{"a", 1, "x", ""}, {"a", 1, "y", ""}, {"b", 1, "z", ""}};
+  const std::string text = R"({"version":4,"files":[]})";
+  std::int32_t version = 0;
+  WriteWhole(directory / "m", text);
+  EXPECT_EQ(LoadLocalManifest(directory / "m", &version, {text, &parsed}),
+            (LocalState{{"a", "y"}, {"b", "z"}}));
+  EXPECT_EQ(version, 4);
+  WriteWhole(directory / "m", text + " ");
+  EXPECT_TRUE(LoadLocalManifest(directory / "m", &version, {text, &parsed}).empty());
+  EXPECT_TRUE(LoadLocalManifest(directory / "none", &version, {"", &parsed}).empty());
+}
+
 TEST(LocalRecordTest, EverySaveGivesTheBytesOfAWholeSave) {
   ScratchDirectory directory;
   std::mt19937 random(7);
