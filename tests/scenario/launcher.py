@@ -24,6 +24,11 @@ def manifest_path(name):
     return name.encode("cp1252").decode() if is_windows() else name
 
 
+def disk_path(path):
+    """The name on disk that a path in the manifest leads to."""
+    return path.encode().decode("cp1252") if is_windows() else path
+
+
 def assert_files(test, found, expected):
     """Compares contents by name, and says which names differ instead of how."""
     test.assertEqual(sorted(found), sorted(expected))
