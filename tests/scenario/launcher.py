@@ -24,6 +24,11 @@ def manifest_path(name):
     return name.encode("cp1252").decode() if is_windows() else name
 
 
+def disk_path(path):
+    """The name on disk that a path in the manifest leads to."""
+    return path.encode().decode("cp1252") if is_windows() else path
+
+
 def assert_files(test, found, expected):
     """Compares contents by name, and says which names differ instead of how."""
     test.assertEqual(sorted(found), sorted(expected))
@@ -134,6 +139,7 @@ class Session:
     """A launcher that stays: requests are asked one by one. Its start-up run is over unless `wait` says otherwise."""
 
     def __init__(self, place, wait=True):
+        self.place = place
         self.process = place.start()
         self.watchdog = threading.Timer(LIMIT, self.process.kill)
         self.watchdog.start()
@@ -162,11 +168,9 @@ class Session:
 
     def kill(self):
         self.watchdog.cancel()
-        self.process.kill()
-        self.process.wait()
-        for stream in (self.process.stdin, self.process.stdout, self.process.stderr):
-            with contextlib.suppress(OSError):
-                stream.close()
+        self.place.kill(self.process)
+        with contextlib.suppress(OSError):
+            self.process.stdin.close()
 
     def end(self):
         """Exit code, rest of the output, standard error."""

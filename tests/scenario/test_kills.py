@@ -9,7 +9,7 @@ import unittest
 
 from fault_server import FaultServer
 from game import Game, digest
-from launcher import Installation, Session, assert_files
+from launcher import Installation, Session, assert_files, disk_path
 
 SEED = 0
 KILLS = 0
@@ -193,10 +193,11 @@ class KillTest(unittest.TestCase):
         place.run()
         damaged = rng.sample(sorted(game.files), 20)
         for name in damaged:
+            file = place.directory / disk_path(name)
             if rng.random() < 0.3:
-                (place.directory / name).unlink()
+                file.unlink()
             else:
-                (place.directory / name).write_bytes(rng.randbytes(rng.choice([0, len(game.files[name])]) or 1))
+                file.write_bytes(rng.randbytes(rng.choice([0, len(game.files[name])]) or 1))
         mine = {"ostu.ini": b"mine", "Capture/shot.jpg": b"mine"}
         (place.directory / "Capture").mkdir()
         for name, data in mine.items():

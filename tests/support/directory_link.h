@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cctype>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
+#include <thread>
 
 namespace patcher {
 
@@ -19,7 +21,8 @@ class DirectoryLink {
     std::filesystem::create_directory_symlink(target.filename(), link_, error);
     if (!error) return;
     if (std::getenv("WINEPREFIX") != nullptr) {
-      Run("start /wait /unix /bin/ln -s " + target.filename().string() + " " + PathBelowWine());
+      Run("start /unix /bin/ln -s " + target.filename().string() + " " + PathBelowWine());
+      WaitUntilItIsThere(true);
     } else {
       Run("mklink /J \"" + link_.string() + "\" \"" + target.string() + "\" >nul");
     }
@@ -27,7 +30,10 @@ class DirectoryLink {
   ~DirectoryLink() {
     std::error_code error;
     std::filesystem::remove(link_, error);
-    if (error && std::getenv("WINEPREFIX") != nullptr) Run("start /wait /unix /bin/rm -f " + PathBelowWine());
+    if (error && std::getenv("WINEPREFIX") != nullptr) {
+      Run("start /unix /bin/rm -f " + PathBelowWine());
+      WaitUntilItIsThere(false);
+    }
   }
   DirectoryLink(const DirectoryLink&) = delete;
   DirectoryLink& operator=(const DirectoryLink&) = delete;
@@ -37,6 +43,14 @@ class DirectoryLink {
  private:
   static void Run(const std::string& command) {
     if (std::system(command.c_str()) != 0) std::perror(command.c_str());
+  }
+
+  /// Wine tells nobody when a program of the system below it has ended.
+  void WaitUntilItIsThere(bool wanted) const {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (IsThere() != wanted && std::chrono::steady_clock::now() < limit) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
   }
 
   std::string PathBelowWine() const {

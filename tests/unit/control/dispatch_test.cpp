@@ -1,6 +1,7 @@
 #include "control/dispatch.h"
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <thread>
 
@@ -87,8 +88,8 @@ TEST_F(DispatchTest, ARequestRightBehindReadyIsAdmitted) {
   OperationTable table;
   table.runCheckOperation = [&](HostWindow& window, bool) {
     PostReady(window, true);
-    while (!asked) std::this_thread::yield();
-    for (int i = 0; i < 1000; ++i) std::this_thread::yield();  // an operation that takes its time to end
+    asked.wait(false);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // an operation that takes its time to end
   };
   RecordingHost quick;
   Dispatcher busy(quick, table);
@@ -96,6 +97,7 @@ TEST_F(DispatchTest, ARequestRightBehindReadyIsAdmitted) {
   std::vector<UiEvent> events;
   while (events.empty()) events = quick.TakeEvents();
   asked = true;
+  asked.notify_all();
   busy.DispatchPageMessage(u"{\"action\":\"repair\"}");
   quick.JoinWorkers();
   for (const UiEvent& event : quick.TakeEvents()) busy.HandleUiEvent(event);

@@ -115,7 +115,8 @@ class Rules {
   static Disk Read(const fs::path& root) {
     Disk disk;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
-      const std::string path = entry.path().lexically_relative(root).generic_string();
+      const std::string path =
+          platform::BytesFromPath(entry.path().lexically_relative(root).generic_u16string());
       disk[path] = {entry.is_directory(), entry.is_symlink(), !entry.exists()};
     }
     return disk;
