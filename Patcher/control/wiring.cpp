@@ -13,8 +13,8 @@
 namespace patcher {
 namespace {
 
-/// The stages that the update run passes through. Never destroyed: detached workers use them until the process is
-/// gone.
+/// The stages that the update run passes through. Never destroyed: detached workers use them until the
+/// process is gone.
 const UpdateStages& Stages() {
   static const auto* stages = new UpdateStages{
       .selfUpdate = FetchNewLauncher,

@@ -60,7 +60,8 @@ void AvoidMissingGraphicsDevice() {
 void ShowIcon(GtkWindow* window, int number) {
   const std::span<const std::byte> picture = EmbeddedResource(number);
   GdkPixbufLoader* loader = gdk_pixbuf_loader_new();
-  if (gdk_pixbuf_loader_write(loader, reinterpret_cast<const guchar*>(picture.data()), picture.size(), nullptr) &&
+  if (gdk_pixbuf_loader_write(loader, reinterpret_cast<const guchar*>(picture.data()), picture.size(),
+                              nullptr) &&
       gdk_pixbuf_loader_close(loader, nullptr)) {
     gtk_window_set_icon(window, gdk_pixbuf_loader_get_pixbuf(loader));
   }
@@ -311,8 +312,8 @@ bool NativeWindow::IsMaximized() const { return (impl_->State() & GDK_WINDOW_STA
 Rect NativeWindow::ClientRect() const { return {0, 0, impl_->size.width, impl_->size.height}; }
 
 void NativeWindow::StartDragging() {
-  // The page asks from another process: the button may be up again by now. And a press that does not move may be
-  // half of a double click, which is the page's.
+  // The page asks from another process: the button may be up again by now. And a press that does not move may
+  // be half of a double click, which is the page's.
   impl_->moveAsked = impl_->window != nullptr && gtk_gesture_is_active(impl_->press);
 }
 
