@@ -20,6 +20,17 @@ std::unique_ptr<Payload> TakePayload(const UiEvent& event) {
   return std::unique_ptr<Payload>(reinterpret_cast<Payload*>(event.lParam));
 }
 
+/// Operations report their own failures and raise nothing. What they raise all the same, for want of memory,
+/// must not end the process.
+template <typename Operation>
+void RunOnWorker(const Operation& operation) {
+  try {
+    operation();
+  } catch (const std::exception&) {
+    // There is nothing left to tell it with.
+  }
+}
+
 /// The window as a long operation sees it: its `ready` announces that the guard is about to be free.
 class OperationWindow final : public HostWindow {
  public:
@@ -91,7 +102,11 @@ void Dispatcher::Repair(const MiniJson::Value&) { StartCheckWorker(true); }
 
 void Dispatcher::GetNews(const MiniJson::Value&) {
   if (!operations_.fetchNews) return;
-  host_.StartThread([this] { operations_.fetchNews(host_); });
+  try {
+    host_.StartThread([this] { RunOnWorker([this] { operations_.fetchNews(host_); }); });
+  } catch (const std::system_error&) {
+    host_.SendToPage(BuildNewsFailedMessage());
+  }
 }
 
 void Dispatcher::OpenUrl(const MiniJson::Value& request) {
@@ -132,7 +147,7 @@ void Dispatcher::StartCheckWorker(bool repair) {
   try {
     host_.StartThread([this, repair, lease = std::move(lease)] {
       OperationWindow window(host_, *lease);
-      operations_.runCheckOperation(window, repair);
+      RunOnWorker([&] { operations_.runCheckOperation(window, repair); });
     });
   } catch (const std::system_error&) {
     PostNarrowJson(host_, BuildCheckErrorMessage(repair ? "repair" : "verify", "serveur injoignable"));
@@ -146,7 +161,7 @@ void Dispatcher::StartUpdateWorker() {
   try {
     host_.StartThread([this, lease = std::move(lease)] {
       OperationWindow window(host_, *lease);
-      operations_.runUpdate(window);
+      RunOnWorker([&] { operations_.runUpdate(window); });
     });
   } catch (const std::system_error&) {
     PostStatus(host_, kThreadFailure);

@@ -76,8 +76,8 @@ class CheckOperation {
       return false;
     }
     std::string text;
-    if (!session_.GetToString("/patch/version.json", text) || !ParsePatchManifest(text, manifest, error) ||
-        !AllPathsStayInside(manifest)) {
+    if (!session_.GetToString("/patch/version.json", text, kMaxManifestSize + 1) ||
+        !ParsePatchManifest(text, manifest, error) || !PathsAreUsable(manifest)) {
       TellFailure("Impossible de lire le manifeste de patch.", kUnreadable);
       return false;
     }

@@ -13,6 +13,9 @@ std::filesystem::path OwnExecutablePath();
 /// system for the wide command line instead.
 std::vector<std::string> CommandLineArguments(int argc, char** argv);
 
+/// The whole command line in UTF-8, the program's name included. `argc` and `argv` as above.
+std::string CommandLineText(int argc, char** argv);
+
 /// StartProgram's error number for a file that is no program for this system.
 inline constexpr int kErrorBadExeFormat = 193;
 
@@ -23,10 +26,6 @@ inline constexpr int kErrorBadExeFormat = 193;
 /// program for the system gives kErrorBadExeFormat. Returns 0, or the system's error number.
 int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                  const std::filesystem::path& workingDirectory);
-
-/// An error box with one button; blocks until it is closed. Linux has no window yet: the text goes to
-/// standard error. Main thread.
-void ShowErrorBox(const std::u16string& text, const std::u16string& title);
 
 /// Opens an address in the user's browser and does not wait for it. The caller has vetted the address. No
 /// shell reads it, and nothing is inherited but the environment.

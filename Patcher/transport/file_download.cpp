@@ -5,6 +5,7 @@
 
 #include "integrity/sha256.h"
 #include "platform/files.h"
+#include "platform/links.h"
 #include "platform/text.h"
 #include "transport/debug_log.h"
 #include "transport/http_session.h"
@@ -78,6 +79,9 @@ bool HttpSession::DownloadToFile(const std::string& path, const fs::path& destin
   const fs::path part = WithSuffix(destination, ".part");
   std::error_code directoryError;
   fs::create_directories(destination.parent_path(), directoryError);
+  std::error_code ignored;
+  // Whatever a link leads to is not ours to overwrite.
+  if (platform::IsLink(part)) fs::remove(part, ignored);
   std::ofstream file;
   // Unbuffered: the blocks are large already, and a failed write shows at once.
   file.rdbuf()->pubsetbuf(nullptr, 0);
@@ -99,7 +103,6 @@ bool HttpSession::DownloadToFile(const std::string& path, const fs::path& destin
   request.reset();
   digest = sha256.FinishHex(hash);
   if (!received) {
-    std::error_code ignored;
     fs::remove(part, ignored);
     return false;
   }

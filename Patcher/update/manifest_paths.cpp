@@ -1,9 +1,12 @@
 #include "update/manifest_paths.h"
 
 #include <algorithm>
+#include <set>
 
 namespace patcher {
 namespace {
+
+constexpr std::string_view kTemporarySuffix = ".part";
 
 bool LeadsUpwards(std::string_view component) {
   return component.find_first_not_of(". ") == std::string_view::npos &&
@@ -25,9 +28,16 @@ bool StaysInside(std::string_view path) {
   return true;
 }
 
-bool AllPathsStayInside(const PatchManifest& manifest) {
-  return std::all_of(manifest.files.begin(), manifest.files.end(),
-                     [](const PatchFile& file) { return StaysInside(file.path); });
+bool PathsAreUsable(const PatchManifest& manifest) {
+  std::set<std::string_view> owners;  // of the paths that are temporary names; mostly none
+  for (const PatchFile& file : manifest.files) {
+    if (!StaysInside(file.path)) return false;
+    const std::string_view path = file.path;
+    if (path.ends_with(kTemporarySuffix))
+      owners.insert(path.substr(0, path.size() - kTemporarySuffix.size()));
+  }
+  return owners.empty() || std::none_of(manifest.files.begin(), manifest.files.end(),
+                                        [&](const PatchFile& file) { return owners.count(file.path) != 0; });
 }
 
 }  // namespace patcher

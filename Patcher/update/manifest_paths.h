@@ -11,6 +11,8 @@ namespace patcher {
 /// control character.
 bool StaysInside(std::string_view path);
 
-bool AllPathsStayInside(const PatchManifest& manifest);
+/// Whether every path stays inside, and none is the temporary name (".part") of another: two workers could
+/// write one file.
+bool PathsAreUsable(const PatchManifest& manifest);
 
 }  // namespace patcher

@@ -51,6 +51,10 @@ PatchBundle ReadBundle(const Value& item) {
 }  // namespace
 
 bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::string& error) {
+  if (text.size() > kMaxManifestSize) {
+    error = "text too large";
+    return false;
+  }
   try {
     std::size_t position = 0;
     const Value document = MiniJson::Parse(text, position);

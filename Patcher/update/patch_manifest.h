@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -32,9 +33,13 @@ struct PatchManifest {
   std::vector<PatchBundle> bundles;  ///< document order, without those that lack a name or a digest
 };
 
+/// A document is held in memory, parsed and as text; none comes near this (a million files have about 250
+/// MB).
+inline constexpr std::size_t kMaxManifestSize = std::size_t{256} << 20;
+
 /// Reads a manifest leniently: what is absent or of another kind stays at its default. Numbers are truncated
 /// toward zero; one that does not fit its field becomes the nearest that does. False only if the text does
-/// not parse, with the parser's message in `error`.
+/// not parse or is larger than kMaxManifestSize, with the reason in `error`.
 bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::string& error);
 
 }  // namespace patcher

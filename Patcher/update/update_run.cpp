@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "control/ui_event.h"
+#include "platform/directory_lock.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/config.h"
@@ -47,13 +48,14 @@ void SweepLeftovers() {
 /// on.
 class Steps {
  public:
-  Steps(HostWindow& window, const UpdateStages& stages) : run_(window), stages_(stages) {}
+  Steps(HostWindow& window, const UpdateStages& stages) : lock_(ExeDir()), run_(window), stages_(stages) {}
   ~Steps() { run_.session.Close(); }
   Steps(const Steps&) = delete;
   Steps& operator=(const Steps&) = delete;
 
   /// Nothing if the launcher is being replaced.
   std::optional<bool> Run() {
+    WaitForOtherLauncher();
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
     if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
@@ -77,6 +79,14 @@ class Steps {
   }
 
  private:
+  /// A player may have started two. They would write the same temporary files, and one of them could record a
+  /// file that the other is still writing.
+  void WaitForOtherLauncher() {
+    if (lock_.TryTake()) return;
+    Status("Une autre instance du lanceur met le jeu a jour, attente...");
+    lock_.Take();
+  }
+
   void Status(const std::string& text) { PostStatus(run_.window, text); }
 
   bool ClientExists() const { return stages_.clientExists && stages_.clientExists(); }
@@ -89,7 +99,7 @@ class Steps {
       PostServer(run_.window, false);
       return ClientExists();
     }
-    if (!run_.session.GetToString("/patch/version.json", run_.manifestText)) {
+    if (!run_.session.GetToString("/patch/version.json", run_.manifestText, kMaxManifestSize + 1)) {
       Status("Serveur de patch injoignable.");
       PostServer(run_.window, false);
       const bool canPlay = ClientExists();
@@ -97,7 +107,7 @@ class Steps {
       return canPlay;
     }
     PostServer(run_.window, true);
-    if (!ParsePatchManifest(run_.manifestText, run_.manifest, error) || !AllPathsStayInside(run_.manifest)) {
+    if (!ParsePatchManifest(run_.manifestText, run_.manifest, error) || !PathsAreUsable(run_.manifest)) {
       Status("Manifest de patch invalide.");
       return false;
     }
@@ -167,6 +177,7 @@ class Steps {
     return ParallelRun(itemCount, PatchConfig::Current().connections, work);
   }
 
+  platform::DirectoryLock lock_;
   UpdateRun run_;
   const UpdateStages& stages_;
 };

@@ -23,8 +23,9 @@ struct UpdateStages {
 };
 
 /// Brings the installation to the state that the server's manifest describes and tells the page every step.
-/// Runs on a worker thread under the operation guard. Raises nothing; ends with one `ready`, posted when
-/// everything else of the run is over, unless the launcher is being replaced.
+/// Runs on a worker thread under the operation guard; waits while another launcher runs an update in the same
+/// directory. Raises nothing; ends with one `ready`, posted when everything else of the run is over, unless
+/// the launcher is being replaced.
 void RunUpdate(HostWindow& window, const UpdateStages& stages);
 
 }  // namespace patcher

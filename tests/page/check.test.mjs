@@ -14,8 +14,8 @@ async function upToDate(launcher, game) {
 
 journey("damage is found and repaired, and nothing else is touched", { game: { installed: true } }, async (launcher, game) => {
   const { page } = launcher;
-  const missing = "data/monde 2/r\u00e9gion_6.txt";
-  const damaged = "data/monde 3/r\u00e9gion_7.txt";
+  const missing = game.named("_6.txt");
+  const damaged = game.named("_7.txt");
   await upToDate(launcher, game);
   game.erase(missing);
   game.write(damaged, game.files[damaged].replace("region", "REGION"));

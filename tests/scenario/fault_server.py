@@ -16,6 +16,7 @@ class FaultServer:
       ("reset",)           the connection ends without an answer
       ("cut", n)           the connection ends behind n bytes of the body
       ("silent", n)        nothing more comes behind n bytes of the body; n None: not even a head
+      ("hold", event)      the answer waits until the event is set
       ("chunked",)         the body in chunks
       ("chunked-cut", n)   n bytes in chunks, then the connection ends
       ("redirect", url)    302

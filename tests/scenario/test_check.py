@@ -238,6 +238,22 @@ class CheckTest(unittest.TestCase):
         for _ in range(50):  # at once behind `ready`, before the worker has ended
             self.assertEqual(told(session.ask("verify"))[0], VERIFY)
 
+    def test_a_second_launcher_waits_for_the_first(self):
+        release = threading.Event()
+        self.addCleanup(release.set)
+        self.put({"a": b"1" * 10})
+        self.server.faults["/patch/f/a"] = [("hold", release)]
+        first = Session(self.place, wait=False)
+        self.addCleanup(first.kill)
+        first.until("versions")
+        second = Session(self.place, wait=False)
+        self.addCleanup(second.kill)
+        self.assertEqual(told(second.until("status"))[-1], "Une autre instance du lanceur met le jeu a jour, attente...")
+        release.set()
+        self.assertEqual(told(first.until("ready"))[-2:], ["Pret a jouer.", True])
+        self.assertEqual(told(second.until("ready"))[-2:], ["A jour.", True])
+        self.assertEqual(self.server.requests["/patch/f/a"], 1)
+
     def test_play_during_a_repair(self):
         game = Game(5, 20)
         game.publish(self.server)

@@ -28,6 +28,17 @@ class DiskTest(ScenarioTest):
         """The same on a disk that holds the launcher and this much more."""
         return self.small_disk(Installation.program_size() // 1024 + 64 + kilobytes)
 
+    def test_temporary_files_do_not_follow_links(self):
+        self.put({"a": b"1" * 10, "d/b": b"2" * 10})
+        other = self.place.root / "other"
+        other.write_bytes(b"the player's")
+        (self.place.directory / "d").mkdir()
+        for name in ("a.part", "d/b.part"):
+            (self.place.directory / name).symlink_to(other)
+        self.assertIs(self.told()[-1], True)
+        self.assertEqual(other.read_bytes(), b"the player's")
+        self.assertFalse((self.place.directory / "a").is_symlink())
+
     def test_full_disk_loses_nothing_and_recovers(self):
         files = {f"f{i}": b"%d" % i * 20000 for i in range(10)}
         for bundles in ({}, {"z": (archive(files), list(files))}):

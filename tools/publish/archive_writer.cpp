@@ -85,7 +85,7 @@ class Writer {
 }  // namespace
 
 PatchBundle WriteArchive(const ContentStore& store, const std::vector<const PatchFile*>& files,
-                         std::string_view workKey, FileHasher& hasher) {
+                         std::int32_t since, std::string_view workKey, FileHasher& hasher) {
   const fs::path unfinished = store.WorkFile(workKey);
   {
     Writer writer(unfinished);
@@ -102,7 +102,7 @@ PatchBundle WriteArchive(const ContentStore& store, const std::vector<const Patc
     throw PublishError("cannot write " + platform::Utf8FromPath(unfinished));
   }
   const FileContent content = hasher.ReadUncounted(unfinished);
-  PatchBundle bundle{ContentStore::ArchiveName(content.digest), content.size, content.digest, {}};
+  PatchBundle bundle{ContentStore::ArchiveName(since, content.digest), content.size, content.digest, {}};
   for (const PatchFile* file : files) bundle.files.push_back(file->path);
   store.PutInPlace(unfinished, store.Place(bundle.name));
   return bundle;

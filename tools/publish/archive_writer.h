@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -10,9 +11,9 @@
 namespace patcher {
 
 /// Packs stored contents into a ZIP archive under their paths, in the given order, proves the result, and
-/// puts it into the store. The same files give the same archive, byte for byte. `workKey` is unique among the
-/// archives in work. Raises PublishError. Any thread.
+/// puts it into the store. The same files give the same archive, byte for byte. `since` is the version that
+/// brought the contents. `workKey` is unique among the archives in work. Raises PublishError. Any thread.
 PatchBundle WriteArchive(const ContentStore& store, const std::vector<const PatchFile*>& files,
-                         std::string_view workKey, FileHasher& hasher);
+                         std::int32_t since, std::string_view workKey, FileHasher& hasher);
 
 }  // namespace patcher

@@ -13,6 +13,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kWorkFolder[] = ".publish";
+/// Enough of a digest to tell archives apart for ever.
+constexpr std::size_t kArchiveDigits = 16;
 
 void MakeFolder(const fs::path& folder) {
   std::error_code error;
@@ -27,7 +29,9 @@ ContentStore::ContentStore(const fs::path& www) : root_(www / "patch") {}
 std::string ContentStore::FileName(const std::string& digest) {
   return "files/" + digest.substr(0, 2) + "/" + digest;
 }
-std::string ContentStore::ArchiveName(const std::string& digest) { return "archives/" + digest + ".zip"; }
+std::string ContentStore::ArchiveName(std::int32_t since, const std::string& digest) {
+  return "archives/v" + std::to_string(since) + "-" + digest.substr(0, kArchiveDigits) + ".zip";
+}
 std::string ContentStore::LauncherName(const std::string& digest) { return "launcher/" + digest + ".exe"; }
 
 fs::path ContentStore::Place(std::string_view name) const { return root_ / platform::PathFromUtf8(name); }

@@ -21,7 +21,9 @@ class ContentStore {
 
   /// Names below "/patch/", as the manifest gives them.
   static std::string FileName(const std::string& digest);
-  static std::string ArchiveName(const std::string& digest);
+  /// `since` is the version that brought the content. Players read this name in their journal: it is kept
+  /// short.
+  static std::string ArchiveName(std::int32_t since, const std::string& digest);
   static std::string LauncherName(const std::string& digest);
 
   /// Where a name of the manifest lies.

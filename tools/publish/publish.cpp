@@ -214,7 +214,8 @@ class Publisher {
     RunOnAllCores(toBuild.size(), progress_, [&](std::size_t index, FileHasher& hasher) {
       const std::size_t number = toBuild[index];
       const std::string workKey = "archive" + std::to_string(number);
-      next_.archives[number].bundle = WriteArchive(store_, plan[number].files, workKey, hasher);
+      next_.archives[number].bundle =
+          WriteArchive(store_, plan[number].files, plan[number].since, workKey, hasher);
       progress_.ItemDone();
     });
     progress_.End();

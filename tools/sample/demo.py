@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
-"""Shows the launcher at work on a sample game, without a window: publishes it, installs it, publishes a second version
-over it and updates, damages some files and repairs them, changes a setting, starts the game.
+"""Shows the launcher at work on a sample game: publishes it, installs it, publishes a second version over it and
+updates, damages some files and repairs them, changes a setting, starts the game; all that first in words, through
+patcher-stdio, then in the launcher's window. With a display the window is the player's; without one it takes a tour by
+itself and leaves pictures.
 
     demo.py --programs BUILD/bin --work DIRECTORY
 """
 import argparse
 import json
+import os
 import pathlib
 import random
 import shutil
@@ -14,6 +17,7 @@ import subprocess
 from make_client import make_first_version, make_second_version
 from patch_server import patch_server
 from session import Session
+from tour import take_tour
 
 NEWS = {"items": [
     {"date": "2026-11-24", "tag": "contenu", "title": "L'ile neuve est ouverte",
@@ -100,6 +104,27 @@ def play(install):
     session.end()
 
 
+def show_window(programs, client, work, url):
+    """A second installation, through the launcher as players have it."""
+    install = work / "jeu avec fenêtre"
+    install.mkdir()
+    shutil.copy2(programs / "Patcher", install)
+    (install / "patcher.ini").write_bytes(f"BaseUrl={url}\r\nConnections=4\r\n".encode())
+    if os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"):
+        say("The launcher's window is open: it is yours until you close it")
+        subprocess.run([install / "Patcher"], check=True)
+        return
+    say("The same in the launcher's window, on a screen of its own; pictures:")
+    wanted = tree(client)
+
+    def is_installed():
+        found = tree(install)
+        return all(found.get(name) == data for name, data in wanted.items())
+
+    names = sorted(name for name in wanted if name != "Tolmira.exe")
+    take_tour(install, work / "pictures", names, is_installed)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--programs", type=pathlib.Path, required=True)
@@ -144,6 +169,7 @@ def main():
         say("The player starts the game")
         play(install)
         print((install / "client_started.txt").read_text(encoding="utf-8"))
+        show_window(programs, client, work, url)
     say(f"The installation is in {install}")
 
 

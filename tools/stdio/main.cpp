@@ -1,20 +1,12 @@
 #include <string>
 
-#include "integrity/check.h"
-#include "integrity/cleanup.h"
-#include "launch/external_links.h"
-#include "launch/game_launch.h"
-#include "launch/news.h"
-#include "options/options_exchange.h"
+#include "control/wiring.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "stdio_host.h"
 #include "transport/config.h"
-#include "update/bundle_install.h"
-#include "update/self_update.h"
-#include "update/update_run.h"
 
 namespace {
 
@@ -68,34 +60,6 @@ void TellError(const std::u16string& text, const std::u16string& title) {
   platform::WriteErrorLine("error box: " + platform::WideToUtf8(title) + ": " + platform::WideToUtf8(text));
 }
 
-/// The stages that the update run passes through. Static: detached workers use them until the process is
-/// gone.
-const patcher::UpdateStages& Stages() {
-  static const auto* stages = new patcher::UpdateStages{
-      .selfUpdate = patcher::FetchNewLauncher,
-      .installBundle = patcher::BundleWorker,
-      .cleanUp = patcher::CleanUp,
-      .clientExists = patcher::ClientExists,
-  };
-  return *stages;
-}
-
-patcher::OperationTable Operations() {
-  patcher::OperationTable table;
-  table.runUpdate = [](patcher::HostWindow& window) { patcher::RunUpdate(window, Stages()); };
-  table.runCheckOperation = [](patcher::HostWindow& window, bool repair) {
-    patcher::RunCheckOperation(window, repair, Stages());
-  };
-  table.fetchNews = patcher::FetchNews;
-  table.launchClient = [] { patcher::LaunchClient(TellError); };
-  table.openExternalUrl = patcher::OpenExternalUrl;
-  table.selfUpdateSwap = [] { patcher::SelfUpdateSwap(TellError); };
-  table.clientExists = patcher::ClientExists;
-  table.buildOptionsMessage = patcher::BuildOptionsMessage;
-  table.saveOptions = patcher::SaveOptions;
-  return table;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -118,6 +82,7 @@ int main(int argc, char** argv) {
   patcher::PatchConfig::Load();
   using Host = patcher::StdioHost;
   // Never destroyed: workers may outlive the message loop.
-  auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson, Operations());
+  auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson,
+                        patcher::LauncherOperations(TellError));
   platform::EndProcess(host->Run());
 }

@@ -1,6 +1,7 @@
 #include "readable_message.h"
 
-#include <cstdint>
+#include <array>
+#include <charconv>
 #include <exception>
 #include <locale>
 #include <sstream>
@@ -19,7 +20,12 @@ std::string Text(const Value& message, const char* key) {
 
 std::string Number(const Value& message, const char* key) {
   const Value* member = message.Find(key);
-  return std::to_string(static_cast<std::int64_t>(member != nullptr ? member->AsNumber(0) : 0));
+  // As a double: a size may be larger than any integer that it could be cast to.
+  std::array<char, 32> text;
+  const std::to_chars_result end =
+      std::to_chars(text.data(), text.data() + text.size(), member != nullptr ? member->AsNumber(0) : 0.0,
+                    std::chars_format::fixed, 0);
+  return {text.data(), end.ptr};
 }
 
 bool Flag(const Value& message, const char* key) {

@@ -1,6 +1,7 @@
 #include "stdio_host.h"
 
 #include <memory>
+#include <new>
 #include <thread>
 
 #include "control/ui_event.h"
@@ -22,6 +23,9 @@ constexpr std::uint32_t kCloseRequest = 0x8104;
 StdioHost::StdioHost(Form form, OperationTable operations)
     : form_(form),
       queue_([this](const platform::QueueMessage& message) { HandleMessage(message); }),
+      backlog_([this](const UiEvent& event) {
+        return queue_.Post({event.number, event.wParam, event.lParam});
+      }),
       dispatcher_(*this, std::move(operations)) {}
 
 int StdioHost::Run() {
@@ -40,7 +44,7 @@ void StdioHost::ReadRequests() {
     static_cast<void>(request.release());  // the message owns it now
     line.clear();
   }
-  while (!queue_.Post({kInputEnded, 0, 0})) std::this_thread::yield();
+  backlog_.Post({kInputEnded});
 }
 
 void StdioHost::HandleMessage(const platform::QueueMessage& message) {
@@ -64,6 +68,7 @@ void StdioHost::HandleMessage(const platform::QueueMessage& message) {
     default:
       dispatcher_.HandleUiEvent({message.number, message.wParam, message.lParam});
   }
+  backlog_.Advance();
 }
 
 void StdioHost::EndIfIdle() {
@@ -71,7 +76,11 @@ void StdioHost::EndIfIdle() {
 }
 
 void StdioHost::PostEvent(const UiEvent& event) noexcept {
-  if (!queue_.Post({event.number, event.wParam, event.lParam})) ReleasePayload(event);
+  try {
+    backlog_.Post(event);
+  } catch (const std::bad_alloc&) {
+    ReleasePayload(event);
+  }
 }
 
 void StdioHost::SendToPage(const std::u16string& text) {
@@ -102,7 +111,7 @@ void StdioHost::StartThread(std::function<void()> entry) {
     // What the entry holds, a taken guard for example, is released before the host counts the worker as
     // ended.
     entry = nullptr;
-    while (!queue_.Post({kWorkerEnded, 0, 0})) std::this_thread::yield();
+    backlog_.Post({kWorkerEnded});
   }).detach();
   ++runningWorkers_;
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "control/dispatch.h"
+#include "control/event_backlog.h"
 #include "platform/message_queue.h"
 
 namespace patcher {
@@ -37,6 +38,7 @@ class StdioHost final : public HostOperations {
 
   const Form form_;
   platform::MessageQueue queue_;
+  EventBacklog backlog_;  // what is posted to the queue, but for requests, which wait at their source
   Dispatcher dispatcher_;
   int runningWorkers_ = 0;   // main thread only
   bool inputEnded_ = false;  // main thread only

@@ -11,7 +11,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/standard_streams.h"
 #include "platform/text.h"
 
 namespace platform {
@@ -102,6 +101,12 @@ std::vector<std::string> CommandLineArguments(int argc, char** argv) {
   return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
 }
 
+std::string CommandLineText(int argc, char** argv) {
+  std::string text;
+  for (int i = 0; i < argc; ++i) text += std::string(i > 0 ? " " : "") + argv[i];
+  return text;
+}
+
 int StartProgram(const fs::path& program, const std::vector<std::string>& arguments,
                  const fs::path& workingDirectory) {
   std::vector<std::string> words{program.native()};
@@ -116,10 +121,6 @@ int StartProgram(const fs::path& program, const std::vector<std::string>& argume
   std::error_code ignored;
   const bool noWine = error == ENOENT && fs::is_directory(workingDirectory, ignored);
   return noWine ? kErrorBadExeFormat : error;
-}
-
-void ShowErrorBox(const std::u16string& text, const std::u16string& title) {
-  WriteErrorLine(WideToUtf8(title) + ": " + WideToUtf8(text));
 }
 
 bool OpenInBrowser(const std::u16string& url) {

@@ -24,6 +24,8 @@ void WriteWhole(int descriptor, std::string_view line) {
 
 void UseBinaryStandardStreams() { std::ios::sync_with_stdio(false); }
 
+void UseConsoleOfParent() {}
+
 bool ReadLine(std::string& line) {
   if (!std::getline(std::cin, line)) return false;
   if (!line.empty() && line.back() == '\r') line.pop_back();

@@ -35,6 +35,8 @@ std::vector<std::string> CommandLineArguments(int, char**) {
   return arguments;
 }
 
+std::string CommandLineText(int, char**) { return Utf8FromPath(GetCommandLineW()); }
+
 int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                  const std::filesystem::path& workingDirectory) {
   std::wstring commandLine = L'"' + program.native() + L'"';
@@ -49,10 +51,6 @@ int StartProgram(const std::filesystem::path& program, const std::vector<std::st
   const OwnedHandle thread(process.hThread);
   const OwnedHandle started(process.hProcess);
   return 0;
-}
-
-void ShowErrorBox(const std::u16string& text, const std::u16string& title) {
-  MessageBoxW(nullptr, Native(text).c_str(), Native(title).c_str(), MB_ICONERROR | MB_OK);
 }
 
 bool OpenInBrowser(const std::u16string& url) {

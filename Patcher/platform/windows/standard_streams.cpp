@@ -1,3 +1,5 @@
+#include <windows.h>
+
 #include "platform/standard_streams.h"
 
 #include <cstdio>
@@ -20,6 +22,14 @@ void WriteWhole(std::FILE* stream, std::string_view line) {
 
 void UseBinaryStandardStreams() {
   for (std::FILE* stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+}
+
+void UseConsoleOfParent() {
+  const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+  const bool redirected =
+      output != nullptr && output != INVALID_HANDLE_VALUE && GetFileType(output) != FILE_TYPE_UNKNOWN;
+  if (redirected || !AttachConsole(ATTACH_PARENT_PROCESS)) return;
+  std::freopen("CONOUT$", "wb", stdout);
 }
 
 bool ReadLine(std::string& line) {

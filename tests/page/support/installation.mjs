@@ -7,13 +7,17 @@ import path from "node:path";
 import readline from "node:readline";
 import { build } from "./launcher_page.mjs";
 import { PatchServer } from "./patch_server.mjs";
+import { windowsClient, WindowsProgram } from "./windows_program.mjs";
 
 const program = (name) => path.join(build, "bin", name);
 
 // Enough text that archives are the cheaper road for a new player, with names a page has to cope with.
 function sampleFiles() {
-  const files = { "Tolmira.exe": '#!/bin/sh\necho "$1" >starting && mv starting started\n' };
-  for (let i = 0; i < 60; i += 1) files[`data/monde ${i % 4}/r\u00e9gion_${i}.txt`] = `region ${i}\n`.repeat(400 + i);
+  const client = windowsClient ? readFileSync(windowsClient) : '#!/bin/sh\necho "$1" >starting && mv starting started\n';
+  const files = { "Tolmira.exe": client };
+  // Names are bytes in the system's code page: under Windows only plain ones read the same from outside.
+  const region = windowsClient ? "region" : "r\u00e9gion";
+  for (let i = 0; i < 60; i += 1) files[`data/monde ${i % 4}/${region}_${i}.txt`] = `region ${i}\n`.repeat(400 + i);
   return files;
 }
 
@@ -33,6 +37,11 @@ export class Installation {
     installation.setServer(installation.server.url);
     if (installed) await installation.updateUnattended();
     return installation;
+  }
+
+  // The first file of the game whose path ends so.
+  named(end) {
+    return Object.keys(this.files).find((file) => file.endsWith(end));
   }
 
   file(name) {
@@ -109,6 +118,7 @@ export class Installation {
 
   // Starts the engine behind the page, as a completed navigation does.
   start(launcher) {
+    if (windowsClient) return this.#startWindowsProgram(launcher);
     const child = spawn(this.file("Patcher"), [], { stdio: ["pipe", "pipe", "inherit"], cwd: "/" });
     this.#engine = child;
     this.ended = once(child, "exit").then(([code]) => code);
@@ -117,6 +127,13 @@ export class Installation {
     readline.createInterface({ input: child.stdout }).on("line", (line) => {
       launcher.sendTexts(line).catch(() => {});
     });
+  }
+
+  // The same with the Windows program itself in the engine's place, its page shown by the browser.
+  #startWindowsProgram(launcher) {
+    const program = new WindowsProgram(this.directory, launcher);
+    this.#engine = program;
+    this.ended = program.ended;
   }
 
   // The player closes the launcher and opens it again.

@@ -26,6 +26,7 @@ class DispatchTest : public testing::Test {
       checks.emplace_back(repair ? "repair" : "verify");
       PostReady(window, false);
     };
+    table.fetchNews = [](HostWindow&) { throw std::runtime_error("memory"); };
     table.launchClient = [this] { host.calls.emplace_back("launch"); };
     table.openExternalUrl = [this](const std::u16string& url) { urls.push_back(url); };
     table.buildOptionsMessage = [](const std::filesystem::path&) { return std::u16string(u"options"); };
@@ -111,7 +112,10 @@ TEST_F(DispatchTest, AWorkerThatCannotStartLeavesTheGuardFree) {
       Sent(),
       (Texts{u"{\"type\":\"check\",\"mode\":\"verify\",\"done\":true,\"error\":\"serveur injoignable\"}",
              u"{\"type\":\"ready\",\"canPlay\":false}"}));
+  dispatcher.DispatchPageMessage(u"{\"action\":\"getNews\"}");
+  EXPECT_EQ(Sent(), Texts{u"{\"type\":\"news\",\"ok\":false}"});
   host.refuseThreads = false;
+  dispatcher.DispatchPageMessage(u"{\"action\":\"getNews\"}");  // raises: the process goes on
   dispatcher.DispatchPageMessage(u"{\"action\":\"verify\"}");
   host.JoinWorkers();
   EXPECT_EQ(checks.size(), 1u);

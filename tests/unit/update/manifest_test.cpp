@@ -40,6 +40,18 @@ TEST(PatchManifestTest, WhatDoesNotParseSaysWhy) {
   EXPECT_EQ(error, "stod argument out of range");
 }
 
+TEST(ManifestPathsTest, NoFileUnderAnothersTemporaryName) {
+  const auto usable = [](const std::string& one, const std::string& other) {
+    PatchManifest manifest;
+    manifest.files = {{one, 0, "", ""}, {other, 0, "", ""}};
+    return PathsAreUsable(manifest);
+  };
+  EXPECT_FALSE(usable("a/x.part", "a/x"));
+  EXPECT_FALSE(usable("../x", "y"));
+  EXPECT_TRUE(usable("a/x.part", "x"));
+  EXPECT_TRUE(usable("a/x.old", "a/x"));
+}
+
 TEST(ManifestPathsTest, OnlyPlacesBelowTheInstallDirectory) {
   for (const char* path :
        {"/etc/x", "\\x", "C:x", "c:/x", "..", "a/../b", "a\\..\\b", "a/..", ".. /x", "a/...", "a/. ./b"}) {

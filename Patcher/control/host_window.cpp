@@ -1,0 +1,97 @@
+#include "control/host_window.h"
+
+#include <new>
+#include <thread>
+
+#include "control/page_content.h"
+#include "control/page_messages.h"
+#include "control/window_geometry.h"
+#include "shared/program.h"
+
+namespace patcher {
+
+using platform::SizeKind;
+
+MainWindow::MainWindow(OperationTable operations)
+    : window_(*this),
+      backlog_([this](const UiEvent& event) {
+        return window_.Post({event.number, event.wParam, event.lParam});
+      }),
+      dispatcher_(*this, std::move(operations)),
+      webViewHost_(window_, dispatcher_) {}
+
+bool MainWindow::Create() {
+  // The page's darkest navy: what shows before the page and in the ring around it.
+  const platform::WindowLook look{BuildWindowTitle(), 0x0d, 0x14, 0x26, kIconResource};
+  return window_.Create(look, PlaceWindow(platform::WorkAreaUnderPointer()));
+}
+
+int MainWindow::Run() {
+  window_.Show();
+  return window_.RunMessageLoop();
+}
+
+void MainWindow::PostEvent(const UiEvent& event) noexcept {
+  try {
+    backlog_.Post(event);
+  } catch (const std::bad_alloc&) {
+    ReleasePayload(event);
+  }
+}
+
+void MainWindow::SendToPage(const std::u16string& text) { webViewHost_.SendToPage(text); }
+
+void MainWindow::EndMessageLoop() { window_.Quit(0); }
+
+void MainWindow::StartDragging() { window_.StartDragging(); }
+
+void MainWindow::Minimize() { window_.Minimize(); }
+
+void MainWindow::ToggleMaximize() {
+  if (window_.IsMaximized()) {
+    window_.Restore();
+  } else {
+    window_.Maximize();
+  }
+}
+
+void MainWindow::AskToClose() { window_.AskToClose(); }
+
+void MainWindow::StartThread(std::function<void()> entry) { std::thread(std::move(entry)).detach(); }
+
+void MainWindow::WindowCreated() { webViewHost_.StartWebView(); }
+
+void MainWindow::WindowResized(SizeKind kind) {
+  // The page's glyph keeps its state through a minimize.
+  if (kind == SizeKind::kMaximized || kind == SizeKind::kRestored) {
+    SendToPage(BuildWindowMessage(kind == SizeKind::kMaximized));
+  }
+  webViewHost_.UpdateBounds();
+}
+
+void MainWindow::WindowMessage(const platform::QueueMessage& message) {
+  dispatcher_.HandleUiEvent({message.number, message.wParam, message.lParam});
+  // Here as well: while the system moves or sizes the window, its own loop serves the queue.
+  backlog_.Advance();
+}
+
+void MainWindow::QueueAdvanced() { backlog_.Advance(); }
+
+platform::Size MainWindow::MinimumWindowSize() const { return kMinimumWindow; }
+
+platform::WindowPart MainWindow::HitTest(const platform::Rect& window, platform::Point point,
+                                         bool maximized) const {
+  return patcher::HitTest(window, point, maximized);
+}
+
+platform::MaximizedPlacement MainWindow::PlaceMaximized(const platform::Rect& monitor,
+                                                        const platform::Rect& workArea) const {
+  return patcher::PlaceMaximized(monitor, workArea);
+}
+
+platform::Rect MainWindow::ClientArea(const platform::Rect& window, bool maximized,
+                                      platform::Size frame) const {
+  return patcher::ClientArea(window, maximized, frame);
+}
+
+}  // namespace patcher

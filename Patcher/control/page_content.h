@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/web_view.h"
+
+namespace patcher {
+
+/// An image of the page, carried in the program under its resource number.
+struct Asset {
+  std::string_view name;
+  int resource;
+  std::string_view mediaType;
+};
+
+inline constexpr Asset AssetTable[] = {
+    {"background.jpg", 200, "image/jpeg"}, {"logo.png", 201, "image/png"},
+    {"panel.png", 202, "image/png"},       {"pill-play.png", 203, "image/png"},
+    {"separator.png", 204, "image/png"},   {"nav-icon-sprite.png", 205, "image/png"},
+    {"led-green.png", 206, "image/png"},   {"led-red.png", 207, "image/png"},
+    {"led-amber.png", 208, "image/png"},
+};
+
+/// Resource number of the page's text, UTF-8.
+inline constexpr int kPageResource = 100;
+/// Resource number of the window's icon, a PNG.
+inline constexpr int kIconResource = 300;
+
+/// The row that an address of the page asks for: what stands behind its last slash, query and fragment aside,
+/// decides alone, case included. Null if there is none.
+const Asset* FindAsset(std::string_view address);
+
+/// The answer to a request under the asset origin; nothing if it asks for no image.
+std::optional<platform::ResourceAnswer> ServeAsset(std::string_view address);
+
+/// The whole page.
+std::u16string PageText();
+
+/// Whether an address is one under which a web view shows a document that it was handed as a text, rather
+/// than one that comes from somewhere.
+bool IsOwnAddress(std::string_view address);
+
+}  // namespace patcher

@@ -1,0 +1,41 @@
+#include "control/web_view_host.h"
+
+#include "control/page_content.h"
+#include "control/window_geometry.h"
+#include "shared/program.h"
+#include "shared/site.h"
+
+namespace patcher {
+
+WebViewHost::WebViewHost(platform::NativeWindow& window, Dispatcher& dispatcher)
+    : window_(window), dispatcher_(dispatcher), webView_(*this) {}
+
+void WebViewHost::StartWebView() {
+  webView_.Start(window_, {PageText(), kAssetOrigin, ExeDir() / "WebView2Data"});
+}
+
+void WebViewHost::SendToPage(const std::u16string& text) { webView_.Deliver(text); }
+
+void WebViewHost::UpdateBounds() { webView_.UpdateBounds(); }
+
+platform::Rect WebViewHost::Bounds() const {
+  return WebViewBounds(window_.ClientRect(), window_.IsMaximized());
+}
+
+std::optional<platform::ResourceAnswer> WebViewHost::AnswerRequest(std::string_view address) {
+  return ServeAsset(address);
+}
+
+bool WebViewHost::MayNavigate(std::string_view address) {
+  // The first navigation is the host's own, whatever address the web view gives it.
+  return !pageLoaded_ || IsOwnAddress(address);
+}
+
+void WebViewHost::MessageReceived(std::u16string_view text) { dispatcher_.DispatchPageMessage(text); }
+
+void WebViewHost::NavigationCompleted() {
+  pageLoaded_ = true;
+  dispatcher_.NavigationCompleted();
+}
+
+}  // namespace patcher

@@ -1,0 +1,46 @@
+#include "control/wiring.h"
+
+#include "integrity/check.h"
+#include "integrity/cleanup.h"
+#include "launch/external_links.h"
+#include "launch/game_launch.h"
+#include "launch/news.h"
+#include "options/options_exchange.h"
+#include "update/bundle_install.h"
+#include "update/self_update.h"
+#include "update/update_run.h"
+
+namespace patcher {
+namespace {
+
+/// The stages that the update run passes through. Never destroyed: detached workers use them until the process is
+/// gone.
+const UpdateStages& Stages() {
+  static const auto* stages = new UpdateStages{
+      .selfUpdate = FetchNewLauncher,
+      .installBundle = BundleWorker,
+      .cleanUp = CleanUp,
+      .clientExists = ClientExists,
+  };
+  return *stages;
+}
+
+}  // namespace
+
+OperationTable LauncherOperations(const ErrorBox& showErrorBox) {
+  OperationTable table;
+  table.runUpdate = [](HostWindow& window) { RunUpdate(window, Stages()); };
+  table.runCheckOperation = [](HostWindow& window, bool repair) {
+    RunCheckOperation(window, repair, Stages());
+  };
+  table.fetchNews = FetchNews;
+  table.launchClient = [showErrorBox] { LaunchClient(showErrorBox); };
+  table.openExternalUrl = OpenExternalUrl;
+  table.buildOptionsMessage = BuildOptionsMessage;
+  table.saveOptions = SaveOptions;
+  table.selfUpdateSwap = [showErrorBox] { SelfUpdateSwap(showErrorBox); };
+  table.clientExists = ClientExists;
+  return table;
+}
+
+}  // namespace patcher

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+namespace platform {
+
+/// Keeps several processes from working in one directory at the same time. Advisory: it binds only those who
+/// take it. Released when it goes or when the process dies, however that happens. Leaves nothing on the disk.
+/// Used by one thread.
+class DirectoryLock {
+ public:
+  /// Takes nothing yet.
+  explicit DirectoryLock(const std::filesystem::path& directory);
+  ~DirectoryLock();
+  DirectoryLock(const DirectoryLock&) = delete;
+  DirectoryLock& operator=(const DirectoryLock&) = delete;
+
+  /// False if another process holds the lock. True also where the system offers no such lock (some network
+  /// file systems): nobody shall be locked out for that.
+  bool TryTake();
+
+  /// Waits until the lock is free and takes it.
+  void Take();
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace platform

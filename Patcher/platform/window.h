@@ -1,0 +1,127 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/geometry.h"
+#include "platform/message_queue.h"
+
+namespace platform {
+
+/// How a window stands after its size has changed.
+enum class SizeKind { kRestored, kMinimized, kMaximized, kOther };
+
+/// What lies under a point of a window. The numbers are the hit codes of Windows.
+enum class WindowPart {
+  kClient = 1,
+  kLeft = 10,
+  kRight = 11,
+  kTop = 12,
+  kTopLeft = 13,
+  kTopRight = 14,
+  kBottom = 15,
+  kBottomLeft = 16,
+  kBottomRight = 17,
+};
+
+/// Where a maximized window stands, relative to its monitor, and how large it is.
+struct MaximizedPlacement {
+  Point position;
+  Size size;
+  bool operator==(const MaximizedPlacement&) const = default;
+};
+
+/// Whoever the window tells and asks. Main thread only.
+class WindowOwner {
+ public:
+  virtual ~WindowOwner() = default;
+
+  /// The window exists and is not shown yet.
+  virtual void WindowCreated() = 0;
+  virtual void WindowResized(SizeKind kind) = 0;
+  /// A message that was posted with NativeWindow::Post.
+  virtual void WindowMessage(const QueueMessage& message) = 0;
+  /// The main loop has taken a message off its queue: a post that was refused may succeed now.
+  virtual void QueueAdvanced() = 0;
+
+  virtual Size MinimumWindowSize() const = 0;
+  /// `window` and `point` in screen coordinates.
+  virtual WindowPart HitTest(const Rect& window, Point point, bool maximized) const = 0;
+
+  // Asked on Windows only; on Linux the window manager keeps a maximized window on the work area, and a
+  // window without decorations has no frame.
+
+  virtual MaximizedPlacement PlaceMaximized(const Rect& monitor, const Rect& workArea) const = 0;
+  /// The client area of a window that takes up `window`; `frame` is the system's thickness of a frame that
+  /// can be sized.
+  virtual Rect ClientArea(const Rect& window, bool maximized, Size frame) const = 0;
+};
+
+/// Prepares this process and the calling thread, the main thread, for a window: the window works in real
+/// pixels, and the web view finds the single-threaded apartment it needs. False if there is no screen
+/// (Linux).
+bool PrepareWindowSystem(int argc, char** argv);
+/// Undoes what PrepareWindowSystem did for the thread. Called when the main loop has ended.
+void FinishWindowSystem();
+
+/// The part of the monitor under the pointer, else of the primary one, that task bars leave free.
+Rect WorkAreaUnderPointer();
+
+/// What a main window looks like before anything is drawn in it.
+struct WindowLook {
+  std::u16string title;
+  std::uint8_t red = 0;
+  std::uint8_t green = 0;
+  std::uint8_t blue = 0;
+  /// Number of the embedded picture that task bars show (Linux; Windows takes the program's icon).
+  int icon = 0;
+};
+
+/// The program's one main window: top-level, without caption or visible frame, yet sizable, with the main
+/// loop that serves it. Made once and never destroyed before the process ends. Main thread only, but for
+/// Post.
+class NativeWindow {
+ public:
+  /// `owner` outlives the window.
+  explicit NativeWindow(WindowOwner& owner);
+  ~NativeWindow();
+  NativeWindow(const NativeWindow&) = delete;
+  NativeWindow& operator=(const NativeWindow&) = delete;
+
+  /// Calls WindowCreated before it returns. False if the system gives no window.
+  bool Create(const WindowLook& look, const Rect& placement);
+  /// Shows the window, on Windows in the way that whoever started the process asked for.
+  void Show();
+
+  /// Any thread; never blocks. Messages are handled in the order of posting. False if the message was not
+  /// taken: Windows holds at most 10,000 for a thread, and none for a window that is gone.
+  bool Post(const QueueMessage& message) noexcept;
+  /// Handles everything that concerns the thread until Quit or until the window is destroyed (code 0).
+  int RunMessageLoop();
+  /// Ends the loop after the present message.
+  void Quit(int code);
+
+  bool IsMaximized() const;
+  /// The inside of the window; left and top are 0.
+  Rect ClientRect() const;
+
+  /// The window follows the mouse until the button is released. Windows: returns then; Linux: returns at
+  /// once.
+  void StartDragging();
+  void Minimize();
+  void Maximize();
+  void Restore();
+  /// Queues an ordinary close request, which destroys the window.
+  void AskToClose();
+
+  /// The system's window, for other halves of the seam: HWND or GtkWindow*. Null before Create.
+  void* Handle() const;
+
+  struct Impl;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace platform

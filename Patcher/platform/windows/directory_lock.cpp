@@ -1,0 +1,59 @@
+#include <windows.h>
+
+#include "platform/directory_lock.h"
+
+#include <string>
+
+#include "platform/windows/owned_handle.h"
+
+namespace platform {
+namespace {
+
+/// A name that is the same however the directory's path is spelled; empty if there is no telling.
+std::wstring NameOf(const std::filesystem::path& directory) {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const OwnedHandle opened(CreateFileW(directory.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
+                                       FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  BY_HANDLE_FILE_INFORMATION about{};
+  if (!opened.IsOpen() || !GetFileInformationByHandle(opened.Get(), &about)) return {};
+  return L"Global\\TolmiraMMO-Patcher-" + std::to_wstring(about.dwVolumeSerialNumber) + L"-" +
+         std::to_wstring(about.nFileIndexHigh) + L"-" + std::to_wstring(about.nFileIndexLow);
+}
+
+HANDLE MakeMutex(const std::filesystem::path& directory) {
+  const std::wstring name = NameOf(directory);
+  return name.empty() ? nullptr : CreateMutexW(nullptr, FALSE, name.c_str());
+}
+
+}  // namespace
+
+struct DirectoryLock::Impl {
+  explicit Impl(const std::filesystem::path& directory) : mutex(MakeMutex(directory)) {}
+  ~Impl() {
+    if (held) ReleaseMutex(mutex.Get());
+  }
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
+
+  /// False only if the time passed. A holder that died has left the lock to whoever comes next.
+  bool Wait(DWORD milliseconds) {
+    if (!mutex.IsOpen()) return true;
+    const DWORD outcome = WaitForSingleObject(mutex.Get(), milliseconds);
+    held = outcome == WAIT_OBJECT_0 || outcome == WAIT_ABANDONED;
+    return outcome != WAIT_TIMEOUT;
+  }
+
+  const OwnedHandle mutex;
+  bool held = false;
+};
+
+DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
+    : impl_(std::make_unique<Impl>(directory)) {}
+
+DirectoryLock::~DirectoryLock() = default;
+
+bool DirectoryLock::TryTake() { return impl_->Wait(0); }
+
+void DirectoryLock::Take() { impl_->Wait(INFINITE); }
+
+}  // namespace platform

@@ -1,0 +1,58 @@
+#include "platform/directory_lock.h"
+
+#include <memory>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "support/scratch_directory.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Whether somebody else (for a lock, another thread is as good as another process) could take the lock.
+bool OthersCanTake(const fs::path& directory) {
+  bool taken = false;
+  std::thread([&] {
+    DirectoryLock lock(directory);
+    taken = lock.TryTake();
+  }).join();
+  return taken;
+}
+
+TEST(DirectoryLockContract, OneHolderADirectoryHoweverItIsSpelled) {
+  const patcher::ScratchDirectory directory;
+  fs::create_directory(directory / "a");
+  fs::create_directory(directory / "b");
+  {
+    DirectoryLock lock(directory / "a");
+    EXPECT_TRUE(OthersCanTake(directory / "a")) << "nothing is taken by making it";
+    ASSERT_TRUE(lock.TryTake());
+    EXPECT_FALSE(OthersCanTake(directory / "a"));
+    EXPECT_FALSE(OthersCanTake(directory / "b" / ".." / "a"));
+    EXPECT_TRUE(OthersCanTake(directory / "b"));
+  }
+  EXPECT_TRUE(OthersCanTake(directory / "a"));
+  EXPECT_TRUE(OthersCanTake(directory / "missing")) << "no lock to be had locks nobody out";
+}
+
+TEST(DirectoryLockContract, WhoWaitsGetsIt) {
+  const patcher::ScratchDirectory directory;
+  const fs::path place = directory / "a";
+  fs::create_directory(place);
+  auto first = std::make_unique<DirectoryLock>(place);
+  ASSERT_TRUE(first->TryTake());
+  std::thread waiting([&] {
+    DirectoryLock second(place);
+    second.Take();
+    EXPECT_FALSE(OthersCanTake(place));
+  });
+  first.reset();
+  waiting.join();
+  EXPECT_TRUE(OthersCanTake(place));
+}
+
+}  // namespace
+}  // namespace platform
