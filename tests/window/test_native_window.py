@@ -1,7 +1,9 @@
 """The native program on a screen with a window manager, under real clicks."""
 import os
+import shutil
 import subprocess
 
+import launcher
 from display import LIMIT, wait_until
 from fixture import WindowTest
 from game import Game
@@ -128,6 +130,20 @@ class NativeWindowTest(WindowTest):
         self.assertFalse((self.place.directory / "WebView2Data").exists())
         for process in (first, second):
             self.assertIsNone(process.poll())
+
+    def test_a_hostile_page_stays_inside(self):
+        """It has no policy of its own: the host alone keeps it from the network, other documents and windows."""
+        shutil.copy2(launcher.beside_program("hostile-launcher"), self.place.program)
+        self.server.content["/api/news.json"] = self.server.url().encode()
+        process = self.start()
+        wait_until(lambda: self.server.requests["/api/news.json"] == 2)
+        self.assertEqual([path for path in self.server.requests if path.startswith("/leak")], [])
+        self.assertEqual(len(self.display.windows(TITLE)), 1)
+        self.server.content["/api/news.json"] = b"enough"
+        # The page is still the page: it hears the answer to what it asks after its last attempt.
+        self.display.mouse("mousemove", 800, 500, "click", 3)
+        self.display.mouse("key", "Down", "Down", "Down", "Return")
+        self.assertEqual(process.wait(LIMIT), 0)
 
     def test_no_screen(self):
         environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
