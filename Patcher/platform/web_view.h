@@ -60,7 +60,7 @@ class WebView {
 
   /// Begins to bring the page into the window and returns at once. Where a step fails, for example because
   /// the system has no web view, nothing more happens and nobody is told.
-  void Start(NativeWindow& window, WebViewContent content);
+  void Start(NativeWindow& window, const WebViewContent& content);
   /// Asks the owner for the bounds and takes them; nothing if there is no web view yet.
   void UpdateBounds();
   /// Delivers a text to the page as the data of a "message" event, or drops it if there is no web view yet.

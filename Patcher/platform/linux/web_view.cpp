@@ -153,7 +153,7 @@ WebView::WebView(WebViewOwner& owner) : impl_(std::make_unique<Impl>(owner)) {}
 
 WebView::~WebView() = default;
 
-void WebView::Start(NativeWindow& window, WebViewContent content) {
+void WebView::Start(NativeWindow& window, const WebViewContent& content) {
   impl_->page = ReplaceAll(WideToUtf8(content.page), content.assetOrigin, kAssetOrigin);
   impl_->CreateView(GTK_CONTAINER(window.Handle()));
   impl_->ConnectPage();

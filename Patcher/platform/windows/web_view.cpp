@@ -153,9 +153,9 @@ WebView::WebView(WebViewOwner& owner) : impl_(std::make_unique<Impl>(owner)) {}
 
 WebView::~WebView() = default;
 
-void WebView::Start(NativeWindow& window, WebViewContent content) {
+void WebView::Start(NativeWindow& window, const WebViewContent& content) {
   impl_->window = static_cast<HWND>(window.Handle());
-  impl_->content = std::move(content);
+  impl_->content = content;
   impl_->CreateEnvironment();
 }
 
