@@ -215,7 +215,7 @@ def hashing(bench):
         names = game.folder / "names"
         names.write_text("".join(f"{game.folder}/patch/{file['path']}\n" for file in game.files))
         peer = shell("xargs -P2 openssl dgst", f"xargs -a {names} -P2 -n{batch} openssl dgst -sha256")
-        ours = Command("pool of 2, Sha256", [bench.tool("hash_tree"), str(game.manifest),
+        ours = Command("verification, 2 workers", [bench.tool("verify_tree"), str(game.manifest),
                                              str(game.folder / "patch"), "2"])
         run_once(shell("warm up", f"xargs -a {names} cat >/dev/null"))
         alternate([ours, peer], bench.rounds)

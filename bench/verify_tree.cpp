@@ -1,0 +1,39 @@
+// The verification pass by itself, without a server and a page: VerifyFiles over a directory.
+// Usage: verify_tree MANIFEST DIRECTORY WORKERS
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+#include "control/ui_event.h"
+#include "integrity/verify_files.h"
+#include "platform/text.h"
+#include "shared/program.h"
+#include "transport/config.h"
+
+namespace {
+
+/// Nobody looks.
+class NoWindow final : public patcher::HostWindow {
+ public:
+  void PostEvent(const patcher::UiEvent& event) noexcept override { patcher::ReleasePayload(event); }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 4) return 2;
+  std::ifstream in(argv[1], std::ios::binary);
+  const std::string text(std::istreambuf_iterator<char>(in), {});
+  patcher::PatchManifest manifest;
+  std::string error;
+  if (!patcher::ParsePatchManifest(text, manifest, error)) return 1;
+  patcher::SetExePath(std::filesystem::path(argv[2]) / "launcher");
+  patcher::PatchConfig::Current().connections = std::atoi(argv[3]);
+  NoWindow window;
+  patcher::CheckResult result;
+  patcher::VerifyFiles(window, manifest, result);
+  std::printf("%d of %d files are correct\n", result.ok, result.total);
+  return result.ok == result.total ? 0 : 1;
+}
