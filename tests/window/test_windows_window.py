@@ -61,6 +61,7 @@ class WindowTest(WindowsTest):
         held.set()
         self.program.wait_message("check")  # while the button is held, in the system's own loop
         self.display.mouse("mousemove", 600, 200, "mouseup", 1)
+        self.program.wait("handled")  # the move has ended; in the midst of one, Wine forgets a request to quit
         self.assertEqual(self.window.place()[2:], HOME[2:])
         self.program.request("windowClose")
         self.assertEqual(self.program.exit_code(), 0)

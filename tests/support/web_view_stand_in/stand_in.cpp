@@ -281,7 +281,7 @@ std::string Hexadecimal(IStream* stream) {
   return out;
 }
 
-/// send TEXT; send-other (not a string); send-null
+/// send TEXT; send-other (not a string); send-null. Answers "handled" when the program has dealt with it.
 void Send(const Line& line) {
   Object* args = new Object(kMessageArgs.Get(), "message arguments");
   if (line.size() > 1) args->text = Wide(line[1]);
@@ -289,6 +289,7 @@ void Send(const Line& line) {
   if (line[0] == "send-null") args->textResult = S_FALSE;
   Raise("WebMessageReceived", args);
   Release(args);
+  TellDriver({"handled"});
 }
 
 /// get ADDRESS: a request of the page; answers "asset" with status, reason, headers and content, or nothing.
