@@ -50,7 +50,9 @@ class FaultServer:
             try:
                 peer, _ = self.socket.accept()
             except OSError:
-                return
+                if self.socket.fileno() < 0:
+                    return
+                continue  # a launcher that died between its call and the answer
             if self.closed.is_set():
                 peer.close()
                 return

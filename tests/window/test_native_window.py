@@ -2,6 +2,7 @@
 import os
 import shutil
 import subprocess
+import time
 
 import launcher
 from display import LIMIT, wait_until
@@ -49,6 +50,18 @@ class NativeWindowTest(WindowTest):
     def click(self, place, times=1):
         self.display.mouse("mousemove", *self.point(place), "click", "--repeat", times, "--delay", 90, 1)
 
+    def click_until(self, place, expected, times=1):
+        """The page follows the window's new size a moment later: a click that comes before meets nothing, and a player
+        clicks again."""
+        def stands_there():
+            self.click(place, times)
+            end = time.monotonic() + 5
+            while time.monotonic() < end:
+                if self.window.place() == expected:
+                    return True
+            return False
+        wait_until(stands_there, lambda: f"the window stands at {self.window.place()}, not at {expected}")
+
     def closes(self):
         self.click(CLOSE)
         self.assertEqual(self.process.wait(LIMIT), 0)
@@ -70,14 +83,10 @@ class NativeWindowTest(WindowTest):
 
     def test_it_moves_maximizes_and_minimizes_by_its_page(self):
         self.shown()
-        self.click(MAXIMIZE)
-        self.window.wait_for_place(*SCREEN)
-        self.click(MAXIMIZE)
-        self.window.wait_for_place(*HOME)
-        self.click(DRAG_ZONE, times=2)
-        self.window.wait_for_place(*SCREEN)
-        self.click(DRAG_ZONE, times=2)
-        self.window.wait_for_place(*HOME)
+        self.click_until(MAXIMIZE, SCREEN)
+        self.click_until(MAXIMIZE, HOME)
+        self.click_until(DRAG_ZONE, SCREEN, times=2)
+        self.click_until(DRAG_ZONE, HOME, times=2)
         self.drag_until_it_moves()
         self.click(MINIMIZE)
         wait_until(lambda: "Iconic" in self.window.state())
