@@ -12,6 +12,13 @@ async function upToDate(launcher, game) {
   await launcher.open("Reparation");
 }
 
+// An operation ends with `ready`, behind its verdict: a repair that started before would take it for its own end.
+async function untilReady(launcher, start) {
+  const ready = launcher.nextMessage("ready");
+  await start();
+  await ready;
+}
+
 journey("damage is found and repaired, and nothing else is touched", { game: { installed: true } }, async (launcher, game) => {
   const { page } = launcher;
   const missing = game.named("_6.txt");
@@ -22,7 +29,7 @@ journey("damage is found and repaired, and nothing else is touched", { game: { i
   game.write("captures/mienne.png", "capture");
   assert.deepEqual(await tallies(launcher), ["-", "-", "-"]);
   assert.equal(await page.isVisible("#check-repair"), false);
-  await page.click("#check-run");
+  await untilReady(launcher, () => page.click("#check-run"));
   await launcher.waitForText("check-phase", "Controle termine.");
   assert.deepEqual(await tallies(launcher), ["59", "1", "1"]);
   assert.deepEqual(await page.locator("#check-samples li").allTextContents(), [missing, damaged]);
@@ -52,13 +59,13 @@ journey("more damage than the list shows, and a server that goes away", { game: 
   const names = Object.keys(game.files).filter((name) => name.startsWith("data/"));
   for (const name of names.slice(0, 43)) game.erase(name);
   await page.locator("#check-run").focus();
-  await page.keyboard.press("Enter");
+  await untilReady(launcher, () => page.keyboard.press("Enter"));
   await launcher.waitForText("check-phase", "Controle termine.");
   assert.equal(await page.locator("#check-samples li").count(), 41);
   assert.equal(await page.locator("#check-samples .more").textContent(), "... et 3 autre(s).");
   assert.equal(await page.evaluate(() => document.activeElement.id), "check-repair", "the keyboard goes on with what is offered");
   game.server.faults.set("/patch/version.json", 503);
-  await page.keyboard.press("Enter");
+  await untilReady(launcher, () => page.keyboard.press("Enter"));
   await launcher.waitForText("check-state", "Echec : manifeste illisible");
   assert.equal(await launcher.text("check-phase"), "Echec.");
   assert.equal(await launcher.text("server-text"), "Hors ligne");

@@ -50,6 +50,7 @@ export class LauncherPage {
   // Errors of the page and requests that it must not make.
   problems = [];
   #waiting = [];
+  #awaited = [];
   #delivery = Promise.resolve();
 
   // onRequest: called with each request's text as the page sent it.
@@ -103,7 +104,17 @@ export class LauncherPage {
   // Hands texts to the page as the host does, in order.
   sendTexts(...texts) {
     this.#delivery = this.#delivery.then(() => this.page.evaluate((list) => window.hostSends(list), texts));
+    this.#awaited = this.#awaited.filter(({ start, resolve }) => {
+      const arrives = texts.some((text) => text.startsWith(start));
+      if (arrives) resolve(this.#delivery);
+      return !arrives;
+    });
     return this.#delivery;
+  }
+
+  // The next message of that type has reached the page.
+  nextMessage(type) {
+    return new Promise((resolve) => this.#awaited.push({ start: `{"type":"${type}"`, resolve }));
   }
 
   send(...messages) {
