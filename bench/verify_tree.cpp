@@ -3,8 +3,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <string>
 
 #include "control/ui_event.h"
 #include "integrity/verify_files.h"
@@ -24,8 +25,8 @@ class NoWindow final : public patcher::HostWindow {
 
 int main(int argc, char** argv) {
   if (argc != 4) return 2;
-  std::ifstream in(argv[1], std::ios::binary);
-  const std::string text(std::istreambuf_iterator<char>(in), {});
+  std::string text(std::filesystem::file_size(argv[1]), '\0');
+  std::ifstream(argv[1], std::ios::binary).read(text.data(), static_cast<std::streamsize>(text.size()));
   patcher::PatchManifest manifest;
   std::string error;
   if (!patcher::ParsePatchManifest(text, manifest, error)) return 1;

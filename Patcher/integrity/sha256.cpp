@@ -8,6 +8,13 @@ namespace {
 
 constexpr std::streamsize kReadBlock = 1048576;
 
+/// One for each thread that hashes, until it ends: a block of this size taken and returned for every file would cost a
+/// small file more than its digest. Not zeroed, so that only pages that a read fills are ever touched.
+char* ReadBlock() {
+  thread_local const auto block = std::make_unique_for_overwrite<char[]>(kReadBlock);
+  return block.get();
+}
+
 }  // namespace
 
 platform::DigestHash Sha256::BeginHash() {
@@ -32,14 +39,13 @@ std::string Sha256::FinishHex(platform::DigestHash& hash) {
 std::string Sha256::HashFile(const std::filesystem::path& file) {
   platform::DigestHash hash = BeginHash();
   std::ifstream in;
-  // The block below is the buffer; a second one inside the stream would only cost copies.
+  // The block is the buffer; a second one inside the stream would only cost copies.
   in.rdbuf()->pubsetbuf(nullptr, 0);
   in.open(file, std::ios::binary);
-  // Not zeroed: only pages that a read fills are ever touched, which matters for many small files.
-  auto block = std::make_unique_for_overwrite<char[]>(kReadBlock);
+  char* const block = ReadBlock();
   while (in) {
-    in.read(block.get(), kReadBlock);
-    if (in.gcount() > 0) hash.Update(block.get(), static_cast<std::size_t>(in.gcount()));
+    in.read(block, kReadBlock);
+    if (in.gcount() > 0) hash.Update(block, static_cast<std::size_t>(in.gcount()));
   }
   return FinishHex(hash);
 }

@@ -9,7 +9,6 @@
 #include "platform/files.h"
 #include "platform/process.h"
 #include "shared/program.h"
-#include "transport/debug_log.h"
 
 namespace patcher {
 namespace {
@@ -70,7 +69,6 @@ Fetched Fetch(UpdateRun& run) {
   const bool whole = sha256.HashFile(file) == digest;
   const bool ready =
       whole && MakeAsExecutableAs(inPlace ? file : ExePath(), file) && platform::FlushToDisk(file) == 0;
-  if (!ready) DebugLog::Write("launcher not usable " + run.manifest.patcherUrl);
   return ready ? Fetched::kNewer : Fetched::kNothing;
 }
 
@@ -83,8 +81,6 @@ bool FetchNewLauncher(UpdateRun& run) {
     case Fetched::kNewer:
       return true;
     case Fetched::kSame:
-      DebugLog::Write("launcher announced as " + std::to_string(run.manifest.patcherVersion) +
-                      " is the running build " + std::to_string(launcherBuild));
       return false;
     case Fetched::kNothing:
       PostStatus(run.window, "Echec de la mise a jour du patcher, poursuite avec la version actuelle.");

@@ -50,6 +50,10 @@ class Display:
         return Window(self, wait_until(lambda: self.windows(title))[0])
 
 
+class WindowGone(Exception):
+    """There is no such window any more."""
+
+
 class Window:
     def __init__(self, display, number):
         self.display = display
@@ -58,6 +62,8 @@ class Window:
     def place(self):
         """Left, top, width, height."""
         text = self.display.run("xdotool", "getwindowgeometry", "--shell", self.number)
+        if not text:
+            raise WindowGone
         values = dict(line.split("=") for line in text.split())
         return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
