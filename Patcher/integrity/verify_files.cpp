@@ -30,11 +30,11 @@ Verdict Judge(const PatchFile& file) {
   try {
     const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
     std::error_code error;
-    if (!fs::exists(place, error)) return Verdict::kMissing;
-    Sha256 sha256;
     const std::uint64_t size = fs::file_size(place, error);
-    if (error || size != file.size) return Verdict::kCorrupt;
-    return sha256.HashFile(place) == file.sha256 ? Verdict::kCorrect : Verdict::kCorrupt;
+    // What has a size exists: only the rest is looked at twice.
+    if (error) return fs::exists(place, error) ? Verdict::kCorrupt : Verdict::kMissing;
+    if (size != file.size) return Verdict::kCorrupt;
+    return Sha256().HashFile(place) == file.sha256 ? Verdict::kCorrect : Verdict::kCorrupt;
   } catch (const std::exception&) {
     return Verdict::kCorrupt;
   }
