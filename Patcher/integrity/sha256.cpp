@@ -8,8 +8,9 @@ namespace {
 
 constexpr std::streamsize kReadBlock = 1048576;
 
-/// One for each thread that hashes, until it ends: a block of this size taken and returned for every file would cost a
-/// small file more than its digest. Not zeroed, so that only pages that a read fills are ever touched.
+/// One for each thread that hashes, until it ends: a block of this size taken and returned for every file
+/// would cost a small file more than its digest. Not zeroed, so that only pages that a read fills are ever
+/// touched.
 char* ReadBlock() {
   thread_local const auto block = std::make_unique_for_overwrite<char[]>(kReadBlock);
   return block.get();
