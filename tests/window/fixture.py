@@ -1,5 +1,6 @@
 """What the tests of both programs share: the screen, Wine, and an installation with a server."""
 import shutil
+import subprocess
 import unittest
 
 import launcher
@@ -39,6 +40,12 @@ class WindowTest(unittest.TestCase):
         self.place = launcher.Installation(self.server)
         self.addCleanup(self.place.remove)
         self.display = display()
+
+    def make_read_only(self, path):
+        """A file or a directory with all that is below it, also for root."""
+        subprocess.run(["mount", "--bind", path, path], check=True)
+        self.addCleanup(subprocess.run, ["umount", path], check=True)
+        subprocess.run(["mount", "-o", "remount,ro,bind", path], check=True)
 
 
 class WindowsTest(WindowTest):

@@ -121,6 +121,21 @@ class NativeWindowTest(WindowTest):
         started.unlink()
         self.assertEqual(self.place.files(), game.files)
 
+    def test_places_that_nothing_can_be_written_to(self):
+        game = Game(5, 5)
+        with self.subTest("patcher.ini"):
+            self.make_read_only(self.place.directory / "patcher.ini")
+            self.shown(game)
+            wait_until(lambda: game.files.items() <= self.place.files().items())
+            self.closes()
+        with self.subTest("directory"):
+            game.next_version()
+            before = self.place.files()
+            self.make_read_only(self.place.root)
+            self.shown(game)
+            self.closes()
+            self.assertEqual(self.place.files(), before)
+
     def test_it_closes_at_any_moment_and_the_next_start_converges(self):
         game = Game(3, 200)
         for part in (0, 20, 50):

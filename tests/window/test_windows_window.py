@@ -1,5 +1,4 @@
 """The window of the Windows program under real clicks, and what it withstands."""
-import subprocess
 import threading
 
 from display import wait_until
@@ -132,10 +131,7 @@ class EnduranceTest(WindowsTest):
         self.assert_installed(game)
 
     def test_a_directory_in_which_nothing_can_be_written(self):
-        folder = str(self.place.root)
-        subprocess.run(["mount", "--bind", folder, folder], check=True)
-        self.addCleanup(subprocess.run, ["umount", folder], check=True)
-        subprocess.run(["mount", "-o", "remount,ro,bind", folder], check=True)
+        self.make_read_only(self.place.root)
         Game(5, 5).publish(self.server)
         program = self.start()
         program.load_page()
