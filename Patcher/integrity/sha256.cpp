@@ -1,7 +1,7 @@
 #include "integrity/sha256.h"
 
 #include <fstream>
-#include <memory>
+#include <vector>
 
 namespace patcher {
 namespace {
@@ -9,11 +9,10 @@ namespace {
 constexpr std::streamsize kReadBlock = 1048576;
 
 /// One for each thread that hashes, until it ends: a block of this size taken and returned for every file
-/// would cost a small file more than its digest. Not zeroed, so that only pages that a read fills are ever
-/// touched.
-char* ReadBlock() {
-  thread_local const auto block = std::make_unique_for_overwrite<char[]>(kReadBlock);
-  return block.get();
+/// would cost a small file more than its digest.
+std::vector<char>& ReadBlock() {
+  thread_local std::vector<char> block(kReadBlock);
+  return block;
 }
 
 }  // namespace
@@ -43,10 +42,10 @@ std::string Sha256::HashFile(const std::filesystem::path& file) {
   // The block is the buffer; a second one inside the stream would only cost copies.
   in.rdbuf()->pubsetbuf(nullptr, 0);
   in.open(file, std::ios::binary);
-  char* const block = ReadBlock();
+  std::vector<char>& block = ReadBlock();
   while (in) {
-    in.read(block, kReadBlock);
-    if (in.gcount() > 0) hash.Update(block, static_cast<std::size_t>(in.gcount()));
+    in.read(block.data(), kReadBlock);
+    if (in.gcount() > 0) hash.Update(block.data(), static_cast<std::size_t>(in.gcount()));
   }
   return FinishHex(hash);
 }

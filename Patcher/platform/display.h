@@ -10,7 +10,7 @@ struct ScreenSize {
   std::int32_t height = 0;
 
   /// By width, then by height.
-  auto operator<=>(const ScreenSize&) const = default;
+  auto operator<=>(const ScreenSize&) const = default;  // NOLINT(modernize-use-nullptr): the compiler's own 0
 };
 
 /// The largest width and the largest height among the modes that the display offers; the two may come from

@@ -30,19 +30,19 @@ TEST(HttpContract, CracksUrls) {
   const std::string longest(255, 'h');
   const struct {
     std::string url;
-    bool secure;
     std::string host;
     int port;
+    bool secure;
   } good[] = {
-      {"http://host", false, "host", 80},
-      {"https://host", true, "host", 443},
-      {"HTTP://host:8080/patch/x?y=z#f", false, "host", 8080},
-      {"https://host.example:65535/", true, "host.example", 65535},
-      {"http://127.0.0.1:1", false, "127.0.0.1", 1},
-      {"http://host/with blank", false, "host", 80},
-      {"http://" + longest + "/", false, longest, 80},
+      {"http://host", "host", 80, false},
+      {"https://host", "host", 443, true},
+      {"HTTP://host:8080/patch/x?y=z#f", "host", 8080, false},
+      {"https://host.example:65535/", "host.example", 65535, true},
+      {"http://127.0.0.1:1", "127.0.0.1", 1, false},
+      {"http://host/with blank", "host", 80, false},
+      {"http://" + longest + "/", longest, 80, false},
   };
-  for (const auto& [url, secure, host, port] : good) {
+  for (const auto& [url, host, port, secure] : good) {
     const auto address = CrackUrl(url);
     ASSERT_TRUE(address) << url;
     EXPECT_EQ(address->secure, secure) << url;

@@ -58,7 +58,8 @@ class DiskTest(ScenarioTest):
                 self.assertFalse([name for name in arrived if self.server.requests[f"/patch/f/{name}"]])
 
     def remount_larger(self, place):
-        subprocess.run(["mount", "-o", "remount,size=20m", place.root], check=True)
+        kilobytes = Installation.program_size() // 1024 + 20480
+        subprocess.run(["mount", "-o", f"remount,size={kilobytes}k", place.root], check=True)
 
     def assert_only_right_files(self, place, files):
         """What the record vouches for is right, and nothing temporary stays."""

@@ -56,7 +56,8 @@ class DirectoryLink {
   std::string PathBelowWine() const {
     const std::string place = link_.generic_string();
     const std::string drive(1, static_cast<char>(std::tolower(static_cast<unsigned char>(place[0]))));
-    return std::string(std::getenv("WINEPREFIX")) + "/dosdevices/" + drive + place.substr(1);
+    const char* const prefix = std::getenv("WINEPREFIX");
+    return std::string(prefix != nullptr ? prefix : "") + "/dosdevices/" + drive + place.substr(1);
   }
 
   std::filesystem::path link_;

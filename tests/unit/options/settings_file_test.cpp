@@ -93,7 +93,7 @@ TEST(SettingsFileTest, Floats) {
                {"key --1", 9},
                {"key +-1", 9},
                {"key 3.4e38", 3.4e38f},
-               {"key 16777217.5", 16777218}};
+               {"key 16777217.5", 16777218.0f}};
   for (const auto& row : cases) EXPECT_EQ(WithLine(row.line).GetFloat("key", 9), row.value) << row.line;
 }
 
@@ -193,7 +193,9 @@ TEST_F(SavedLinesTest, ForeignLinesKeepBytesAndPlace) {
 }
 
 TEST_F(SavedLinesTest, HugeLines) {
-  Check({"vsync " + std::string(5'000'000, 'v'), std::string(10'000'000, 'x'), "vsync 7"});
+  std::string foreign;
+  foreign.resize(10'000'000, 'x');
+  Check({"vsync " + std::string(5'000'000, 'v'), foreign, "vsync 7"});
 }
 
 TEST_F(SavedLinesTest, WhatCannotBeReadIsNeverReplaced) {
