@@ -1,11 +1,12 @@
 #include "control/host_window.h"
 
 #include <new>
-#include <thread>
+#include <utility>
 
 #include "control/page_content.h"
 #include "control/page_messages.h"
 #include "control/window_geometry.h"
+#include "shared/detached_thread.h"
 #include "shared/program.h"
 
 namespace patcher {
@@ -57,7 +58,7 @@ void MainWindow::ToggleMaximize() {
 
 void MainWindow::AskToClose() { window_.AskToClose(); }
 
-void MainWindow::StartThread(std::function<void()> entry) { std::thread(std::move(entry)).detach(); }
+void MainWindow::StartThread(std::function<void()> entry) { StartDetachedThread(std::move(entry)); }
 
 void MainWindow::WindowCreated() { webViewHost_.StartWebView(); }
 

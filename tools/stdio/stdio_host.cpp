@@ -8,6 +8,7 @@
 #include "platform/standard_streams.h"
 #include "platform/text.h"
 #include "readable_message.h"
+#include "shared/detached_thread.h"
 
 namespace patcher {
 namespace {
@@ -30,7 +31,7 @@ StdioHost::StdioHost(Form form, OperationTable operations)
 
 int StdioHost::Run() {
   dispatcher_.NavigationCompleted();
-  std::thread([this] { ReadRequests(); }).detach();
+  StartDetachedThread([this] { ReadRequests(); });
   return queue_.Run();
 }
 
@@ -106,13 +107,13 @@ void StdioHost::AskToClose() {
 }
 
 void StdioHost::StartThread(std::function<void()> entry) {
-  std::thread([this, entry = std::move(entry)]() mutable {
+  StartDetachedThread([this, entry = std::move(entry)]() mutable {
     entry();
     // What the entry holds, a taken guard for example, is released before the host counts the worker as
     // ended.
     entry = nullptr;
     backlog_.Post({kWorkerEnded});
-  }).detach();
+  });
   ++runningWorkers_;
 }
 
