@@ -1,6 +1,5 @@
 #include "control/dispatch.h"
 
-#include <atomic>
 #include <chrono>
 #include <future>
 #include <thread>
@@ -84,20 +83,20 @@ TEST_F(DispatchTest, OneLongOperationAtATime) {
 }
 
 TEST_F(DispatchTest, ARequestRightBehindReadyIsAdmitted) {
-  std::atomic<bool> asked{false};
+  std::promise<void> asked;
+  const std::shared_future<void> isAsked = asked.get_future().share();
   OperationTable table;
   table.runCheckOperation = [&](HostWindow& window, bool) {
     PostReady(window, true);
-    asked.wait(false);
+    isAsked.wait();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));  // an operation that takes its time to end
   };
   RecordingHost quick;
   Dispatcher busy(quick, table);
   busy.DispatchPageMessage(u"{\"action\":\"verify\"}");
   std::vector<UiEvent> events;
-  while (events.empty()) events = quick.TakeEvents();
-  asked = true;
-  asked.notify_all();
+  while ((events = quick.TakeEvents()).empty()) std::this_thread::yield();
+  asked.set_value();
   busy.DispatchPageMessage(u"{\"action\":\"repair\"}");
   quick.JoinWorkers();
   for (const UiEvent& event : quick.TakeEvents()) busy.HandleUiEvent(event);
