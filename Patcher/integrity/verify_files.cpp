@@ -33,8 +33,9 @@ Verdict Judge(const PatchFile& file) {
     const std::uint64_t size = fs::file_size(place, error);
     // What has a size exists: only the rest is looked at twice.
     if (error) return fs::exists(place, error) ? Verdict::kCorrupt : Verdict::kMissing;
+    Sha256 sha256;
     if (size != file.size) return Verdict::kCorrupt;
-    return Sha256().HashFile(place) == file.sha256 ? Verdict::kCorrect : Verdict::kCorrupt;
+    return sha256.HashFile(place) == file.sha256 ? Verdict::kCorrect : Verdict::kCorrupt;
   } catch (const std::exception&) {
     return Verdict::kCorrupt;
   }
