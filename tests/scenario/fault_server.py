@@ -20,7 +20,6 @@ class FaultServer:
       ("chunked",)         the body in chunks
       ("chunked-cut", n)   n bytes in chunks, then the connection ends
       ("redirect", url)    302
-      ("hold", event)      the answer waits until the event is set
 
     `on_bytes`, if set, is called from the server's threads with the number of body bytes sent so far."""
 
