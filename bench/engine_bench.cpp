@@ -29,7 +29,7 @@ void CountBytes(benchmark::State& state) {
 
 void MiniJsonParse(benchmark::State& state) {
   Manifest();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     std::size_t position = 0;
     benchmark::DoNotOptimize(MiniJson::Parse(Manifest(), position));
   }
@@ -39,14 +39,14 @@ BENCHMARK(MiniJsonParse)->Unit(benchmark::kMillisecond);
 
 void NlohmannParse(benchmark::State& state) {
   Manifest();
-  for (auto _ : state) benchmark::DoNotOptimize(nlohmann::json::parse(Manifest()));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(nlohmann::json::parse(Manifest()));
   CountBytes(state);
 }
 BENCHMARK(NlohmannParse)->Unit(benchmark::kMillisecond);
 
 void WholeManifest(benchmark::State& state) {
   Manifest();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     patcher::PatchManifest manifest;
     std::string error;
     if (!patcher::ParsePatchManifest(Manifest(), manifest, error)) state.SkipWithError(error.c_str());
@@ -65,7 +65,7 @@ void RecordSaves(benchmark::State& state, bool shuffled) {
   if (shuffled) std::shuffle(manifest.files.begin(), manifest.files.end(), std::mt19937_64(1));
   const auto path = std::filesystem::temp_directory_path() /
                     ("bench_record_" + std::to_string(std::random_device{}()) + ".json");
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     std::filesystem::remove(path);
     patcher::LocalRecord record(path);
     record.Load();
