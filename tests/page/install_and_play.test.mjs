@@ -2,13 +2,12 @@
 import assert from "node:assert/strict";
 import { journey } from "./support/journey.mjs";
 
-const journal = (launcher) => launcher.page.locator("#log-list .entry").allTextContents();
-
-async function playByClick(launcher, game) {
-  await launcher.page.click("#btn-play");
+async function playBy(launcher, game, press) {
+  await launcher.page.locator("#btn-play:enabled").waitFor();
+  await press();
   assert.equal(await game.ended, 0);
-  assert.deepEqual(launcher.requests.map((request) => request.action), ["play"]);
-  assert.equal(await game.clientStarted(), "quantel\n");
+  assert.deepEqual(launcher.actions().at(-1), "play");
+  assert.deepEqual(await game.clientStarted(), ["program: " + game.place("Tolmira.exe"), "directory: " + game.place(), "argument: quantel"]);
 }
 
 journey("a fresh install ends with JOUER, which starts the client and ends the launcher", { game: {} },
@@ -19,17 +18,16 @@ journey("a fresh install ends with JOUER, which starts the client and ends the l
     game.start(launcher);
     await launcher.waitForText("status-text", "Pret a jouer.");
     await page.locator("#btn-play:enabled").waitFor();
-    assert.equal(await launcher.text("percent-text"), "100%");
-    assert.equal(await launcher.text("version-current"), "1");
-    assert.equal(await launcher.text("version-latest"), "1");
-    assert.equal(await launcher.text("server-text"), "En ligne");
+    for (const [id, text] of Object.entries({ "percent-text": "100%", "version-current": "1", "version-latest": "1", "server-text": "En ligne" })) {
+      assert.equal(await launcher.text(id), text);
+    }
     assert.match(await page.locator("#server-led").evaluate((led) => getComputedStyle(led).backgroundImage), /led-green\.png/);
-    const lines = await journal(launcher);
+    const lines = await page.locator("#log-list .entry").allTextContents();
     assert.match(lines[0], /^\d\d:\d\d:\d\d ?Connexion au serveur de patch\.\.\.$/);
     assert.match(lines.at(-1), /Pret a jouer\.$/);
     assert.ok(lines.some((line) => line.includes("Archive 1/1")), "the archive was the cheaper road");
     for (const [name, text] of Object.entries(game.files)) assert.equal(game.read(name), String(text));
-    await playByClick(launcher, game);
+    await playBy(launcher, game, () => page.click("#btn-play"));
   });
 
 journey("an installed game can be played while the server cannot be reached", { game: { installed: true } },
@@ -37,10 +35,9 @@ journey("an installed game can be played while the server cannot be reached", { 
     game.setServer("http://127.0.0.1:1");
     game.start(launcher);
     await launcher.waitForText("status-text", "Hors ligne : utilisation des fichiers deja installes.");
-    await launcher.page.locator("#btn-play:enabled").waitFor();
     assert.equal(await launcher.text("server-text"), "Hors ligne");
     assert.match(await launcher.page.locator("#server-led").getAttribute("class"), /offline/);
-    await playByClick(launcher, game);
+    await playBy(launcher, game, () => launcher.page.click("#btn-play"));
   });
 
 journey("a file that cannot be fetched is named, and the next start completes the game", { game: {} },
@@ -49,8 +46,8 @@ journey("a file that cannot be fetched is named, and the next start completes th
     for (const bundle of game.manifest.bundles) game.server.faults.set("/patch/" + bundle.name, "cut");
     game.server.faults.set(game.urlOf(name), "wrong");
     game.start(launcher);
-    await launcher.page.locator("#log-list", { hasText: `Echec du telechargement: ${name} (contenu incorrect)` }).waitFor();
-    await launcher.page.locator("#log-list", { hasText: "ses fichiers seront pris un par un." }).waitFor();
+    await launcher.waitForText("log-list", `Echec du telechargement: ${name} (contenu incorrect)`);
+    await launcher.waitForText("log-list", "ses fichiers seront pris un par un.");
     game.server.faults.clear();
     await game.restart(launcher);
     await launcher.waitForText("status-text", "Pret a jouer.");
@@ -80,7 +77,5 @@ journey("the keyboard alone leads to every tab and starts the game", { game: { i
     await tabTo("Accueil", "Shift+Tab");
     await page.keyboard.press("Enter");
     await tabTo("btn-play");
-    await page.keyboard.press("Enter");
-    assert.equal(await game.ended, 0);
-    assert.equal(await game.clientStarted(), "quantel\n");
+    await playBy(launcher, game, () => page.keyboard.press("Enter"));
   });

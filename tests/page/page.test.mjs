@@ -13,11 +13,10 @@ const box = (page, id) => page.locator("#" + id).evaluate((node) => {
   return [x, y, width, height];
 });
 
-journey("progress, versions and the window's state are shown as the host tells them", {}, async (launcher) => {
+journey("progress and the window's state are shown as the host tells them, and the title bar works the window", {}, async (launcher) => {
   const { page } = launcher;
   const home = () => Promise.all(["percent-text", "bytes-text", "speed-text", "file-name", "file-count"].map((id) => launcher.text(id)));
-  const sizes = [[0, "0.0 Mo"], [1073741823, "1024.0 Mo"], [1073741824, "1.00 Go"], [null, "-"]];
-  for (const [bytes, text] of sizes) {
+  for (const [bytes, text] of [[0, "0.0 Mo"], [1073741823, "1024.0 Mo"], [1073741824, "1.00 Go"], [null, "-"]]) {
     await launcher.send(progress(7, { downloadedBytes: bytes, totalBytes: bytes }));
     assert.equal(await launcher.text("bytes-text"), text + " / " + text);
   }
@@ -26,33 +25,26 @@ journey("progress, versions and the window's state are shown as the host tells t
   assert.equal(await page.locator("#progress-track").getAttribute("aria-valuenow"), "40");
   await launcher.send(progress(100, { speedBps: 0, currentFile: "", fileIndex: 0 }));
   assert.deepEqual(await home(), ["100%", "0.0 Mo / 0.0 Mo", "", "", ""]);
-
-  await launcher.send({ type: "window", maximized: true });
-  assert.equal(await page.getAttribute("#win-max", "title"), "Restaurer");
-  await launcher.send({ type: "window", maximized: false });
-  assert.equal(await page.getAttribute("#win-max", "title"), "Agrandir");
-  await launcher.send({ type: "ready", canPlay: true });
-  assert.equal(await page.isEnabled("#btn-play"), true);
-  await launcher.send({ type: "ready", canPlay: false }, { type: "of a later version" });
-  assert.equal(await page.isEnabled("#btn-play"), false);
-});
-
-journey("the title bar moves, minimizes, maximizes and closes the window", {}, async (launcher) => {
-  const { page } = launcher;
-  await page.locator("#drag-zone").click({ button: "right" });
-  await page.locator("#drag-zone").click({ button: "middle" });
+  for (const canPlay of [true, false]) {
+    await launcher.send({ type: "ready", canPlay }, { type: "of a later version" });
+    assert.equal(await page.isEnabled("#btn-play"), canPlay);
+  }
+  for (const maximized of [true, false]) {
+    await launcher.send({ type: "window", maximized });
+    assert.equal(await page.getAttribute("#win-max", "title"), maximized ? "Restaurer" : "Agrandir");
+  }
+  for (const button of ["right", "middle"]) await page.locator("#drag-zone").click({ button });
   await page.locator("#drag-zone").dblclick();
-  for (const id of ["win-min", "win-max", "win-close"]) await page.click("#" + id);
-  assert.deepEqual(launcher.requests.map((request) => request.action),
-    ["windowDrag", "windowDrag", "windowMaximize", "windowMinimize", "windowMaximize", "windowClose"]);
+  for (const id of ["win-min", "win-max"]) await page.click("#" + id);
+  await launcher.untilAsked("windowClose", () => page.click("#win-close"));
+  assert.deepEqual(launcher.actions(), ["windowDrag", "windowDrag", "windowMaximize", "windowMinimize", "windowMaximize", "windowClose"]);
 });
 
 journey("the journal keeps the newest 80 entries, and a broken message costs only itself", {}, async (launcher) => {
   const { page } = launcher;
   for (let i = 1; i <= 81; i += 1) await launcher.send(status("etape " + i));
-  await assert.rejects(launcher.sendTexts('{"type":"status","text":"cou'), /JSON/);
-  launcher.problems.length = 0;
-  await launcher.page.evaluate(() => window.hostSends(['{"type":"log","text":"note"}']));
+  await assert.rejects(page.evaluate(() => window.hostSends(['{"type":"status","text":"cou'])), /JSON/);
+  await launcher.send({ type: "log", text: "note" });
   await nextFrame(page);
   const entries = await page.locator("#log-list .entry").allTextContents();
   assert.equal(entries.length, 80);
@@ -79,33 +71,17 @@ journey("nothing that a server sends becomes markup", {}, async (launcher) => {
 });
 
 journey("the page's own policy keeps scripts, markup and the network out", {}, async (launcher) => {
-  const { page } = launcher;
-  const outcome = await page.evaluate(async () => {
-    const refused = async (action) => {
-      try {
-        await action();
-        return false;
-      } catch {
-        return true;
-      }
-    };
-    const script = () => {
-      const node = document.createElement("script");
-      node.textContent = "window.injected = true";
-      document.body.append(node);
-    };
-    const image = () => new Promise((resolve, reject) => {
-      Object.assign(new Image(), { onload: resolve, onerror: reject, src: "https://elsewhere.invalid/x.png" });
-    });
-    return {
-      markup: await refused(() => { document.body.innerHTML = "<b>x</b>"; }),
-      network: await refused(() => fetch("https://elsewhere.invalid/")),
-      image: await refused(image),
-      script: await refused(script) || window.injected === undefined,
-    };
+  const outcomes = await launcher.page.evaluate(() => {
+    const attempts = [
+      async () => { document.body.innerHTML = "<b>x</b>"; },
+      async () => fetch("https://elsewhere.invalid/"),
+      async () => new Promise((onload, onerror) => { Object.assign(new Image(), { onload, onerror, src: "https://elsewhere.invalid/x.png" }); }),
+      async () => { document.body.append(Object.assign(document.createElement("script"), { textContent: "injected = true" })); },
+    ];
+    return Promise.allSettled(attempts.map((attempt) => attempt()));
   });
-  assert.deepEqual(outcome, { markup: true, network: true, image: true, script: true });
-  assert.equal(launcher.problems.some((problem) => problem.startsWith("request for")), false);
+  assert.deepEqual(outcomes.map(({ status }) => status), Array(4).fill("rejected"));
+  assert.deepEqual(launcher.problems.filter((problem) => problem.startsWith("request for")), []);
   launcher.problems.length = 0;
 });
 
@@ -187,4 +163,77 @@ journey("everything that can be worked has a name, and only words are announced"
   }
   const announced = await launcher.page.locator("[role=status], [aria-live=polite]").evaluateAll((all) => all.map((node) => node.id));
   assert.deepEqual(announced, ["server-text", "status-text", "opt-state", "news-hint", "news-empty", "check-phase", "check-state"]);
+});
+
+journey("a refused repair keeps the verdict and its offer", {}, async (launcher) => {
+  const { page } = launcher;
+  await launcher.open("Reparation");
+  const shown = () => page.locator("#check-body").innerText();
+  const counts = { done: true, total: 9, ok: 4, missing: 3, corrupt: 2 };
+  await page.click("#check-run");
+  await launcher.send({ type: "check", mode: "verify", ...counts, bytes: 0, samples: ["a", "b", "c"] });
+  assert.equal(await page.locator("#check-samples .more").textContent(), "... et 2 autre(s).");
+  assert.equal(await launcher.text("check-repair"), "REPARER 5 FICHIER(S)");
+  const verdict = await shown();
+  for (const button of ["check-repair", "check-run"]) {
+    await page.click("#" + button);
+    assert.equal(await page.isDisabled("#check-run"), true);
+    await launcher.send(progress(12), status("Une operation est deja en cours."));
+    assert.equal(await shown(), verdict);
+    assert.equal(await launcher.text("check-state"), "Une operation est deja en cours.");
+    assert.equal(await page.locator("#check-repair:visible:enabled").count(), 1);
+  }
+  await page.click("#check-repair");
+  await launcher.send(...Array(150).fill(progress(90)), { type: "check", mode: "repair", ...counts, bytes: 7 });
+  await nextFrame(page);
+  assert.equal(await launcher.text("check-phase"), "Retelechargement...");
+  assert.equal(await launcher.text("check-percent"), "0%", "what was read before is not drawn over what came after");
+  await launcher.send({ type: "ready", canPlay: false });
+  assert.equal(await launcher.text("check-phase"), "Reparation terminee.");
+  assert.deepEqual(launcher.actions(), ["verify", "repair", "verify", "repair"]);
+});
+
+// A time zone behind UTC, where a date read as midnight UTC would be the day before.
+journey("news show what the site wrote, and only https links leave the launcher", { timezone: "America/New_York" }, async (launcher) => {
+  const { page } = launcher;
+  const url = "https://tolmira.example/nouvelles?id=1";
+  const dates = ["2026-03-07", "2026-13-07", "2026-3-7", "hier", undefined, 7];
+  await launcher.open("Nouveautes");
+  await launcher.send(newsMessage([]));
+  assert.equal(await launcher.text("news-empty-title"), "Aucune actualite pour le moment");
+  await launcher.send(newsMessage([
+    ...dates.map((date) => ({ date, title: "date" })),
+    { tag: "CORRECTIF", url, title: "lien" },
+    { tag: "inconnu", url: "http://tolmira.example/" },
+    { tag: "", url: ["https://tolmira.example/"], summary: "" },
+    null, 5, "texte", { title: { a: 1 } },
+  ]));
+  assert.equal(await launcher.text("news-hint"), "13 actualites");
+  const shown = await page.locator(".news-item .news-date").allTextContents();
+  assert.deepEqual(shown.slice(0, 6), ["7 mars 2026", "2026-13-07", "2026-3-7", "hier", "", "7"]);
+  assert.deepEqual(await page.locator(".tag").evaluateAll((all) => all.map((tag) => tag.className + ":" + tag.textContent)),
+    ["tag correctif:correctif", "tag:inconnu"]);
+  assert.equal(await page.locator(".clickable").count(), 1);
+  assert.equal(await page.locator(".news-summary").count(), 0);
+  await page.locator(".clickable").click();
+  await launcher.untilAsked("openUrl", () => page.locator(".clickable").press("Enter"));
+  assert.deepEqual(launcher.requests, [{ action: "getNews" }, { action: "openUrl", url }, { action: "openUrl", url }]);
+});
+
+journey("a save sends every value as it stands, and asks for options only when none have come", {}, async (launcher) => {
+  const { page } = launcher;
+  const choose = (label, option) => page.getByRole("combobox", { name: label }).selectOption(option);
+  const message = optionsMessage();
+  await launcher.open("Parametres");
+  await launcher.send(message);
+  await launcher.open("Accueil");
+  await launcher.open("Parametres");
+  assert.deepEqual(await page.locator(".opt-section h3").allTextContents(), ["Affichage", "Qualite graphique", "Effets",
+    "Noms affiches", "Camera et fenetres", "Image", "Surfaces", "Ombres"]);
+  await choose("Resolution", "1920 x 1080");
+  await choose("Images par seconde", "144");
+  await launcher.untilAsked("saveOptions", () => page.click("#opt-apply"));
+  assert.equal(await launcher.text("opt-state"), "Enregistrement...");
+  assert.deepEqual(launcher.requests, [{ action: "getOptions" },
+    { action: "saveOptions", values: { ...message.values, resWidth: 1920, resHeight: 1080, fpsLimit: 144 } }]);
 });

@@ -1,21 +1,32 @@
 """A screen of the tests' own, with the mouse on it and, if wanted, a small window manager."""
+import itertools
 import os
+import pathlib
 import subprocess
+import tempfile
 import time
 
-LIMIT = 60  # seconds until something on the screen counts as never coming
+LIMIT = 120  # seconds until something on the screen counts as never coming
+TITLE = "TolmiraMMO Patcher v26"
+SCREEN = (0, 0, 1600, 1000)
+HOME = (160, 100, 1280, 800)  # where the launcher's window opens on this screen
 
 
 class Display:
-    def __init__(self, managed, width=1600, height=1000):
+    def __init__(self, managed):
         reader, writer = os.pipe()
         self.processes = []
-        self.start(["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{width}x{height}x24"],
-                   pass_fds=[writer])
+        size = "x".join(map(str, SCREEN[2:]))
+        self.start(["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{size}x24"], pass_fds=[writer])
         os.close(writer)
         with os.fdopen(reader) as stream:
-            self.name = f":{stream.readline().strip()}"
-        self.environment = {**os.environ, "DISPLAY": self.name, "LC_ALL": "C.UTF-8"}
+            name = f":{stream.readline().strip()}"
+        self.settings = tempfile.TemporaryDirectory(prefix="patcher-display-")
+        # Two clicks are a double click, however late the second one comes on a busy machine.
+        toolkit = pathlib.Path(self.settings.name, "gtk-3.0")
+        toolkit.mkdir()
+        (toolkit / "settings.ini").write_text("[Settings]\ngtk-double-click-time=60000\n", encoding="ascii")
+        self.environment = {**os.environ, "DISPLAY": name, "LC_ALL": "C.UTF-8", "XDG_CONFIG_HOME": self.settings.name}
         if managed:
             self.start(["openbox", "--sm-disable"], env=self.environment)
             wait_until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
@@ -27,27 +38,29 @@ class Display:
         for process in reversed(self.processes):
             process.terminate()
             process.wait()
+        self.settings.cleanup()
 
     def run(self, *command):
-        done = subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-                              text=True, check=False)
+        done = subprocess.run(list(map(str, command)), env=self.environment, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True, check=False)
         return done.stdout
 
     def mouse(self, *arguments):
-        self.run("xdotool", *map(str, arguments))
+        self.run("xdotool", *arguments)
 
-    def drag(self, start, *stops):
-        self.mouse("mousemove", *start, "mousedown", 1)
-        for x, y in stops:
-            self.mouse("mousemove", x, y)
-        self.mouse("mouseup", 1)
+    def pixel(self, x, y):
+        return self.run("import", "-silent", "-window", "root", "-depth", "8", "-crop", f"1x1+{x}+{y}", "-format",
+                        "%[pixel:p{0,0}]", "info:")
 
-    def windows(self, title):
-        return self.run("xdotool", "search", "--onlyvisible", "--name", title).split()
+    def windows(self):
+        """Those of launchers."""
+        return self.run("xdotool", "search", "--onlyvisible", "--name", TITLE).split()
 
-    def window(self, title):
-        """The one window of that title, as soon as it shows."""
-        return Window(self, wait_until(lambda: self.windows(title))[0])
+    def window(self):
+        """The one window of a launcher, as soon as it stands in its place."""
+        window = Window(self, wait_until(self.windows)[0])
+        window.wait_for_place(*HOME)
+        return window
 
 
 class WindowGone(Exception):
@@ -70,16 +83,22 @@ class Window:
     def wait_for_place(self, *place):
         wait_until(lambda: self.place() == place, lambda: f"the window stands at {self.place()}, not at {place}")
 
-    def title(self):
-        return self.display.run("xdotool", "getwindowname", self.number).strip()
+    def grasp(self, x, y):
+        """Presses the button and moves the pointer about until the window follows: who moves it sees the press later."""
+        before = self.place()
+        steps = itertools.cycle((10, 20))
+        self.display.mouse("mousemove", x, y, "mousedown", 1)
 
-    def close(self):
-        """As a player does who sees no button for it."""
-        left, top, _, _ = self.place()
-        self.display.mouse("mousemove", left + 100, top + 100, "click", 1, "key", "alt+F4")
+        def follows():
+            step = next(steps)
+            self.display.mouse("mousemove", x + step, y + step)
+            return self.place() != before
+        wait_until(follows)
 
-    def state(self):
-        return self.display.run("xprop", "-id", self.number, "WM_STATE", "_NET_WM_STATE")
+    def drag(self, start, stop, expected):
+        self.grasp(*start)
+        self.display.mouse("mousemove", *stop, "mouseup", 1)
+        self.wait_for_place(*expected)
 
 
 def wait_until(condition, complaint=lambda: "it does not come"):

@@ -1,48 +1,57 @@
 """What the tests of both programs share: the screen, Wine, and an installation with a server."""
 import shutil
 import subprocess
+import threading
 import unittest
 
 import launcher
-from display import Display
+from display import wait_until
 from fault_server import FaultServer
-from stand_in import WindowsLauncher, Wine
+from game import digest
+from stand_in import WindowsLauncher
 
-BUILD = None  # set by run.py
-_shared = {}
-
-
-def display():
-    if "display" not in _shared:
-        # Wine moves and sizes windows by the rules of Windows if no window manager does.
-        _shared["display"] = Display(managed=not launcher.is_windows())
-    return _shared["display"]
-
-
-def wine():
-    if "wine" not in _shared:
-        _shared["wine"] = Wine(display())
-    return _shared["wine"]
-
-
-def close():
-    for name in ("wine", "display"):
-        if name in _shared:
-            _shared.pop(name).close()
+BUILD = SCREEN = WINE = None  # set by run.py
+VERSION = "/patch/version.json"
 
 
 class WindowTest(unittest.TestCase):
-    """One server and one installation for each test."""
+    """One server and one installation for each test, and no launcher on the screen before it."""
 
     def setUp(self):
         self.server = FaultServer()
         self.addCleanup(self.server.close)
         self.place = launcher.Installation(self.server)
         self.addCleanup(self.place.remove)
-        self.display = display()
+        self.display = SCREEN
+        wait_until(lambda: not self.display.windows())
+
+    def hold(self, path):
+        """Requests for that path stay unanswered until the returned event is set, at the test's end at the latest."""
+        held = threading.Event()
+        self.addCleanup(held.set)
+        self.server.faults[path] = [("hold", held)]
+        return held
+
+    def wait_for_request(self, path, count=1):
+        wait_until(lambda: self.server.requests[path] >= count)
+
+    def held_runs(self, game):
+        """A run for one version after the other that comes to a standstill: at the manifest, an archive, a file. Yields
+        the path that it stands at."""
+        name = "f0.dat"
+        for archives, path in ((0, VERSION), (2, "/patch/archive 0-v{version}.zip"), (0, "/patch/files/{digest}")):
+            game.next_version()
+            game.archives = archives
+            game.files[name] = b"%d" % game.version * 70000
+            game.publish(self.server)
+            path = path.format(version=game.version, digest=digest(game.files[name]))
+            held = self.hold(path)
+            self.server.requests.clear()
+            yield path
+            held.set()
 
     def make_read_only(self, path):
-        """A file or a directory with all that is below it, also for root."""
+        """A directory with all that is below it, also for root."""
         subprocess.run(["mount", "--bind", path, path], check=True)
         # Wine still holds the place for a moment when the program in it has ended.
         self.addCleanup(subprocess.run, ["umount", "--lazy", path], check=True)
@@ -55,11 +64,17 @@ class WindowsTest(WindowTest):
     def setUp(self):
         super().setUp()
         shutil.copy2(BUILD / "web_view_stand_in" / "WebView2Loader.dll", self.place.directory)
-        self.wine = wine()
 
     def start(self, mode=""):
-        program = WindowsLauncher.start(self.wine, self.place.program, mode)
+        """The program before it has its page."""
+        program = WindowsLauncher.start(WINE, self.place.program, mode)
         self.addCleanup(program.end)
+        return program
+
+    def loaded(self, mode=""):
+        """The program with its page, at the beginning of its run."""
+        program = self.start(mode)
+        program.load_page()
         return program
 
     def installed_files(self):

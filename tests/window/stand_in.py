@@ -1,4 +1,5 @@
 """Drives Patcher.exe under Wine, through the loader that stands in for the web view."""
+import contextlib
 import json
 import pathlib
 import queue
@@ -7,30 +8,18 @@ import socket
 import subprocess
 import threading
 
-LIMIT = 120  # seconds
+LIMIT = 300  # seconds
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-BUILD = ROOT / "build"
-ESCAPES = {"\\": "\\\\", "\t": "\\t", "\n": "\\n", "\r": "\\r"}
-
-
-def escape(field):
-    return "".join(ESCAPES.get(c, c) for c in field)
-
-
-def unescape(field):
-    parts = field.split("\\\\")
-    for plain, escaped in list(ESCAPES.items())[1:]:
-        parts = [part.replace(escaped, plain) for part in parts]
-    return "\\".join(parts)
+FIELD_END, LINE_END = "\x1f", b"\x1e"
 
 
 class Wine:
     """A Wine prefix of these tests' own, bound to one screen for as long as they run."""
 
     def __init__(self, display):
-        prefix = BUILD / "wineprefix-window"
+        prefix = ROOT / "build" / "wineprefix-window"
         if not prefix.exists():
-            shutil.copytree(BUILD / "wineprefix", prefix, symlinks=True)
+            shutil.copytree(ROOT / "build" / "wineprefix", prefix, symlinks=True)
         self.environment = {**display.environment, "WINEPREFIX": str(prefix), "WINEDEBUG": "-all"}
         self.close()
         # Moving, sizing and maximizing follow the rules of Windows, not those of a window manager.
@@ -41,65 +30,67 @@ class Wine:
         for option in ("-k", "-w"):
             subprocess.run(["wineserver", option], env=self.environment, stderr=subprocess.DEVNULL, check=False)
 
-    def start(self, *command, **options):
-        environment = {**self.environment, **options.pop("environment", {})}
-        return subprocess.Popen(["wine", *map(str, command)], env=environment, cwd="/", **options)
+    def start(self, *command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **environment):
+        return subprocess.Popen(["wine", *map(str, command)], env={**self.environment, **environment}, cwd="/", stdin=stdin,
+                                stdout=stdout, stderr=stderr)
 
     def run(self, *command):
-        process = self.start(*command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        process = self.start(*command, stdout=subprocess.PIPE)
         output, _ = process.communicate(timeout=LIMIT)
         return process.returncode, output
 
 
 class WindowsLauncher:
-    """One run of the program. `told` holds everything that it has done so far, as lists of fields."""
+    """One run of the program. `told` holds everything that it has been heard to do, as lists of fields."""
 
     def __init__(self, listener, process=None):
         self.listener = listener
         self.process = process
         self.connection, _ = listener.accept()
-        self.connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         self.lines = queue.Queue()
         self.told = []
-        threading.Thread(target=self._read, daemon=True).start()
+        self.reader = threading.Thread(target=self._read, daemon=True)
+        self.reader.start()
 
     @staticmethod
-    def start(wine, program, mode=""):
+    def start(wine, program, mode):
         listener = socket.create_server(("127.0.0.1", 0))
         listener.settimeout(LIMIT)
-        environment = {"WEB_VIEW_STAND_IN_PORT": str(listener.getsockname()[1]), "WEB_VIEW_STAND_IN_MODE": mode}
-        return WindowsLauncher(listener, wine.start(program, environment=environment, stdin=subprocess.DEVNULL,
-                                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+        port = str(listener.getsockname()[1])
+        process = wine.start(program, WEB_VIEW_STAND_IN_PORT=port, WEB_VIEW_STAND_IN_MODE=mode)
+        return WindowsLauncher(listener, process)
 
     def successor(self):
         """The launcher that this one has started in its place."""
         return WindowsLauncher(self.listener)
 
     def _read(self):
-        try:
-            with self.connection.makefile("r", encoding="utf-8", newline="\n") as stream:
-                for line in stream:
-                    self.lines.put([unescape(field) for field in line[:-1].split("\t")])
-        except OSError:
-            pass
+        rest = b""
+        with contextlib.suppress(OSError):
+            while piece := self.connection.recv(1 << 20):
+                *lines, rest = (rest + piece).split(LINE_END)
+                for line in lines:
+                    self.lines.put(line.decode().split(FIELD_END))
         self.lines.put(None)
 
-    def next(self, limit=LIMIT):
+    def next(self):
+        """What the program does next; nothing if it has ended."""
         try:
-            line = self.lines.get(timeout=limit)
+            line = self.lines.get(timeout=LIMIT)
         except queue.Empty:
             raise AssertionError(f"nothing more after {self.told[-5:]}") from None
-        if line is None:
-            raise AssertionError(f"the program ended after {self.told[-5:]}")
-        self.told.append(line)
+        if line:
+            self.told.append(line)
+            if line[0] == "trap" or line[1] == "failed":
+                raise AssertionError(f"{self.told[-5:]}")
         return line
 
     def wait(self, verb, accept=lambda fields: True):
         """The fields of the next line of that kind that is accepted."""
-        while True:
-            line = self.next()
+        while line := self.next():
             if line[0] == verb and accept(line[1:]):
                 return line[1:]
+        raise AssertionError(f"the program ended after {self.told[-5:]}")
 
     def wait_message(self, kind, **members):
         """The next message for the page of that type with these members."""
@@ -112,7 +103,12 @@ class WindowsLauncher:
         return [json.loads(line[1]) for line in self.told if line[0] == "message"]
 
     def tell(self, *fields):
-        self.connection.sendall("\t".join(map(escape, fields)).encode() + b"\n")
+        self.connection.sendall(FIELD_END.join(fields).encode() + LINE_END)
+
+    def ask(self, *fields):
+        """Tells and waits for what came of it."""
+        self.tell(*fields)
+        return self.wait(fields[0])
 
     def request(self, action, **members):
         self.tell("send", json.dumps({"action": action, **members}, ensure_ascii=False))
@@ -123,26 +119,22 @@ class WindowsLauncher:
         self.tell("complete")
         return page
 
-    def asset(self, address):
-        """Status, reason, headers and bytes with which a request of the page is answered; nothing if it is not."""
-        self.tell("get", address)
-        _, *answer = self.wait("asset", lambda fields: fields[0] == address)
-        return (int(answer[0]), answer[1], answer[2], bytes.fromhex(answer[3])) if answer else None
+    def close(self):
+        """As the page's button does."""
+        self.request("windowClose")
+        return self.exit_code()
 
     def exit_code(self):
-        code = self.process.wait(LIMIT)
-        self.wait_for_end()
-        return code
-
-    def wait_for_end(self):
-        while self.lines.get(timeout=LIMIT) is not None:
+        while self.next():
             pass
-        self.connection.close()
+        return self.process.wait(LIMIT)
 
     def end(self):
-        """For clean-up: whatever state it is in."""
+        """For clean-up, whatever state it is in: the program ends with its connection."""
         self.listener.close()
+        with contextlib.suppress(OSError):
+            self.connection.shutdown(socket.SHUT_WR)
+        self.reader.join(LIMIT)
         self.connection.close()
         if self.process:
-            self.process.kill()
-            self.process.wait()
+            self.process.wait(LIMIT)

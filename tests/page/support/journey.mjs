@@ -9,7 +9,7 @@ after(stopBrowser);
 
 // options: those of LauncherPage.open, and `game`: those of Installation.create.
 export function journey(name, { game, ...pageOptions }, steps) {
-  test(name, { timeout: 120000 }, async () => {
+  test(name, { timeout: 300000 }, async () => {
     const installation = game ? await Installation.create(game) : null;
     let launcher;
     try {

@@ -1,14 +1,13 @@
 // The launcher's page in a real browser, with a bridge in the place of the web view's host.
+import { EventEmitter, once } from "node:events";
 import { existsSync, readFileSync } from "node:fs";
 import { mkdir } from "node:fs/promises";
 import path from "node:path";
 import { fileURLToPath } from "node:url";
 import { chromium } from "playwright-core";
 
-export const root = fileURLToPath(new URL("../../../", import.meta.url));
-export const build = path.resolve(root, process.env.PAGE_TEST_BUILD || "build/linux");
-const assets = path.resolve(root, process.env.PAGE_TEST_ASSETS || "Patcher/patcher-assets");
-const screenshots = path.join(root, "build/page-screenshots");
+const root = fileURLToPath(new URL("../../../", import.meta.url));
+export const build = path.join(root, "build/linux");
 const html = readFileSync(path.join(build, "Patcher/generated/page/launcher.html"), "utf8");
 const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
 const pageUrl = "https://launcher.invalid/";
@@ -49,26 +48,18 @@ export class LauncherPage {
   requests = [];
   // Errors of the page and requests that it must not make.
   problems = [];
-  #waiting = [];
-  #awaited = [];
+  #events = new EventEmitter();
   #delivery = Promise.resolve();
 
-  // onRequest: called with each request's text as the page sent it.
-  static async open({ width = 1280, height = 800, scale = 1, reducedMotion = "reduce", onRequest, timezone } = {}) {
+  static async open({ width = 1280, height = 800, scale = 1, reducedMotion = "reduce", timezone } = {}) {
     const launcher = new LauncherPage();
-    launcher.onRequest = onRequest;
-    launcher.context = await browser.newContext({
-      viewport: { width, height },
-      deviceScaleFactor: scale,
-      reducedMotion,
-      locale: "fr-FR",
-      timezoneId: timezone,
-    });
+    launcher.context = await browser.newContext({ viewport: { width, height }, deviceScaleFactor: scale, reducedMotion,
+      locale: "fr-FR", timezoneId: timezone });
     await launcher.context.route("**/*", (route) => launcher.#answer(route));
     await launcher.context.exposeFunction("hostReceives", (text) => launcher.#receive(text));
     await launcher.context.addInitScript(installBridge);
     launcher.page = await launcher.context.newPage();
-    launcher.page.setDefaultTimeout(60000);
+    launcher.page.setDefaultTimeout(120000);
     launcher.page.on("pageerror", (error) => launcher.problems.push(String(error)));
     launcher.page.on("console", (message) => {
       if (message.type() === "error") launcher.problems.push(message.text());
@@ -80,45 +71,47 @@ export class LauncherPage {
   #answer(route) {
     const url = route.request().url();
     if (url === pageUrl) return route.fulfill({ contentType: "text/html; charset=utf-8", body: html });
-    const asset = path.join(assets, path.basename(url));
+    const asset = path.join(root, "Patcher/patcher-assets", path.basename(url));
     if (url.startsWith(assetOrigin + "/") && existsSync(asset)) return route.fulfill({ path: asset });
     this.problems.push("request for " + url);
     return route.abort();
   }
 
   #receive(text) {
-    const request = typeof text === "string" ? JSON.parse(text) : { notAString: text };
+    const request = JSON.parse(text);
     this.requests.push(request);
     this.onRequest?.(text);
-    this.#waiting = this.#waiting.filter(({ action, resolve }) => {
-      if (action === request.action) resolve(request);
-      return action !== request.action;
-    });
-  }
-
-  // The next request of that kind.
-  nextRequest(action) {
-    return new Promise((resolve) => this.#waiting.push({ action, resolve }));
+    this.#events.emit("request " + request.action);
   }
 
   // Hands texts to the page as the host does, in order.
   sendTexts(...texts) {
     this.#delivery = this.#delivery.then(() => this.page.evaluate((list) => window.hostSends(list), texts));
-    this.#awaited = this.#awaited.filter(({ start, resolve }) => {
-      const arrives = texts.some((text) => text.startsWith(start));
-      if (arrives) resolve(this.#delivery);
-      return !arrives;
+    return this.#delivery.then(() => {
+      for (const text of texts) this.#events.emit("message " + JSON.parse(text).type);
     });
-    return this.#delivery;
-  }
-
-  // The next message of that type has reached the page.
-  nextMessage(type) {
-    return new Promise((resolve) => this.#awaited.push({ start: `{"type":"${type}"`, resolve }));
   }
 
   send(...messages) {
     return this.sendTexts(...messages.map((message) => JSON.stringify(message)));
+  }
+
+  // Does something, and waits until the page has asked for that action.
+  async untilAsked(action, steps) {
+    const asked = once(this.#events, "request " + action);
+    await steps();
+    await asked;
+  }
+
+  // Does something, and waits until a message of that type has come.
+  async untilTold(type, steps) {
+    const told = once(this.#events, "message " + type);
+    await steps();
+    await told;
+  }
+
+  actions() {
+    return this.requests.map((request) => request.action);
   }
 
   text(id) {
@@ -133,7 +126,13 @@ export class LauncherPage {
     await this.page.locator(".nav-item", { hasText: tab }).click();
   }
 
-  async screenshot(name, directory = screenshots) {
+  // The page as a new start shows it; nothing of the last one comes any more.
+  async reload() {
+    await this.#delivery;
+    await this.page.reload();
+  }
+
+  async screenshot(name, directory = path.join(root, "build/page-screenshots")) {
     await mkdir(directory, { recursive: true });
     const file = path.join(directory, name.replace(/[^\w.-]+/g, "-") + ".png");
     await this.page.screenshot({ path: file });

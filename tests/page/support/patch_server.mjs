@@ -1,4 +1,5 @@
 // A patch server on a loopback port that serves what patch-publish made and misbehaves as told.
+import { once } from "node:events";
 import { readFile } from "node:fs/promises";
 import http from "node:http";
 import path from "node:path";
@@ -6,16 +7,16 @@ import path from "node:path";
 export class PatchServer {
   // Request path to body, in front of the published folder.
   content = new Map();
-  // Request path to what happens to its requests: a status number, "cut" or "wrong".
+  // Request path to what happens to its requests: a status number, "cut", "wrong", or a promise that they wait for.
   faults = new Map();
-  requests = new Map();
-  #held = new Map();
+  // Request paths in their order.
+  requests = [];
 
   static async start(folder) {
     const server = new PatchServer();
     server.folder = folder;
-    server.http = http.createServer((request, response) => server.#serve(request, response));
-    await new Promise((resolve) => server.http.listen(0, "127.0.0.1", resolve));
+    server.http = http.createServer((request, response) => server.#serve(request, response)).listen(0, "127.0.0.1");
+    await once(server.http, "listening");
     return server;
   }
 
@@ -23,35 +24,28 @@ export class PatchServer {
     return "http://127.0.0.1:" + this.http.address().port;
   }
 
-  count(name) {
-    return this.requests.get(name) || 0;
-  }
-
   // Requests for that path stay unanswered until the function that this returns is called.
   hold(name) {
     let release;
-    this.#held.set(name, new Promise((resolve) => { release = resolve; }));
+    this.faults.set(name, new Promise((resolve) => { release = resolve; }));
     return () => {
-      this.#held.delete(name);
+      this.faults.delete(name);
       release();
     };
   }
 
   async #serve(request, response) {
     const name = decodeURIComponent(request.url);
-    this.requests.set(name, this.count(name) + 1);
-    await this.#held.get(name);
-    const fault = this.faults.get(name);
+    this.requests.push(name);
+    const fault = await this.faults.get(name);
     const body = await this.#body(name);
     if (typeof fault === "number" || body === null) {
       response.writeHead(fault || 404).end();
-    } else if (fault === "cut") {
-      response.writeHead(200, { "Content-Length": body.length });
-      response.write(body.subarray(0, body.length / 2), () => response.destroy());
-    } else {
-      response.writeHead(200, { "Content-Length": body.length });
-      response.end(fault === "wrong" ? body.map((byte) => byte ^ 1) : body);
+      return;
     }
+    response.writeHead(200, { "Content-Length": body.length });
+    if (fault === "cut") response.write(body.subarray(0, body.length / 2), () => response.destroy());
+    else response.end(fault === "wrong" ? body.map((byte) => byte ^ 1) : body);
   }
 
   async #body(name) {
@@ -61,6 +55,6 @@ export class PatchServer {
 
   stop() {
     this.http.closeAllConnections();
-    return new Promise((resolve) => this.http.close(resolve));
+    this.http.close();
   }
 }

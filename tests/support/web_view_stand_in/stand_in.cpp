@@ -16,11 +16,6 @@
 
 namespace {
 
-constexpr HRESULT kNoRuntime = static_cast<HRESULT>(0x80070002);
-
-// ---- Objects
-// -------------------------------------------------------------------------------------------------------
-
 std::map<std::string, int> live;  // objects of a kind that the program or the stand-in still holds
 
 struct Object {
@@ -29,12 +24,11 @@ struct Object {
   ULONG references = 1;
   std::wstring text;           // address or message, by kind
   HRESULT textResult = S_OK;   // what the getter of `text` answers
-  Object* other = nullptr;     // owned: the request of a request's arguments
+  Object* request = nullptr;   // owned: of the arguments of a request
   Object* response = nullptr;  // owned: as put by the program
   IStream* content = nullptr;  // owned: of a response
-  BOOL flag = FALSE;           // cancelled, handled
-  int status = 0;
-  std::wstring reason, headers;
+  Line head;                   // status, reason and headers of a response
+  BOOL refused = FALSE;        // a navigation cancelled, a new window taken over
 
   Object(void* const* functions, const char* name) : table(functions), kind(name) { ++live[kind]; }
   Object(const Object&) = delete;
@@ -50,7 +44,7 @@ ULONG __stdcall AddRef(Object* self) { return ++self->references; }
 
 ULONG __stdcall Release(Object* self) {
   if (--self->references > 0) return self->references;
-  if (self->other != nullptr) Release(self->other);
+  if (self->request != nullptr) Release(self->request);
   if (self->response != nullptr) Release(self->response);
   if (self->content != nullptr) self->content->Release();
   --live[self->kind];
@@ -64,47 +58,46 @@ void __stdcall Trap() {
   TerminateProcess(GetCurrentProcess(), 99);
 }
 
+template <typename Function>
+std::pair<std::size_t, void*> At(std::size_t slot, Function function) {
+  return {slot, reinterpret_cast<void*>(function)};
+}
+
 template <std::size_t Slots>
 class Table {
  public:
-  template <typename... Function>
-  explicit Table(std::pair<std::size_t, Function>... functions) : Table(std::make_index_sequence<Slots>()) {
-    slots_[0] = reinterpret_cast<void*>(&QueryInterface);
-    slots_[1] = reinterpret_cast<void*>(&AddRef);
-    slots_[2] = reinterpret_cast<void*>(&Release);
-    ((slots_[functions.first] = reinterpret_cast<void*>(functions.second)), ...);
+  explicit Table(std::initializer_list<std::pair<std::size_t, void*>> functions)
+      : Table(std::make_index_sequence<Slots>()) {
+    for (const auto& [slot, function] : functions) slots_[slot] = function;
   }
-  void* const* Get() const { return slots_.data(); }
+  operator void* const*() const { return slots_.data(); }
 
  private:
   template <std::size_t... Slot>
-  explicit Table(std::index_sequence<Slot...>) : slots_{reinterpret_cast<void*>(&Trap<Slot>)...} {}
+  explicit Table(std::index_sequence<Slot...>) : slots_{reinterpret_cast<void*>(&Trap<Slot>)...} {
+    slots_[0] = reinterpret_cast<void*>(&QueryInterface);
+    slots_[1] = reinterpret_cast<void*>(&AddRef);
+    slots_[2] = reinterpret_cast<void*>(&Release);
+  }
   std::array<void*, Slots> slots_;
 };
 
-template <typename Function>
-std::pair<std::size_t, Function> At(std::size_t slot, Function function) {
-  return {slot, function};
-}
-
-wchar_t* TaskCopy(const std::wstring& text) {
-  const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
-  return static_cast<wchar_t*>(memcpy(CoTaskMemAlloc(bytes), text.c_str(), bytes));
-}
-
 HRESULT __stdcall GetText(Object* self, wchar_t** text) {
-  *text = self->textResult == S_OK ? TaskCopy(self->text) : nullptr;
-  return FAILED(self->textResult) ? self->textResult : S_OK;
+  *text = nullptr;
+  if (self->textResult != S_OK) return FAILED(self->textResult) ? self->textResult : S_OK;
+  const std::size_t bytes = (self->text.size() + 1) * sizeof(wchar_t);
+  *text = static_cast<wchar_t*>(memcpy(CoTaskMemAlloc(bytes), self->text.c_str(), bytes));
+  return S_OK;
 }
 
-HRESULT __stdcall PutFlag(Object* self, BOOL flag) {
-  self->flag = flag;
+HRESULT __stdcall Refuse(Object* self, BOOL refused) {
+  self->refused = refused;
   return S_OK;
 }
 
 HRESULT __stdcall GetRequest(Object* self, Object** request) {
-  AddRef(self->other);
-  *request = self->other;
+  AddRef(self->request);
+  *request = self->request;
   return S_OK;
 }
 
@@ -114,66 +107,78 @@ HRESULT __stdcall PutResponse(Object* self, Object* response) {
   return S_OK;
 }
 
-const Table<10> kRequest(At(3, &GetText));
-const Table<8> kRequestArgs(At(3, &GetRequest), At(5, &PutResponse));
-const Table<10> kResponse;
-const Table<6> kMessageArgs(At(5, &GetText));
-const Table<10> kNavigationArgs(At(3, &GetText), At(8, &PutFlag));
-const Table<11> kNewWindowArgs(At(6, &PutFlag));
-const Table<6> kCompletedArgs;
+const Table<10> kRequest({At(3, &GetText)});
+const Table<8> kRequestArgs({At(3, &GetRequest), At(5, &PutResponse)});
+const Table<10> kResponse({});
+const Table<6> kMessageArgs({At(5, &GetText)});
+const Table<10> kNavigationArgs({At(3, &GetText), At(8, &Refuse)});
+const Table<11> kNewWindowArgs({At(6, &Refuse)});
+const Table<6> kCompletedArgs({});
 
-// ---- The program's handlers
-// ----------------------------------------------------------------------------------------
-
+/// An object of the program's, called through its table.
 struct Handler {
   void* const* table;
 };
 
 template <typename... Arguments>
 HRESULT Call(Handler* handler, std::size_t slot, Arguments... arguments) {
-  return reinterpret_cast<HRESULT(__stdcall*)(Handler*, Arguments...)>(handler->table[slot])(handler,
-                                                                                             arguments...);
+  using Function = HRESULT(__stdcall*)(Handler*, Arguments...);
+  return reinterpret_cast<Function>(handler->table[slot])(handler, arguments...);
 }
-
-constexpr GUID kUnknown = {0, 0, 0, {0xc0, 0, 0, 0, 0, 0, 0, 0x46}};
 
 /// Whether a handler answers for its own interface and for no other, with its references right.
 bool IsSound(Handler* handler, const GUID& id) {
+  constexpr GUID kUnknown = {0, 0, 0, {0xc0, 0, 0, 0, 0, 0, 0, 0x46}};
+  constexpr GUID kForeign = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
   void* object = nullptr;
   for (const GUID& known : {id, kUnknown}) {
     if (Call(handler, 0, &known, &object) != S_OK || object != handler) return false;
     Call(handler, 2);
   }
-  const GUID foreign = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
-  if (Call(handler, 0, &foreign, &object) != E_NOINTERFACE || object != nullptr) return false;
+  if (Call(handler, 0, &kForeign, &object) != E_NOINTERFACE || object != nullptr) return false;
   return Call(handler, 1) == 2 && Call(handler, 2) == 1;
 }
 
-std::map<std::string, Handler*> handlers;
+/// What the program has handlers for, each with the handler's interface.
+struct Event {
+  const char* name;
+  GUID handler;
+};
+constexpr Event kEnvironmentMade{
+    "environment", {0x4e8a3389, 0xc9d8, 0x4bd2, {0xb6, 0xb5, 0x12, 0x4f, 0xee, 0x6c, 0xc1, 0x4d}}};
+constexpr Event kControllerMade{
+    "controller", {0x6c4819f3, 0xc9b7, 0x4260, {0x81, 0x27, 0xc9, 0xf5, 0xbd, 0xe7, 0xf6, 0x8c}}};
+constexpr Event kNavigationStarting{
+    "NavigationStarting", {0x9adbe429, 0xf36d, 0x432b, {0x9d, 0xdc, 0xf8, 0x88, 0x1f, 0xbd, 0x76, 0xe3}}};
+constexpr Event kNavigationCompleted{
+    "NavigationCompleted", {0xd33a35bf, 0x1c49, 0x4f98, {0x93, 0xab, 0x00, 0x6e, 0x05, 0x33, 0xfe, 0x1c}}};
+constexpr Event kWebMessageReceived{
+    "WebMessageReceived", {0x57213f19, 0x00e6, 0x49fa, {0x8e, 0x07, 0x89, 0x8e, 0xa0, 0x1e, 0xcb, 0xd2}}};
+constexpr Event kNewWindowRequested{
+    "NewWindowRequested", {0xd4c185fe, 0xc81c, 0x4989, {0x97, 0xaf, 0x2d, 0x3f, 0xa7, 0xab, 0x56, 0x51}}};
+constexpr Event kWebResourceRequested{
+    "WebResourceRequested", {0xab00b74c, 0x15f1, 0x4646, {0x80, 0xe8, 0xe7, 0x63, 0x41, 0xd2, 0x5d, 0x71}}};
 
-HRESULT Keep(const char* name, Handler* handler, const GUID& id) {
-  TellDriver({"handler", name, IsSound(handler, id) ? "sound" : "unsound"});
+std::map<std::string, Handler*> handlers;  // by the event's name; owned
+
+void Keep(const Event& event, Handler* handler) {
+  TellDriver({"handler", event.name, IsSound(handler, event.handler) ? "sound" : "unsound"});
   Call(handler, 1);
-  handlers[name] = handler;
+  handlers[event.name] = handler;
+}
+
+template <const Event& event>
+HRESULT __stdcall AddHandler(Object*, Handler* handler, INT64*) {
+  Keep(event, handler);
   return S_OK;
 }
-
-void Drop(const char* name) {
-  Call(handlers[name], 2);
-  handlers.erase(name);
-}
-
-// ---- The web view
-// --------------------------------------------------------------------------------------------------
 
 HWND messageWindow = nullptr;
 HWND child = nullptr;
 Object* view = nullptr;
 std::string mode;  // which step fails
 
-constexpr UINT kEnvironmentReady = WM_APP;
-constexpr UINT kControllerReady = WM_APP + 1;
-constexpr UINT kLine = WM_APP + 2;
+enum : UINT { kEnvironmentReady = WM_APP, kControllerReady, kLine };
 
 HRESULT __stdcall NavigateToString(Object*, const wchar_t* page) {
   TellDriver({"navigate", Narrow(page)});
@@ -190,35 +195,10 @@ HRESULT __stdcall AddFilter(Object*, const wchar_t* pattern, int context) {
   return S_OK;
 }
 
-HRESULT __stdcall AddNavigationStarting(Object*, Handler* handler, INT64*) {
-  return Keep("NavigationStarting", handler,
-              {0x9adbe429, 0xf36d, 0x432b, {0x9d, 0xdc, 0xf8, 0x88, 0x1f, 0xbd, 0x76, 0xe3}});
-}
-
-HRESULT __stdcall AddNavigationCompleted(Object*, Handler* handler, INT64*) {
-  return Keep("NavigationCompleted", handler,
-              {0xd33a35bf, 0x1c49, 0x4f98, {0x93, 0xab, 0x00, 0x6e, 0x05, 0x33, 0xfe, 0x1c}});
-}
-
-HRESULT __stdcall AddWebMessageReceived(Object*, Handler* handler, INT64*) {
-  return Keep("WebMessageReceived", handler,
-              {0x57213f19, 0x00e6, 0x49fa, {0x8e, 0x07, 0x89, 0x8e, 0xa0, 0x1e, 0xcb, 0xd2}});
-}
-
-HRESULT __stdcall AddNewWindowRequested(Object*, Handler* handler, INT64*) {
-  return Keep("NewWindowRequested", handler,
-              {0xd4c185fe, 0xc81c, 0x4989, {0x97, 0xaf, 0x2d, 0x3f, 0xa7, 0xab, 0x56, 0x51}});
-}
-
-HRESULT __stdcall AddWebResourceRequested(Object*, Handler* handler, INT64*) {
-  return Keep("WebResourceRequested", handler,
-              {0xab00b74c, 0x15f1, 0x4646, {0x80, 0xe8, 0xe7, 0x63, 0x41, 0xd2, 0x5d, 0x71}});
-}
-
-const Table<61> kView(At(6, &NavigateToString), At(7, &AddNavigationStarting),
-                      At(15, &AddNavigationCompleted), At(33, &PostWebMessageAsString),
-                      At(34, &AddWebMessageReceived), At(44, &AddNewWindowRequested),
-                      At(55, &AddWebResourceRequested), At(57, &AddFilter));
+const Table<61> kView({At(6, &NavigateToString), At(7, &AddHandler<kNavigationStarting>),
+                       At(15, &AddHandler<kNavigationCompleted>), At(33, &PostWebMessageAsString),
+                       At(34, &AddHandler<kWebMessageReceived>), At(44, &AddHandler<kNewWindowRequested>),
+                       At(55, &AddHandler<kWebResourceRequested>), At(57, &AddFilter)});
 
 HRESULT __stdcall PutBounds(Object*, RECT bounds) {
   const auto text = [](LONG value) { return std::to_string(value); };
@@ -230,17 +210,16 @@ HRESULT __stdcall PutBounds(Object*, RECT bounds) {
 HRESULT __stdcall GetCoreWebView2(Object*, Object** out) {
   *out = nullptr;
   if (mode == "no-view") return E_FAIL;
-  view = new Object(kView.Get(), "view");
+  *out = view = new Object(kView, "view");
   AddRef(view);
-  *out = view;
   return S_OK;
 }
 
-const Table<26> kController(At(6, &PutBounds), At(25, &GetCoreWebView2));
+const Table<26> kController({At(6, &PutBounds), At(25, &GetCoreWebView2)});
 
 HRESULT __stdcall CreateCoreWebView2Controller(Object*, HWND parent, Handler* handler) {
   if (mode == "no-controller") return E_FAIL;
-  Keep("controller", handler, {0x6c4819f3, 0xc9b7, 0x4260, {0x81, 0x27, 0xc9, 0xf5, 0xbd, 0xe7, 0xf6, 0x8c}});
+  Keep(kControllerMade, handler);
   // As the web view's window does, it takes the mouse where it stands.
   child = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE | SS_NOTIFY, 0, 0, 0, 0, parent, nullptr,
                           nullptr, nullptr);
@@ -252,23 +231,25 @@ HRESULT __stdcall CreateWebResourceResponse(Object*, IStream* content, int statu
                                             const wchar_t* headers, Object** out) {
   *out = nullptr;
   if (mode == "no-response") return E_FAIL;
-  *out = new Object(kResponse.Get(), "response");
+  *out = new Object(kResponse, "response");
   content->AddRef();
   (*out)->content = content;
-  (*out)->status = status;
-  (*out)->reason = reason;
-  (*out)->headers = headers;
+  (*out)->head = {std::to_string(status), Narrow(reason), Narrow(headers)};
   return S_OK;
 }
 
-const Table<8> kEnvironment(At(3, &CreateCoreWebView2Controller), At(4, &CreateWebResourceResponse));
+const Table<8> kEnvironment({At(3, &CreateCoreWebView2Controller), At(4, &CreateWebResourceResponse)});
 
-// ---- What the driver asks for
-// --------------------------------------------------------------------------------------
-
-void Raise(const char* name, Object* args) {
-  if (Call(handlers[name], 3, view, args) != S_OK) TellDriver({"failed", name});
+/// Hands over what the program has asked to be made, or nothing if this is the step that fails.
+void Finish(const Event& made, void* const* table, bool fails) {
+  Object* object = fails ? nullptr : new Object(table, made.name);
+  Call(handlers[made.name], 3, fails ? E_FAIL : S_OK, object);
+  if (object != nullptr) Release(object);
+  Call(handlers[made.name], 2);
+  handlers.erase(made.name);
 }
+
+void FinishEnvironment() { Finish(kEnvironmentMade, kEnvironment, mode == "no-environment"); }
 
 std::string Hexadecimal(IStream* stream) {
   static constexpr char kDigits[] = "0123456789abcdef";
@@ -281,51 +262,41 @@ std::string Hexadecimal(IStream* stream) {
   return out;
 }
 
-/// send TEXT; send-other (not a string); send-null. Answers "handled" when the program has dealt with it.
-void Send(const Line& line) {
-  Object* args = new Object(kMessageArgs.Get(), "message arguments");
-  if (line.size() > 1) args->text = Wide(line[1]);
-  if (line[0] == "send-other") args->textResult = E_INVALIDARG;
-  if (line[0] == "send-null") args->textResult = S_FALSE;
-  Raise("WebMessageReceived", args);
-  Release(args);
-  TellDriver({"handled"});
-}
+/// What the driver lets happen: the event, its arguments, and what the getter of their text answers.
+struct Happening {
+  const Event& event;
+  void* const* arguments;
+  HRESULT textResult = S_OK;
+};
+const std::map<std::string, Happening> kHappenings = {
+    {"send", {kWebMessageReceived, kMessageArgs}},
+    {"send-other", {kWebMessageReceived, kMessageArgs, E_INVALIDARG}},  // not a string
+    {"send-null", {kWebMessageReceived, kMessageArgs, S_FALSE}},
+    {"get", {kWebResourceRequested, kRequestArgs}},
+    {"go", {kNavigationStarting, kNavigationArgs}},
+    {"open", {kNewWindowRequested, kNewWindowArgs}},
+    {"complete", {kNavigationCompleted, kCompletedArgs}},
+};
 
-/// get ADDRESS: a request of the page; answers "asset" with status, reason, headers and content, or nothing.
-void Get(const Line& line) {
-  Object* args = new Object(kRequestArgs.Get(), "request arguments");
-  args->other = new Object(kRequest.Get(), "request");
-  args->other->text = Wide(line[1]);
-  Raise("WebResourceRequested", args);
-  if (const Object* response = args->response) {
-    TellDriver({"asset", line[1], std::to_string(response->status), Narrow(response->reason.c_str()),
-                Narrow(response->headers.c_str()), Hexadecimal(response->content)});
-  } else {
-    TellDriver({"asset", line[1]});
+/// VERB [TEXT]: answers with the verb, "done", "refused" or "failed", and the response that came, if any.
+void LetHappen(const Line& line) {
+  const Happening& happening = kHappenings.at(line[0]);
+  auto* arguments = new Object(happening.arguments, "arguments");
+  arguments->request = new Object(kRequest, "request");
+  arguments->text = arguments->request->text = line.size() > 1 ? Wide(line[1]) : L"";
+  arguments->textResult = happening.textResult;
+  const HRESULT result = Call(handlers[happening.event.name], 3, view, arguments);
+  Line answer{line[0], result != S_OK ? "failed" : arguments->refused ? "refused" : "done"};
+  if (const Object* response = arguments->response) {
+    answer.insert(answer.end(), response->head.begin(), response->head.end());
+    answer.push_back(Hexadecimal(response->content));
   }
-  Release(args);
+  Release(arguments);
+  TellDriver(answer);
 }
 
-/// complete: the navigation has ended.
-void Complete(const Line&) {
-  Object* args = new Object(kCompletedArgs.Get(), "completed arguments");
-  Raise("NavigationCompleted", args);
-  Release(args);
-}
-
-/// go ADDRESS: something wants to load another document; open ADDRESS: to open another window.
-void GoOrOpen(const Line& line) {
-  const bool go = line[0] == "go";
-  Object* args = new Object(go ? kNavigationArgs.Get() : kNewWindowArgs.Get(), "navigation arguments");
-  args->text = Wide(line[1]);
-  Raise(go ? "NavigationStarting" : "NewWindowRequested", args);
-  TellDriver({line[0], line[1], args->flag ? "refused" : "let go"});
-  Release(args);
-}
-
-/// report: what is alive, and how many references each handler has.
-void Report(const Line&) {
+/// What is alive, and how many references each handler has.
+void Report() {
   Line report{"report"};
   for (const auto& [kind, count] : live) report.push_back(kind + "=" + std::to_string(count));
   for (const auto& [name, handler] : handlers) {
@@ -335,37 +306,17 @@ void Report(const Line&) {
   TellDriver(report);
 }
 
-const std::map<std::string, void (*)(const Line&)> kCommands = {
-    {"send", &Send},   {"send-other", &Send}, {"send-null", &Send},    {"get", &Get},
-    {"go", &GoOrOpen}, {"open", &GoOrOpen},   {"complete", &Complete}, {"report", &Report},
-};
-
-void FinishEnvironment() {
-  Object* environment = mode == "no-environment" ? nullptr : new Object(kEnvironment.Get(), "environment");
-  Call(handlers["environment"], 3, environment != nullptr ? S_OK : E_FAIL, environment);
-  if (environment != nullptr) Release(environment);
-  Drop("environment");
-}
-
-void FinishController() {
-  Object* controller = mode == "null-controller" ? nullptr : new Object(kController.Get(), "controller");
-  Call(handlers["controller"], 3, controller != nullptr ? S_OK : E_FAIL, controller);
-  if (controller != nullptr) Release(controller);
-  Drop("controller");
-}
-
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case kEnvironmentReady:
       FinishEnvironment();
       return 0;
     case kControllerReady:
-      FinishController();
+      Finish(kControllerMade, kController, mode == "null-controller");
       return 0;
     case kLine: {
       const Line* line = reinterpret_cast<Line*>(lParam);
-      const auto command = kCommands.find(line->front());
-      if (command != kCommands.end()) command->second(*line);
+      line->front() == "report" ? Report() : LetHappen(*line);
       delete line;
       return 0;
     }
@@ -379,28 +330,23 @@ void PostLine(Line* line) {
   while (!PostMessageW(messageWindow, kLine, 0, reinterpret_cast<LPARAM>(line))) Sleep(1);
 }
 
-std::string EnvironmentVariable(const char* name) {
-  const char* value = std::getenv(name);
-  return value != nullptr ? value : "";
-}
-
 }  // namespace
 
 extern "C" HRESULT __stdcall CreateCoreWebView2EnvironmentWithOptions(const wchar_t* browser,
                                                                       const wchar_t* data, IUnknown* options,
                                                                       Handler* handler) {
-  mode = EnvironmentVariable("WEB_VIEW_STAND_IN_MODE");
+  const char* wanted = std::getenv("WEB_VIEW_STAND_IN_MODE");
+  mode = wanted != nullptr ? wanted : "";
   WNDCLASSW windowClass{};
   windowClass.lpfnWndProc = &Procedure;
   windowClass.lpszClassName = L"WebViewStandIn";
   RegisterClassW(&windowClass);
   messageWindow = CreateWindowExW(0, windowClass.lpszClassName, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                                   nullptr, nullptr);
-  if (!ConnectToDriver(&PostLine)) return kNoRuntime;
+  ConnectToDriver(&PostLine);
   TellDriver({"environment", Narrow(browser), Narrow(data), options == nullptr ? "no options" : "options"});
-  if (mode == "no-runtime") return kNoRuntime;
-  Keep("environment", handler,
-       {0x4e8a3389, 0xc9d8, 0x4bd2, {0xb6, 0xb5, 0x12, 0x4f, 0xee, 0x6c, 0xc1, 0x4d}});
+  if (mode == "no-runtime") return static_cast<HRESULT>(0x80070002);
+  Keep(kEnvironmentMade, handler);
   if (mode == "at-once") {
     FinishEnvironment();
   } else {

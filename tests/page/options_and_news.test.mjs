@@ -1,23 +1,20 @@
-// The settings of the game: what the page shows, and what the file says afterwards.
+// The settings of the game, as the page shows them and as the file says afterwards; and the site's news in their states.
 import assert from "node:assert/strict";
 import { journey } from "./support/journey.mjs";
-import { optionsMessage } from "./support/sample_messages.mjs";
 
 const lines = (game) => game.read("ostu.ini").trim().split(/\r?\n/);
 const has = (game, ...expected) => expected.forEach((line) => assert.ok(lines(game).includes(line), line));
 const row = (page, label) => page.locator(".opt-row", { has: page.getByText(label, { exact: true }) });
 
 async function openOptions(launcher, game) {
-  game.start(launcher);
+  await launcher.untilTold("options", () => game.start(launcher));
   await launcher.open("Parametres");
-  await launcher.page.locator(".opt-section").first().waitFor();
 }
 
+// The settings as they now stand in the file follow at once.
 async function save(launcher) {
-  await launcher.page.click("#opt-apply");
-  await launcher.waitForText("opt-state", "Reglages enregistres.");
-  // The settings as they now stand in the file follow at once.
-  await launcher.page.waitForFunction(() => !optJustSaved);
+  await launcher.untilTold("options", () => launcher.page.click("#opt-apply"));
+  assert.equal(await launcher.text("opt-state"), "Reglages enregistres.");
 }
 
 journey("what the player wrote by hand survives a round trip, and defaults reset the rest", { game: { installed: true } },
@@ -51,7 +48,6 @@ journey("what the player wrote by hand survives a round trip, and defaults reset
     has(game, "fpslimit 90", "shadowbias 0.0032");
     await save(launcher);
     has(game, "fpslimit 0", "shadowbias 0.002", "fxaa 1", "WindowAlpha 255", "macmd 7 x", "resolution 1000 700");
-    await launcher.open("Accueil");
     assert.match(await page.locator(".entry").last().textContent(), /Reglages graphiques enregistres \(ostu\.ini\)\.$/);
   });
 
@@ -59,33 +55,42 @@ journey("a game never started shows its defaults, and a refused write keeps the 
   async (launcher, game) => {
     const { page } = launcher;
     await openOptions(launcher, game);
-    await launcher.waitForText("opt-state", "Le jeu n'a pas encore ete lance : voici les valeurs par defaut.");
-    game.makeDirectory("ostu.ini");
+    assert.equal(await launcher.text("opt-state"), "Le jeu n'a pas encore ete lance : voici les valeurs par defaut.");
+    game.write("ostu.ini/in the way", "");
     await row(page, "Plein ecran").getByRole("switch").click();
-    await page.click("#opt-apply");
-    await launcher.waitForText("opt-state", "Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.");
-    assert.equal(await row(page, "Plein ecran").getByRole("switch").getAttribute("aria-checked"), "false");
+    await launcher.untilTold("optionsSaved", () => page.click("#opt-apply"));
+    assert.equal(await launcher.text("opt-state"), "Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.");
     game.erase("ostu.ini");
     await save(launcher);
     assert.equal(lines(game).length, 80);
-    assert.equal(await page.evaluate(() => optState.fullscreen), 0);
-    assert.equal(await launcher.text("opt-state"), "Reglages enregistres.");
+    assert.equal(await row(page, "Plein ecran").getByRole("switch").getAttribute("aria-checked"), "false");
   });
 
-journey("a save sends every value as it stands, and asks for options only when none have come", {}, async (launcher) => {
+journey("news load, fail, come unreadable and as a list, which is kept", { game: { installed: true } }, async (launcher, game) => {
   const { page } = launcher;
-  await launcher.open("Parametres");
-  const message = optionsMessage();
-  await launcher.send(message);
-  await launcher.open("Accueil");
-  await launcher.open("Parametres");
-  assert.deepEqual(await page.locator(".opt-section h3").allTextContents(), ["Affichage", "Qualite graphique", "Effets",
-    "Noms affiches", "Camera et fenetres", "Image", "Surfaces", "Ombres"]);
-  assert.equal(await row(page, "Contraste").locator(".opt-hint").count(), 0);
-  await row(page, "Resolution").getByRole("combobox").selectOption("1920 x 1080");
-  await row(page, "Images par seconde").getByRole("combobox").selectOption("144");
-  await page.click("#opt-apply");
-  assert.equal(await launcher.text("opt-state"), "Enregistrement...");
-  assert.deepEqual(launcher.requests, [{ action: "getOptions" },
-    { action: "saveOptions", values: { ...message.values, resWidth: 1920, resHeight: 1080, fpsLimit: 144 } }]);
+  const newsPath = "/api/news.json";
+  const reopen = async () => {
+    await launcher.open("Accueil");
+    await launcher.open("Nouveautes");
+  };
+  game.start(launcher);
+  const release = game.server.hold(newsPath);
+  await launcher.open("Nouveautes");
+  assert.equal(await launcher.text("news-hint"), "Chargement...");
+  await launcher.untilTold("news", release);
+  assert.equal(await launcher.text("news-empty-title"), "Actualites indisponibles");
+  assert.equal(await launcher.text("news-hint"), "");
+  game.server.content.set(newsPath, "<html>en travaux</html>");
+  await launcher.untilTold("news", reopen);
+  assert.equal(await launcher.text("news-empty-title"), "Actualites illisibles");
+  const items = Array.from({ length: 25 }, (_, i) => ({ date: "2026-01-02", title: "Nouvelle \u00e9t\u00e9 \u65e5 " + i, tag: "contenu" }));
+  game.server.content.set(newsPath, JSON.stringify({ items }));
+  await launcher.untilTold("news", reopen);
+  assert.equal(await launcher.text("news-hint"), "25 actualites");
+  assert.equal(await page.locator(".news-item").count(), 20);
+  assert.equal(await page.locator(".news-title").last().textContent(), "Nouvelle \u00e9t\u00e9 \u65e5 19");
+  assert.equal(await page.isVisible("#news-empty"), false);
+  await reopen();
+  await launcher.untilAsked("openUrl", () => page.click("#news-open-site"));
+  assert.deepEqual(launcher.actions(), ["getNews", "getNews", "getNews", "openUrl"]);
 });
