@@ -58,11 +58,13 @@ journey("a game never started shows its defaults, and a refused write keeps the 
     assert.equal(await launcher.text("opt-state"), "Le jeu n'a pas encore ete lance : voici les valeurs par defaut.");
     game.write("ostu.ini/in the way", "");
     await row(page, "Plein ecran").getByRole("switch").click();
+    await row(page, "Images par seconde").getByRole("combobox").selectOption("144");
     await launcher.untilTold("optionsSaved", () => page.click("#opt-apply"));
     assert.equal(await launcher.text("opt-state"), "Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.");
     game.erase("ostu.ini");
     await save(launcher);
     assert.equal(lines(game).length, 80);
+    has(game, "fpslimit 144", "fullscreen 0");
     assert.equal(await row(page, "Plein ecran").getByRole("switch").getAttribute("aria-checked"), "false");
   });
 

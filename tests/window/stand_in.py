@@ -4,7 +4,6 @@ import json
 import pathlib
 import queue
 import shutil
-import socket
 import subprocess
 import threading
 
@@ -21,14 +20,19 @@ class Wine:
         if not prefix.exists():
             shutil.copytree(ROOT / "build" / "wineprefix", prefix, symlinks=True)
         self.environment = {**display.environment, "WINEPREFIX": str(prefix), "WINEDEBUG": "-all"}
-        self.close()
+        self.server("-k", "-w")  # what still runs of earlier tests
+        # One program stays, so that Wine's own background programs do too: they would hold what a test has started.
+        self.keeper = self.start("cmd", stdin=subprocess.PIPE)
         # Moving, sizing and maximizing follow the rules of Windows, not those of a window manager.
         self.run("reg", "add", r"HKCU\Software\Wine\X11 Driver", "/v", "Managed", "/d", "N", "/f")
 
-    def close(self):
-        """Ends what still runs in the prefix, of earlier tests too."""
-        for option in ("-k", "-w"):
+    def server(self, *options):
+        for option in options:
             subprocess.run(["wineserver", option], env=self.environment, stderr=subprocess.DEVNULL, check=False)
+
+    def close(self):
+        self.server("-k", "-w")
+        self.keeper.communicate()
 
     def start(self, *command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **environment):
         return subprocess.Popen(["wine", *map(str, command)], env={**self.environment, **environment}, cwd="/", stdin=stdin,
@@ -41,36 +45,22 @@ class Wine:
 
 
 class WindowsLauncher:
-    """One run of the program. `told` holds everything that it has been heard to do, as lists of fields."""
+    """The program under Wine, and its successor if it replaces itself: that has the same standard input and output.
+    `told` holds everything that it has been heard to do, as lists of fields."""
 
-    def __init__(self, listener, process=None):
-        self.listener = listener
-        self.process = process
-        self.connection, _ = listener.accept()
+    def __init__(self, wine, program, mode=""):
+        self.process = wine.start(program, stdin=subprocess.PIPE, stdout=subprocess.PIPE, WEB_VIEW_STAND_IN_MODE=mode)
         self.lines = queue.Queue()
         self.told = []
         self.reader = threading.Thread(target=self._read, daemon=True)
         self.reader.start()
 
-    @staticmethod
-    def start(wine, program, mode):
-        listener = socket.create_server(("127.0.0.1", 0))
-        listener.settimeout(LIMIT)
-        port = str(listener.getsockname()[1])
-        process = wine.start(program, WEB_VIEW_STAND_IN_PORT=port, WEB_VIEW_STAND_IN_MODE=mode)
-        return WindowsLauncher(listener, process)
-
-    def successor(self):
-        """The launcher that this one has started in its place."""
-        return WindowsLauncher(self.listener)
-
     def _read(self):
         rest = b""
-        with contextlib.suppress(OSError):
-            while piece := self.connection.recv(1 << 20):
-                *lines, rest = (rest + piece).split(LINE_END)
-                for line in lines:
-                    self.lines.put(line.decode().split(FIELD_END))
+        while piece := self.process.stdout.read1():
+            *lines, rest = (rest + piece).split(LINE_END)
+            for line in lines:
+                self.lines.put(line.decode().split(FIELD_END))
         self.lines.put(None)
 
     def next(self):
@@ -103,7 +93,8 @@ class WindowsLauncher:
         return [json.loads(line[1]) for line in self.told if line[0] == "message"]
 
     def tell(self, *fields):
-        self.connection.sendall(FIELD_END.join(fields).encode() + LINE_END)
+        self.process.stdin.write(FIELD_END.join(fields).encode() + LINE_END)
+        self.process.stdin.flush()
 
     def ask(self, *fields):
         """Tells and waits for what came of it."""
@@ -130,11 +121,9 @@ class WindowsLauncher:
         return self.process.wait(LIMIT)
 
     def end(self):
-        """For clean-up, whatever state it is in: the program ends with its connection."""
-        self.listener.close()
+        """For clean-up, whatever state it is in: the program ends with its input."""
         with contextlib.suppress(OSError):
-            self.connection.shutdown(socket.SHUT_WR)
+            self.process.stdin.close()
         self.reader.join(LIMIT)
-        self.connection.close()
-        if self.process:
-            self.process.wait(LIMIT)
+        self.process.stdout.close()
+        self.process.wait(LIMIT)

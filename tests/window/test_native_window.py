@@ -7,7 +7,7 @@ import subprocess
 import launcher
 from display import HOME, LIMIT, SCREEN, WindowGone, wait_until
 from fixture import VERSION, WindowTest
-from game import Game, digest
+from game import Game
 
 # Places on the page at its start, from the window's left and top, or from its right and bottom.
 DRAG_ZONE, DRAG_ZONE_TOO = (500, 30), (400, 30)
@@ -93,15 +93,6 @@ class NativeWindowTest(WindowTest):
         self.assertEqual(started.read_text(), f"{self.place.directory}|quantel|1\n")
         started.unlink()
         self.assertEqual(self.place.files(), game.files)
-
-    def test_a_directory_in_which_nothing_can_be_written(self):
-        game = Game(5, 5)
-        game.publish(self.server)
-        before = self.place.files()
-        self.make_read_only(self.place.root)
-        self.shown("/patch/files/" + digest(game.files["Tolmira.exe"]))
-        self.closes()
-        self.assertEqual(self.place.files(), before)
 
     def test_it_closes_at_any_moment_and_the_next_start_converges(self):
         game = Game(3, 80)

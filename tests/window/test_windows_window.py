@@ -91,39 +91,19 @@ class EnduranceTest(WindowsTest):
         self.loaded().wait_message("ready", canPlay=True)
         self.assertEqual(self.installed_files(), game.files)
 
-    def test_two_at_once(self):
-        game = Game(4, 60)
-        game.publish(self.server)
-        held = self.hold(VERSION)
-        programs = [self.loaded()]
-        self.wait_for_request(VERSION)
-        programs.append(self.loaded())
-        programs[1].wait_message("status", text="Une autre instance du lanceur met le jeu a jour, attente...")
-        held.set()
-        for program in programs:
-            program.wait_message("ready", canPlay=True)
-        for program in programs:
-            program.request("verify")
-            check = program.wait_message("check")
-            self.assertEqual((check["missing"], check["corrupt"]), (0, 0))
-        self.assertEqual(self.installed_files(), game.files)
-
     def test_a_directory_in_which_nothing_can_be_written(self):
+        """Not even by root."""
+        root = self.place.root
         Game(5, 5).publish(self.server)
-        self.make_read_only(self.place.root)
+        subprocess.run(["mount", "--bind", root, root], check=True)
+        # Wine still holds the place for a moment when the program in it has ended.
+        self.addCleanup(subprocess.run, ["umount", "--lazy", root], check=True)
+        subprocess.run(["mount", "-o", "remount,ro,bind", root], check=True)
         program = self.loaded()
         program.wait_message("ready", canPlay=False)
         program.request("saveOptions", values=program.messages()[0]["values"])
         program.wait_message("optionsSaved", ok=False)
         self.assertEqual(program.close(), 0)
-
-    def test_a_configuration_that_is_none(self):
-        for content in (b"\xff\xfe\x00garbage", b"BaseUrl=nonsense\r\nConnections=999\r\n", b"=" * 100000):
-            (self.place.directory / "patcher.ini").write_bytes(content)
-            program = self.loaded()
-            program.wait_message("ready", canPlay=False)
-            self.assertEqual(program.close(), 0)
-            self.assertEqual((self.place.directory / "patcher.ini").read_bytes(), content)
 
     def test_the_launcher_replaces_itself(self):
         # The same program with bytes behind its end that no loader looks at: another file, that can be told apart.
@@ -133,12 +113,10 @@ class EnduranceTest(WindowsTest):
         game.publish(self.server, patcherVersion=27, patcherUrl="Patcher.exe")
         program = self.loaded()
         program.wait_message("status", text="Mise a jour du patcher...")
-        self.assertEqual(program.exit_code(), 0)
+        program.load_page()  # of the successor
+        self.assertEqual(program.process.wait(), 0)
         self.assertNotIn("ready", [message["type"] for message in program.messages()])
-        second = program.successor()
-        self.addCleanup(second.end)
-        second.load_page()
-        second.wait_message("ready", canPlay=True)
+        program.wait_message("ready", canPlay=True)
         found = self.installed_files()
         self.assertEqual(self.place.program.read_bytes(), successor)
         self.assertEqual({name: data for name, data in found.items() if not name.startswith("Patcher.")}, game.files)

@@ -1,76 +1,64 @@
 // The engine behind the page: patcher-stdio or, if PAGE_TEST_WINDOWS names the folder of its build, the Windows program
 // under Wine. The loader of its web view is the stand-in that passes on what the program tells its page and what the
-// page asks. Each start gives { ended, stop }: the exit code to come, and how to end it as a power cut would.
+// page asks.
 import assert from "node:assert/strict";
 import { spawn } from "node:child_process";
 import { once } from "node:events";
 import { copyFileSync, readFileSync } from "node:fs";
-import net from "node:net";
 import path from "node:path";
-import readline from "node:readline";
 import { build } from "./launcher_page.mjs";
 
 const windowsBuild = process.env.PAGE_TEST_WINDOWS;
 export const onWindows = Boolean(windowsBuild);
 export const engineBuild = windowsBuild || build;
 
+const pipes = { stdio: ["pipe", "pipe", "inherit"], cwd: "/" };
+
+// Gives { ended, stop }: the exit code to come, when nothing more is told, and how to end it as a power cut would.
 export function startEngine(directory, launcher) {
-  return onWindows ? startWindowsProgram(directory, launcher) : startNativeEngine(directory, launcher);
+  const child = onWindows ? startWindowsProgram(directory, launcher) : startNativeEngine(directory, launcher);
+  child.stdin.on("error", () => {});
+  const ended = Promise.all([once(child, "exit"), once(child.stdout, "close")]).then(([[code]]) => code);
+  // The Windows program, which Wine runs beside the process that was started, ends with its input.
+  return { ended, stop: () => (onWindows ? child.stdin.destroy() : child.kill("SIGKILL")) };
 }
 
 function startNativeEngine(directory, launcher) {
-  const child = spawn(path.join(directory, "Patcher"), [], { stdio: ["pipe", "pipe", "inherit"], cwd: "/" });
-  child.stdin.on("error", () => {});
+  const child = spawn(path.join(directory, "Patcher"), [], pipes);
   launcher.onRequest = (text) => child.stdin.write(text + "\n");
-  const lines = readline.createInterface({ input: child.stdout });
-  lines.on("line", (line) => launcher.sendTexts(line).catch(() => {}));
-  const ended = Promise.all([once(child, "exit"), once(lines, "close")]).then(([[code]]) => code);
-  return { ended, stop: () => child.kill("SIGKILL") };
+  readPieces(child.stdout, "\n", (line) => tell(launcher, line));
+  return child;
 }
 
 function startWindowsProgram(directory, launcher) {
   for (const file of ["bin/Patcher.exe", "web_view_stand_in/WebView2Loader.dll"]) {
     copyFileSync(path.join(windowsBuild, file), path.join(directory, path.basename(file)));
   }
-  const server = net.createServer().listen(0, "127.0.0.1");
-  const connected = once(server, "connection").then(([connection]) => connection);
-  const ended = runUnderWine(directory, server);
-  let loaded;
-  const page = new Promise((resolve) => { loaded = resolve; });
-  connected.then((connection) => {
-    connection.on("error", () => {});
-    readStandIn(connection, (verb, text) => {
-      if (verb === "message") launcher.sendTexts(text).catch(() => {});
-      if (verb === "navigate") loaded(text);
-    });
-  });
-  // The browser shows this page already. What it asks while the program starts waits until that has the page.
-  const talking = page.then(async (text) => {
+  const child = spawn("wine", [path.join(directory, "Patcher.exe")], pipes);
+  // What the page asks while the program starts waits until that has the page.
+  let unsent = [];
+  launcher.onRequest = (text) => (unsent ? unsent.push(text) : child.stdin.write(`send\x1f${text}\x1e`));
+  readPieces(child.stdout, "\x1e", (piece) => {
+    const [verb, text] = piece.split("\x1f");
+    if (verb === "message") tell(launcher, text);
+    if (verb !== "navigate") return;
+    // The browser shows this page already.
     assert.equal(text, readFileSync(path.join(build, "Patcher/generated/page/launcher.html"), "utf8"));
-    const connection = await connected;
-    connection.write("complete\x1e");
-    return connection;
+    child.stdin.write(["complete", ...unsent.map((request) => "send\x1f" + request)].map((line) => line + "\x1e").join(""));
+    unsent = null;
   });
-  launcher.onRequest = (text) => talking.then((connection) => connection.write(`send\x1f${text}\x1e`));
-  // The program ends with its connection.
-  return { ended, stop: () => connected.then((connection) => connection.destroy()) };
+  return child;
 }
 
-async function runUnderWine(directory, server) {
-  await once(server, "listening");
-  const environment = { ...process.env, WEB_VIEW_STAND_IN_PORT: String(server.address().port) };
-  const child = spawn("wine", [path.join(directory, "Patcher.exe")], { cwd: "/", stdio: "ignore", env: environment });
-  const [code] = await once(child, "exit");
-  server.close();
-  return code;
+function tell(launcher, text) {
+  launcher.sendTexts(text).catch(() => {});
 }
 
-// Lines of the stand-in, each as its fields.
-function readStandIn(connection, onLine) {
+function readPieces(stream, end, take) {
   let rest = "";
-  connection.setEncoding("utf8").on("data", (text) => {
-    const lines = (rest + text).split("\x1e");
-    rest = lines.pop();
-    for (const line of lines) onLine(...line.split("\x1f"));
+  stream.setEncoding("utf8").on("data", (text) => {
+    const pieces = (rest + text).split(end);
+    rest = pieces.pop();
+    pieces.forEach(take);
   });
 }

@@ -1,9 +1,17 @@
 // Messages as the host sends them, for tests and pictures that need no engine.
 
+export const status = (text) => ({ type: "status", text });
+
+export const progress = (percent, more) => ({ type: "progress", percent, downloadedBytes: 5, totalBytes: 10, speedBps: 1048576,
+  currentFile: "data/a.bin", fileIndex: 1, fileCount: 2, ...more });
+
+export const verdict = { type: "check", mode: "verify", done: true, total: 18231, ok: 18226, missing: 3, corrupt: 2, bytes: 734003200,
+  samples: ["data/monde/ciel/nuages_042.bin", "data/sons/foret.bin", "data/sons/mer.bin"] };
+
 const row = (id, label, def, min, max, step, group, more) =>
   ({ id, label, hint: null, def, min, max, step, kind: 1, group, ...more });
 
-export const tuneRows = [
+const tuneRows = [
   row("exposure", "Exposition", 0.96, 0.2, 3, 0.01, 0, { hint: "Luminosite generale de la scene avant les couleurs." }),
   row("contrast", "Contraste", 1.12, 0.5, 2, 0.01, 0),
   row("fxaa", "Anticrenelage", 1, 0, 1, 1, 0, { kind: 0, hint: "Adoucit les bords en escalier. Cout tres faible." }),

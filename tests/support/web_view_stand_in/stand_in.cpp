@@ -5,16 +5,56 @@
 #include <windows.h>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <map>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
+#include <vector>
 
+#include <fcntl.h>
+#include <io.h>
 #include <objbase.h>
 
-#include "driver_connection.h"
+#include "platform/text.h"
 
 namespace {
+
+/// What passes between the stand-in and its driver over standard input and output: a list of fields in UTF-8,
+/// with the control character 1F between them and 1E at its end, which stand in no field.
+using Line = std::vector<std::string>;
+constexpr char kFieldEnd = '\x1f';
+constexpr char kLineEnd = '\x1e';
+
+/// Main thread only.
+void TellDriver(const Line& line) {
+  std::string text = line.front();
+  for (std::size_t i = 1; i < line.size(); ++i) text += kFieldEnd + line[i];
+  std::cout << text << kLineEnd << std::flush;
+}
+
+/// Hands on what comes, and ends the process with its driver: a test that is over leaves no window behind.
+void ReadLines(void (*post)(Line* line)) {
+  for (std::string text; std::getline(std::cin, text, kLineEnd);) {
+    auto* line = new Line;
+    std::istringstream in(text + kFieldEnd);
+    for (std::string field; std::getline(in, field, kFieldEnd);) line->push_back(field);
+    post(line);
+  }
+  TerminateProcess(GetCurrentProcess(), 98);
+}
+
+std::string Narrow(const wchar_t* text) {
+  return text != nullptr ? platform::WideToUtf8(reinterpret_cast<const char16_t*>(text)) : "(null)";
+}
+
+std::wstring Wide(const std::string& text) {
+  const std::u16string wide = platform::Utf8ToWide(text);
+  return {wide.begin(), wide.end()};
+}
 
 std::map<std::string, int> live;  // objects of a kind that the program or the stand-in still holds
 
@@ -337,13 +377,14 @@ extern "C" HRESULT __stdcall CreateCoreWebView2EnvironmentWithOptions(const wcha
                                                                       Handler* handler) {
   const char* wanted = std::getenv("WEB_VIEW_STAND_IN_MODE");
   mode = wanted != nullptr ? wanted : "";
+  for (FILE* stream : {stdin, stdout}) _setmode(_fileno(stream), _O_BINARY);
   WNDCLASSW windowClass{};
   windowClass.lpfnWndProc = &Procedure;
   windowClass.lpszClassName = L"WebViewStandIn";
   RegisterClassW(&windowClass);
   messageWindow = CreateWindowExW(0, windowClass.lpszClassName, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                                   nullptr, nullptr);
-  ConnectToDriver(&PostLine);
+  std::thread(ReadLines, &PostLine).detach();
   TellDriver({"environment", Narrow(browser), Narrow(data), options == nullptr ? "no options" : "options"});
   if (mode == "no-runtime") return static_cast<HRESULT>(0x80070002);
   Keep(kEnvironmentMade, handler);
