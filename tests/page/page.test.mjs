@@ -118,10 +118,8 @@ for (const [width, height] of [[988, 628], [1268, 788], [2560, 1440], [634, 394]
     const scale = Math.min(1, width / 988, height / 628);
     const near = (actual, expected, what) => assert.ok(Math.abs(actual - expected * scale) < 1, `${what}: ${actual}`);
     const before = await places();
-    near(before[0][3], 200, "hero");
-    near(before[1][3], 46, "navbar");
-    near(before[7][2], 190, "play button's width");
-    near(before[7][3], 48, "play button's height");
+    const sizes = [before[0][3], before[1][3], ...before[7].slice(2)];
+    [200, 46, 190, 48].forEach((expected, i) => near(sizes[i], expected, "size " + i));
     near((await box(page, "win-close"))[0] + 46 * scale, width / scale, "close button's right edge");
     await launcher.send(...huge);
     await nextFrame(page);

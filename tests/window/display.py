@@ -63,10 +63,6 @@ class Display:
         return window
 
 
-class WindowGone(Exception):
-    """There is no such window any more."""
-
-
 class Window:
     def __init__(self, display, number):
         self.display = display
@@ -75,8 +71,6 @@ class Window:
     def place(self):
         """Left, top, width, height."""
         text = self.display.run("xdotool", "getwindowgeometry", "--shell", self.number)
-        if not text:
-            raise WindowGone
         values = dict(line.split("=") for line in text.split())
         return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 

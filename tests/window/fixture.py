@@ -31,17 +31,14 @@ class WindowTest(unittest.TestCase):
         self.server.faults[path] = [("hold", held)]
         return held
 
+    def hold_a_file_of(self, game):
+        """Publishes the game, whose run comes to a standstill when most of it is there."""
+        game.publish(self.server)
+        path = "/patch/files/" + digest(game.files["f0.dat"])
+        return path, self.hold(path)
+
     def wait_for_request(self, path, count=1):
         wait_until(lambda: self.server.requests[path] >= count)
-
-    def held_runs(self, game):
-        """A run that comes to a standstill at the manifest, then one at a file; yields the path that it stands at."""
-        game.publish(self.server)
-        for path in (VERSION, "/patch/files/" + digest(game.files["f0.dat"])):
-            held = self.hold(path)
-            self.server.requests.clear()
-            yield path
-            held.set()
 
 
 class WindowsTest(WindowTest):

@@ -56,6 +56,8 @@ std::wstring Wide(const std::string& text) {
   return {wide.begin(), wide.end()};
 }
 
+using Slots = std::array<void*, 61>;  // as many as the longest interface has
+
 std::map<std::string, int> live;  // objects of a kind that the program or the stand-in still holds
 
 struct Object {
@@ -70,9 +72,8 @@ struct Object {
   Line head;                   // status, reason and headers of a response
   BOOL refused = FALSE;        // a navigation cancelled, a new window taken over
 
-  Object(void* const* functions, const char* name) : table(functions), kind(name) { ++live[kind]; }
+  Object(const Slots& functions, const char* name) : table(functions.data()), kind(name) { ++live[kind]; }
   Object(const Object&) = delete;
-  Object& operator=(const Object&) = delete;
 };
 
 HRESULT __stdcall QueryInterface(Object*, REFIID, void** object) {
@@ -98,29 +99,22 @@ void __stdcall Trap() {
   TerminateProcess(GetCurrentProcess(), 99);
 }
 
+template <std::size_t... Slot>
+Slots Traps(std::index_sequence<Slot...>) {
+  return {reinterpret_cast<void*>(&QueryInterface), reinterpret_cast<void*>(&AddRef),
+          reinterpret_cast<void*>(&Release), reinterpret_cast<void*>(&Trap<Slot + 3>)...};
+}
+
 template <typename Function>
 std::pair<std::size_t, void*> At(std::size_t slot, Function function) {
   return {slot, reinterpret_cast<void*>(function)};
 }
 
-template <std::size_t Slots>
-class Table {
- public:
-  explicit Table(std::initializer_list<std::pair<std::size_t, void*>> functions)
-      : Table(std::make_index_sequence<Slots>()) {
-    for (const auto& [slot, function] : functions) slots_[slot] = function;
-  }
-  operator void* const*() const { return slots_.data(); }
-
- private:
-  template <std::size_t... Slot>
-  explicit Table(std::index_sequence<Slot...>) : slots_{reinterpret_cast<void*>(&Trap<Slot>)...} {
-    slots_[0] = reinterpret_cast<void*>(&QueryInterface);
-    slots_[1] = reinterpret_cast<void*>(&AddRef);
-    slots_[2] = reinterpret_cast<void*>(&Release);
-  }
-  std::array<void*, Slots> slots_;
-};
+Slots Table(std::initializer_list<std::pair<std::size_t, void*>> functions) {
+  Slots slots = Traps(std::make_index_sequence<58>());
+  for (const auto& [slot, function] : functions) slots[slot] = function;
+  return slots;
+}
 
 HRESULT __stdcall GetText(Object* self, wchar_t** text) {
   *text = nullptr;
@@ -147,13 +141,13 @@ HRESULT __stdcall PutResponse(Object* self, Object* response) {
   return S_OK;
 }
 
-const Table<10> kRequest({At(3, &GetText)});
-const Table<8> kRequestArgs({At(3, &GetRequest), At(5, &PutResponse)});
-const Table<10> kResponse({});
-const Table<6> kMessageArgs({At(5, &GetText)});
-const Table<10> kNavigationArgs({At(3, &GetText), At(8, &Refuse)});
-const Table<11> kNewWindowArgs({At(6, &Refuse)});
-const Table<6> kCompletedArgs({});
+const Slots kRequest = Table({At(3, &GetText)});
+const Slots kRequestArgs = Table({At(3, &GetRequest), At(5, &PutResponse)});
+const Slots kResponse = Table({});
+const Slots kMessageArgs = Table({At(5, &GetText)});
+const Slots kNavigationArgs = Table({At(3, &GetText), At(8, &Refuse)});
+const Slots kNewWindowArgs = Table({At(6, &Refuse)});
+const Slots kCompletedArgs = Table({});
 
 /// An object of the program's, called through its table.
 struct Handler {
@@ -235,10 +229,10 @@ HRESULT __stdcall AddFilter(Object*, const wchar_t* pattern, int context) {
   return S_OK;
 }
 
-const Table<61> kView({At(6, &NavigateToString), At(7, &AddHandler<kNavigationStarting>),
-                       At(15, &AddHandler<kNavigationCompleted>), At(33, &PostWebMessageAsString),
-                       At(34, &AddHandler<kWebMessageReceived>), At(44, &AddHandler<kNewWindowRequested>),
-                       At(55, &AddHandler<kWebResourceRequested>), At(57, &AddFilter)});
+const Slots kView = Table({At(6, &NavigateToString), At(7, &AddHandler<kNavigationStarting>),
+                           At(15, &AddHandler<kNavigationCompleted>), At(33, &PostWebMessageAsString),
+                           At(34, &AddHandler<kWebMessageReceived>), At(44, &AddHandler<kNewWindowRequested>),
+                           At(55, &AddHandler<kWebResourceRequested>), At(57, &AddFilter)});
 
 HRESULT __stdcall PutBounds(Object*, RECT bounds) {
   const auto text = [](LONG value) { return std::to_string(value); };
@@ -255,7 +249,7 @@ HRESULT __stdcall GetCoreWebView2(Object*, Object** out) {
   return S_OK;
 }
 
-const Table<26> kController({At(6, &PutBounds), At(25, &GetCoreWebView2)});
+const Slots kController = Table({At(6, &PutBounds), At(25, &GetCoreWebView2)});
 
 HRESULT __stdcall CreateCoreWebView2Controller(Object*, HWND parent, Handler* handler) {
   if (mode == "no-controller") return E_FAIL;
@@ -278,10 +272,10 @@ HRESULT __stdcall CreateWebResourceResponse(Object*, IStream* content, int statu
   return S_OK;
 }
 
-const Table<8> kEnvironment({At(3, &CreateCoreWebView2Controller), At(4, &CreateWebResourceResponse)});
+const Slots kEnvironment = Table({At(3, &CreateCoreWebView2Controller), At(4, &CreateWebResourceResponse)});
 
 /// Hands over what the program has asked to be made, or nothing if this is the step that fails.
-void Finish(const Event& made, void* const* table, bool fails) {
+void Finish(const Event& made, const Slots& table, bool fails) {
   Object* object = fails ? nullptr : new Object(table, made.name);
   Call(handlers[made.name], 3, fails ? E_FAIL : S_OK, object);
   if (object != nullptr) Release(object);
@@ -305,7 +299,7 @@ std::string Hexadecimal(IStream* stream) {
 /// What the driver lets happen: the event, its arguments, and what the getter of their text answers.
 struct Happening {
   const Event& event;
-  void* const* arguments;
+  const Slots& arguments;
   HRESULT textResult = S_OK;
 };
 const std::map<std::string, Happening> kHappenings = {
