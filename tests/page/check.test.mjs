@@ -6,7 +6,7 @@ const manifest = "/patch/version.json";
 const tallies = async (launcher) => Promise.all(["tally-ok", "tally-missing", "tally-corrupt"].map((id) => launcher.text(id)));
 
 async function upToDate(launcher, game) {
-  await launcher.untilTold("ready", () => game.start(launcher));
+  await launcher.until("told ready", () => game.start(launcher));
   assert.equal(await launcher.text("status-text"), "A jour.");
   await launcher.open("Reparation");
 }
@@ -21,7 +21,7 @@ journey("damage is found and repaired, and nothing else is touched", { game: { i
   game.write("captures/mienne.png", "capture");
   assert.deepEqual(await tallies(launcher), ["-", "-", "-"]);
   assert.equal(await page.isVisible("#check-repair"), false);
-  await launcher.untilTold("ready", () => page.click("#check-run"));
+  await launcher.until("told ready", () => page.click("#check-run"));
   assert.equal(await launcher.text("check-phase"), "Controle termine.");
   assert.deepEqual(await tallies(launcher), ["59", "1", "1"]);
   assert.deepEqual(await page.locator("#check-samples li").allTextContents(), [missing, damaged]);
@@ -29,7 +29,7 @@ journey("damage is found and repaired, and nothing else is touched", { game: { i
   assert.equal(await page.locator("#check-run.primary").count(), 0);
 
   game.server.requests = [];
-  await launcher.untilTold("ready", () => page.click("#check-repair"));
+  await launcher.until("told ready", () => page.click("#check-repair"));
   assert.equal(await launcher.text("check-phase"), "Reparation terminee.");
   assert.equal(await launcher.text("check-state"), "Fichiers remis en place. Relance une verification pour confirmer.");
   assert.equal(await page.isVisible("#check-repair"), false);
@@ -38,7 +38,7 @@ journey("damage is found and repaired, and nothing else is touched", { game: { i
   const asked = new Set(game.server.requests);
   assert.deepEqual([...asked].sort(), [manifest, game.urlOf(missing), game.urlOf(damaged)].sort());
 
-  await launcher.untilTold("ready", () => page.click("#check-run"));
+  await launcher.until("told ready", () => page.click("#check-run"));
   assert.equal(await launcher.text("check-phase"), "Installation intacte.");
   assert.equal(await launcher.text("check-state"), "61 fichier(s) controle(s), aucun probleme.");
   assert.equal(await launcher.text("check-percent"), "100%");
@@ -47,7 +47,7 @@ journey("damage is found and repaired, and nothing else is touched", { game: { i
 
 journey("more damage than the list shows, and a server that goes away", { game: { installed: true } }, async (launcher, game) => {
   const { page } = launcher;
-  const untilReady = (key) => launcher.untilTold("ready", () => page.keyboard.press(key));
+  const untilReady = (key) => launcher.until("told ready", () => page.keyboard.press(key));
   await upToDate(launcher, game);
   const names = Object.keys(game.files).filter((name) => name.startsWith("data/"));
   for (const name of names.slice(0, 43)) game.erase(name);
@@ -64,7 +64,7 @@ journey("more damage than the list shows, and a server that goes away", { game: 
   assert.equal(await launcher.text("server-text"), "Hors ligne");
   assert.deepEqual(await tallies(launcher), ["18", "43", "0"], "the verdict and the offer stay");
   game.server.faults.clear();
-  await launcher.untilTold("ready", () => page.click("#check-repair"));
+  await launcher.until("told ready", () => page.click("#check-repair"));
   assert.equal(await launcher.text("check-phase"), "Reparation terminee.");
   for (const name of names) assert.equal(game.read(name), game.files[name]);
 });
@@ -72,17 +72,17 @@ journey("more damage than the list shows, and a server that goes away", { game: 
 journey("a verification that the host refuses leaves the page as it was", { game: {} }, async (launcher, game) => {
   const { page } = launcher;
   const release = game.server.hold(manifest);
-  await launcher.untilTold("status", () => game.start(launcher));
+  await launcher.until("told status", () => game.start(launcher));
   await launcher.open("Reparation");
   for (let attempt = 0; attempt < 2; attempt += 1) {
-    await launcher.untilTold("status", () => page.click("#check-run"));
+    await launcher.until("told status", () => page.click("#check-run"));
     assert.equal(await launcher.text("check-state"), "Une operation est deja en cours.");
     assert.equal(await page.locator("#check-run.primary:enabled").count(), 1);
     assert.equal(await launcher.text("check-phase"), "Pret.");
     assert.deepEqual(await tallies(launcher), ["-", "-", "-"]);
   }
-  await launcher.untilTold("ready", release);
+  await launcher.until("told ready", release);
   assert.equal(await launcher.text("status-text"), "Pret a jouer.");
-  await launcher.untilTold("ready", () => page.click("#check-run"));
+  await launcher.until("told ready", () => page.click("#check-run"));
   assert.equal(await launcher.text("check-phase"), "Installation intacte.");
 });

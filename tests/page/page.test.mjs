@@ -33,23 +33,8 @@ journey("progress and the window's state are shown as the host tells them, and t
   for (const button of ["right", "middle"]) await page.locator("#drag-zone").click({ button });
   await page.locator("#drag-zone").dblclick();
   for (const id of ["win-min", "win-max"]) await page.click("#" + id);
-  await launcher.untilAsked("windowClose", () => page.click("#win-close"));
+  await launcher.until("asked windowClose", () => page.click("#win-close"));
   assert.deepEqual(launcher.actions(), ["windowDrag", "windowDrag", "windowMaximize", "windowMinimize", "windowMaximize", "windowClose"]);
-});
-
-journey("the journal keeps the newest 80 entries, and a broken message costs only itself", {}, async (launcher) => {
-  const { page } = launcher;
-  for (let i = 1; i <= 81; i += 1) await launcher.send(status("etape " + i));
-  await assert.rejects(page.evaluate(() => window.hostSends(['{"type":"status","text":"cou'])), /JSON/);
-  await launcher.send({ type: "log", text: "note" });
-  await nextFrame(page);
-  const entries = await page.locator("#log-list .entry").allTextContents();
-  assert.equal(entries.length, 80);
-  assert.match(entries[0], /etape 3$/);
-  assert.match(entries.at(-1), /note$/);
-  const newest = await page.locator("#log-list .entry").last().boundingBox();
-  const list = await page.locator("#log-list").boundingBox();
-  assert.ok(Math.abs(newest.y - list.y) < 2, "the newest entry stands in sight at the top");
 });
 
 journey("nothing that a server sends becomes markup", {}, async (launcher) => {
@@ -81,24 +66,33 @@ journey("the page's own policy keeps scripts, markup and the network out", {}, a
   assert.deepEqual(outcomes.map(({ status }) => status), Array(4).fill("rejected"));
 });
 
-journey("a flood of messages neither freezes the page nor loses its end", {}, async (launcher) => {
+journey("the journal keeps the newest 80 entries, also under a flood, and a broken message costs only itself", {}, async (launcher) => {
   const { page } = launcher;
-  const drawn = await page.evaluate(async () => {
+  const journal = () => page.locator("#log-list .entry").allTextContents();
+  for (let i = 1; i <= 81; i += 1) await launcher.send(status("etape " + i));
+  await assert.rejects(page.evaluate(() => window.hostSends(['{"type":"status","text":"cou'])), /JSON/);
+  await launcher.send({ type: "log", text: "note" });
+  await nextFrame(page);
+  let entries = await journal();
+  assert.deepEqual([entries.length, entries[0].slice(-7), entries.at(-1).slice(-4)], [80, "etape 3", "note"]);
+
+  const drawn = await page.evaluate(async (message) => {
     let added = 0;
     new MutationObserver((changes) => { added += changes.reduce((sum, change) => sum + change.addedNodes.length, 0); })
       .observe(document.getElementById("log-list"), { childList: true });
-    const numbers = { type: "progress", downloadedBytes: 1, totalBytes: 2, speedBps: 0, fileCount: 100000 };
     for (let i = 1; i <= 100000; i += 1) {
-      window.hostSends([JSON.stringify({ ...numbers, percent: i % 100, currentFile: "f" + i, fileIndex: i }),
-        JSON.stringify({ type: "log", text: "ligne " + i })]);
+      window.hostSends([JSON.stringify({ ...message, fileIndex: i }), JSON.stringify({ type: "log", text: "ligne " + i })]);
     }
     await new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)));
     return added;
-  });
+  }, progress(50, { fileCount: 100000 }));
   assert.ok(drawn < 400, `${drawn} entries were drawn for 80 that can be seen`);
   assert.equal(await launcher.text("file-count"), "100000 / 100000 fichiers");
-  assert.match(await page.locator(".entry").last().textContent(), /ligne 100000$/);
-  assert.equal(await page.locator(".entry").count(), 80);
+  entries = await journal();
+  assert.deepEqual([entries.length, entries.at(-1).slice(-12)], [80, "ligne 100000"]);
+  const newest = await page.locator("#log-list .entry").last().boundingBox();
+  const list = await page.locator("#log-list").boundingBox();
+  assert.ok(Math.abs(newest.y - list.y) < 2, "the newest entry stands in sight at the top");
 });
 
 const long = "data/" + "un-dossier-au-nom-interminable/".repeat(12) + "fichier.bin";
@@ -187,21 +181,36 @@ journey("a refused repair keeps the verdict and its offer", {}, async (launcher)
 });
 
 // A time zone behind UTC, where a date read as midnight UTC would be the day before.
-journey("news show what the site wrote, and only https links leave the launcher", { timezone: "America/New_York" }, async (launcher) => {
+journey("news load, fail, come unreadable, as none and as a list, which is kept", { timezone: "America/New_York" }, async (launcher) => {
   const { page } = launcher;
+  const openAgain = async () => {
+    await launcher.open("Accueil");
+    await launcher.open("Nouveautes");
+  };
+  for (const [message, title] of [[{ type: "news", ok: false }, "Actualites indisponibles"],
+    [{ type: "news", ok: true, body: "<html>en travaux</html>" }, "Actualites illisibles"],
+    [newsMessage([]), "Aucune actualite pour le moment"]]) {
+    await openAgain();
+    assert.equal(await launcher.text("news-hint"), "Chargement...");
+    await launcher.send(message);
+    assert.equal(await launcher.text("news-empty-title"), title);
+    assert.equal(await launcher.text("news-hint"), "");
+  }
   const url = "https://tolmira.example/nouvelles?id=1";
   const dates = ["2026-03-07", "2026-13-07", "2026-3-7", "hier", undefined, 7];
-  await launcher.open("Nouveautes");
-  await launcher.send(newsMessage([]));
-  assert.equal(await launcher.text("news-empty-title"), "Aucune actualite pour le moment");
-  await launcher.send(newsMessage([
+  const items = [
     ...dates.map((date) => ({ date, title: "date" })),
     { tag: "CORRECTIF", url, title: "lien" },
     { tag: "inconnu", url: "http://tolmira.example/" },
     { tag: "", url: ["https://tolmira.example/"], summary: "" },
     null, 5, "texte", { title: { a: 1 } },
-  ]));
-  assert.equal(await launcher.text("news-hint"), "13 actualites");
+  ];
+  await launcher.send(newsMessage([...items, ...Array(12).fill({ title: "Nouvelle \u00e9t\u00e9 \u65e5" })]));
+  await openAgain();
+  assert.equal(await launcher.text("news-hint"), "25 actualites");
+  assert.equal(await page.locator(".news-item").count(), 20);
+  assert.equal(await page.locator(".news-title").last().textContent(), "Nouvelle \u00e9t\u00e9 \u65e5");
+  assert.equal(await page.isVisible("#news-empty"), false);
   const shown = await page.locator(".news-item .news-date").allTextContents();
   assert.deepEqual(shown.slice(0, 6), ["7 mars 2026", "2026-13-07", "2026-3-7", "hier", "", "7"]);
   assert.deepEqual(await page.locator(".tag").evaluateAll((all) => all.map((tag) => tag.className + ":" + tag.textContent)),
@@ -209,6 +218,8 @@ journey("news show what the site wrote, and only https links leave the launcher"
   assert.equal(await page.locator(".clickable").count(), 1);
   assert.equal(await page.locator(".news-summary").count(), 0);
   await page.locator(".clickable").click();
-  await launcher.untilAsked("openUrl", () => page.locator(".clickable").press("Enter"));
-  assert.deepEqual(launcher.requests, [{ action: "getNews" }, { action: "openUrl", url }, { action: "openUrl", url }]);
+  await page.locator(".clickable").press("Enter");
+  await launcher.until("asked openUrl https://tolmira.example/", () => page.click("#news-open-site"));
+  assert.deepEqual(launcher.actions(), ["getNews", "getNews", "getNews", "openUrl", "openUrl", "openUrl"]);
+  assert.deepEqual(launcher.requests.slice(-3).map((request) => request.url), [url, url, "https://tolmira.example/"]);
 });

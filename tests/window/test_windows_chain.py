@@ -82,9 +82,9 @@ class ChainTest(WindowsTest):
         program.wait("navigate")
         self.assertEqual(program.ask("go", "data:text/html;base64,PGh0bWw+"), ["done"])
         program.tell("complete")
-        for verb, address, outcome in (("go", "about:blank", "done"), ("go", "https://tolmira.example/", "refused"),
-                                       ("go", "file:///C:/x.html", "refused"), ("open", "https://tolmira.example/", "refused")):
-            self.assertEqual(program.ask(verb, address), [outcome], address)
+        self.assertEqual(program.ask("go", "about:blank"), ["done"])
+        for verb in ("go", "open"):
+            self.assertEqual(program.ask(verb, "https://tolmira.example/"), ["refused"])
 
     def test_a_reload_starts_no_second_run_beside_the_first(self):
         Game(1, 30).publish(self.server)

@@ -18,10 +18,7 @@ class WindowTest(WindowsTest):
     def wait_for_bounds(self, *bounds):
         self.program.wait("bounds", lambda fields: fields == list(map(str, bounds)))
 
-    def test_it_is_sized_by_its_edges_and_by_the_page(self):
-        self.window.drag((1437, 500), (1337, 500), (160, 100, 1180, 800))
-        self.wait_for_bounds(6, 6, 1174, 794)
-        self.window.drag((1337, 897), (400, 300), (160, 100, 1000, 640))
+    def test_it_is_sized_by_the_page_and_by_its_edges(self):
         self.program.request("windowMaximize")
         self.program.wait_message("window", maximized=True)
         self.window.wait_for_place(*SCREEN)
@@ -33,8 +30,12 @@ class WindowTest(WindowsTest):
         for maximized in (True, False):
             self.program.request("windowMaximize")
             self.program.wait_message("window", maximized=maximized)
-        self.wait_for_bounds(6, 6, 994, 634)
-        self.window.wait_for_place(160, 100, 1000, 640)
+        self.wait_for_bounds(6, 6, 1274, 794)
+        self.window.wait_for_place(*HOME)
+        # Last, since nobody tells when the system's own loop for it has ended.
+        self.window.drag((1437, 500), (1337, 500), (160, 100, 1180, 800))
+        self.wait_for_bounds(6, 6, 1174, 794)
+        self.window.drag((1337, 897), (400, 300), (160, 100, 1000, 640))
 
     def test_it_moves_with_the_mouse_and_goes_on_reporting(self):
         Game(1, 10).publish(self.server)
@@ -126,7 +127,7 @@ class EnduranceTest(WindowsTest):
 class PageTest(WindowsTest):
     def test_journeys(self):
         """The tests of the page in a real browser that need an engine, with the Windows program for one."""
-        journeys = [f"tests/page/{name}.test.mjs" for name in ("install_and_play", "check", "options_and_news")]
+        journeys = [f"tests/page/{name}.test.mjs" for name in ("install_and_play", "check", "options")]
         done = subprocess.run(["node", "--test", "--test-concurrency=2", "--test-reporter=tap", *journeys], cwd=ROOT,
                               env={**fixture.WINE.environment, "PAGE_TEST_WINDOWS": str(fixture.BUILD)},
                               stdout=subprocess.PIPE, text=True, check=False)

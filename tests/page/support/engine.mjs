@@ -12,7 +12,7 @@ const windowsBuild = process.env.PAGE_TEST_WINDOWS;
 export const onWindows = Boolean(windowsBuild);
 export const engineBuild = windowsBuild || build;
 
-const pipes = { stdio: ["pipe", "pipe", "inherit"], cwd: "/" };
+const options = { stdio: ["pipe", "pipe", onWindows ? "ignore" : "inherit"], cwd: "/" };
 
 // Gives { ended, stop }: the exit code to come, when nothing more is told, and how to end it as a power cut would.
 export function startEngine(directory, launcher) {
@@ -24,7 +24,7 @@ export function startEngine(directory, launcher) {
 }
 
 function startNativeEngine(directory, launcher) {
-  const child = spawn(path.join(directory, "Patcher"), [], pipes);
+  const child = spawn(path.join(directory, "Patcher"), [], options);
   launcher.onRequest = (text) => child.stdin.write(text + "\n");
   readPieces(child.stdout, "\n", (line) => tell(launcher, line));
   return child;
@@ -34,7 +34,7 @@ function startWindowsProgram(directory, launcher) {
   for (const file of ["bin/Patcher.exe", "web_view_stand_in/WebView2Loader.dll"]) {
     copyFileSync(path.join(windowsBuild, file), path.join(directory, path.basename(file)));
   }
-  const child = spawn("wine", [path.join(directory, "Patcher.exe")], pipes);
+  const child = spawn("wine", [path.join(directory, "Patcher.exe")], options);
   // What the page asks while the program starts waits until that has the page.
   let unsent = [];
   launcher.onRequest = (text) => (unsent ? unsent.push(text) : child.stdin.write(`send\x1f${text}\x1e`));

@@ -81,14 +81,14 @@ export class LauncherPage {
     const request = JSON.parse(text);
     this.requests.push(request);
     this.onRequest?.(text);
-    this.#events.emit("request " + request.action);
+    this.#events.emit(["asked", request.action, request.url].join(" ").trim());
   }
 
   // Hands texts to the page as the host does, in order.
   sendTexts(...texts) {
     this.#delivery = this.#delivery.then(() => this.page.evaluate((list) => window.hostSends(list), texts));
     return this.#delivery.then(() => {
-      for (const text of texts) this.#events.emit("message " + JSON.parse(text).type);
+      for (const text of texts) this.#events.emit("told " + JSON.parse(text).type);
     });
   }
 
@@ -96,18 +96,12 @@ export class LauncherPage {
     return this.sendTexts(...messages.map((message) => JSON.stringify(message)));
   }
 
-  // Does something, and waits until the page has asked for that action.
-  async untilAsked(action, steps) {
-    const asked = once(this.#events, "request " + action);
+  // Does something, and waits for what comes of it: "told TYPE", a message to the page, or "asked ACTION [URL]",
+  // a request of it.
+  async until(what, steps) {
+    const happened = once(this.#events, what);
     await steps();
-    await asked;
-  }
-
-  // Does something, and waits until a message of that type has come.
-  async untilTold(type, steps) {
-    const told = once(this.#events, "message " + type);
-    await steps();
-    await told;
+    await happened;
   }
 
   actions() {

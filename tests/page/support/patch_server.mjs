@@ -5,8 +5,6 @@ import http from "node:http";
 import path from "node:path";
 
 export class PatchServer {
-  // Request path to body, in front of the published folder.
-  content = new Map();
   // Request path to what happens to its requests: a status number, "cut", "wrong", or a promise that they wait for.
   faults = new Map();
   // Request paths in their order.
@@ -38,7 +36,7 @@ export class PatchServer {
     const name = decodeURIComponent(request.url);
     this.requests.push(name);
     const fault = await this.faults.get(name);
-    const body = await this.#body(name);
+    const body = await readFile(path.join(this.folder, name)).catch(() => null);
     if (typeof fault === "number" || body === null) {
       response.writeHead(fault || 404).end();
       return;
@@ -46,11 +44,6 @@ export class PatchServer {
     response.writeHead(200, { "Content-Length": body.length });
     if (fault === "cut") response.write(body.subarray(0, body.length / 2), () => response.destroy());
     else response.end(fault === "wrong" ? body.map((byte) => byte ^ 1) : body);
-  }
-
-  async #body(name) {
-    if (this.content.has(name)) return Buffer.from(this.content.get(name));
-    return readFile(path.join(this.folder, name)).catch(() => null);
   }
 
   stop() {

@@ -13,15 +13,12 @@ const row = (id, label, def, min, max, step, group, more) =>
 
 const tuneRows = [
   row("exposure", "Exposition", 0.96, 0.2, 3, 0.01, 0, { hint: "Luminosite generale de la scene avant les couleurs." }),
-  row("contrast", "Contraste", 1.12, 0.5, 2, 0.01, 0),
   row("fxaa", "Anticrenelage", 1, 0, 1, 1, 0, { kind: 0, hint: "Adoucit les bords en escalier. Cout tres faible." }),
   row("aniso", "Filtrage anisotrope", 14, 1, 16, 1, 1),
   row("shadowbias", "Decalage des ombres", 0.002, 0, 0.02, 0.0001, 2, { hint: "Contre les rayures sur les surfaces eclairees." }),
-  row("casc2", "Portee cascade lointaine", 800, 8, 4000, 1, 2),
-  row("bloomint", "Intensite du halo", 0.2, 0, 1, 0.01, 0),
 ];
 
-export function optionsMessage(values = {}) {
+export function optionsMessage() {
   return {
     type: "options",
     iniExists: true,
@@ -30,8 +27,7 @@ export function optionsMessage(values = {}) {
     tune: tuneRows,
     values: { resWidth: 1280, resHeight: 800, fullscreen: 1, fpsLimit: 90, vsync: 0, texture: 0, detail: 1, distant: 2, shadow: 2,
       weather: 1, night: 0, spellSfx: 1, itemSfx: 1, damage: 0, nameSelf: 1, nameOthers: 1, nameMonsters: 0, cameraLock: 1,
-      freeZoom: 0, windowAlpha: 200, exposure: 1.2, contrast: 0.8, fxaa: 1, aniso: 4, shadowbias: 0.0031, casc2: 3200, bloomint: 0.2,
-      ...values },
+      freeZoom: 0, windowAlpha: 200, exposure: 1.2, fxaa: 1, aniso: 4, shadowbias: 0.0031 },
   };
 }
 

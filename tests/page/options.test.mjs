@@ -1,4 +1,4 @@
-// The settings of the game, as the page shows them and as the file says afterwards; and the site's news in their states.
+// The settings of the game: what the page shows, and what the file says afterwards.
 import assert from "node:assert/strict";
 import { journey } from "./support/journey.mjs";
 
@@ -7,13 +7,13 @@ const has = (game, ...expected) => expected.forEach((line) => assert.ok(lines(ga
 const row = (page, label) => page.locator(".opt-row", { has: page.getByText(label, { exact: true }) });
 
 async function openOptions(launcher, game) {
-  await launcher.untilTold("options", () => game.start(launcher));
+  await launcher.until("told options", () => game.start(launcher));
   await launcher.open("Parametres");
 }
 
 // The settings as they now stand in the file follow at once.
 async function save(launcher) {
-  await launcher.untilTold("options", () => launcher.page.click("#opt-apply"));
+  await launcher.until("told options", () => launcher.page.click("#opt-apply"));
   assert.equal(await launcher.text("opt-state"), "Reglages enregistres.");
 }
 
@@ -59,7 +59,7 @@ journey("a game never started shows its defaults, and a refused write keeps the 
     game.write("ostu.ini/in the way", "");
     await row(page, "Plein ecran").getByRole("switch").click();
     await row(page, "Images par seconde").getByRole("combobox").selectOption("144");
-    await launcher.untilTold("optionsSaved", () => page.click("#opt-apply"));
+    await launcher.until("told optionsSaved", () => page.click("#opt-apply"));
     assert.equal(await launcher.text("opt-state"), "Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.");
     game.erase("ostu.ini");
     await save(launcher);
@@ -67,32 +67,3 @@ journey("a game never started shows its defaults, and a refused write keeps the 
     has(game, "fpslimit 144", "fullscreen 0");
     assert.equal(await row(page, "Plein ecran").getByRole("switch").getAttribute("aria-checked"), "false");
   });
-
-journey("news load, fail, come unreadable and as a list, which is kept", { game: { installed: true } }, async (launcher, game) => {
-  const { page } = launcher;
-  const newsPath = "/api/news.json";
-  const reopen = async () => {
-    await launcher.open("Accueil");
-    await launcher.open("Nouveautes");
-  };
-  game.start(launcher);
-  const release = game.server.hold(newsPath);
-  await launcher.open("Nouveautes");
-  assert.equal(await launcher.text("news-hint"), "Chargement...");
-  await launcher.untilTold("news", release);
-  assert.equal(await launcher.text("news-empty-title"), "Actualites indisponibles");
-  assert.equal(await launcher.text("news-hint"), "");
-  game.server.content.set(newsPath, "<html>en travaux</html>");
-  await launcher.untilTold("news", reopen);
-  assert.equal(await launcher.text("news-empty-title"), "Actualites illisibles");
-  const items = Array.from({ length: 25 }, (_, i) => ({ date: "2026-01-02", title: "Nouvelle \u00e9t\u00e9 \u65e5 " + i, tag: "contenu" }));
-  game.server.content.set(newsPath, JSON.stringify({ items }));
-  await launcher.untilTold("news", reopen);
-  assert.equal(await launcher.text("news-hint"), "25 actualites");
-  assert.equal(await page.locator(".news-item").count(), 20);
-  assert.equal(await page.locator(".news-title").last().textContent(), "Nouvelle \u00e9t\u00e9 \u65e5 19");
-  assert.equal(await page.isVisible("#news-empty"), false);
-  await reopen();
-  await launcher.untilAsked("openUrl", () => page.click("#news-open-site"));
-  assert.deepEqual(launcher.actions(), ["getNews", "getNews", "getNews", "openUrl"]);
-});
