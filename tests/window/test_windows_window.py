@@ -114,8 +114,9 @@ class EnduranceTest(WindowsTest):
         game.publish(self.server, patcherVersion=27, patcherUrl="Patcher.exe")
         program = self.loaded()
         program.wait_message("status", text="Mise a jour du patcher...")
-        program.load_page()  # of the successor
-        self.assertEqual(program.process.wait(), 0)
+        program.wait("navigate")  # the successor's
+        self.assertEqual(program.process.wait(), 0)  # so that nobody else reads what the successor is told
+        program.tell("complete")
         self.assertNotIn("ready", [message["type"] for message in program.messages()])
         program.wait_message("ready", canPlay=True)
         found = self.installed_files()
