@@ -21,6 +21,10 @@ ExclusiveWrite ProbeExclusiveWrite(const std::filesystem::path& file);
 int MoveReplacing(const std::filesystem::path& source, const std::filesystem::path& target,
                   bool copyAcrossVolumes);
 
+/// Copies a file over `target`, replacing what a file there held. Returns 0, or the system's error number.
+/// The standard library's copy replaces nothing on Windows: it takes any two files for the same one.
+int CopyOver(const std::filesystem::path& source, const std::filesystem::path& target);
+
 /// Brings a file's content to the disk itself. Returns 0, or the system's error number.
 int FlushToDisk(const std::filesystem::path& file);
 

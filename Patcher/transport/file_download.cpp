@@ -55,12 +55,12 @@ bool PutInPlace(const fs::path& part, const fs::path& destination) {
   MoveLockedTargetAside(destination);
   if (platform::MoveReplacing(part, destination, true) == 0) return true;
 
-  std::error_code copyError;
-  fs::copy_file(part, destination, fs::copy_options::overwrite_existing, copyError);
+  const int error = platform::CopyOver(part, destination);
   std::error_code ignored;
   fs::remove(part, ignored);
-  if (!copyError) return true;
-  DebugLog::Write("rename+copy " + platform::BytesFromPath(destination) + " : " + copyError.message());
+  if (error == 0) return true;
+  DebugLog::Write("rename+copy " + platform::BytesFromPath(destination) + " : " +
+                  std::system_category().message(error));
   return false;
 }
 

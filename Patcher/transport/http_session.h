@@ -41,8 +41,8 @@ class HttpSession {
 
   /// Streams a body to `destination` followed by ".part" while hashing it, then puts it in place, replacing
   /// what stands there even if it is in use. `digest` is the hexadecimal SHA-256 of what arrived; judging it
-  /// is the caller's work. On false `destination` is untouched (but for a failed last copy), and no .part
-  /// file stays.
+  /// is the caller's work. On false no .part file stays, and `destination` is untouched unless everything
+  /// arrived and could not be put in place: a file in use then stands under its name followed by ".old".
   bool DownloadToFile(const std::string& path, const std::filesystem::path& destination, std::string& digest,
                       const ByteCallback& onBytes);
 

@@ -79,6 +79,19 @@ TEST(FilesContract, OtherVolumeIsReachedByACopyIfAllowed) {
   EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1) << "something stayed beside the target";
 }
 
+TEST(FilesContract, ACopyReplacesWhatAFileHeld) {
+  const ScratchDirectory directory;
+  WriteWhole(directory / "source", "new");
+  WriteWhole(directory / "target", "old and longer");
+  EXPECT_EQ(CopyOver(directory / "source", directory / "target"), 0);
+  EXPECT_EQ(ReadWhole(directory / "target"), "new");
+  EXPECT_EQ(ReadWhole(directory / "source"), "new");
+  fs::create_directory(directory / "folder");
+  EXPECT_NE(CopyOver(directory / "source", directory / "folder"), 0);
+  EXPECT_NE(CopyOver(directory / "missing", directory / "target"), 0);
+  EXPECT_EQ(ReadWhole(directory / "target"), "new");
+}
+
 TEST(FilesContract, FlushNeedsAFile) {
   const ScratchDirectory directory;
   WriteWhole(directory / "file", "content");

@@ -73,6 +73,14 @@ class FilesInUseTest(ScenarioTest):
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
         self.assert_files(self.place, {"held.dat": b"the next version", "a": b"2"})
 
+    def test_a_file_that_can_only_be_written_over_is(self):
+        self.put({"held.dat": b"old and longer"})
+        self.told()
+        self.put({"held.dat": b"the next"})
+        self.hold(launcher.PROGRAM.parent / HOLDER, str(self.place.directory / "held.dat"), "--shared")
+        self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
+        self.assert_files(self.place, {"held.dat": b"the next"})
+
     def test_settings_in_use_are_not_saved(self):
         settings = self.place.directory / "ostu.ini"
         settings.write_bytes(b"mine 1\nvsync 0")

@@ -31,12 +31,11 @@ int MoveByCopy(const fs::path& source, const fs::path& target) {
   fs::path beside = target;
   beside += ".part";
   if (beside == source) return EXDEV;
-  std::error_code error;
-  fs::copy_file(source, beside, fs::copy_options::overwrite_existing, error);
-  if (!error) fs::rename(beside, target, error);
+  int error = CopyOver(source, beside);
+  if (error == 0 && rename(beside.c_str(), target.c_str()) != 0) error = errno;
   std::error_code ignored;
-  fs::remove(error ? beside : source, ignored);
-  return error.value();
+  fs::remove(error != 0 ? beside : source, ignored);
+  return error;
 }
 
 }  // namespace
@@ -59,6 +58,12 @@ int MoveReplacing(const fs::path& source, const fs::path& target, bool copyAcros
   if (rename(source.c_str(), target.c_str()) == 0) return 0;
   const int error = errno;
   return error == EXDEV && copyAcrossVolumes ? MoveByCopy(source, target) : error;
+}
+
+int CopyOver(const fs::path& source, const fs::path& target) {
+  std::error_code error;
+  fs::copy_file(source, target, fs::copy_options::overwrite_existing, error);
+  return error.value();
 }
 
 int FlushToDisk(const fs::path& file) {

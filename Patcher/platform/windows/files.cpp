@@ -9,6 +9,14 @@ namespace {
 
 int LastErrorUnless(BOOL success) { return success ? 0 : static_cast<int>(GetLastError()); }
 
+/// The form in which players and the standard library know a path.
+std::wstring WithoutLongPathPrefix(const std::wstring& path) {
+  const std::wstring server = L"\\\\?\\UNC\\";
+  const std::wstring local = L"\\\\?\\";
+  if (path.starts_with(server)) return L"\\\\" + path.substr(server.size());
+  return path.starts_with(local) ? path.substr(local.size()) : path;
+}
+
 }  // namespace
 
 ExclusiveWrite ProbeExclusiveWrite(const std::filesystem::path& file) {
@@ -24,6 +32,10 @@ int MoveReplacing(const std::filesystem::path& source, const std::filesystem::pa
                   bool copyAcrossVolumes) {
   const DWORD flags = MOVEFILE_REPLACE_EXISTING | (copyAcrossVolumes ? MOVEFILE_COPY_ALLOWED : 0u);
   return LastErrorUnless(MoveFileExW(source.c_str(), target.c_str(), flags));
+}
+
+int CopyOver(const std::filesystem::path& source, const std::filesystem::path& target) {
+  return LastErrorUnless(CopyFileW(source.c_str(), target.c_str(), FALSE));
 }
 
 int FlushToDisk(const std::filesystem::path& file) {
@@ -42,7 +54,7 @@ std::filesystem::path ResolveLinks(const std::filesystem::path& file) {
   const DWORD size = GetFinalPathNameByHandleW(opened.Get(), name.data(), static_cast<DWORD>(name.size()), 0);
   if (size == 0 || size >= name.size()) return file;
   name.resize(size);
-  return name;
+  return WithoutLongPathPrefix(name);
 }
 
 }  // namespace platform
