@@ -71,6 +71,8 @@ Dispatcher::Dispatcher(HostOperations& host, OperationTable operations)
     : host_(host), operations_(std::move(operations)) {}
 
 void Dispatcher::DispatchPageMessage(std::u16string_view text) {
+  // What the page sent before it learnt of the end, or while an error box is open.
+  if (ending_) return;
   try {
     const std::string narrow = platform::WideToUtf8(text);
     std::size_t position = 0;
@@ -90,11 +92,10 @@ void Dispatcher::DispatchPageMessage(std::u16string_view text) {
 
 void Dispatcher::Play(const MiniJson::Value&) {
   if (!canPlay_ || !operations_.launchClient) return;
-  operations_.launchClient();
-  host_.EndMessageLoop();
+  End(operations_.launchClient);
 }
 
-void Dispatcher::Cancel(const MiniJson::Value&) { host_.EndMessageLoop(); }
+void Dispatcher::Cancel(const MiniJson::Value&) { End(nullptr); }
 
 void Dispatcher::Verify(const MiniJson::Value&) { StartCheckWorker(false); }
 
@@ -169,6 +170,16 @@ void Dispatcher::StartUpdateWorker() {
   }
 }
 
+void Dispatcher::End(const std::function<void()>& lastOperation) {
+  ending_ = true;
+  try {
+    if (lastOperation) lastOperation();
+  } catch (const std::exception&) {
+    // The end comes whatever the last operation did.
+  }
+  host_.EndMessageLoop();
+}
+
 void Dispatcher::NavigationCompleted() {
   try {
     PushOptions();
@@ -191,8 +202,7 @@ void Dispatcher::HandleUiEvent(const UiEvent& event) {
       host_.SendToPage(BuildReadyMessage(canPlay_));
       break;
     case UiEventKind::UiSelfUpdate:
-      if (operations_.selfUpdateSwap) operations_.selfUpdateSwap();
-      host_.EndMessageLoop();
+      End(operations_.selfUpdateSwap);
       break;
     case UiEventKind::UiVersions:
       host_.SendToPage(BuildVersionsMessage(static_cast<std::int32_t>(event.wParam),

@@ -31,7 +31,7 @@ class Dispatcher {
  public:
   Dispatcher(HostOperations& host, OperationTable operations);
 
-  /// Carries out one request. Never raises and never answers a bad request.
+  /// Carries out one request, unless the launcher is ending. Never raises and never answers a bad request.
   void DispatchPageMessage(std::u16string_view text);
 
   /// Turns one posted event into its message for the page, and frees its payload.
@@ -58,6 +58,8 @@ class Dispatcher {
   void GetOptions(const MiniJson::Value& request);
   void SaveOptions(const MiniJson::Value& request);
 
+  /// Takes no request any more: the last operation may serve the queue while it shows an error.
+  void End(const std::function<void()>& lastOperation);
   void StartUpdateWorker();
   void StartCheckWorker(bool repair);
   void PushOptions();
@@ -66,6 +68,7 @@ class Dispatcher {
   const OperationTable operations_;
   OperationGuard guard_;
   bool canPlay_ = false;
+  bool ending_ = false;
 };
 
 }  // namespace patcher

@@ -18,7 +18,7 @@ struct UiEvent {
 class HostWindow {
  public:
   virtual ~HostWindow() = default;
-  /// Any thread; never blocks. An event that cannot be delivered is dropped.
+  /// Any thread; never blocks. An event that can never be delivered is freed.
   virtual void PostEvent(const UiEvent& event) noexcept = 0;
 };
 

@@ -131,13 +131,31 @@ TEST_F(DispatchTest, PlayNeedsAReadyClient) {
             (Texts{u"{\"type\":\"ready\",\"canPlay\":false}", u"{\"type\":\"ready\",\"canPlay\":true}"}));
 }
 
-TEST_F(DispatchTest, WindowActionsLinksAndOptions) {
+TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
+  OperationTable table = Table();
+  Dispatcher* ending = nullptr;
+  table.launchClient = [&] {
+    host.calls.emplace_back("launch");
+    ending->DispatchPageMessage(u"{\"action\":\"play\"}");  // served by the loop of an error box
+    throw std::bad_alloc();
+  };
+  Dispatcher playing(host, table);
+  ending = &playing;
+  playing.HandleUiEvent({0x8003, 1, 0});
   for (const char16_t* text :
-       {u"{\"action\":\"windowDrag\"}", u"{\"action\":\"windowMinimize\"}",
-        u"{\"action\":\"windowMaximize\"}", u"{\"action\":\"windowClose\"}", u"{\"action\":\"cancel\"}"}) {
+       {u"{\"action\":\"play\"}", u"{\"action\":\"play\"}", u"{\"action\":\"verify\"}"}) {
+    playing.DispatchPageMessage(text);
+  }
+  EXPECT_EQ(host.calls, (std::vector<std::string>{"launch", "end"}));
+  EXPECT_TRUE(checks.empty());
+}
+
+TEST_F(DispatchTest, WindowActionsLinksAndOptions) {
+  for (const char16_t* text : {u"{\"action\":\"windowDrag\"}", u"{\"action\":\"windowMinimize\"}",
+                               u"{\"action\":\"windowMaximize\"}", u"{\"action\":\"windowClose\"}"}) {
     dispatcher.DispatchPageMessage(text);
   }
-  EXPECT_EQ(host.calls, (std::vector<std::string>{"drag", "minimize", "maximize", "close", "end"}));
+  EXPECT_EQ(host.calls, (std::vector<std::string>{"drag", "minimize", "maximize", "close"}));
   dispatcher.DispatchPageMessage(u"{\"action\":\"openUrl\",\"url\":\"https://x/\u00e9\"}");
   dispatcher.DispatchPageMessage(u"{\"action\":\"openUrl\",\"url\":5}");
   EXPECT_EQ(urls, (Texts{u"https://x/\u00e9", u""}));
@@ -148,6 +166,8 @@ TEST_F(DispatchTest, WindowActionsLinksAndOptions) {
                        u"{\"type\":\"optionsSaved\",\"ok\":false}",
                        u"{\"type\":\"optionsSaved\",\"ok\":true}", u"options"};
   EXPECT_EQ(Sent(), expected);
+  dispatcher.DispatchPageMessage(u"{\"action\":\"cancel\"}");
+  EXPECT_EQ(host.calls.back(), "end");
 }
 
 }  // namespace
