@@ -114,8 +114,8 @@ struct EntryExtent {
 };
 
 bool ApplyExtra64(Bytes extra, EntryExtent& extent) {
-  while (!extra.empty()) {
-    if (extra.size() < 4) return false;
+  // Some writers pad with less than a field's head.
+  while (extra.size() >= 4) {
     const std::uint16_t id = U16(extra, 0);
     const std::size_t size = U16(extra, 2);
     if (size > extra.size() - 4) return false;

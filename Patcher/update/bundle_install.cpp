@@ -6,6 +6,7 @@
 #include <miniz.h>
 
 #include "control/ui_event.h"
+#include "platform/links.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/http_session.h"
@@ -108,6 +109,8 @@ bool ExtractArchive(const fs::path& archive, const std::function<bool(std::strin
     const fs::path place = InstalledPlace(name);
     std::error_code ignored;
     fs::create_directories(place.parent_path(), ignored);
+    // Whatever a link leads to is not ours to overwrite.
+    if (platform::IsLink(place)) fs::remove(place, ignored);
     MoveLockedTargetAside(place);
     if (!zip.Extract(entry, place)) {
       failure = name;

@@ -51,18 +51,41 @@ TEST(ArchiveTest, ExtractsWantedEntriesOnly) {
   Replace(bytes, "Zabsolute", "/absolute");
   Replace(bytes, "XXdrive", "C:drive");
   WriteWhole(directory / "t.zip", bytes);
+  WriteWhole(directory / "mine", "the player's");
+  std::error_code noLinks;  // the library makes none on Windows
+  std::filesystem::create_symlink("mine", directory / "last", noLinks);
   std::string failure;
   EXPECT_TRUE(ExtractArchive(
       directory / "t.zip", [](std::string_view path) { return path != "unwanted" && path.size() < 255; },
       failure));
   EXPECT_EQ(ReadWhole(directory / "data/a b.txt"), std::string(100000, 'a'));
   EXPECT_EQ(ReadWhole(directory / "last"), "5");
+  EXPECT_EQ(ReadWhole(directory / "mine"), "the player's");
   std::set<std::string> found;
   for (const auto& entry : std::filesystem::directory_iterator(ExeDir())) {
     found.insert(platform::BytesFromPath(entry.path().filename()).substr(0, 8));
   }
-  EXPECT_EQ(found, (std::set<std::string>{"data", "last", "t.zip"}));
+  EXPECT_EQ(found, (std::set<std::string>{"data", "last", "mine", "t.zip"}));
   EXPECT_FALSE(std::filesystem::exists(ExeDir().parent_path() / "escape"));
+}
+
+/// The archive of one entry, as a writer makes it that pads the entry's extra field in the directory.
+std::string WithPaddedExtraField(std::string archive) {
+  const std::size_t entry = archive.find("PK\x01\x02");
+  const std::size_t end = archive.find("PK\x05\x06");
+  const auto grow = [&archive](std::size_t at) { archive[at] = static_cast<char>(archive[at] + 3); };
+  grow(entry + 30);
+  grow(end + 12);
+  return archive.insert(end, 3, '\0');
+}
+
+TEST(ArchiveTest, APaddedExtraFieldIsNoDamage) {
+  ScratchDirectory directory;
+  WriteWhole(directory / "t.zip", WithPaddedExtraField(MakeArchive({{"a", "content"}})));
+  std::string failure;
+  EXPECT_TRUE(ExtractArchive(
+      directory / "t.zip", [](std::string_view) { return true; }, failure));
+  EXPECT_EQ(ReadWhole(directory / "a"), "content");
 }
 
 TEST(ArchiveTest, DamageIsAFailureWithAName) {
