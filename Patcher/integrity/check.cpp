@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "control/page_messages.h"
 #include "control/ui_event.h"
@@ -10,6 +11,7 @@
 #include "integrity/verify_files.h"
 #include "transport/config.h"
 #include "transport/http_session.h"
+#include "update/install_lock.h"
 #include "update/manifest_paths.h"
 #include "update/patch_manifest.h"
 
@@ -43,7 +45,7 @@ class CheckOperation {
       Status("Rien a reparer.");
       return true;
     }
-    DiscardDamagedFiles(result.samples);
+    Discard(result.samples);
     RetainedCheck::Current().UseUp();
     Status("Retelechargement de " + std::to_string(result.samples.size()) + " fichier(s)...");
     RunUpdate(window_, stages_);
@@ -103,6 +105,11 @@ class CheckOperation {
     if (result.missing != 0) text += ", " + std::to_string(result.missing) + " manquant(s)";
     if (result.corrupt != 0) text += ", " + std::to_string(result.corrupt) + " abime(s)";
     Status(text + ".");
+  }
+
+  void Discard(const std::vector<std::string>& paths) {
+    const InstallLock lock(window_);
+    DiscardDamagedFiles(paths);
   }
 
   HostWindow& window_;

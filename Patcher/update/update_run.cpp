@@ -7,11 +7,11 @@
 #include <system_error>
 
 #include "control/ui_event.h"
-#include "platform/directory_lock.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/config.h"
 #include "update/download_pool.h"
+#include "update/install_lock.h"
 #include "update/manifest_paths.h"
 #include "update/update_plan.h"
 
@@ -48,14 +48,13 @@ void SweepLeftovers() {
 /// on.
 class Steps {
  public:
-  Steps(HostWindow& window, const UpdateStages& stages) : lock_(ExeDir()), run_(window), stages_(stages) {}
+  Steps(HostWindow& window, const UpdateStages& stages) : lock_(window), run_(window), stages_(stages) {}
   ~Steps() { run_.session.Close(); }
   Steps(const Steps&) = delete;
   Steps& operator=(const Steps&) = delete;
 
   /// Nothing if the launcher is being replaced.
   std::optional<bool> Run() {
-    WaitForOtherLauncher();
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
     if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
@@ -79,14 +78,6 @@ class Steps {
   }
 
  private:
-  /// A player may have started two. They would write the same temporary files, and one of them could record a
-  /// file that the other is still writing.
-  void WaitForOtherLauncher() {
-    if (lock_.TryTake()) return;
-    Status("Une autre instance du lanceur met le jeu a jour, attente...");
-    lock_.Take();
-  }
-
   void Status(const std::string& text) { PostStatus(run_.window, text); }
 
   bool ClientExists() const { return stages_.clientExists && stages_.clientExists(); }
@@ -177,7 +168,7 @@ class Steps {
     return ParallelRun(itemCount, PatchConfig::Current().connections, work);
   }
 
-  platform::DirectoryLock lock_;
+  InstallLock lock_;
   UpdateRun run_;
   const UpdateStages& stages_;
 };
