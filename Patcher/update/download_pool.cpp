@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <system_error>
+#include <exception>
 #include <thread>
 #include <vector>
 
@@ -49,8 +49,8 @@ bool ParallelRun(std::size_t itemCount, int threads, const WorkItem& work) {
     for (unsigned number = 0; number < count; ++number) {
       workers.emplace_back([&pool, number] { pool.Work(number); });
     }
-  } catch (const std::system_error&) {
-    // No more threads to be had.
+  } catch (const std::exception&) {
+    // No more threads, or no memory for one.
     if (workers.empty()) pool.Work(0);
   }
   for (std::thread& worker : workers) worker.join();

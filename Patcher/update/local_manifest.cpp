@@ -26,16 +26,13 @@ void AppendString(std::string& text, std::string_view value) {
   text += out.str();
 }
 
-/// A record is held in memory; a real one, of a million files, comes nowhere near this.
-constexpr std::uint64_t kMaxDocumentSize = 512u << 20;
-
 /// In one read: the document may have many megabytes. Nothing for what cannot be read, a directory for
 /// example.
 std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios::binary);
   std::error_code error;
   const std::uint64_t size = std::filesystem::file_size(path, error);
-  if (!in || error || size > kMaxDocumentSize) return std::nullopt;
+  if (!in || error || size > kMaxManifestSize) return std::nullopt;
   std::string text(static_cast<std::size_t>(size), '\0');
   in.read(text.data(), static_cast<std::streamsize>(size));
   text.resize(static_cast<std::size_t>(in.gcount()));

@@ -17,8 +17,7 @@ namespace patcher {
 /// is new is merged into it, and the file is rewritten in place from the first changed entry on, which for a
 /// run that installs files in path order is nearly an append. The bytes are always those of
 /// SaveLocalManifest. A death in the middle of such a write leaves a text that does not parse, which
-/// counts as no record, or one in which a path stands with the digest of another, which matches nothing and
-/// costs one hash.
+/// counts as no record, or one in which a path stands with the digest of another, which costs one hash.
 class LocalRecord {
  public:
   explicit LocalRecord(std::filesystem::path path);

@@ -14,7 +14,7 @@ namespace patcher {
 /// launcher; the run is then to end in favour of SelfUpdateSwap. False if there is nothing to fetch, if that
 /// failed (told in a status line), or if what came is the running launcher itself: a server that announces a
 /// number above its file's would otherwise restart the launcher for ever. The player is told nothing more
-/// then, and the run goes on; a line in the debug log tells the publisher.
+/// then, and the run goes on.
 bool FetchNewLauncher(UpdateRun& run);
 
 /// Moves the running launcher aside and the new one to its place, and starts that. A failed move is shown; if
