@@ -54,6 +54,19 @@ journey("a file that cannot be fetched is named, and the next start completes th
     assert.equal(game.read(name), game.files[name]);
   });
 
+journey("news that cannot be had are asked for again, and come as the site wrote them", { game: { installed: true } },
+  async (launcher, game) => {
+    game.start(launcher);
+    await launcher.open("Nouveautes");
+    await launcher.waitForText("news-empty-title", "Actualites indisponibles");
+    const items = Array(25).fill({ title: "Nouvelle \u00e9t\u00e9 \u65e5 \"\\\u{1f409}", summary: "resume\n".repeat(900) });
+    game.server.content.set("/api/news.json", Buffer.from(JSON.stringify({ items })));
+    await launcher.open("Accueil");
+    await launcher.open("Nouveautes");
+    await launcher.waitForText("news-hint", "25 actualites");
+    assert.equal(await launcher.page.locator(".news-title").last().textContent(), items[0].title);
+  });
+
 journey("the keyboard alone leads to every tab and starts the game", { game: { installed: true }, reducedMotion: "no-preference" },
   async (launcher, game) => {
     const { page } = launcher;

@@ -7,6 +7,8 @@ import path from "node:path";
 export class PatchServer {
   // Request path to what happens to its requests: a status number, "cut", "wrong", or a promise that they wait for.
   faults = new Map();
+  // Request path to what is served there in place of a file of the folder.
+  content = new Map();
   // Request paths in their order.
   requests = [];
 
@@ -36,7 +38,7 @@ export class PatchServer {
     const name = decodeURIComponent(request.url);
     this.requests.push(name);
     const fault = await this.faults.get(name);
-    const body = await readFile(path.join(this.folder, name)).catch(() => null);
+    const body = this.content.get(name) ?? await readFile(path.join(this.folder, name)).catch(() => null);
     if (typeof fault === "number" || body === null) {
       response.writeHead(fault || 404).end();
       return;
