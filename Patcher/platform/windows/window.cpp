@@ -57,7 +57,8 @@ namespace {
 
 LRESULT CALLBACK HostWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   NativeWindow::Impl& self = *NativeWindow::Impl::main;
-  self.window = window;
+  // Once, before there are workers: they read it when they post.
+  if (self.window == nullptr) self.window = window;
   return self.Handle(message, wParam, lParam);
 }
 
