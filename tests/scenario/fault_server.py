@@ -35,26 +35,25 @@ class FaultServer:
         self.closed = threading.Event()
         self.socket = socket.create_server(("127.0.0.1", 0), backlog=64)
         self.port = self.socket.getsockname()[1]
-        threading.Thread(target=self._accept, daemon=True).start()
+        self.acceptor = threading.Thread(target=self._accept, daemon=True)
+        self.acceptor.start()
 
     def url(self):
         return f"http://127.0.0.1:{self.port}"
 
     def close(self):
         self.closed.set()
+        # Wakes the thread that accepts; the number of a socket closed under it could be the next server's.
+        self.socket.shutdown(socket.SHUT_RDWR)
+        self.acceptor.join()
         self.socket.close()
 
     def _accept(self):
-        while True:
+        while not self.closed.is_set():
             try:
                 peer, _ = self.socket.accept()
             except OSError:
-                if self.socket.fileno() < 0:
-                    return
-                continue  # a launcher that died between its call and the answer
-            if self.closed.is_set():
-                peer.close()
-                return
+                continue  # a launcher that died between its call and the answer, or the end
             self.connections += 1
             threading.Thread(target=self._serve, args=(peer,), daemon=True).start()
 

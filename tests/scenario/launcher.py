@@ -45,6 +45,16 @@ def command(program):
     return ["wine", str(program)] if is_windows() else [str(program)]
 
 
+def wait_until(condition, complaint=lambda: "it does not come"):
+    """For what tells nobody when it happens: asks until it has."""
+    end = time.monotonic() + LIMIT
+    while time.monotonic() < end:
+        if result := condition():
+            return result
+        time.sleep(0.02)
+    raise AssertionError(complaint())
+
+
 def messages(output):
     return [json.loads(line) for line in output.splitlines()]
 
@@ -87,8 +97,7 @@ class Installation:
     def wait_for_successors(self):
         """Until whatever the launcher has started has ended. On Linux that shares the launcher's standard output, whose
         end the caller has seen; Windows programs tell nobody."""
-        while is_windows() and any(self.running()):
-            time.sleep(0.05)
+        wait_until(lambda: not is_windows() or not any(self.running()))
 
     def start(self, stdin=subprocess.PIPE):
         return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")

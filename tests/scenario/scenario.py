@@ -15,8 +15,13 @@ class ScenarioTest(unittest.TestCase):
     def setUp(self):
         self.server = FaultServer()
         self.addCleanup(self.server.close)
-        self.place = Installation(self.server)
-        self.addCleanup(self.place.remove)
+        self.place = self.installation()
+
+    def installation(self):
+        """Another one, beside that of the test."""
+        place = Installation(self.server)
+        self.addCleanup(place.remove)
+        return place
 
     def assert_files(self, place, expected):
         assert_files(self, place.files(), expected)

@@ -4,7 +4,7 @@ import stat
 import zipfile
 
 from game import archive
-from launcher import Installation, told
+from launcher import told
 from scenario import ScenarioTest
 
 
@@ -25,8 +25,7 @@ def with_links(links, files):
 class ArchiveTest(ScenarioTest):
     def install(self, files, bundles):
         self.put(files, bundles)
-        place = Installation(self.server)
-        self.addCleanup(place.remove)
+        place = self.installation()
         return place, told(place.run())
 
     def test_archives_that_cannot_be_read_hand_over_their_files(self):

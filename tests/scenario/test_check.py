@@ -2,15 +2,13 @@
 import json
 import os
 import threading
-import unittest
 
-from fault_server import FaultServer
-from game import Game, digest, publish_manifest
-from launcher import Installation, Session, told
+from game import Game, digest
+from launcher import Session, told
+from scenario import CONNECT, ScenarioTest
 
 VERIFY = "Verification : connexion au serveur de patch..."
 REPAIR = "Reparation : connexion au serveur de patch..."
-CONNECT = "Connexion au serveur de patch..."
 BUSY = "Une operation est deja en cours."
 
 
@@ -27,20 +25,7 @@ def identity(path):
     return status.st_ino, status.st_size, status.st_mtime_ns, status.st_ctime_ns
 
 
-class CheckTest(unittest.TestCase):
-    def setUp(self):
-        self.server = FaultServer()
-        self.addCleanup(self.server.close)
-        self.place = Installation(self.server)
-        self.addCleanup(self.place.remove)
-
-    def put(self, files, version=3, **extra):
-        entries = []
-        for path, data in files.items():
-            self.server.content[f"/patch/f/{path}"] = data
-            entries.append({"path": path, "size": len(data), "sha256": digest(data), "url": f"f/{path}"})
-        publish_manifest(self.server, {"version": version, "files": entries, **extra})
-
+class CheckTest(ScenarioTest):
     def installed(self, files, **extra):
         """A session in an installation that has these files."""
         self.put(files, **extra)

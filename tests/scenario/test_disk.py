@@ -110,8 +110,7 @@ class DiskTest(ScenarioTest):
         good, bad = ["Pret a jouer.", True], ["Echec du telechargement: a (transfert interrompu)", False]
         for name, end in (("patch_manifest.json", good), ("patcher_debug.txt", good), ("a.part", bad)):
             with self.subTest(name=name):
-                place = Installation(self.server)
-                self.addCleanup(place.remove)
+                place = self.installation()
                 (place.directory / name / "in the way").mkdir(parents=True)
                 self.assertEqual(told(place.run())[-2:], end)
                 self.assert_files(place, {"a": b"1"} if end == good else {})

@@ -2,24 +2,19 @@
 import json
 import os
 import subprocess
-import unittest
 
 import launcher
-from fault_server import FaultServer
 from game import Game
-from launcher import Installation
+from scenario import ScenarioTest
 
 NEWS = "/api/news.json"
 GET = b'{"action":"getNews"}\n'
 
 
-class NewsTest(unittest.TestCase):
+class NewsTest(ScenarioTest):
     def setUp(self):
-        self.server = FaultServer()
-        self.addCleanup(self.server.close)
+        super().setUp()
         Game(5, 30).publish(self.server)
-        self.place = Installation(self.server)
-        self.addCleanup(self.place.remove)
 
     def news(self, requests=GET):
         return [m for m in self.place.run(requests) if m["type"] == "news"]
@@ -52,13 +47,10 @@ class NewsTest(unittest.TestCase):
         self.assertEqual([m["canPlay"] for m in messages if m["type"] == "ready"], [True])
 
 
-class LinkTest(unittest.TestCase):
+class LinkTest(ScenarioTest):
     def opened(self, urls):
         """What the system was asked to open, in the order of the calls."""
-        server = FaultServer()
-        self.addCleanup(server.close)
-        place = Installation(server)
-        self.addCleanup(place.remove)
+        place = self.place
         pipe = place.root / "opened"
         os.mkfifo(pipe)
         reader = os.open(pipe, os.O_RDWR)

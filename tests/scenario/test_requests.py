@@ -3,11 +3,10 @@ import json
 import queue
 import random
 import threading
-import unittest
 
-from fault_server import FaultServer
 from game import Game
-from launcher import LIMIT, Installation, Session
+from launcher import LIMIT, Session
+from scenario import ScenarioTest
 
 SEED = 0
 REQUESTS = 1000
@@ -69,13 +68,10 @@ def extreme(rng):
         rng.randbytes(size), b"\xef\xbb\xbf{}", b'"' + b"\xff" * size])
 
 
-class RequestsTest(unittest.TestCase):
+class RequestsTest(ScenarioTest):
     def setUp(self):
-        self.server = FaultServer()
-        self.addCleanup(self.server.close)
+        super().setUp()
         Game(7, 30).publish(self.server)
-        self.place = Installation(self.server)
-        self.addCleanup(self.place.remove)
 
     def read_all(self, session):
         """A queue of all that the launcher writes; None at its end."""

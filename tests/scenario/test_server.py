@@ -77,12 +77,17 @@ class ServerTest(ScenarioTest):
             with self.subTest(faults=faults):
                 self.put(game, {"z": (whole, list(game))})
                 self.server.faults = {"/patch/z": list(faults)}
-                place = Installation(self.server)
-                self.addCleanup(place.remove)
+                place = self.installation()
                 self.assertEqual(told(place.run())[3:], ["6 fichier(s) via 1 archive(s)...", "Archive 1/1 : z",
                                                          (3, 3), "Pret a jouer.", True])
                 self.assert_files(place, game)
         self.assertFalse([path for path in self.server.requests if path.startswith("/patch/f/")])
+
+    def test_a_digest_in_capitals_is_another_one(self):
+        entry = self.entry("a", b"abc")
+        self.put({"a": b"abc"})
+        publish_manifest(self.server, {"files": [{**entry, "sha256": entry["sha256"].upper()}]})
+        self.assertEqual(self.told()[-2:], ["Echec du telechargement: a (contenu incorrect)", False])
 
     def test_wrong_bytes_and_how_often_they_are_asked_for(self):
         for wrong, asked, end in ((1, 2, True), (2, 3, True), (9, 3, False)):
@@ -121,16 +126,17 @@ class ServerTest(ScenarioTest):
                 publish_manifest(self.server, document)
                 self.assertEqual(self.told()[-2:], ["A jour.", True])
 
-    def test_absurd_numbers_in_archives_and_versions(self):
+    def test_absurd_numbers(self):
         files = {"a": b"a" * 50}
         for size in (-1, 2**63, 2**64, 1e300, "1", None):
             with self.subTest(size=size):
+                publish_manifest(self.server, {"files": [{**self.entry("absent", b""), "size": size}]})
+                self.assertEqual(self.told()[-2:], ["Echec du telechargement: absent (transfert interrompu)", False])
                 self.put(files, version=size)
                 publish_manifest(self.server, {
                     "version": size, "files": [self.entry("a", files["a"])],
                     "bundles": [{"name": "z", "size": size, "sha256": "0" * 64, "files": ["a", 7, None, {}]}]})
-                place = Installation(self.server)
-                self.addCleanup(place.remove)
+                place = self.installation()
                 self.assertEqual(told(place.run())[-2:], ["Pret a jouer.", True])
                 self.assert_files(place, files)
 

@@ -4,9 +4,9 @@ import os
 import pathlib
 import subprocess
 import tempfile
-import time
 
-LIMIT = 120  # seconds until something on the screen counts as never coming
+from launcher import wait_until
+
 TITLE = "TolmiraMMO Patcher v26"
 SCREEN = (0, 0, 1600, 1000)
 HOME = (160, 100, 1280, 800)  # where the launcher's window opens on this screen
@@ -93,13 +93,3 @@ class Window:
         self.grasp(*start)
         self.display.mouse("mousemove", *stop, "mouseup", 1)
         self.wait_for_place(*expected)
-
-
-def wait_until(condition, complaint=lambda: "it does not come"):
-    """What the screen shows is told by nobody: it is asked until it is there."""
-    end = time.monotonic() + LIMIT
-    while time.monotonic() < end:
-        if result := condition():
-            return result
-        time.sleep(0.02)
-    raise AssertionError(complaint())

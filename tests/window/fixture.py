@@ -4,9 +4,9 @@ import threading
 import unittest
 
 import launcher
-from display import wait_until
 from fault_server import FaultServer
 from game import digest
+from launcher import wait_until
 from stand_in import WindowsLauncher
 
 BUILD = SCREEN = WINE = None  # set by run.py

@@ -4,9 +4,10 @@ import shutil
 import subprocess
 
 import launcher
-from display import HOME, LIMIT, SCREEN, wait_until
+from display import HOME, SCREEN
 from fixture import VERSION, WindowTest
 from game import Game
+from launcher import LIMIT, wait_until
 
 # Places on the page at its start, from the window's left and top, or from its right and bottom.
 DRAG_ZONE, DRAG_ZONE_TOO = (500, 30), (400, 30)
