@@ -1,5 +1,11 @@
 #include "integrity/cleanup.h"
 
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <random>
+#include <regex>
+
 #include <gtest/gtest.h>
 
 #include "integrity/protected_path.h"
@@ -96,58 +102,182 @@ TEST(CleanupTest, AFileInstalledUnderAnotherSpellingStays) {
   EXPECT_TRUE(Statuses(host).empty());
 }
 
-TEST(CleanupTest, OnlyLooseFilesAndObsoleteItemsGo) {
-  const ScratchDirectory scratch;
-  const fs::path root = scratch / "";
-  const fs::path game = root / "game";
-  fs::create_directory(game);
-  SetExePath(game / "Patcher");
-  const struct {
-    const char* path;
-    bool goes;
-  } kEntries[] = {
-      {"game/Model/loose.o3d", true},
-      {"game/Model/deep one/B/loose", true},
-      {"game/World/\u00e9t\u00e9.dds", true},
-      {"game/Icon/pack.RES", true},
-      {"game/SFX/Ostu.exe", true},
-      {"game/Icon/pack.res", false},
-      {"game/Item/log/trace.txt", false},
-      {"game/Item/deep/ostu.ini", false},
-      {"game/Char/Listed.O3D", false},
-      {"game/Client/.old", true},
-      {"game/model2/loose.o3d", false},
-      {"game/Capture/shot.jpg", false},
-      {"game/Data/loose.o3d", false},
-      {"game/x64/Capture/shot.jpg", true},
-      {"game/x64/deep/lib.dll", true},
-      {"game/force32.txt", true},
-      {"game/OstuD.dll", false},
-      {"game/patcher-assets/logo.png", false},
-      {"outside/Model/a.o3d", false},
-      {"outside/b.o3d", false},
+/// The rules once more, on plain text: what a listing of the disk says before, and what must be gone after.
+class Rules {
+ public:
+  struct Entry {
+    bool directory = false;  ///< itself or what it leads to
+    bool link = false;
+    bool dangling = false;
   };
-  for (const auto& entry : kEntries) Put(root / platform::PathFromUtf8(entry.path));
-  std::error_code noLinks;  // the library makes none on Windows
-  fs::create_directory_symlink(root / "outside", game / "Model/link", noLinks);
-  fs::create_directory_symlink(root / "outside", game / "x64/link", noLinks);
-  fs::create_directory_symlink(root / "outside", game / "World/deep", noLinks);
-  fs::create_directory_symlink(root / "outside", game / "ui-assets", noLinks);
-  fs::create_symlink("nowhere", game / "Model/dangling", noLinks);
-  fs::create_symlink(root / "outside/b.o3d", game / "Model/file link", noLinks);
+  using Disk = std::map<std::string, Entry>;  // by path with slashes
 
-  RecordingHost host;
-  CleanUp(host, Listing({"char\\LISTED.o3d", "OSTUD.DLL/inside", "Patcher-Assets/logo.png"}));
-  for (const auto& entry : kEntries) {
-    EXPECT_EQ(fs::exists(root / platform::PathFromUtf8(entry.path)), !entry.goes) << entry.path;
+  static Disk Read(const fs::path& root) {
+    Disk disk;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
+      const std::string path =
+          platform::BytesFromPath(entry.path().lexically_relative(root).generic_u16string());
+      disk[path] = {entry.is_directory(), entry.is_symlink(), !entry.exists()};
+    }
+    return disk;
   }
-  for (const char* kept : {"Model/link", "World/deep", "Model/dangling"}) {
-    EXPECT_TRUE(noLinks || fs::is_symlink(game / kept)) << kept;
+
+  Rules(Disk disk, const std::vector<std::string>& listed) : disk_(std::move(disk)) {
+    for (const std::string& path : listed) published_.push_back(Lower(path));
   }
-  for (const char* gone : {"x64", "ui-assets", "Model/file link"}) {
-    EXPECT_FALSE(fs::exists(fs::symlink_status(game / gone))) << gone;
+
+  bool IsResidual(const std::string& path) const {
+    static const std::regex kPlace("(Model|World|Icon|Item|Char|SFX|Client)/.*");
+    static const std::regex kPlayer(".*/(log|webview2data|capture|useraccounts|powerups|farmdisplay)(/.*)?",
+                                    std::regex::icase);
+    static const std::regex kNames(
+        ".*/(reginfo\\.dat|ostu\\.ini|patcher\\.(exe|ini|old\\.exe|new\\.exe)|patch_manifest\\.json|"
+        "patcher_debug\\.txt|webview2loader\\.dll)",
+        std::regex::icase);
+    static const std::regex kExtensions(".*[^/]\\.(pdb|part|old|repack_tmp|res)");
+    const Entry& entry = disk_.at(path);
+    if (entry.directory || entry.dangling || !std::regex_match(path, kPlace)) return false;
+    for (std::size_t at = path.find('/'); at != std::string::npos; at = path.find('/', at + 1)) {
+      if (disk_.at(path.substr(0, at)).link) return false;
+    }
+    return !std::regex_match(path, kPlayer) && !std::regex_match(path, kNames) &&
+           !std::regex_match(path, kExtensions) && !IsPublished(path);
   }
-  EXPECT_EQ(Statuses(host).size(), 2u);
+
+  bool IsObsolete(const std::string& path) const {
+    const std::string row = path.substr(0, path.find('/'));
+    static const std::regex kRows(
+        "ui-assets|patcher-assets|x64|force32\\.txt|Ostu\\.exe|OstuD\\.dll|mss32\\.dll|mss(mp3|ogg)\\.asi");
+    if (!std::regex_match(row, kRows) || disk_.at(row).dangling) return false;
+    return std::none_of(published_.begin(), published_.end(), [&](const std::string& listed) {
+      return listed == Lower(row) || listed.rfind(Lower(row) + "/", 0) == 0;
+    });
+  }
+
+  const Disk& Before() const { return disk_; }
+
+ private:
+  static std::string Lower(std::string path) {
+    std::transform(path.begin(), path.end(), path.begin(), [](char c) {
+      if (c == '\\') return '/';
+      return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+    });
+    return path;
+  }
+
+  bool IsPublished(const std::string& path) const {
+    return std::find(published_.begin(), published_.end(), Lower(path)) != published_.end();
+  }
+
+  Disk disk_;
+  std::vector<std::string> published_;
+};
+
+/// A directory full of everything that the rules tell apart, and a manifest that lists some of it.
+class RandomGame {
+ public:
+  explicit RandomGame(std::uint32_t seed) : random_(seed) {
+    fs::create_directories(root_ / "game");
+    SetExePath(root_ / "game" / "Patcher");
+    for (const char* outside : {"outside/a.o3d", "outside/Sub/b.o3d", "outside/x64"}) Put(root_ / outside);
+    for (int i = 0; i < 120; ++i) AddEntry();
+  }
+
+  std::vector<std::string> RandomListing() {
+    std::vector<std::string> listed{"Model/never there.o3d"};
+    for (const auto& [path, entry] : Rules::Read(root_ / "game")) {
+      if (entry.directory || Chance(60)) continue;
+      std::string spelled = path;
+      for (char& c : spelled) {
+        if (c == '/' && Chance(10)) c = '\\';
+        if (c >= 'a' && c <= 'z' && Chance(10)) c = static_cast<char>(c - 32);
+      }
+      listed.push_back(spelled);
+    }
+    return listed;
+  }
+
+  fs::path Game() const { return root_ / "game"; }
+  fs::path Outside() const { return root_ / "outside"; }
+
+ private:
+  static constexpr const char* kTops[] = {
+      "Model",     "World",     "Icon",           "Item",        "Char",     "SFX",
+      "Client",    "Data",      "Capture",        "model2",      "x64",      "Ostu.exe",
+      "OstuD.dll", "ui-assets", "patcher-assets", "force32.txt", "mss32.dll"};
+  static constexpr const char* kDirectories[] = {"a",    "B",       "log",          "LOG",
+                                                 "Logs", "Capture", "UserAccounts", "deep one"};
+  static constexpr const char* kFiles[] = {
+      "a.o3d",       "A.O3D",       "pack.res", "pack.RES",       "ostu.ini",
+      "Patcher.EXE", "x.part",      "x.old",    "x.PDB",          "x.pdb",
+      "log",         "log.txt",     ".old",     "x.repack_tmp",   "\u00e9t\u00e9.dds",
+      "no dot",      "regInfo.dat", "powerups", "Patcher.exe.bak"};
+
+  template <std::size_t Size>
+  const char* Any(const char* const (&names)[Size]) {
+    return names[random_() % Size];
+  }
+  bool Chance(unsigned percent) { return random_() % 100 < percent; }
+
+  void AddEntry() {
+    fs::path place = Game() / Any(kTops);
+    for (auto depth = random_() % 4; depth > 0; --depth) place /= Any(kDirectories);
+    if (Chance(95)) place /= platform::PathFromUtf8(Any(kFiles));
+    std::error_code error;
+    // Not through a link that an earlier entry made: this is the outside of the game's directory.
+    for (fs::path at = place.parent_path(); at != Game(); at = at.parent_path()) {
+      if (fs::is_symlink(at, error)) return;
+    }
+    fs::create_directories(place.parent_path(), error);
+    if (error || fs::exists(fs::symlink_status(place, error))) return;
+    if (Chance(85)) {
+      WriteWhole(place, "content");
+      return;
+    }
+    // Where the system has no symbolic links the tree does without.
+    switch (random_() % 5) {
+      case 0:
+        return fs::create_directory_symlink(Outside(), place, error);
+      case 1:
+        return fs::create_symlink(Outside() / "a.o3d", place, error);
+      case 2:
+        return fs::create_directory_symlink(Game() / "Capture", place, error);
+      case 3:
+        return fs::create_symlink("nowhere", place, error);
+      default:
+        fs::create_directory(place, error);
+    }
+  }
+
+  ScratchDirectory scratch_;
+  fs::path root_ = scratch_ / "";
+  std::mt19937 random_;
+};
+
+TEST(CleanupTest, RemovesExactlyWhatEveryRuleAllows) {
+  for (std::uint32_t seed = 1; seed <= 12; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RandomGame game(seed);
+    const std::vector<std::string> listed = game.RandomListing();
+    const Rules rules(Rules::Read(game.Game()), listed);
+    const Rules::Disk outside = Rules::Read(game.Outside());
+    RecordingHost host;
+    CleanUp(host, Listing(listed));
+
+    const Rules::Disk after = Rules::Read(game.Game());
+    std::size_t residual = 0;
+    for (const auto& [path, entry] : rules.Before()) {
+      const bool isResidual = rules.IsResidual(path);
+      residual += isResidual ? 1 : 0;
+      EXPECT_EQ(after.count(path) == 0, isResidual || rules.IsObsolete(path)) << path;
+    }
+    EXPECT_EQ(Rules::Read(game.Outside()).size(), outside.size());
+    const std::vector<std::string> told = Statuses(host);
+    ASSERT_GE(told.size(), residual > 0 ? 1u : 0u);
+    if (residual > 0) {
+      EXPECT_EQ(told[0].substr(0, told[0].find(' ')), std::to_string(residual));
+    }
+  }
 }
 
 }  // namespace
