@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <mutex>
 #include <set>
@@ -15,6 +16,20 @@
 #include "update/patch_manifest.h"
 
 namespace patcher {
+
+/// What changes when a file is written or replaced; nothing set if there is none.
+struct FileStamp {
+  std::filesystem::file_time_type written;
+  std::uint64_t size = 0;
+  bool operator==(const FileStamp&) const = default;
+};
+
+/// A wanted file as the record had it before the run.
+struct ForgottenFile {
+  std::string path;
+  std::string digest;
+  FileStamp stamp;
+};
 
 /// State of one update run. The lists point into `manifest`, which does not change once it is parsed. While a
 /// pool runs, workers read everything freely, but touch `record` and `retryPaths` only under `stateLock`,
@@ -34,6 +49,7 @@ struct UpdateRun {
   std::vector<const PatchFile*> wanted;  ///< manifest order
   std::uint64_t wantedBytes = 0;
   std::set<std::string, std::less<>> wantedPaths;
+  std::vector<ForgottenFile> forgotten;
   std::vector<const PatchBundle*> chosenBundles;  ///< manifest order
   std::uint64_t bundleBytes = 0;
   /// Wanted files that are to arrive through archives, each with the index of the first chosen archive that

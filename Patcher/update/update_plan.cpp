@@ -45,6 +45,15 @@ bool IsTrusted(const UpdateRun& run, const PatchFile& file, const fs::path& plac
   return run.record.Has(file.path, file.sha256) && fs::exists(place, error);
 }
 
+FileStamp StampOf(const std::string& path) {
+  const fs::path place = ExeDir() / platform::PathFromBytes(path);
+  std::error_code error;
+  FileStamp stamp;
+  stamp.written = fs::last_write_time(place, error);
+  if (!error) stamp.size = fs::file_size(place, error);
+  return error ? FileStamp() : stamp;
+}
+
 }  // namespace
 
 std::size_t FindWantedFiles(UpdateRun& run) {
@@ -81,9 +90,21 @@ bool ChooseBundles(UpdateRun& run) {
 }
 
 bool ForgetWantedFiles(UpdateRun& run) {
-  bool forgotten = false;
-  for (const PatchFile* file : run.wanted) forgotten |= run.record.Forget(file->path);
-  return forgotten;
+  for (const PatchFile* file : run.wanted) {
+    const auto entry = run.record.State().find(file->path);
+    if (entry == run.record.State().end()) continue;
+    run.forgotten.push_back({file->path, entry->second, StampOf(file->path)});
+    run.record.Forget(file->path);
+  }
+  return !run.forgotten.empty();
+}
+
+void RememberUntouchedFiles(UpdateRun& run) {
+  for (const ForgottenFile& file : run.forgotten) {
+    if (run.record.State().count(file.path) == 0 && StampOf(file.path) == file.stamp) {
+      run.record.Enter(file.path, file.digest);
+    }
+  }
 }
 
 void AssignArchivePaths(UpdateRun& run) {

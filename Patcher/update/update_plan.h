@@ -14,9 +14,14 @@ std::size_t FindWantedFiles(UpdateRun& run);
 /// wanted files together.
 bool ChooseBundles(UpdateRun& run);
 
-/// Takes the wanted files out of the record, true if it held one: from here on their content on disk is
-/// uncertain, and a server that goes back to the recorded version must not find them vouched for.
+/// Takes the wanted files out of the record and into `forgotten`; true if it held one. From here on their
+/// content on disk is uncertain, and after a death a server that goes back to the recorded version must not
+/// find them vouched for.
 bool ForgetWantedFiles(UpdateRun& run);
+
+/// When a stage has failed: the files that were forgotten and that nobody has touched since are in the record
+/// as before.
+void RememberUntouchedFiles(UpdateRun& run);
 
 /// Fills `archivePaths` from the chosen archives.
 void AssignArchivePaths(UpdateRun& run);

@@ -70,6 +70,7 @@ class Steps {
     }
     if (ForgetWantedFiles(run_)) run_.record.Save();
     if (!FetchArchives() || !FetchSingles()) {
+      RememberUntouchedFiles(run_);
       run_.record.Save();
       return ClientExists();
     }

@@ -2,7 +2,7 @@
 import socket
 import threading
 
-from game import archive, publish_manifest
+from game import archive, digest, publish_manifest
 from launcher import Installation, is_windows, told
 from scenario import CONNECT, INVALID, ScenarioTest
 
@@ -113,6 +113,10 @@ class ServerTest(ScenarioTest):
                 self.server.faults = {"/patch/f/a": [fault]}
                 self.assertEqual(self.told()[-2:], ["Echec du telechargement: a (transfert interrompu)", False])
                 self.assert_files(self.place, {"a": b"old"})
+                self.assertEqual(self.place.record()["files"], [{"path": "a", "sha256": digest(b"old")}])
+        self.server.faults = {"/patch/f/a": [("wrong",), ("wrong",), 404]}
+        self.assertEqual(self.told()[-1], False)
+        self.assertEqual(self.place.record()["files"], [], "nobody vouches for what was written over")
 
     def test_documents_that_make_no_sense(self):
         for document in (b"", b"<!DOCTYPE html><html>", b"[" * 300, b'{"files":[{"path":"a","size":1e999}]}',
