@@ -1,6 +1,7 @@
 #include "options/settings_file.h"
 
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <fstream>
 #include <optional>
@@ -79,6 +80,25 @@ fs::path NameBeside(const fs::path& file) {
   fs::path beside = file;
   beside += "." + std::to_string(std::random_device()()) + ".part";
   return beside;
+}
+
+bool IsNameBeside(const fs::path& beside, const fs::path& file) {
+  const fs::path number = beside.stem().extension();
+  return beside.extension() == ".part" && beside.stem().stem() == file.filename() &&
+         number.native().find_first_not_of(fs::path(".0123456789").native()) == fs::path::string_type::npos;
+}
+
+/// What saves left beside the file that died; no living one takes an hour.
+void RemoveLeftovers(const fs::path& file) {
+  const fs::file_time_type hourAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
+  std::error_code error;
+  fs::directory_iterator entry(file.parent_path(), error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    std::error_code ignored;
+    if (IsNameBeside(entry->path(), file) && entry->last_write_time(ignored) < hourAgo) {
+      fs::remove(entry->path(), ignored);
+    }
+  }
 }
 
 bool WriteLines(const fs::path& file, const std::vector<std::string>& lines) {
@@ -172,6 +192,7 @@ bool SettingsFile::Write(const fs::path& path) const {
   }
   std::error_code ignored;
   if (!done) fs::remove(beside, ignored);
+  RemoveLeftovers(file);
   return done;
 }
 

@@ -36,9 +36,9 @@ struct SettingsFile {
 
   /// Puts the lines in the place of the file, each with CR LF behind it. All or nothing: the text is written
   /// beside the file, brought to the disk and moved over it; a death in between leaves the old file, and
-  /// perhaps a ".part" beside it. False, and the old file stands, if the new text did not get through, if the
-  /// file is read-only or in use, or if it exists but was not loaded: its other lines would be lost. A
-  /// symbolic link stays one; the file that it leads to is replaced.
+  /// perhaps a ".part" beside it, which a later save takes away. False, and the old file stands, if the new
+  /// text did not get through, if the file is read-only or in use, or if it exists but was not loaded: its
+  /// other lines would be lost. A symbolic link stays one; the file that it leads to is replaced.
   bool Write(const std::filesystem::path& path) const;
 };
 

@@ -1,5 +1,6 @@
 #include "options/settings_file.h"
 
+#include <chrono>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -221,6 +222,21 @@ TEST_F(SavedLinesTest, WhatCannotBeReadIsNeverReplaced) {
   EXPECT_EQ(ReadWhole(path), "mine 1\r\n");
   EXPECT_FALSE(SaveOptions(directory / "absent/ostu.ini", nothing));
   EXPECT_EQ(std::distance(fs::directory_iterator(path.parent_path()), {}), 1) << "nothing is left beside it";
+}
+
+TEST_F(SavedLinesTest, ASaveTakesAwayWhatADeadOneLeft) {
+  const auto twoHoursAgo = fs::file_time_type::clock::now() - std::chrono::hours(2);
+  const auto left = [&](const std::string& name, bool old) {
+    WriteWhole(directory / name, "x");
+    if (old) fs::last_write_time(directory / name, twoHoursAgo);
+    return fs::path(directory / name);
+  };
+  const fs::path dead = left("ostu.ini.4294967295.part", true);
+  const fs::path others[] = {left("ostu.ini.17.part", false), left("ostu.ini.mine.part", true),
+                             left("ostu.ini.17", true), left("other.ini.17.part", true)};
+  EXPECT_TRUE(SaveOptions(path, {}));
+  EXPECT_FALSE(fs::exists(dead));
+  for (const fs::path& other : others) EXPECT_TRUE(fs::exists(other)) << other;
 }
 
 TEST_F(SavedLinesTest, ALinkStaysALink) {
