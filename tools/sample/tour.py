@@ -7,10 +7,11 @@ import subprocess
 import sys
 import time
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests" / "window"))
-from display import Display, wait_until  # noqa: E402  the tests' screen serves here too
+TESTS = pathlib.Path(__file__).resolve().parents[2] / "tests"
+sys.path[:0] = [str(TESTS / "window"), str(TESTS / "scenario")]
+from display import Display  # noqa: E402  the tests' screen serves here too
+from launcher import wait_until  # noqa: E402
 
-TITLE = "TolmiraMMO Patcher v26"
 # Places in the window, from its left and top, or from its right and bottom.
 TABS = {"accueil": (90, 228), "nouveautes": (195, 228), "parametres": (325, 228), "reparation": (450, 228)}
 FULL_SCREEN_SWITCH = (-105, 427)
@@ -21,10 +22,10 @@ class Tour:
     def __init__(self, install, pictures):
         self.install = install
         self.pictures = pictures
-        self.display = Display(managed=True, width=1280, height=800)
+        self.display = Display(managed=True)
         self.process = subprocess.Popen([install / "Patcher"], env=self.display.environment, cwd="/",
                                         stdin=subprocess.DEVNULL)
-        self.window = self.display.window(TITLE)
+        self.window = self.display.window()
 
     def close(self):
         self.process.kill()
