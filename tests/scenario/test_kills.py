@@ -109,15 +109,20 @@ class Life:
 
 
 class KillTest(unittest.TestCase):
-    def converge(self, seed, stages):
-        """Kills one installation several times; returns how often."""
-        rng = random.Random(seed)
+    def published(self, seed, archives=0):
+        """A game on a server, and an installation without it."""
         server = FaultServer()
         self.addCleanup(server.close)
-        game = Game(seed, 60, archives=seed % 2 * 3)
+        game = Game(seed, 60, archives=archives)
         game.publish(server)
         place = Installation(server)
         self.addCleanup(place.remove)
+        return server, game, place
+
+    def converge(self, seed, stages):
+        """Kills one installation several times; returns how often."""
+        rng = random.Random(seed)
+        server, game, place = self.published(seed, archives=seed % 2 * 3)
         if rng.random() < 0.5:
             place.run()
             game.next_version()
@@ -184,12 +189,7 @@ class KillTest(unittest.TestCase):
 
     def repair_after_death(self, seed):
         rng = random.Random(seed)
-        server = FaultServer()
-        self.addCleanup(server.close)
-        game = Game(seed, 60, archives=seed % 2 * 3)
-        game.publish(server)
-        place = Installation(server)
-        self.addCleanup(place.remove)
+        server, game, place = self.published(seed, archives=seed % 2 * 3)
         place.run()
         damaged = rng.sample(sorted(game.files), 20)
         for name in damaged:
@@ -227,12 +227,8 @@ class KillTest(unittest.TestCase):
         """A version that was cut short and then withdrawn must not leave its files behind as those of the old one."""
         for seed in range(SEED, SEED + 5):
             rng = random.Random(seed)
-            server = FaultServer()
-            self.addCleanup(server.close)
-            game = Game(seed, 60)
-            old = game.publish(server)
-            place = Installation(server)
-            self.addCleanup(place.remove)
+            server, game, place = self.published(seed)
+            old = server.content["/patch/version.json"]
             place.run()
             before = dict(game.files)
             game.next_version()

@@ -1,26 +1,21 @@
 """What the tests of both programs share: the screen, Wine, and an installation with a server."""
 import shutil
 import threading
-import unittest
 
-import launcher
-from fault_server import FaultServer
 from game import digest
 from launcher import wait_until
+from scenario import ScenarioTest
 from stand_in import WindowsLauncher
 
 BUILD = SCREEN = WINE = None  # set by run.py
 VERSION = "/patch/version.json"
 
 
-class WindowTest(unittest.TestCase):
-    """One server and one installation for each test, and no launcher on the screen before it."""
+class WindowTest(ScenarioTest):
+    """No launcher is on the screen before the test."""
 
     def setUp(self):
-        self.server = FaultServer()
-        self.addCleanup(self.server.close)
-        self.place = launcher.Installation(self.server)
-        self.addCleanup(self.place.remove)
+        super().setUp()
         self.display = SCREEN
         wait_until(lambda: not self.display.windows())
 
