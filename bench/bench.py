@@ -237,6 +237,8 @@ def main():
     for name in options.benchmark:
         if name not in BENCHMARKS:
             parser.error(f"no such benchmark: {name}")
+    if options.scratch:
+        os.makedirs(options.scratch, exist_ok=True)
     for name in options.benchmark or BENCHMARKS:
         with tempfile.TemporaryDirectory(prefix="bench-", dir=options.scratch) as scratch:
             bench = Bench(options, Path(scratch))
