@@ -32,7 +32,7 @@ void Check(const std::u16string& url) {
   patcher::Require(url.starts_with(u"https://") && url.size() <= 2048,
                    "links are https and of a bearable length");
   patcher::Require(host == site || host.ends_with("." + site), "only links to the site leave");
-  patcher::Require(std::none_of(url.begin(), url.end(), [](char16_t c) { return c <= u' ' || c == u'"'; }),
+  patcher::Require(std::none_of(url.begin(), url.end(), [](char16_t c) { return c < u' ' || c == u'"'; }),
                    "no command line is split");
 }
 

@@ -18,7 +18,7 @@ bool IsHostCharacter(char16_t c) {
          c == u'.';
 }
 
-bool MustNotStandInUrl(char16_t c) { return c <= u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
+bool MustNotStandInUrl(char16_t c) { return c < u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
 
 char16_t AsciiLower(char16_t c) {
   return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;

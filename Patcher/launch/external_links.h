@@ -11,8 +11,9 @@ namespace patcher {
 ///  - a host of anything but ASCII letters, digits, '-', '_' and '.', and a port of anything but digits:
 ///    browsers read a backslash as the end of the host, decode percent signs, and map look-alikes and
 ///    full-width signs, so that the host they go to would not be the one that was compared;
-///  - a control character, blank, quotation mark or backslash anywhere: some are dropped, cut the text short
-///    or split a browser's command line, and no well-formed URL has any.
+///  - a control character, quotation mark or backslash anywhere: some are dropped, cut the text short or
+///    split a browser's command line, and no well-formed URL has any. (Nor has it a blank, but browsers get
+///    the URL as one argument and encode it.)
 bool IsSiteLink(std::u16string_view url);
 
 /// Opens `url` in the player's browser, as it came, if it is a site link; does nothing otherwise. Main
