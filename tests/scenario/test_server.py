@@ -2,6 +2,7 @@
 import socket
 import threading
 
+from fault_server import FaultServer
 from game import archive, digest, publish_manifest
 from launcher import Installation, is_windows, told
 from scenario import CONNECT, INVALID, ScenarioTest
@@ -35,18 +36,20 @@ class ServerTest(ScenarioTest):
         }
         results = {}
 
-        def run(name, server, faults):
-            server.content, server.faults = dict(self.server.content), faults
-            place = Installation(server)
-            self.addCleanup(place.remove)
+        def run(name, place):
             results[name] = told(place.run())
 
         threads = []
         for name, (faults, _) in cases.items():
-            server = type(self.server)()
+            server = FaultServer()
             self.addCleanup(server.close)
-            threads.append(threading.Thread(target=run, args=(name, server, faults)))
-            threads[-1].start()
+            server.content, server.faults = dict(self.server.content), faults
+            place = Installation(server)
+            self.addCleanup(place.remove)
+            threads.append(threading.Thread(target=run, args=(name, place)))
+        # Only now: a process that one of them makes would hold a program open that is still being written.
+        for thread in threads:
+            thread.start()
         for thread in threads:
             thread.join()
         self.assertEqual(results, {name: expected for name, (_, expected) in cases.items()})
