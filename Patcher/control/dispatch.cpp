@@ -171,6 +171,7 @@ void Dispatcher::StartUpdateWorker() {
 }
 
 void Dispatcher::End(const std::function<void()>& lastOperation) {
+  if (ending_) return;
   ending_ = true;
   try {
     if (lastOperation) lastOperation();

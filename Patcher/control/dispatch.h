@@ -58,7 +58,8 @@ class Dispatcher {
   void GetOptions(const MiniJson::Value& request);
   void SaveOptions(const MiniJson::Value& request);
 
-  /// Takes no request any more: the last operation may serve the queue while it shows an error.
+  /// The one end of the launcher, behind which no request is taken: the last operation may serve the queue
+  /// while it shows an error.
   void End(const std::function<void()>& lastOperation);
   void StartUpdateWorker();
   void StartCheckWorker(bool repair);

@@ -133,6 +133,7 @@ TEST_F(DispatchTest, PlayNeedsAReadyClient) {
 
 TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
   OperationTable table = Table();
+  table.selfUpdateSwap = [this] { host.calls.emplace_back("swap"); };
   Dispatcher* ending = nullptr;
   table.launchClient = [&] {
     host.calls.emplace_back("launch");
@@ -146,6 +147,7 @@ TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
        {u"{\"action\":\"play\"}", u"{\"action\":\"play\"}", u"{\"action\":\"verify\"}"}) {
     playing.DispatchPageMessage(text);
   }
+  playing.HandleUiEvent({0x8004, 0, 0});  // a new launcher must not appear in front of the game
   EXPECT_EQ(host.calls, (std::vector<std::string>{"launch", "end"}));
   EXPECT_TRUE(checks.empty());
 }
