@@ -49,7 +49,7 @@ struct UpdateRun {
   std::vector<const PatchFile*> wanted;  ///< manifest order
   std::uint64_t wantedBytes = 0;
   std::set<std::string, std::less<>> wantedPaths;
-  std::vector<ForgottenFile> forgotten;
+  std::vector<ForgottenFile> forgotten;           ///< to be remembered if nobody touches them
   std::vector<const PatchBundle*> chosenBundles;  ///< manifest order
   std::uint64_t bundleBytes = 0;
   /// Wanted files that are to arrive through archives, each with the index of the first chosen archive that

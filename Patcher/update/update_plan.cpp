@@ -113,6 +113,9 @@ void AssignArchivePaths(UpdateRun& run) {
       if (run.wantedPaths.count(path) != 0) run.archivePaths.emplace(path, index);
     }
   }
+  // A reader of archives may give a file the time that stood there before.
+  std::erase_if(run.forgotten,
+                [&](const ForgottenFile& file) { return run.archivePaths.count(file.path) != 0; });
 }
 
 void ListSingles(UpdateRun& run) {

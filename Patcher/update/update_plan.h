@@ -23,7 +23,7 @@ bool ForgetWantedFiles(UpdateRun& run);
 /// as before.
 void RememberUntouchedFiles(UpdateRun& run);
 
-/// Fills `archivePaths` from the chosen archives.
+/// Fills `archivePaths` from the chosen archives. What they may write is no longer to be remembered.
 void AssignArchivePaths(UpdateRun& run);
 
 /// Fills `singles` and `singleBytes`: the wanted files that do not come through archives. Of a
