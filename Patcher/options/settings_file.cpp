@@ -85,6 +85,7 @@ fs::path NameBeside(const fs::path& file) {
 bool IsNameBeside(const fs::path& beside, const fs::path& file) {
   const fs::path number = beside.stem().extension();
   return beside.extension() == ".part" && beside.stem().stem() == file.filename() &&
+         number.native().size() > 1 &&
          number.native().find_first_not_of(fs::path(".0123456789").native()) == fs::path::string_type::npos;
 }
 

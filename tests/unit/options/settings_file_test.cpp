@@ -233,7 +233,8 @@ TEST_F(SavedLinesTest, ASaveTakesAwayWhatADeadOneLeft) {
   };
   const fs::path dead = left("ostu.ini.4294967295.part", true);
   const fs::path others[] = {left("ostu.ini.17.part", false), left("ostu.ini.mine.part", true),
-                             left("ostu.ini.17", true), left("other.ini.17.part", true)};
+                             left("ostu.ini..part", true), left("ostu.ini.17", true),
+                             left("other.ini.17.part", true)};
   EXPECT_TRUE(SaveOptions(path, {}));
   EXPECT_FALSE(fs::exists(dead));
   for (const fs::path& other : others) EXPECT_TRUE(fs::exists(other)) << other;
