@@ -1,6 +1,5 @@
 #include "integrity/damaged_files.h"
 
-#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <system_error>
@@ -8,7 +7,7 @@
 #include "platform/links.h"
 #include "platform/text.h"
 #include "shared/program.h"
-#include "update/local_manifest.h"
+#include "update/local_record.h"
 #include "update/manifest_paths.h"
 
 namespace patcher {
@@ -45,14 +44,12 @@ void DeleteListedFile(const std::string& path) {
 }  // namespace
 
 void DiscardDamagedFiles(const std::vector<std::string>& paths) {
-  const fs::path manifest = ExeDir() / "patch_manifest.json";
-  std::int32_t version = 0;
-  LocalState state = LoadLocalManifest(manifest, &version);
-  for (const std::string& path : paths) {
-    DeleteListedFile(path);
-    state.erase(path);
-  }
-  SaveLocalManifest(manifest, state, version);
+  LocalRecord record(ExeDir() / "patch_manifest.json");
+  record.Load();
+  for (const std::string& path : paths) record.Forget(path);
+  // First: a death in between must not leave a record that names deleted files.
+  if (!record.Save()) return;
+  for (const std::string& path : paths) DeleteListedFile(path);
 }
 
 }  // namespace patcher

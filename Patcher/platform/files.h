@@ -28,6 +28,10 @@ int CopyOver(const std::filesystem::path& source, const std::filesystem::path& t
 /// Brings a file's content to the disk itself. Returns 0, or the system's error number.
 int FlushToDisk(const std::filesystem::path& file);
 
+/// Brings the entries of a directory to the disk: what was created, moved or removed in it. Returns 0, or the
+/// system's error number (some file systems have no such call).
+int FlushDirectory(const std::filesystem::path& directory);
+
 /// The file that an opening of `file` reaches: at the end of its symbolic links, if it is one. `file` itself
 /// if it is none, or leads nowhere.
 std::filesystem::path ResolveLinks(const std::filesystem::path& file);

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "shared/program.h"
+#include "shared/whole_file.h"
 
 namespace patcher {
 namespace {
@@ -39,8 +40,9 @@ void ApplyLine(PatchConfig& config, std::string_view line) {
 }
 
 void WriteDefaults(const std::filesystem::path& file, const PatchConfig& config) {
-  std::ofstream out(file, std::ios::binary);
-  out << "BaseUrl=" << config.baseUrl << "\r\nConnections=" << std::to_string(config.connections) << "\r\n";
+  // In one step: half a base URL would count at every later start.
+  static_cast<void>(ReplaceWholeFile(
+      file, "BaseUrl=" + config.baseUrl + "\r\nConnections=" + std::to_string(config.connections) + "\r\n"));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <system_error>
+#include <vector>
 
 #include <miniz.h>
 
@@ -9,6 +10,7 @@
 #include "platform/links.h"
 #include "platform/text.h"
 #include "shared/program.h"
+#include "transport/config.h"
 #include "transport/http_session.h"
 #include "update/archive_directory.h"
 #include "update/download_pool.h"
@@ -66,22 +68,34 @@ bool HasExpectedSize(const fs::path& file, std::uint64_t size) {
   return fs::exists(file, error) && fs::file_size(file, error) == size && !error;
 }
 
-/// Enters what arrived in the record and tells what did not. The caller holds the run's lock.
-void RecordInstalled(UpdateRun& run, std::size_t index) {
+/// The archive's files that arrived. What did not is reported.
+std::vector<InstalledFile> InstalledFiles(UpdateRun& run, std::size_t index) {
   const PatchBundle& bundle = *run.chosenBundles[index];
+  std::vector<InstalledFile> installed;
   for (const std::string& path : bundle.files) {
     const auto owner = run.archivePaths.find(path);
     const auto digest = run.expectedDigests.find(path);
     if (owner == run.archivePaths.end() || owner->second != index || digest == run.expectedDigests.end())
       continue;
     if (HasExpectedSize(InstalledPlace(path), run.expectedSizes.find(path)->second)) {
-      run.record.Enter(path, std::string(digest->second));
+      installed.push_back({path, std::string(digest->second)});
     } else {
       PostStatus(run.window,
                  "Anomalie: " + path + " absent apres extraction de " + bundle.name + ", sera repris.");
     }
   }
-  run.record.Save();
+  return installed;
+}
+
+/// Brings the files to the disk and then into the record.
+void Record(UpdateRun& run, const std::vector<InstalledFile>& files) {
+  ParallelRun(files.size(), PatchConfig::Current().connections, [&](std::size_t index, unsigned) {
+    run.unflushed.Add(files[index]);
+    return true;
+  });
+  EnterInRecord(run, run.unflushed.Flush());
+  std::lock_guard guard(run.stateLock);
+  run.record.SaveProgress();
 }
 
 /// Leaves the archive's wanted files to the single-file stage.
@@ -148,10 +162,7 @@ bool BundleWorker(UpdateRun& run, ProgressTracker& tracker, std::size_t index, u
   }
 
   const std::int32_t done = tracker.ItemDone();
-  {
-    std::lock_guard guard(run.stateLock);
-    RecordInstalled(run, index);
-  }
+  Record(run, InstalledFiles(run, index));
   PostStatus(run.window, "Archive " + std::to_string(done) + "/" + std::to_string(run.chosenBundles.size()) +
                              " : " + bundle.name);
   return true;

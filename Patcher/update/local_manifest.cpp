@@ -58,10 +58,6 @@ LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* ve
   return state;
 }
 
-std::string LocalManifestHead(std::int32_t version) {
-  return "{\n  \"version\": " + std::to_string(version) + ",\n  \"files\": [\n";
-}
-
 void AppendLocalManifestEntry(std::string& text, std::string_view path, std::string_view digest) {
   text += "    {\n      \"path\": ";
   AppendString(text, path);
@@ -70,20 +66,17 @@ void AppendLocalManifestEntry(std::string& text, std::string_view path, std::str
   text += "\n    }";
 }
 
-void SaveLocalManifest(const std::filesystem::path& path, const LocalState& state, std::int32_t version) {
-  std::string text;
-  if (state.empty()) {
-    text = "{\n  \"version\": " + std::to_string(version) + ",\n  \"files\": []\n}";
-  } else {
-    text = LocalManifestHead(version);
-    for (const auto& [file, digest] : state) {
-      if (&file != &state.begin()->first) text += kLocalManifestSeparator;
-      AppendLocalManifestEntry(text, file, digest);
-    }
-    text += kLocalManifestTail;
+std::string LocalManifestText(const LocalState& state, std::int32_t version) {
+  std::string text = "{\n  \"version\": " + std::to_string(version) + ",\n  \"files\": [";
+  if (state.empty()) return text + "]\n}";
+  std::string_view separator = "\n";
+  for (const auto& [file, digest] : state) {
+    text += separator;
+    AppendLocalManifestEntry(text, file, digest);
+    separator = kLocalManifestSeparator;
   }
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(text.data(), static_cast<std::streamsize>(text.size()));
+  text += kLocalManifestTail;
+  return text;
 }
 
 }  // namespace patcher

@@ -14,30 +14,27 @@ namespace patcher {
 /// What the launcher believes is installed: path to digest, ordered by unsigned bytes.
 using LocalState = std::map<std::string, std::string, std::less<>>;
 
-/// A text and what it means, for who has parsed it anyway: after a complete run the local manifest is the
-/// server's document, and a file that holds just this text is not parsed again.
+/// A text and what it means, for a caller that has parsed it anyway: after a complete run the local manifest
+/// is the server's document, and a file that holds just this text is not parsed again.
 struct ParsedDocument {
   std::string_view text;
   const PatchManifest* manifest = nullptr;
 };
 
-/// Reads patch_manifest.json in either of its forms: the server's document or what SaveLocalManifest writes.
+/// Reads patch_manifest.json in either of its forms: the server's document or the progress form.
 /// A file that cannot be read or does not parse gives an empty state, and `version` is then not written.
 /// `version` may be null.
 LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
                              const ParsedDocument& parsed = {});
 
-/// Writes the progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's
-/// layout. Written in place; a failure is not reported.
-void SaveLocalManifest(const std::filesystem::path& path, const LocalState& state, std::int32_t version);
+/// The progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's layout.
+std::string LocalManifestText(const LocalState& state, std::int32_t version);
 
-// Pieces of the progress form, for who writes only what changed.
+// Pieces of that text, for a writer that appends to it.
 
-/// Everything in front of the first entry.
-std::string LocalManifestHead(std::int32_t version);
 /// One entry, without the comma or line feed around it.
 void AppendLocalManifestEntry(std::string& text, std::string_view path, std::string_view digest);
-/// What stands between two entries, and behind the last.
+/// Between two entries, and after the last one.
 inline constexpr std::string_view kLocalManifestSeparator = ",\n";
 inline constexpr std::string_view kLocalManifestTail = "\n  ]\n}";
 

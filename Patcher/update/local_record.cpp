@@ -4,10 +4,23 @@
 #include <fstream>
 #include <system_error>
 
+#include "platform/files.h"
+#include "shared/whole_file.h"
+
 namespace patcher {
 namespace {
 
-bool ByPath(LocalState::const_iterator a, LocalState::const_iterator b) { return a->first < b->first; }
+constexpr std::size_t kFewChanges = 50;
+/// A whole save for every such share of the entries keeps the bytes written in proportion to their number.
+constexpr std::size_t kShareOfEntries = 100;
+
+bool WriteAt(const std::filesystem::path& path, std::uint64_t offset, std::string_view text) {
+  std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+  file.seekp(static_cast<std::streamoff>(offset));
+  file.write(text.data(), static_cast<std::streamsize>(text.size()));
+  file.close();
+  return !file.fail();
+}
 
 }  // namespace
 
@@ -16,7 +29,7 @@ LocalRecord::LocalRecord(std::filesystem::path path) : path_(std::move(path)) {}
 void LocalRecord::Load(const ParsedDocument& parsed) {
   version_ = 0;
   state_ = LoadLocalManifest(path_, &version_, parsed);
-  Restart();
+  savedSize_ = 0;
 }
 
 bool LocalRecord::Has(std::string_view path, std::string_view digest) const {
@@ -25,107 +38,76 @@ bool LocalRecord::Has(std::string_view path, std::string_view digest) const {
 }
 
 void LocalRecord::Enter(const std::string& path, const std::string& digest) {
-  changes_.push_back(state_.insert_or_assign(path, digest).first);
+  const auto [entry, isNew] = state_.try_emplace(path, digest);
+  if (!isNew && entry->second != digest) {
+    entry->second = digest;
+    savedSize_ = 0;  // what the file says of this path is no longer so
+  }
+  if (isNew && savedSize_ != 0) changed_.push_back(path);
 }
 
 bool LocalRecord::Forget(std::string_view path) {
   const auto entry = state_.find(path);
   if (entry == state_.end()) return false;
-  Restart();  // the lists point to the entry, and a shorter text is written as a whole
   state_.erase(entry);
+  savedSize_ = 0;
   return true;
 }
 
-void LocalRecord::Restart() {
-  text_.clear();
-  saved_.clear();
-  changes_.clear();
+bool LocalRecord::Save() {
+  const std::string text = LocalManifestText(state_, version_);
+  changed_.clear();
+  savedSize_ = 0;
+  if (ReplaceWholeFile(path_, text) != 0) return RemoveFile(path_);
+  if (!state_.empty()) {
+    savedSize_ = text.size();
+    lastPath_ = state_.rbegin()->first;
+  }
+  return true;
 }
 
-void LocalRecord::Save() {
-  if (saved_.empty() || !SaveTail()) SaveWhole();
-  changes_.clear();
+void LocalRecord::SaveProgress() {
+  if (savedSize_ != 0 && SaveTail()) return;
+  // What cannot be written does not end a run: without a record the next one hashes more.
+  static_cast<void>(Save());
 }
 
 bool LocalRecord::SaveTail() {
   std::error_code error;
-  if (std::filesystem::file_size(path_, error) != text_.size() || error) return false;
-  if (changes_.empty()) return true;
-
-  std::sort(changes_.begin(), changes_.end(), ByPath);
-  changes_.erase(std::unique(changes_.begin(), changes_.end()), changes_.end());
-  // Everything in front of the lowest changed path stands as it is.
-  const auto stale = std::lower_bound(
-      saved_.begin(), saved_.end(), changes_.front(),
-      [](const SavedEntry& saved, LocalState::const_iterator change) { return ByPath(saved.entry, change); });
-  const bool append = stale == saved_.end();
-  const std::size_t begin = append ? text_.size() - kLocalManifestTail.size() : stale->begin;
-  const std::size_t oldSize = text_.size();
-  const std::string oldText = text_.substr(begin);
-  const std::vector<SavedEntry> oldEntries(stale, saved_.end());
-  text_.resize(begin);
-  saved_.erase(stale, saved_.end());
-
-  if (append) text_ += kLocalManifestSeparator;
-  MergeChanges(oldText, oldEntries, begin);
-  text_ += kLocalManifestTail;
-  return text_.size() >= oldSize && WriteFrom(begin);
+  if (std::filesystem::file_size(path_, error) != savedSize_ || error) return false;
+  const auto later = std::partition(changed_.begin(), changed_.end(),
+                                    [this](const std::string& path) { return path <= lastPath_; });
+  const auto early = static_cast<std::size_t>(later - changed_.begin());
+  if (early >= std::max(kFewChanges, state_.size() / kShareOfEntries)) return false;
+  std::sort(later, changed_.end());
+  const std::vector<std::string> appended(later, changed_.end());
+  changed_.erase(later, changed_.end());
+  return appended.empty() || Append(appended);
 }
 
-void LocalRecord::MergeChanges(std::string_view oldText, const std::vector<SavedEntry>& oldEntries,
-                               std::size_t oldBegin) {
-  const std::size_t textBegin = text_.size();
-  const auto separate = [&] {
-    if (text_.size() != textBegin) text_ += kLocalManifestSeparator;
-  };
-  auto change = changes_.begin();
-  for (std::size_t i = 0; i < oldEntries.size(); ++i) {
-    const LocalState::const_iterator old = oldEntries[i].entry;
-    for (; change != changes_.end() && ByPath(*change, old); ++change) {
-      separate();
-      AppendEntry(*change);
-    }
-    separate();
-    if (change != changes_.end() && *change == old) {
-      AppendEntry(*change++);
-      continue;
-    }
-    const bool last = i + 1 == oldEntries.size();
-    const std::size_t from = oldEntries[i].begin - oldBegin;
-    const std::size_t to = last ? oldText.size() - kLocalManifestTail.size()
-                                : oldEntries[i + 1].begin - oldBegin - kLocalManifestSeparator.size();
-    saved_.push_back({old, text_.size()});
-    text_ += oldText.substr(from, to - from);
+bool LocalRecord::Append(const std::vector<std::string>& paths) {
+  std::string text;
+  for (const std::string& path : paths) {
+    text += kLocalManifestSeparator;
+    AppendLocalManifestEntry(text, path, state_.find(path)->second);
   }
-  for (; change != changes_.end(); ++change) {
-    separate();
-    AppendEntry(*change);
+  text += kLocalManifestTail;
+  // First what lies behind the old text, which nobody reads as long as that is complete; only when that is on
+  // the disk the few bytes that open the old text towards it.
+  const std::size_t tail = kLocalManifestTail.size();
+  if (!WriteAt(path_, savedSize_, std::string_view(text).substr(tail)) || platform::FlushToDisk(path_) != 0 ||
+      !WriteAt(path_, savedSize_ - tail, std::string_view(text).substr(0, tail))) {
+    return false;
   }
+  savedSize_ += text.size() - tail;
+  lastPath_ = paths.back();
+  return true;
 }
 
-void LocalRecord::AppendEntry(LocalState::const_iterator entry) {
-  saved_.push_back({entry, text_.size()});
-  AppendLocalManifestEntry(text_, entry->first, entry->second);
-}
-
-bool LocalRecord::WriteFrom(std::size_t begin) {
-  std::fstream file(path_, std::ios::binary | std::ios::in | std::ios::out);
-  file.seekp(static_cast<std::streamoff>(begin));
-  file.write(text_.data() + begin, static_cast<std::streamsize>(text_.size() - begin));
-  file.close();
-  return !file.fail();
-}
-
-void LocalRecord::SaveWhole() {
-  SaveLocalManifest(path_, state_, version_);
-  Restart();
-  if (state_.empty()) return;
-  text_ = LocalManifestHead(version_);
-  for (auto entry = state_.cbegin(); entry != state_.cend(); ++entry) {
-    if (entry != state_.cbegin()) text_ += kLocalManifestSeparator;
-    AppendEntry(entry);
-  }
-  text_ += kLocalManifestTail;
+bool LocalRecord::SaveDocument(std::string_view document) {
+  changed_.clear();
+  savedSize_ = 0;
+  return ReplaceWholeFile(path_, document) == 0 || RemoveFile(path_);
 }
 
 }  // namespace patcher

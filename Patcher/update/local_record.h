@@ -10,22 +10,19 @@
 
 namespace patcher {
 
-/// The local manifest of one operation, in memory and on disk. Not thread-safe: callers hold a lock of their
-/// own.
-///
-/// A save costs little more than what changed since the save before: the text of the last save is kept, what
-/// is new is merged into it, and the file is rewritten in place from the first changed entry on, which for a
-/// run that installs files in path order is nearly an append. The bytes are always those of
-/// SaveLocalManifest. A death in the middle of such a write leaves a text that does not parse, which
-/// counts as no record, or one in which a path stands with the digest of another, which costs one hash.
+/// The local manifest of one operation, in memory and on disk. A file may be entered only when its content
+/// and its directory entry are on the disk (UnflushedFiles). A death or a power cut during a save leaves the
+/// record of the save before, the new one, or a text that does not parse, which counts as no record; never a
+/// mixture. Not thread-safe: callers hold a lock of their own.
 class LocalRecord {
  public:
   explicit LocalRecord(std::filesystem::path path);
+  LocalRecord(const LocalRecord&) = delete;
+  LocalRecord& operator=(const LocalRecord&) = delete;
 
   /// Replaces the state by what the file says; empty, with version 0, if it says nothing.
   void Load(const ParsedDocument& parsed = {});
 
-  const std::filesystem::path& Path() const { return path_; }
   std::int32_t Version() const { return version_; }
   const LocalState& State() const { return state_; }
 
@@ -34,32 +31,31 @@ class LocalRecord {
   /// True if there was an entry.
   bool Forget(std::string_view path);
 
-  /// Brings the file up to date. Failures are not reported; the save after one writes everything.
-  void Save();
+  /// Replaces the file by the whole state (LocalManifestText). A file that cannot be replaced is removed,
+  /// since it may say what is no longer so. False if that failed too: the old file is still there.
+  [[nodiscard]] bool Save();
+
+  /// As Save, for the many saves of one run: entries behind the last saved path are appended, so that a save
+  /// costs what is new; entries in front of it wait until there are enough of them to write everything.
+  /// Nothing that the file then says is wrong, but it may lag.
+  void SaveProgress();
+
+  /// Replaces the file by the server's document, byte for byte; as Save for what cannot be replaced.
+  [[nodiscard]] bool SaveDocument(std::string_view document);
 
  private:
-  struct SavedEntry {
-    LocalState::const_iterator entry;
-    std::size_t begin;  // of its text in `text_`
-  };
-
-  /// False if the file is not the one last saved, or could not be written.
+  /// False if everything has to be written instead.
   bool SaveTail();
-  void SaveWhole();
-  bool WriteFrom(std::size_t begin);
-  void AppendEntry(LocalState::const_iterator entry);
-  /// Appends the old entries with the changes among them to `text_`. The old text began at `oldBegin`.
-  void MergeChanges(std::string_view oldText, const std::vector<SavedEntry>& oldEntries,
-                    std::size_t oldBegin);
-  /// Forgets the last save.
-  void Restart();
+  /// `paths` are sorted and lie behind the last saved one.
+  bool Append(const std::vector<std::string>& paths);
 
   std::filesystem::path path_;
   std::int32_t version_ = 0;
   LocalState state_;
-  std::string text_;               // as last saved
-  std::vector<SavedEntry> saved_;  // its layout in path order; empty: the next save writes everything
-  std::vector<LocalState::const_iterator> changes_;  // entered since the last save, in that order
+  std::uint64_t savedSize_ =
+      0;                  // bytes of the progress form as last saved; 0: the next save writes everything
+  std::string lastPath_;  // of that text
+  std::vector<std::string> changed_;  // new paths since then
 };
 
 }  // namespace patcher

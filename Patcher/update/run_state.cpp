@@ -6,4 +6,9 @@ namespace patcher {
 
 UpdateRun::UpdateRun(HostWindow& hostWindow) : window(hostWindow), record(ExeDir() / "patch_manifest.json") {}
 
+void EnterInRecord(UpdateRun& run, const std::vector<InstalledFile>& files) {
+  std::lock_guard guard(run.stateLock);
+  for (const InstalledFile& file : files) run.record.Enter(file.path, file.digest);
+}
+
 }  // namespace patcher

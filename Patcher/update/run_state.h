@@ -14,6 +14,7 @@
 #include "transport/http_session.h"
 #include "update/local_record.h"
 #include "update/patch_manifest.h"
+#include "update/unflushed_files.h"
 
 namespace patcher {
 
@@ -41,7 +42,8 @@ struct UpdateRun {
   HttpSession session;
   std::string manifestText;  ///< the server's document as received; becomes the local manifest at the end
   PatchManifest manifest;
-  LocalRecord record;  ///< what is known to be installed
+  LocalRecord record;        ///< what is known to be installed, and is on the disk
+  UnflushedFiles unflushed;  ///< what is to enter the record
 
   // By path; the text is the manifest's own.
   std::map<std::string_view, std::string_view> expectedDigests;
@@ -61,5 +63,8 @@ struct UpdateRun {
 
   std::mutex stateLock;
 };
+
+/// Enters files that have come out of `unflushed`. Any thread, without `stateLock`.
+void EnterInRecord(UpdateRun& run, const std::vector<InstalledFile>& files);
 
 }  // namespace patcher

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -58,22 +59,27 @@ FileStamp StampOf(const std::string& path) {
 
 std::size_t FindWantedFiles(UpdateRun& run) {
   DiskProof proof(run.window);
-  std::size_t found = 0;
+  std::map<std::string_view, std::string_view> found;
+  // A run that died may have left them unflushed.
+  UnflushedFiles unflushed;
   for (const PatchFile& file : run.manifest.files) {
     // Manifests are mostly sorted by path: the hint saves the search.
     run.expectedDigests.insert_or_assign(run.expectedDigests.end(), file.path, file.sha256);
     run.expectedSizes.insert_or_assign(run.expectedSizes.end(), file.path, file.size);
     const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
     if (IsTrusted(run, file, place)) continue;
+    const auto known = found.find(file.path);
+    if (known != found.end() && known->second == file.sha256) continue;
     if (proof.IsGood(place, file)) {
-      run.record.Enter(file.path, file.sha256);
-      ++found;
+      found.insert_or_assign(file.path, file.sha256);
+      unflushed.Add({file.path, file.sha256});
       continue;
     }
     run.wanted.push_back(&file);
     run.wantedBytes += file.size;
   }
-  return found;
+  for (const InstalledFile& file : unflushed.Flush()) run.record.Enter(file.path, file.digest);
+  return found.size();
 }
 
 bool ChooseBundles(UpdateRun& run) {

@@ -7,7 +7,8 @@
 namespace patcher {
 
 /// Sorts each file of the manifest into trusted, found good or wanted: fills the expected digests and sizes,
-/// `wanted` and `wantedBytes`, and enters what was found good in the record. Returns the number found good.
+/// `wanted` and `wantedBytes`, flushes what was found good and enters it in the record. Returns the number of
+/// files found good.
 std::size_t FindWantedFiles(UpdateRun& run);
 
 /// Fills `wantedPaths`, `chosenBundles` and `bundleBytes`. True if the archives together weigh less than the

@@ -2,9 +2,9 @@
 
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <system_error>
+#include <vector>
 
 #include "control/ui_event.h"
 #include "platform/text.h"
@@ -60,18 +60,20 @@ class Steps {
     if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
     run_.record.Load({run_.manifestText, &run_.manifest});
     PostVersions(run_.window, run_.record.Version(), run_.manifest.version);
-    if (const std::size_t found = FindWantedFiles(run_); found > 0) {
-      Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");
-      run_.record.Save();
+    if (!SaveWhatIsInstalled(FindWantedFiles(run_))) {
+      Status("Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.");
+      return ClientExists();
     }
     if (run_.wanted.empty()) {
       Status("A jour.");
       return true;
     }
-    if (ForgetWantedFiles(run_)) run_.record.Save();
-    if (!FetchArchives() || !FetchSingles()) {
+    const bool fetched = FetchArchives() && FetchSingles();
+    EnterInRecord(run_, run_.unflushed.Flush());
+    if (!fetched) {
       RememberUntouchedFiles(run_);
-      run_.record.Save();
+      // It is behind at worst: the wanted files left the record before the first of them was touched.
+      static_cast<void>(run_.record.Save());
       return ClientExists();
     }
     FinishCompleteRun();
@@ -104,6 +106,14 @@ class Steps {
       return false;
     }
     return std::nullopt;
+  }
+
+  /// The record names what was found good, and no longer what is wanted. False if an old record is still
+  /// there that vouches for files which are about to change.
+  bool SaveWhatIsInstalled(std::size_t found) {
+    if (found > 0) Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");
+    const bool forgot = ForgetWantedFiles(run_);
+    return (found == 0 && !forgot) || run_.record.Save() || !forgot;
   }
 
   /// False if the stage failed as a whole; a failed archive only hands its files to the next stage.
@@ -147,19 +157,27 @@ class Steps {
       return false;
     }
     const std::int32_t done = tracker.ItemDone();
-    {
-      std::lock_guard guard(run_.stateLock);
-      run_.record.Enter(file.path, file.sha256);
-      if (done % kFilesPerSave == 0) run_.record.Save();
-    }
+    run_.unflushed.Add({file.path, file.sha256});
+    if (done % kFilesPerSave == 0) SaveProgress();
     if (done % kFilesPerStatus == 0) {
       Status(std::to_string(done) + "/" + std::to_string(run_.singles.size()) + " fichiers...");
     }
     return true;
   }
 
+  /// If another worker is at it, the files of this call go with its next one.
+  void SaveProgress() {
+    const std::vector<InstalledFile> files = run_.unflushed.TryFlush();
+    if (files.empty()) return;
+    EnterInRecord(run_, files);
+    std::lock_guard guard(run_.stateLock);
+    run_.record.SaveProgress();
+  }
+
   void FinishCompleteRun() {
-    std::ofstream(run_.record.Path(), std::ios::binary | std::ios::trunc) << run_.manifestText;
+    // A record that lags costs the next start some hashing.
+    static_cast<void>(run_.unflushed.IsEmpty() ? run_.record.SaveDocument(run_.manifestText)
+                                               : run_.record.Save());
     if (stages_.cleanUp) stages_.cleanUp(run_.window, run_.manifest);
     PostVersions(run_.window, run_.manifest.version, run_.manifest.version);
     Status("Pret a jouer.");

@@ -3,9 +3,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "platform/batch_flush.h"
 #include "support/scratch_directory.h"
 
 namespace platform {
@@ -98,6 +100,23 @@ TEST(FilesContract, FlushNeedsAFile) {
   EXPECT_EQ(FlushToDisk(directory / "file"), 0);
   EXPECT_EQ(ReadWhole(directory / "file"), "content");
   EXPECT_NE(FlushToDisk(directory / "missing"), 0);
+}
+
+TEST(FilesContract, ABatchIsFlushedInTwoSteps) {
+  const ScratchDirectory directory;
+  fs::create_directory(directory / "folder");
+  const std::vector<fs::path> files{directory / "file", directory / "folder" / "read-only"};
+  for (const fs::path& file : files) WriteWhole(file, "content");
+  fs::permissions(files[1], fs::perms::owner_read);
+  for (const fs::path& file : files) EXPECT_EQ(StartFlush(file), 0);
+  EXPECT_EQ(FinishFlush(files), 0);
+  EXPECT_EQ(fs::status(files[1]).permissions() & fs::perms::owner_write, fs::perms::none);
+  // One of the steps reports what cannot be flushed.
+  const std::vector<fs::path> missing{directory / "nowhere" / "file"};
+  EXPECT_TRUE(StartFlush(missing[0]) != 0 || FinishFlush(missing) != 0);
+  EXPECT_EQ(FinishFlush({}), 0);
+  EXPECT_EQ(FlushDirectory(directory / "folder"), 0);
+  fs::permissions(files[1], fs::perms::owner_write, fs::perm_options::add);
 }
 
 TEST(FilesContract, LinksAreFollowedToTheirEnd) {

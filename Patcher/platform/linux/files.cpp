@@ -7,25 +7,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "platform/linux/file_descriptor.h"
+
 namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A file descriptor.
-class File {
- public:
-  File(const fs::path& file, int flags) : descriptor_(open(file.c_str(), flags | O_CLOEXEC)) {}
-  ~File() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  int Get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
 
 int MoveByCopy(const fs::path& source, const fs::path& target) {
   fs::path beside = target;
@@ -41,7 +28,7 @@ int MoveByCopy(const fs::path& source, const fs::path& target) {
 }  // namespace
 
 ExclusiveWrite ProbeExclusiveWrite(const fs::path& file) {
-  const File probe(file, O_WRONLY | O_NONBLOCK);
+  const FileDescriptor probe(file, O_WRONLY | O_NONBLOCK);
   if (probe.Get() >= 0) return ExclusiveWrite::kPossible;
   switch (errno) {
     case EACCES:
@@ -67,10 +54,12 @@ int CopyOver(const fs::path& source, const fs::path& target) {
 }
 
 int FlushToDisk(const fs::path& file) {
-  const File opened(file, O_RDONLY);
+  const FileDescriptor opened(file, O_RDONLY);
   if (opened.Get() < 0 || fsync(opened.Get()) != 0) return errno;
   return 0;
 }
+
+int FlushDirectory(const fs::path& directory) { return FlushToDisk(directory); }
 
 fs::path ResolveLinks(const fs::path& file) {
   std::error_code error;

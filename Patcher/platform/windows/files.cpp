@@ -9,6 +9,13 @@ namespace {
 
 int LastErrorUnless(BOOL success) { return success ? 0 : static_cast<int>(GetLastError()); }
 
+int Flush(const std::filesystem::path& entry, DWORD flags) {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const OwnedHandle opened(
+      CreateFileW(entry.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr));
+  return LastErrorUnless(opened.IsOpen() && FlushFileBuffers(opened.Get()));
+}
+
 /// The form in which players and the standard library know a path.
 std::wstring WithoutLongPathPrefix(const std::wstring& path) {
   const std::wstring server = L"\\\\?\\UNC\\";
@@ -38,10 +45,10 @@ int CopyOver(const std::filesystem::path& source, const std::filesystem::path& t
   return LastErrorUnless(CopyFileW(source.c_str(), target.c_str(), FALSE));
 }
 
-int FlushToDisk(const std::filesystem::path& file) {
-  const OwnedHandle opened(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  return LastErrorUnless(opened.IsOpen() && FlushFileBuffers(opened.Get()));
+int FlushToDisk(const std::filesystem::path& file) { return Flush(file, FILE_ATTRIBUTE_NORMAL); }
+
+int FlushDirectory(const std::filesystem::path& directory) {
+  return Flush(directory, FILE_FLAG_BACKUP_SEMANTICS);
 }
 
 std::filesystem::path ResolveLinks(const std::filesystem::path& file) {

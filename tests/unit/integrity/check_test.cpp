@@ -92,7 +92,7 @@ TEST(DamagedFilesTest, OnlyListedFilesOfTheInstallationGo) {
                                         (root / "victim").string()};
   LocalState state{{"kept", "1"}};
   for (const std::string& path : listed) state[path] = "2";
-  SaveLocalManifest(root / "game" / "patch_manifest.json", state, 7);
+  WriteWhole(root / "game" / "patch_manifest.json", LocalManifestText(state, 7));
 
   DiscardDamagedFiles(listed);
   for (const char* name :

@@ -1,0 +1,22 @@
+#include <windows.h>
+
+#include "platform/batch_flush.h"
+
+#include "platform/files.h"
+
+namespace platform {
+
+int StartFlush(const std::filesystem::path& file) {
+  const DWORD attributes = GetFileAttributesW(file.c_str());
+  const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+  if (!readOnly) return FlushToDisk(file);
+  // Only a handle that may write can flush.
+  SetFileAttributesW(file.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+  const int error = FlushToDisk(file);
+  SetFileAttributesW(file.c_str(), attributes);
+  return error;
+}
+
+int FinishFlush(std::span<const std::filesystem::path>) { return 0; }
+
+}  // namespace platform

@@ -1,0 +1,53 @@
+#include "shared/whole_file.h"
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "platform/files.h"
+
+namespace patcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+int WriteFlushed(const fs::path& file, std::string_view text) {
+  errno = 0;
+  std::ofstream out(file, std::ios::binary | std::ios::trunc);
+  out.write(text.data(), static_cast<std::streamsize>(text.size()));
+  out.close();
+  if (out.fail()) return errno != 0 ? errno : EIO;
+  return platform::FlushToDisk(file);
+}
+
+}  // namespace
+
+int ReplaceWholeFile(const fs::path& file, std::string_view text) {
+  fs::path beside = file;
+  beside += ".part";
+  std::error_code ignored;
+  // What a link leads to is not ours to overwrite.
+  fs::remove(beside, ignored);
+  int error = WriteFlushed(beside, text);
+  if (error == 0) error = platform::MoveReplacing(beside, file, false);
+  if (error != 0) {
+    fs::remove(beside, ignored);
+    return error;
+  }
+  // The move is in order with whatever the caller does next; some file systems cannot flush a directory.
+  platform::FlushDirectory(file.parent_path());
+  return 0;
+}
+
+bool RemoveFile(const fs::path& file) {
+  std::error_code error;
+  if (!fs::remove(file, error) && error) {
+    fs::permissions(file, fs::perms::owner_write, fs::perm_options::add, error);
+    fs::remove(file, error);
+  }
+  platform::FlushDirectory(file.parent_path());
+  const fs::file_type left = fs::symlink_status(file, error).type();
+  return left == fs::file_type::not_found || left == fs::file_type::directory;
+}
+
+}  // namespace patcher

@@ -1,0 +1,66 @@
+#include "update/unflushed_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <utility>
+
+#include "platform/batch_flush.h"
+#include "platform/text.h"
+#include "shared/program.h"
+
+namespace patcher {
+namespace {
+
+std::filesystem::path PlaceOf(const InstalledFile& file) {
+  return ExeDir() / platform::PathFromBytes(file.path);
+}
+
+bool StartFlush(const InstalledFile& file) { return platform::StartFlush(PlaceOf(file)) == 0; }
+
+}  // namespace
+
+void UnflushedFiles::Add(InstalledFile file) {
+  const bool started = StartFlush(file);
+  std::lock_guard guard(lock_);
+  entries_.push_back({std::move(file), started});
+}
+
+std::vector<InstalledFile> UnflushedFiles::Flush() {
+  std::lock_guard flushing(flushLock_);
+  return FlushBatch();
+}
+
+std::vector<InstalledFile> UnflushedFiles::TryFlush() {
+  std::unique_lock flushing(flushLock_, std::try_to_lock);
+  return flushing ? FlushBatch() : std::vector<InstalledFile>();
+}
+
+bool UnflushedFiles::IsEmpty() {
+  std::lock_guard guard(lock_);
+  return entries_.empty();
+}
+
+std::vector<InstalledFile> UnflushedFiles::FlushBatch() {
+  std::vector<Entry> batch;
+  {
+    std::lock_guard guard(lock_);
+    batch.swap(entries_);
+  }
+  // Another program may have held a file when it was added.
+  for (Entry& entry : batch) entry.started = entry.started || StartFlush(entry.file);
+  auto ready = std::partition(batch.begin(), batch.end(), [](const Entry& entry) { return !entry.started; });
+  std::vector<std::filesystem::path> places;
+  places.reserve(batch.size());
+  for (auto entry = ready; entry != batch.end(); ++entry) places.push_back(PlaceOf(entry->file));
+  if (platform::FinishFlush(places) != 0) ready = batch.end();
+
+  std::vector<InstalledFile> flushed;
+  flushed.reserve(static_cast<std::size_t>(batch.end() - ready));
+  for (auto entry = ready; entry != batch.end(); ++entry) flushed.push_back(std::move(entry->file));
+  std::lock_guard guard(lock_);
+  entries_.insert(entries_.end(), std::make_move_iterator(batch.begin()), std::make_move_iterator(ready));
+  return flushed;
+}
+
+}  // namespace patcher
