@@ -32,6 +32,12 @@ void LocalRecord::Load(const ParsedDocument& parsed) {
   savedSize_ = 0;
 }
 
+bool LocalRecord::IsUnread() const {
+  std::error_code error;
+  return state_.empty() &&
+         std::filesystem::symlink_status(path_, error).type() != std::filesystem::file_type::not_found;
+}
+
 bool LocalRecord::Has(std::string_view path, std::string_view digest) const {
   const auto entry = state_.find(path);
   return entry != state_.end() && entry->second == digest;

@@ -26,6 +26,8 @@ class LocalRecord {
   std::int32_t Version() const { return version_; }
   const LocalState& State() const { return state_; }
 
+  /// Whether there is a file of which nothing could be read, because another program holds it for example.
+  bool IsUnread() const;
   bool Has(std::string_view path, std::string_view digest) const;
   void Enter(const std::string& path, const std::string& digest);
   /// True if there was an entry.

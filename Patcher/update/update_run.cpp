@@ -109,11 +109,12 @@ class Steps {
   }
 
   /// The record names what was found good, and no longer what is wanted. False if an old record is still
-  /// there that vouches for files which are about to change.
+  /// there that may vouch for files which are about to change.
   bool SaveWhatIsInstalled(std::size_t found) {
     if (found > 0) Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");
     const bool forgot = ForgetWantedFiles(run_);
-    return (found == 0 && !forgot) || run_.record.Save() || !forgot;
+    const bool current = found == 0 && !forgot && !run_.record.IsUnread();
+    return current || run_.record.Save() || run_.wanted.empty();
   }
 
   /// False if the stage failed as a whole; a failed archive only hands its files to the next stage.

@@ -73,6 +73,17 @@ class FilesInUseTest(ScenarioTest):
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
         self.assert_files(self.place, {"held.dat": b"the next version", "a": b"2"})
 
+    def test_a_record_that_cannot_be_replaced_leaves_everything_as_it_is(self):
+        self.put({"a": b"1"})
+        self.told()
+        self.put({"a": b"2"})
+        process = self.hold(launcher.PROGRAM.parent / HOLDER, str(self.place.directory / "patch_manifest.json"))
+        self.assertEqual(self.told()[-2:],
+                         ["Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.", False])
+        self.assert_files(self.place, {"a": b"1"})
+        process.communicate()
+        self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
+
     def test_a_file_that_can_only_be_written_over_is(self):
         self.put({"held.dat": b"old and longer"})
         self.told()
