@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string_view>
 
 namespace platform {
 
@@ -15,6 +16,10 @@ enum class ExclusiveWrite {
 /// directories refuse; a running program counts as kUnknown, since it can be replaced by a move.
 ExclusiveWrite ProbeExclusiveWrite(const std::filesystem::path& file);
 
+/// Whether an existing file can be opened for writing while others have it open. Windows: not if it is
+/// read-only or if somebody has it open without sharing writing. Linux: permissions decide.
+bool CanBeWritten(const std::filesystem::path& file);
+
 /// Moves a file (or, within a volume, a directory) over `target`, replacing a file that stands there. With
 /// `copyAcrossVolumes` a file is copied and deleted where the two lie on different volumes; otherwise that
 /// fails. Returns 0, or the system's error number.
@@ -24,6 +29,23 @@ int MoveReplacing(const std::filesystem::path& source, const std::filesystem::pa
 /// Copies a file over `target`, replacing what a file there held. Returns 0, or the system's error number.
 /// The standard library's copy replaces nothing on Windows: it takes any two files for the same one.
 int CopyOver(const std::filesystem::path& source, const std::filesystem::path& target);
+
+/// Gives `to` the owner, the group and the mode of `from`. Both exist. Does nothing on Windows, where the
+/// rights to a file come from its directory. Returns 0, or the system's error number, for example because
+/// only root may give a file to somebody else.
+int TakeOverOwner(const std::filesystem::path& from, const std::filesystem::path& to);
+
+enum class Overwriting {
+  kDone,       ///< the new content is on the disk
+  kUntouched,  ///< the old content is still there
+  kTorn,       ///< parts of both
+};
+
+/// Makes `content` the content of an existing file that cannot be replaced by a move: it stays the same file,
+/// with its owner, and others may have it open as long as they share writing. Room for a longer content is
+/// taken first, so that a full disk leaves the old one. After a death in between the file may be torn: the
+/// caller keeps the content somewhere else until this has returned.
+Overwriting OverwriteInPlace(const std::filesystem::path& file, std::string_view content);
 
 /// Brings a file's content to the disk itself. Returns 0, or the system's error number.
 int FlushToDisk(const std::filesystem::path& file);

@@ -94,6 +94,36 @@ TEST(FilesContract, ACopyReplacesWhatAFileHeld) {
   EXPECT_EQ(ReadWhole(directory / "target"), "new");
 }
 
+TEST(FilesContract, AnOpenFileIsOverwritten) {
+  const ScratchDirectory directory;
+  const fs::path file = directory / "file";
+  WriteWhole(file, "content");
+  std::ifstream holder(file, std::ios::binary);  // shares reading and writing, on Windows not a move
+  EXPECT_TRUE(CanBeWritten(file));
+  for (const std::string& content : {std::string("longer content"), std::string("short"),
+                                     std::string("equal"), std::string(), std::string(100000, 'x')}) {
+    EXPECT_EQ(OverwriteInPlace(file, content), Overwriting::kDone);
+    EXPECT_EQ(ReadWhole(file), content);
+  }
+  holder.seekg(99999);
+  EXPECT_EQ(holder.get(), 'x') << "the same file";
+  holder.close();
+  for (const fs::path& other : {fs::path(directory / "missing"), fs::path(directory / "")}) {
+    EXPECT_FALSE(CanBeWritten(other));
+    EXPECT_EQ(OverwriteInPlace(other, "x"), Overwriting::kUntouched);
+  }
+  EXPECT_FALSE(fs::exists(directory / "missing"));
+}
+
+TEST(FilesContract, ModeIsTakenOver) {
+  const ScratchDirectory directory;
+  WriteWhole(directory / "old", "");
+  WriteWhole(directory / "new", "content");
+  fs::permissions(directory / "old", fs::perms::group_exec, fs::perm_options::add);
+  EXPECT_EQ(TakeOverOwner(directory / "old", directory / "new"), 0);
+  EXPECT_EQ(fs::status(directory / "new").permissions(), fs::status(directory / "old").permissions());
+}
+
 TEST(FilesContract, FlushNeedsAFile) {
   const ScratchDirectory directory;
   WriteWhole(directory / "file", "content");

@@ -1,10 +1,13 @@
 #include "platform/files.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <system_error>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/linux/file_descriptor.h"
@@ -13,6 +16,21 @@ namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
+
+bool WriteAt(int descriptor, std::string_view bytes, std::uint64_t offset) {
+  while (!bytes.empty()) {
+    const ssize_t written = pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+    offset += static_cast<std::uint64_t>(written);
+  }
+  return true;
+}
+
+bool SetSize(int descriptor, std::uint64_t size) {
+  return ftruncate(descriptor, static_cast<off_t>(size)) == 0;
+}
 
 int MoveByCopy(const fs::path& source, const fs::path& target) {
   fs::path beside = target;
@@ -41,6 +59,8 @@ ExclusiveWrite ProbeExclusiveWrite(const fs::path& file) {
   }
 }
 
+bool CanBeWritten(const fs::path& file) { return FileDescriptor(file, O_WRONLY | O_NONBLOCK).Get() >= 0; }
+
 int MoveReplacing(const fs::path& source, const fs::path& target, bool copyAcrossVolumes) {
   if (rename(source.c_str(), target.c_str()) == 0) return 0;
   const int error = errno;
@@ -51,6 +71,35 @@ int CopyOver(const fs::path& source, const fs::path& target) {
   std::error_code error;
   fs::copy_file(source, target, fs::copy_options::overwrite_existing, error);
   return error.value();
+}
+
+int TakeOverOwner(const fs::path& from, const fs::path& to) {
+  constexpr mode_t kPermissions = 07777;
+  const FileDescriptor opened(to, O_RDONLY | O_NOFOLLOW);
+  struct stat wanted {};
+  struct stat present {};
+  if (opened.Get() < 0 || stat(from.c_str(), &wanted) != 0 || fstat(opened.Get(), &present) != 0)
+    return errno;
+  const bool sameOwner = wanted.st_uid == present.st_uid && wanted.st_gid == present.st_gid;
+  if (!sameOwner && fchown(opened.Get(), wanted.st_uid, wanted.st_gid) != 0) return errno;
+  const bool sameMode = ((wanted.st_mode ^ present.st_mode) & kPermissions) == 0;
+  return sameMode || fchmod(opened.Get(), wanted.st_mode & kPermissions) == 0 ? 0 : errno;
+}
+
+Overwriting OverwriteInPlace(const fs::path& file, std::string_view content) {
+  const FileDescriptor opened(file, O_WRONLY);
+  struct stat before {};
+  if (opened.Get() < 0 || fstat(opened.Get(), &before) != 0) return Overwriting::kUntouched;
+  const auto oldSize = static_cast<std::uint64_t>(before.st_size);
+  const std::string_view head = content.substr(0, std::min<std::uint64_t>(oldSize, content.size()));
+  const std::string_view tail = content.substr(head.size());
+  // Steps that can be refused come first, while the old content can still be kept.
+  if (!tail.empty() && (!WriteAt(opened.Get(), tail, oldSize) || fsync(opened.Get()) != 0)) {
+    return SetSize(opened.Get(), oldSize) ? Overwriting::kUntouched : Overwriting::kTorn;
+  }
+  if (tail.empty() && !SetSize(opened.Get(), content.size())) return Overwriting::kUntouched;
+  const bool done = WriteAt(opened.Get(), head, 0) && fsync(opened.Get()) == 0;
+  return done ? Overwriting::kDone : Overwriting::kTorn;
 }
 
 int FlushToDisk(const fs::path& file) {

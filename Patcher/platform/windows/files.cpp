@@ -2,6 +2,9 @@
 
 #include "platform/files.h"
 
+#include <algorithm>
+#include <cstdint>
+
 #include "platform/windows/owned_handle.h"
 
 namespace platform {
@@ -9,11 +12,27 @@ namespace {
 
 int LastErrorUnless(BOOL success) { return success ? 0 : static_cast<int>(GetLastError()); }
 
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 int Flush(const std::filesystem::path& entry, DWORD flags) {
-  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const OwnedHandle opened(
       CreateFileW(entry.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr));
   return LastErrorUnless(opened.IsOpen() && FlushFileBuffers(opened.Get()));
+}
+
+bool WriteAt(HANDLE file, std::string_view bytes, std::uint64_t offset) {
+  OVERLAPPED place{};
+  place.Offset = static_cast<DWORD>(offset);
+  place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  const auto size = static_cast<DWORD>(bytes.size());
+  DWORD written = 0;
+  return size == 0 || (WriteFile(file, bytes.data(), size, &written, &place) && written == size);
+}
+
+bool SetSize(HANDLE file, std::uint64_t size) {
+  LARGE_INTEGER end{};
+  end.QuadPart = static_cast<LONGLONG>(size);
+  return SetFilePointerEx(file, end, nullptr, FILE_BEGIN) && SetEndOfFile(file);
 }
 
 /// The form in which players and the standard library know a path.
@@ -35,6 +54,12 @@ ExclusiveWrite ProbeExclusiveWrite(const std::filesystem::path& file) {
   return refused ? ExclusiveWrite::kRefused : ExclusiveWrite::kUnknown;
 }
 
+bool CanBeWritten(const std::filesystem::path& file) {
+  return OwnedHandle(CreateFileW(file.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr))
+      .IsOpen();
+}
+
 int MoveReplacing(const std::filesystem::path& source, const std::filesystem::path& target,
                   bool copyAcrossVolumes) {
   const DWORD flags = MOVEFILE_REPLACE_EXISTING | (copyAcrossVolumes ? MOVEFILE_COPY_ALLOWED : 0u);
@@ -43,6 +68,27 @@ int MoveReplacing(const std::filesystem::path& source, const std::filesystem::pa
 
 int CopyOver(const std::filesystem::path& source, const std::filesystem::path& target) {
   return LastErrorUnless(CopyFileW(source.c_str(), target.c_str(), FALSE));
+}
+
+int TakeOverOwner(const std::filesystem::path&, const std::filesystem::path&) { return 0; }
+
+Overwriting OverwriteInPlace(const std::filesystem::path& file, std::string_view content) {
+  const OwnedHandle opened(CreateFileW(file.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
+                                       FILE_ATTRIBUTE_NORMAL, nullptr));
+  LARGE_INTEGER before{};
+  if (!opened.IsOpen() || !GetFileSizeEx(opened.Get(), &before)) return Overwriting::kUntouched;
+  const auto oldSize = static_cast<std::uint64_t>(before.QuadPart);
+  const std::string_view head =
+      content.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(oldSize, content.size())));
+  const std::string_view tail = content.substr(head.size());
+  // Steps that can be refused come first, while the old content can still be kept: the disk may be full, and
+  // a file that somebody has mapped into memory gets no shorter.
+  if (!tail.empty() && (!WriteAt(opened.Get(), tail, oldSize) || !FlushFileBuffers(opened.Get()))) {
+    return SetSize(opened.Get(), oldSize) ? Overwriting::kUntouched : Overwriting::kTorn;
+  }
+  if (tail.empty() && !SetSize(opened.Get(), content.size())) return Overwriting::kUntouched;
+  const bool done = WriteAt(opened.Get(), head, 0) && FlushFileBuffers(opened.Get());
+  return done ? Overwriting::kDone : Overwriting::kTorn;
 }
 
 int FlushToDisk(const std::filesystem::path& file) { return Flush(file, FILE_ATTRIBUTE_NORMAL); }
@@ -54,7 +100,6 @@ int FlushDirectory(const std::filesystem::path& directory) {
 std::filesystem::path ResolveLinks(const std::filesystem::path& file) {
   const DWORD attributes = GetFileAttributesW(file.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return file;
-  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const OwnedHandle opened(CreateFileW(file.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
   if (!opened.IsOpen()) return file;
   std::wstring name(GetFinalPathNameByHandleW(opened.Get(), nullptr, 0, 0), L'\0');
