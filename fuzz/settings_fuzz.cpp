@@ -30,7 +30,7 @@ MiniJson::Value ParsedOrNull(std::string_view text) {
 }
 
 void CheckMessage(const std::filesystem::path& path) {
-  const MiniJson::Value message = Parsed(platform::WideToUtf8(patcher::BuildOptionsMessage(path)));
+  const MiniJson::Value message = Parsed(platform::WideToUtf8(patcher::BuildOptionsMessage(path).text));
   const std::size_t values = 2 + patcher::GameOptions::kDefs.size() + patcher::DX11TuneKeys.size();
   Require(message.Find("values")->objectMembers.size() == values, "every value is told");
   for (const auto& [name, value] : message.Find("values")->objectMembers) {

@@ -129,13 +129,19 @@ void Dispatcher::GetOptions(const MiniJson::Value&) { PushOptions(); }
 void Dispatcher::SaveOptions(const MiniJson::Value& request) {
   if (!operations_.saveOptions) return;
   const MiniJson::Value* values = request.Find("values");
-  const bool ok = values != nullptr && operations_.saveOptions(SettingsPath(), *values);
+  // The values say so too: the fresh ones may be on their way to the page while a second click on its button
+  // is on its way here.
+  const bool blind = values != nullptr && (formIsBlind_ || AreFromBlindMessage(*values));
+  const bool ok = values != nullptr && !blind && operations_.saveOptions(SettingsPath(), *values);
   host_.SendToPage(BuildOptionsSavedMessage(ok));
-  if (ok) PushOptions();
+  if (ok || blind) PushOptions();
 }
 
 void Dispatcher::PushOptions() {
-  if (operations_.buildOptionsMessage) host_.SendToPage(operations_.buildOptionsMessage(SettingsPath()));
+  if (!operations_.buildOptionsMessage) return;
+  const OptionsMessage message = operations_.buildOptionsMessage(SettingsPath());
+  formIsBlind_ = message.blind;
+  host_.SendToPage(message.text);
 }
 
 void Dispatcher::StartCheckWorker(bool repair) {

@@ -8,6 +8,7 @@
 #include "control/host.h"
 #include "control/operation_guard.h"
 #include "minijson/minijson.h"
+#include "options/options_exchange.h"
 
 namespace patcher {
 
@@ -19,7 +20,7 @@ struct OperationTable {
   std::function<void(HostWindow&)> fetchNews;                                       ///< on a news worker
   std::function<void()> launchClient;                                               ///< main thread
   std::function<void(const std::u16string&)> openExternalUrl;                       ///< main thread
-  std::function<std::u16string(const std::filesystem::path&)> buildOptionsMessage;  ///< main thread
+  std::function<OptionsMessage(const std::filesystem::path&)> buildOptionsMessage;  ///< main thread
   std::function<bool(const std::filesystem::path&, const MiniJson::Value&)> saveOptions;  ///< main thread
   std::function<void()> selfUpdateSwap;                                                   ///< main thread
   std::function<bool()> clientExists;                                                     ///< any thread
@@ -70,6 +71,7 @@ class Dispatcher {
   OperationGuard guard_;
   bool canPlay_ = false;
   bool ending_ = false;
+  bool formIsBlind_ = false;  // the page got its values from a blind message
 };
 
 }  // namespace patcher

@@ -17,6 +17,7 @@ namespace {
 using platform::ScreenSize;
 
 constexpr char kResolutionKey[] = "resolution";
+constexpr char kBlindMember[] = "iniUnread";
 
 // The sizes that the game accepts.
 constexpr ScreenSize kSmallest{640, 480};
@@ -65,7 +66,8 @@ std::string Values(const SettingsFile& file, const ScreenSize& size) {
     return Member(row.id, std::to_string(OptionToPage(row, file.GetInt(row.iniKey, row.def))));
   };
   const auto tune = [&](const TuneDef& row) { return Member(row.key, TuneFormat(TuneRead(file, row))); };
-  return Member("resWidth", std::to_string(size.width)) + ',' +
+  return (file.unreadable ? Member(kBlindMember, "1") + ',' : "") +
+         Member("resWidth", std::to_string(size.width)) + ',' +
          Member("resHeight", std::to_string(size.height)) + ',' + Joined(GameOptions::kDefs, option) + ',' +
          Joined(DX11TuneKeys, tune);
 }
@@ -92,7 +94,7 @@ void SetResolution(SettingsFile& file, const MiniJson::Value& values) {
 
 }  // namespace
 
-std::u16string BuildOptionsMessage(const std::filesystem::path& path) {
+OptionsMessage BuildOptionsMessage(const std::filesystem::path& path) {
   SettingsFile file;
   file.Load(path);
   const ScreenSize size = CurrentSize(file);
@@ -102,8 +104,10 @@ std::u16string BuildOptionsMessage(const std::filesystem::path& path) {
       Member("tuneGroups", '[' + Joined(DX11TuneGroups, Quoted) + ']') + ',' +
       Member("tune", '[' + Joined(DX11TuneKeys, TuneRow) + ']') + ',' +
       Member("values", '{' + Values(file, size) + '}') + '}';
-  return {text.begin(), text.end()};
+  return {{text.begin(), text.end()}, file.unreadable};
 }
+
+bool AreFromBlindMessage(const MiniJson::Value& values) { return values.Find(kBlindMember) != nullptr; }
 
 bool SaveOptions(const std::filesystem::path& path, const MiniJson::Value& values) {
   SettingsFile file;

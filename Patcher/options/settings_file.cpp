@@ -7,6 +7,7 @@
 #include <optional>
 #include <random>
 #include <system_error>
+#include <thread>
 
 #include "platform/files.h"
 
@@ -58,21 +59,22 @@ std::optional<float> TakeFloat(std::string_view text, std::chars_format format) 
   return number;
 }
 
-bool BeginsHexadecimal(std::string_view digits) {
-  return digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') && digits[2] != '-';
+/// Whether a hexadecimal digit follows "0x", with or without a point between them.
+bool BeginsHexadecimal(std::string_view text) {
+  if (!text.starts_with("0x") && !text.starts_with("0X")) return false;
+  text.remove_prefix(2);
+  if (text.starts_with('.')) text.remove_prefix(1);
+  return text.find_first_of("0123456789abcdefABCDEF") == 0;
 }
 
-/// As strtof: "0x" begins a hexadecimal number.
+/// As strtof: "0x" begins a hexadecimal number if one follows, else only its zero counts.
 std::optional<float> LeadingFloat(std::string_view text) {
   if (!SkipLead(text)) return std::nullopt;
   const bool negative = text.starts_with('-');
   const std::string_view digits = text.substr(negative ? 1 : 0);
-  if (BeginsHexadecimal(digits)) {
-    if (const auto number = TakeFloat(digits.substr(2), std::chars_format::hex)) {
-      return negative ? -*number : *number;
-    }
-  }
-  return TakeFloat(text, std::chars_format::general);
+  if (!BeginsHexadecimal(digits)) return TakeFloat(text, std::chars_format::general);
+  const std::optional<float> number = TakeFloat(digits.substr(2), std::chars_format::hex);
+  return number && negative ? -*number : number;
 }
 
 /// A name of its own for each writer, so that two launchers never write into one file.
@@ -102,44 +104,75 @@ void RemoveLeftovers(const fs::path& file) {
   }
 }
 
-bool WriteLines(const fs::path& file, const std::vector<std::string>& lines) {
-  std::ofstream out(file, std::ios::binary);
-  for (const std::string& line : lines) out << line << "\r\n";
-  out.close();
-  return !out.fail();
-}
+enum class Reading { kDone, kNoFile, kRefused };
 
-/// Whether replacing the file harms nothing. A move would replace what an opening for writing is refused.
-bool MayBeReplaced(const fs::path& file, bool loaded) {
+Reading ReadLines(const fs::path& file, std::vector<std::string>& lines) {
   std::error_code error;
-  const fs::file_status status = fs::symlink_status(file, error);
-  if (status.type() == fs::file_type::not_found) return true;
-  constexpr fs::perms kAnyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-  return loaded && (status.permissions() & kAnyWrite) != fs::perms::none &&
-         platform::ProbeExclusiveWrite(file) == platform::ExclusiveWrite::kPossible;
-}
-
-void TakeOverPermissions(const fs::path& from, const fs::path& to) {
-  std::error_code error;
-  const fs::file_status status = fs::status(from, error);
-  if (fs::exists(status)) fs::permissions(to, status.permissions(), error);
-}
-
-}  // namespace
-
-void SettingsFile::Load(const fs::path& path) {
-  lines.clear();
-  loaded = false;
-  std::error_code error;
-  if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > kMaxSettingsSize || error) return;
-  std::ifstream in(path, std::ios::binary);
+  // A link that leads nowhere is a file that cannot be read: the disk with the file may be away.
+  const bool nothingThere = fs::symlink_status(file, error).type() == fs::file_type::not_found;
+  if (nothingThere || fs::is_directory(file, error)) return Reading::kNoFile;
+  if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > kMaxSettingsSize || error) {
+    return Reading::kRefused;
+  }
+  std::ifstream in(file, std::ios::binary);
   std::string line;
   while (std::getline(in, line)) {
     line.erase(line.find_last_not_of("\r\n") + 1);
     lines.push_back(line);
   }
-  loaded = in.is_open() && in.eof() && !in.bad();
-  if (!loaded) lines.clear();
+  const bool done = in.is_open() && in.eof() && !in.bad();
+  if (!done) lines.clear();
+  return done ? Reading::kDone : Reading::kRefused;
+}
+
+std::string TextOf(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) {
+    text += line;
+    text += "\r\n";
+  }
+  return text;
+}
+
+bool WriteText(const fs::path& file, const std::string& text) {
+  std::ofstream out(file, std::ios::binary);
+  out << text;
+  out.close();
+  return !out.fail();
+}
+
+/// Whether a change of the file harms nothing. A move would replace what an opening for writing is refused.
+bool MayBeChanged(const fs::path& file, bool loaded) {
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(file, error);
+  if (status.type() == fs::file_type::not_found) return true;
+  constexpr fs::perms kAnyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+  return loaded && (status.permissions() & kAnyWrite) != fs::perms::none && platform::CanBeWritten(file);
+}
+
+/// `beside` is a new file; it has gone to the place of `file` if the text got there by a move.
+platform::Overwriting PutText(const std::string& text, const fs::path& beside, const fs::path& file,
+                              bool replaces) {
+  if (!WriteText(beside, text)) return platform::Overwriting::kUntouched;
+  const bool movable = !replaces || platform::TakeOverOwner(file, beside) == 0;
+  if (platform::FlushToDisk(beside) != 0) return platform::Overwriting::kUntouched;
+  if (movable && platform::MoveReplacing(beside, file, false) == 0) return platform::Overwriting::kDone;
+  return platform::OverwriteInPlace(file, text);
+}
+
+}  // namespace
+
+void SettingsFile::Load(const fs::path& path, std::chrono::milliseconds patience) {
+  constexpr std::chrono::milliseconds kPause(20);
+  const auto end = std::chrono::steady_clock::now() + patience;
+  lines.clear();
+  Reading reading = ReadLines(path, lines);
+  while (reading == Reading::kRefused && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(kPause);
+    reading = ReadLines(path, lines);
+  }
+  loaded = reading == Reading::kDone;
+  unreadable = reading == Reading::kRefused;
 }
 
 std::string SettingsFile::GetString(std::string_view key) const {
@@ -184,17 +217,14 @@ void SettingsFile::Set(std::string_view key, std::string_view value) {
 
 bool SettingsFile::Write(const fs::path& path) const {
   const fs::path file = platform::ResolveLinks(path);
-  if (!MayBeReplaced(file, loaded)) return false;
+  const std::string text = TextOf(lines);
+  if (text.size() > kMaxSettingsSize || !MayBeChanged(file, loaded)) return false;
   const fs::path beside = NameBeside(file);
-  bool done = WriteLines(beside, lines);
-  if (done) {
-    TakeOverPermissions(file, beside);
-    done = platform::FlushToDisk(beside) == 0 && platform::MoveReplacing(beside, file, false) == 0;
-  }
+  const platform::Overwriting outcome = PutText(text, beside, file, loaded);
   std::error_code ignored;
-  if (!done) fs::remove(beside, ignored);
-  RemoveLeftovers(file);
-  return done;
+  if (outcome != platform::Overwriting::kTorn) fs::remove(beside, ignored);
+  if (outcome == platform::Overwriting::kDone) RemoveLeftovers(file);
+  return outcome == platform::Overwriting::kDone;
 }
 
 }  // namespace patcher

@@ -1,5 +1,6 @@
 """The game's settings, as the page would read and write them."""
 import json
+import os
 import random
 import resource
 import signal
@@ -7,6 +8,7 @@ import subprocess
 import time
 
 import launcher
+from launcher import Session
 from scenario import ScenarioTest
 
 FOREIGN = b"; mine\n\nKey = value\r\nfpslimit\t 90  \nfpslimit 30\n\xff\x00\x1a bytes\nlast"
@@ -64,6 +66,43 @@ class OptionsTest(ScenarioTest):
         self.settings.mkdir()
         self.assertEqual(self.answers(request("saveOptions", values={"vsync": 1})), refused)
         self.assertEqual(set(self.place.files()), set())
+
+    def test_a_form_filled_blind_is_not_saved(self):
+        self.settings.write_bytes(FOREIGN)
+        os.truncate(self.settings, (16 << 20) + 1)  # too large to be read
+        session = Session(self.place, wait=False)
+        self.addCleanup(session.kill)
+        shown = session.until("options")[-1]
+        os.truncate(self.settings, len(FOREIGN))
+        save = request("saveOptions", values={**shown["values"], "vsync": 1}).rstrip()
+        session.send(save, save)  # two clicks
+        for _ in range(2):
+            self.assertFalse(session.until("optionsSaved")[-1]["ok"])
+            fresh = session.until("options")[-1]["values"]
+        self.assertEqual(self.settings.read_bytes(), FOREIGN)
+        self.assertEqual(fresh["fpsLimit"], 90)
+        session.send(request("saveOptions", values={**fresh, "vsync": 1}).rstrip())
+        self.assertTrue(session.until("optionsSaved")[-1]["ok"])
+        self.assertTrue(self.settings.read_bytes().startswith(KEPT))
+
+    def test_owner_group_and_mode_stay(self):
+        """Also of a file that belongs to somebody else, who lets the player write it."""
+        self.place.root.chmod(0o755)
+        self.place.directory.chmod(0o777)
+        save = request("saveOptions", values={"vsync": 1})
+        for mode, user in ((0o640, None), (0o666, 65534)):
+            self.settings.write_bytes(b"mine 1\n")
+            try:
+                os.chown(self.settings, 1234, 4321)
+            except OSError:
+                return  # a user namespace with one user
+            self.settings.chmod(mode)
+            done = subprocess.run(self.place.command(), input=save, capture_output=True, timeout=launcher.LIMIT,
+                                  check=True, user=user, cwd="/")
+            self.assertIn(b'{"type":"optionsSaved","ok":true}', done.stdout.splitlines())
+            status = self.settings.stat()
+            self.assertEqual((status.st_uid, status.st_gid, status.st_mode & 0o7777), (1234, 4321, mode))
+            self.assertEqual(self.place.files(), {"ostu.ini": b"mine 1\r\nvsync 1\r\n"})
 
     def test_a_disk_that_fills_up_during_a_save(self):
         """No file of the launcher may grow above 16 KiB."""

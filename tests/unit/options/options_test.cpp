@@ -110,7 +110,7 @@ TEST(TuningTest, FormatAndBounds) {
 
 class ExchangeTest : public testing::Test {
  protected:
-  std::string Message() const { return platform::WideToUtf8(BuildOptionsMessage(path)); }
+  std::string Message() const { return platform::WideToUtf8(BuildOptionsMessage(path).text); }
   bool Save(const std::string& values) const { return SaveOptions(path, Json(values)); }
 
   /// Number of a member of the message's values.
@@ -146,6 +146,16 @@ TEST_F(ExchangeTest, MessageWithoutAFile) {
   const MiniJson::Value message = Json(text);
   EXPECT_EQ(message.Find("tune")->arrayItems.size(), 61u);
   EXPECT_EQ(message.Find("values")->objectMembers.size(), 81u);
+}
+
+TEST_F(ExchangeTest, ABlindMessageMarksItsValues) {
+  EXPECT_FALSE(BuildOptionsMessage(path).blind);
+  WriteWhole(path, "");
+  std::filesystem::resize_file(path, kMaxSettingsSize + 1);
+  EXPECT_TRUE(BuildOptionsMessage(path).blind);
+  EXPECT_TRUE(AreFromBlindMessage(*Json(Message()).Find("values")));
+  std::filesystem::remove(path);
+  EXPECT_FALSE(AreFromBlindMessage(*Json(Message()).Find("values")));
 }
 
 TEST_F(ExchangeTest, AFirstSaveWritesWhatThePageHas) {

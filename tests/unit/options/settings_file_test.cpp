@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <random>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@ namespace fs = std::filesystem;
 
 SettingsFile Loaded(const fs::path& path) {
   SettingsFile file;
-  file.Load(path);
+  file.Load(path, std::chrono::milliseconds(0));
   return file;
 }
 
@@ -43,6 +44,20 @@ TEST(SettingsFileTest, LinesAndValues) {
   EXPECT_EQ(file.GetString("VSYNC"), "3");
   EXPECT_EQ(file.GetString("nul"), std::string("a\0b\x1a", 4));
   EXPECT_EQ(file.GetString(""), "");
+}
+
+TEST(SettingsFileTest, AFileThatCannotBeReadIsTriedAgain) {
+  ScratchDirectory directory;
+  const fs::path path = directory / "ostu.ini";
+  WriteWhole(path, "vsync 1\n");
+  fs::resize_file(path, kMaxSettingsSize + 1);
+  EXPECT_TRUE(Loaded(path).unreadable);
+  std::thread holder([&] { fs::resize_file(path, 8); });
+  SettingsFile file;
+  file.Load(path, std::chrono::minutes(1));
+  holder.join();
+  EXPECT_EQ(file.lines, std::vector<std::string>{"vsync 1"});
+  EXPECT_FALSE(file.unreadable);
 }
 
 TEST(SettingsFileTest, Integers) {
@@ -79,6 +94,14 @@ TEST(SettingsFileTest, Floats) {
                {"key -0X10", -16},
                {"key 0x", 0},
                {"key 0x-1", 0},
+               {"key 0xg", 0},
+               {"key 0x.g", 0},
+               {"key 0xinf", 0},
+               {"key 0x.8", 0.5f},
+               {"key 0x1p128", 9},
+               {"key -0X.8P129", 9},
+               {"key 0x1p-200", 9},
+               {"key 0x1p99999999999", 9},
                {"key 1e39", 9},
                {"key -1e999", 9},
                {"key 1e-60", 9},
@@ -211,6 +234,9 @@ TEST_F(SavedLinesTest, WhatCannotBeReadIsNeverReplaced) {
   fs::resize_file(path, kMaxSettingsSize + 1);
   EXPECT_FALSE(SaveOptions(path, nothing));
   EXPECT_EQ(fs::file_size(path), kMaxSettingsSize + 1);
+  fs::resize_file(path, kMaxSettingsSize);
+  EXPECT_FALSE(SaveOptions(path, nothing)) << "with its last line's end no later save could read it";
+  EXPECT_EQ(fs::file_size(path), kMaxSettingsSize);
   fs::resize_file(path, 6);
   EXPECT_FALSE(SettingsFile().Write(path)) << "not loaded";
   fs::permissions(path, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
