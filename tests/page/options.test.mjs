@@ -67,3 +67,18 @@ journey("a game never started shows its defaults, and a refused write keeps the 
     has(game, "fpslimit 144", "fullscreen 0");
     assert.equal(await row(page, "Plein ecran").getByRole("switch").getAttribute("aria-checked"), "false");
   });
+
+journey("a form filled without the file's values gets them instead of a save", { game: { installed: true } },
+  async (launcher, game) => {
+    const { page } = launcher;
+    game.write("ostu.ini", "fpslimit 90\n".padEnd((16 << 20) + 1)); // too large to be read
+    await openOptions(launcher, game);
+    game.write("ostu.ini", "fpslimit 90\n");
+    await launcher.until("told options", () => page.click("#opt-apply"));
+    assert.equal(launcher.requests.at(-1).values.iniUnread, 1, "the page says where its values are from");
+    assert.equal(await launcher.text("opt-state"), "Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.");
+    assert.equal(await row(page, "Images par seconde").locator("option:checked").textContent(), "90 (personnalise)");
+    assert.equal(game.read("ostu.ini"), "fpslimit 90\n");
+    await save(launcher);
+    has(game, "fpslimit 90");
+  });
