@@ -45,7 +45,7 @@ class CheckOperation {
       Status("Rien a reparer.");
       return true;
     }
-    Discard(result.samples);
+    if (!Discard(result.samples)) return true;
     RetainedCheck::Current().UseUp();
     Status("Retelechargement de " + std::to_string(result.samples.size()) + " fichier(s)...");
     RunUpdate(window_, stages_);
@@ -107,9 +107,11 @@ class CheckOperation {
     Status(text + ".");
   }
 
-  void Discard(const std::vector<std::string>& paths) {
-    const InstallLock lock(window_);
-    DiscardDamagedFiles(paths);
+  /// False, and nothing is deleted, if another launcher works in the directory for too long.
+  bool Discard(const std::vector<std::string>& paths) {
+    const InstallLock lock(window_, stages_.lockPatience);
+    if (lock.IsTaken()) DiscardDamagedFiles(paths);
+    return lock.IsTaken();
   }
 
   HostWindow& window_;

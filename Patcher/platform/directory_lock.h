@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 
@@ -7,7 +8,7 @@ namespace platform {
 
 /// Keeps several processes from working in one directory at the same time. Advisory: it binds only those who
 /// take it. Released when it goes or when the process dies, however that happens. Leaves nothing on the disk.
-/// Used by one thread.
+/// Windows: accounts and elevated processes exclude each other too. Used by one thread.
 class DirectoryLock {
  public:
   /// Takes nothing yet.
@@ -16,12 +17,10 @@ class DirectoryLock {
   DirectoryLock(const DirectoryLock&) = delete;
   DirectoryLock& operator=(const DirectoryLock&) = delete;
 
-  /// False if another process holds the lock. True also where the system offers no such lock (some network
-  /// file systems): nobody shall be locked out for that.
-  bool TryTake();
-
-  /// Waits until the lock is free and takes it.
-  void Take();
+  /// Waits until the lock is free and takes it; `patience` is below a day. False if another process holds it
+  /// for that long. True also where the system offers no such lock (some network file systems): nobody shall
+  /// be locked out for that.
+  bool TakeWithin(std::chrono::milliseconds patience);
 
  private:
   struct Impl;

@@ -5,10 +5,12 @@
 
 namespace patcher {
 
-InstallLock::InstallLock(HostWindow& window) : lock_(ExeDir()) {
-  if (lock_.TryTake()) return;
+InstallLock::InstallLock(HostWindow& window, std::chrono::milliseconds patience)
+    : lock_(ExeDir()), taken_(lock_.TakeWithin(std::chrono::milliseconds(0))) {
+  if (taken_) return;
   PostStatus(window, "Une autre instance du lanceur met le jeu a jour, attente...");
-  lock_.Take();
+  taken_ = lock_.TakeWithin(patience);
+  if (!taken_) PostStatus(window, "Une autre instance du lanceur occupe toujours le dossier du jeu.");
 }
 
 }  // namespace patcher

@@ -48,13 +48,15 @@ void SweepLeftovers() {
 /// on.
 class Steps {
  public:
-  Steps(HostWindow& window, const UpdateStages& stages) : lock_(window), run_(window), stages_(stages) {}
+  Steps(HostWindow& window, const UpdateStages& stages)
+      : lock_(window, stages.lockPatience), run_(window), stages_(stages) {}
   ~Steps() { run_.session.Close(); }
   Steps(const Steps&) = delete;
   Steps& operator=(const Steps&) = delete;
 
   /// Nothing if the launcher is being replaced.
   std::optional<bool> Run() {
+    if (!lock_.IsTaken()) return ClientExists();
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
     if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 
@@ -20,12 +21,14 @@ struct UpdateStages {
   std::function<void(HostWindow&, const PatchManifest&)> cleanUp;
   /// Whether the game can be started if the run cannot complete.
   std::function<bool()> clientExists;
+  /// How long an operation waits for another launcher in the same directory.
+  std::chrono::milliseconds lockPatience = std::chrono::seconds(30);
 };
 
 /// Brings the installation to the state that the server's manifest describes and tells the page every step.
-/// Runs on a worker thread under the operation guard; waits while another launcher runs an update in the same
-/// directory. Raises nothing; ends with one `ready`, posted when everything else of the run is over, unless
-/// the launcher is being replaced.
+/// Runs on a worker thread under the operation guard; waits while another launcher works in the same
+/// directory, and ends without having touched anything if that takes too long. Raises nothing; ends with one
+/// `ready`, posted when everything else of the run is over, unless the launcher is being replaced.
 void RunUpdate(HostWindow& window, const UpdateStages& stages);
 
 }  // namespace patcher

@@ -11,13 +11,14 @@ namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 /// Whether somebody else (for a lock, another thread is as good as another process) could take the lock.
 bool OthersCanTake(const fs::path& directory) {
   bool taken = false;
   std::thread([&] {
     DirectoryLock lock(directory);
-    taken = lock.TryTake();
+    taken = lock.TakeWithin(0ms);
   }).join();
   return taken;
 }
@@ -29,7 +30,7 @@ TEST(DirectoryLockContract, OneHolderADirectoryHoweverItIsSpelled) {
   {
     DirectoryLock lock(directory / "a");
     EXPECT_TRUE(OthersCanTake(directory / "a")) << "nothing is taken by making it";
-    ASSERT_TRUE(lock.TryTake());
+    ASSERT_TRUE(lock.TakeWithin(0ms));
     EXPECT_FALSE(OthersCanTake(directory / "a"));
     EXPECT_FALSE(OthersCanTake(directory / "b" / ".." / "a"));
     EXPECT_TRUE(OthersCanTake(directory / "b"));
@@ -38,15 +39,16 @@ TEST(DirectoryLockContract, OneHolderADirectoryHoweverItIsSpelled) {
   EXPECT_TRUE(OthersCanTake(directory / "missing")) << "no lock to be had locks nobody out";
 }
 
-TEST(DirectoryLockContract, WhoWaitsGetsIt) {
+TEST(DirectoryLockContract, AWaitEndsWithTheLockOrWithItsTime) {
   const patcher::ScratchDirectory directory;
   const fs::path place = directory / "a";
   fs::create_directory(place);
   auto first = std::make_unique<DirectoryLock>(place);
-  ASSERT_TRUE(first->TryTake());
+  ASSERT_TRUE(first->TakeWithin(0ms));
+  std::thread([&] { EXPECT_FALSE(DirectoryLock(place).TakeWithin(150ms)); }).join();
   std::thread waiting([&] {
     DirectoryLock second(place);
-    second.Take();
+    EXPECT_TRUE(second.TakeWithin(10min));
     EXPECT_FALSE(OthersCanTake(place));
   });
   first.reset();

@@ -1,6 +1,8 @@
 #include "platform/directory_lock.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -26,13 +28,16 @@ DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
 
 DirectoryLock::~DirectoryLock() = default;
 
-bool DirectoryLock::TryTake() {
-  return flock(impl_->descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
-}
-
-void DirectoryLock::Take() {
-  while (flock(impl_->descriptor, LOCK_EX) != 0 && errno == EINTR) {
+bool DirectoryLock::TakeWithin(std::chrono::milliseconds patience) {
+  // The system offers no wait with an end.
+  constexpr std::chrono::milliseconds kPause(100);
+  const auto end = std::chrono::steady_clock::now() + patience;
+  while (flock(impl_->descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= end) return false;
+    std::this_thread::sleep_until(std::min(end, now + kPause));
   }
+  return true;
 }
 
 }  // namespace platform

@@ -2,7 +2,10 @@
 
 #include "platform/directory_lock.h"
 
+#include <memory>
 #include <string>
+
+#include <sddl.h>
 
 #include "platform/windows/owned_handle.h"
 
@@ -20,9 +23,24 @@ std::wstring NameOf(const std::filesystem::path& directory) {
          std::to_wstring(about.nFileIndexHigh) + L"-" + std::to_wstring(about.nFileIndexLow);
 }
 
+struct LocalDeleter {
+  void operator()(void* memory) const { LocalFree(memory); }
+};
+
+/// Whoever makes it, everyone may wait for it and release it, and nothing more is asked when it is opened:
+/// another account may have made it.
 HANDLE MakeMutex(const std::filesystem::path& directory) {
+  constexpr DWORD kRights = SYNCHRONIZE | MUTEX_MODIFY_STATE;
+  constexpr wchar_t kEveryoneHasThem[] = L"D:(A;;0x100001;;;WD)";
   const std::wstring name = NameOf(directory);
-  return name.empty() ? nullptr : CreateMutexW(nullptr, FALSE, name.c_str());
+  void* descriptor = nullptr;
+  if (name.empty() || !ConvertStringSecurityDescriptorToSecurityDescriptorW(kEveryoneHasThem, SDDL_REVISION_1,
+                                                                            &descriptor, nullptr)) {
+    return nullptr;
+  }
+  const std::unique_ptr<void, LocalDeleter> owned(descriptor);
+  SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor, FALSE};
+  return CreateMutexExW(&attributes, name.c_str(), 0, kRights);
 }
 
 }  // namespace
@@ -52,8 +70,8 @@ DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
 
 DirectoryLock::~DirectoryLock() = default;
 
-bool DirectoryLock::TryTake() { return impl_->Wait(0); }
-
-void DirectoryLock::Take() { impl_->Wait(INFINITE); }
+bool DirectoryLock::TakeWithin(std::chrono::milliseconds patience) {
+  return impl_->Wait(static_cast<DWORD>(patience.count()));
+}
 
 }  // namespace platform
