@@ -33,6 +33,7 @@ int RunLauncher(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  platform::SurviveBrokenPipes();
   if (platform::CommandLineText(argc, argv).find("--print-version") != std::string::npos) {
     platform::UseConsoleOfParent();
     platform::UseBinaryStandardStreams();

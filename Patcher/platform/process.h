@@ -19,6 +19,10 @@ std::string CommandLineText(int argc, char** argv);
 /// StartProgram's error number for a file that is no program for this system.
 inline constexpr int kErrorBadExeFormat = 193;
 
+/// From now on a write to a pipe or a connection whose reader is gone fails instead of ending the process.
+/// Windows does that anyway. Programs that are started have the system's usual behaviour. Call first in main.
+void SurviveBrokenPipes();
+
 /// Starts `program` and does not wait for it. Its first argument is its own path, in quotation marks on
 /// Windows; `arguments` follow (none may need quoting). Nothing is inherited but the environment (and, on
 /// Linux, the standard streams). On Linux a file that is a Windows program is started through `wine` if the

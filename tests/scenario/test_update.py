@@ -1,4 +1,6 @@
 """The roads of an update run, as the page would see them."""
+import subprocess
+
 from game import Game, archive, digest, publish_manifest
 from launcher import Session, is_windows, wait_until
 from scenario import CONNECT, ScenarioTest
@@ -88,6 +90,16 @@ class UpdateTest(ScenarioTest):
                                        "Hors ligne : utilisation des fichiers deja installes.", True])
         self.place.set_server("nonsense")
         self.assertEqual(self.told(), [CONNECT, "URL de patch invalide: nonsense", "offline", True])
+
+    def test_a_run_whose_reader_goes_away_is_finished(self):
+        game = Game(4, 30)
+        game.publish(self.server)
+        process = self.place.start(subprocess.DEVNULL)
+        self.assertIn(b'"options"', process.stdout.readline())
+        process.stdout.close()
+        self.assertEqual((process.stderr.read(), process.wait()), (b"", 0))
+        process.stderr.close()
+        self.assert_files(self.place, game.files)
 
     def test_a_hundred_thousand_files_with_nothing_to_do(self):
         data = b"same"

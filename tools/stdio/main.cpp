@@ -63,6 +63,7 @@ void TellError(const std::u16string& text, const std::u16string& title) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  platform::SurviveBrokenPipes();
   platform::UseBinaryStandardStreams();
   const Options options = ReadOptions(argc, argv);
   if (options.printVersion) {

@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -48,6 +49,7 @@ void DropStandardStreams() {
 [[noreturn]] void BecomeProgram(char* const* argv, const char* directory, Streams streams, int report) {
   if (chdir(directory) != 0) FailInChild(errno, report);
   if (streams == Streams::kNone) DropStandardStreams();
+  std::signal(SIGPIPE, SIG_DFL);
   close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
   // execvp would hand a file that is no program to the shell.
   if (std::strchr(argv[0], '/') != nullptr) {
@@ -106,6 +108,8 @@ std::string CommandLineText(int argc, char** argv) {
   for (int i = 0; i < argc; ++i) text += std::string(i > 0 ? " " : "") + argv[i];
   return text;
 }
+
+void SurviveBrokenPipes() { std::signal(SIGPIPE, SIG_IGN); }
 
 int StartProgram(const fs::path& program, const std::vector<std::string>& arguments,
                  const fs::path& workingDirectory) {

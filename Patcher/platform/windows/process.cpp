@@ -37,6 +37,8 @@ std::vector<std::string> CommandLineArguments(int, char**) {
 
 std::string CommandLineText(int, char**) { return Utf8FromPath(GetCommandLineW()); }
 
+void SurviveBrokenPipes() {}
+
 int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                  const std::filesystem::path& workingDirectory) {
   std::wstring commandLine = L'"' + program.native() + L'"';
