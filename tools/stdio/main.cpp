@@ -29,7 +29,7 @@ is one unattended update. Its outcome is the last message of type "ready".
   --print-version  print the launcher's build number
   --help           print this text
 
-Exit codes: 0 the session ended, 2 wrong usage.)";
+Exit codes: 0 the session ended, 2 wrong usage, 3 no thread could be started.)";
 
 constexpr int kExitUsage = 2;
 

@@ -2,6 +2,8 @@
 
 #include <memory>
 #include <new>
+#include <string>
+#include <system_error>
 #include <thread>
 
 #include "control/ui_event.h"
@@ -30,8 +32,13 @@ StdioHost::StdioHost(Form form, OperationTable operations)
       dispatcher_(*this, std::move(operations)) {}
 
 int StdioHost::Run() {
+  try {
+    StartDetachedThread([this] { ReadRequests(); });
+  } catch (const std::system_error& error) {
+    platform::WriteErrorLine(std::string("patcher-stdio: no thread can be started: ") + error.what());
+    return kExitNoThread;
+  }
   dispatcher_.NavigationCompleted();
-  StartDetachedThread([this] { ReadRequests(); });
   return queue_.Run();
 }
 

@@ -18,8 +18,11 @@ class StdioHost final : public HostOperations {
 
   StdioHost(Form form, OperationTable operations);
 
-  /// Does what a completed navigation does, then serves requests. Returns the exit code, at once for "play"
-  /// and "cancel", else when the input has ended and no worker is running.
+  static constexpr int kExitNoThread = 3;
+
+  /// Does what a completed navigation does, then serves requests. Returns the exit code: 0, at once for
+  /// "play" and "cancel", else when the input has ended and no worker is running; kExitNoThread, after a line
+  /// on standard error, if the input cannot be read for want of a thread.
   int Run();
 
   void PostEvent(const UiEvent& event) noexcept override;
