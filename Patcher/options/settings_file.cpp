@@ -150,14 +150,19 @@ bool MayBeChanged(const fs::path& file, bool loaded) {
   return loaded && (status.permissions() & kAnyWrite) != fs::perms::none && platform::CanBeWritten(file);
 }
 
-/// `beside` is a new file; it has gone to the place of `file` if the text got there by a move.
+/// Makes the text the content of `file`, through the new file `beside`, which is gone afterwards if it was
+/// moved.
 platform::Overwriting PutText(const std::string& text, const fs::path& beside, const fs::path& file,
                               bool replaces) {
   if (!WriteText(beside, text)) return platform::Overwriting::kUntouched;
   const bool movable = !replaces || platform::TakeOverOwner(file, beside) == 0;
   if (platform::FlushToDisk(beside) != 0) return platform::Overwriting::kUntouched;
-  if (movable && platform::MoveReplacing(beside, file, false) == 0) return platform::Overwriting::kDone;
-  return platform::OverwriteInPlace(file, text);
+  if (!movable || platform::MoveReplacing(beside, file, false) != 0) {
+    return platform::OverwriteInPlace(file, text);
+  }
+  // Some file systems cannot flush a directory.
+  platform::FlushDirectory(file.parent_path());
+  return platform::Overwriting::kDone;
 }
 
 }  // namespace

@@ -27,8 +27,8 @@ struct LocalDeleter {
   void operator()(void* memory) const { LocalFree(memory); }
 };
 
-/// Whoever makes it, everyone may wait for it and release it, and nothing more is asked when it is opened:
-/// another account may have made it.
+/// Everyone may wait for it and release it. No other rights are asked for when it is opened, because another
+/// account may have made it.
 HANDLE MakeMutex(const std::filesystem::path& directory) {
   constexpr DWORD kRights = SYNCHRONIZE | MUTEX_MODIFY_STATE;
   constexpr wchar_t kEveryoneHasThem[] = L"D:(A;;0x100001;;;WD)";
