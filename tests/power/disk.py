@@ -1,0 +1,82 @@
+"""Small file systems in image files, whose power can be cut."""
+import ctypes
+import fcntl
+import os
+import pathlib
+import struct
+import subprocess
+import sys
+import tempfile
+
+from launcher import wait_until
+
+SIZE = 400 << 20  # mkfs.xfs takes 300 MiB at least
+MAKE = {"ext4": ["mkfs.ext4", "-q", "-F"], "xfs": ["mkfs.xfs", "-q"]}
+SHUTDOWN, FLUSH_NOTHING = 0x8004587D, struct.pack("I", 2)  # FS_IOC_SHUTDOWN, as `xfs_io -x -c shutdown` calls it
+CLONE_NEWNS = 0x20000
+libc = ctypes.CDLL(None, use_errno=True)
+
+
+def run(*command):
+    done = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False)
+    if done.returncode != 0:
+        sys.exit(f"power: {command[0]} failed; needed are root, loop devices, ext4 and XFS: {done.stderr.decode()}")
+
+
+def hide_mounts():
+    """Gives this process mounts of its own. They and their loop devices end with it, however it ends."""
+    if libc.unshare(CLONE_NEWNS) != 0:
+        sys.exit(f"power: only root can mount file systems: {os.strerror(ctypes.get_errno())}")
+    run("mount", "--make-rprivate", "/")
+
+
+def make_blank(folder, kind):
+    """An image of an empty file system."""
+    image = folder / f"{kind}.img"
+    image.touch()
+    os.truncate(image, SIZE)
+    run(*MAKE[kind], image)
+    return image
+
+
+class Disk:
+    """A copy of a blank image, mounted at `root`."""
+
+    def __init__(self, blank):
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="disk-", dir=blank.parent))
+        self.image = self.root.with_suffix(".img")
+        run("cp", "--sparse=always", blank, self.image)
+        self.mount()
+
+    def mount(self):
+        run("mount", "-o", "loop", self.image, self.root)
+        self.descriptor = os.open(self.root, os.O_RDONLY)
+
+    def unmount(self):
+        os.close(self.descriptor)
+        # A process that was killed may still be ending.
+        wait_until(lambda: subprocess.run(["umount", self.root], stderr=subprocess.DEVNULL, check=False).returncode == 0)
+
+    def remount(self):
+        self.unmount()
+        self.mount()
+
+    def remove(self):
+        self.unmount()
+        self.image.unlink()
+
+    def cut_power(self):
+        fcntl.ioctl(self.descriptor, SHUTDOWN, FLUSH_NOTHING)
+
+    def flush_journal(self):
+        """Brings to the disk what the file system knows of its files, and none of their bytes."""
+        with open(self.root / "flushed", "wb") as file:
+            os.fsync(file.fileno())
+
+
+def flush_pages(path, rng, share):
+    """Brings this share of a file's pages to the disk, as a system does that is about to write all of them."""
+    with open(path, "rb") as file:
+        for page in range(0, os.fstat(file.fileno()).st_size, 4096):
+            if rng.random() < share:
+                libc.sync_file_range(file.fileno(), ctypes.c_int64(page), ctypes.c_int64(4096), 7)  # and waits for it

@@ -1,0 +1,237 @@
+"""One operation of the launcher on a disk that loses its power, and what is found afterwards."""
+import contextlib
+import json
+import os
+import random
+import re
+import signal
+import subprocess
+import time
+
+import disk
+import launcher
+from fault_server import FaultServer
+from game import Game, digest
+from launcher import Installation, Session, messages, told
+from test_kills import Life
+from test_self_update import NEW, OLD, URL
+
+FILES, ARCHIVES, DAMAGED = 150, 4, 60
+MANIFEST = "/patch/version.json"
+DEFAULT_CONFIGURATION = re.compile(rb"BaseUrl=\S+\r\nConnections=4\r\n")
+SETTINGS, FIRST_LIMIT = b"mine 1\r\n" * 40000 + b"fpslimit %d\r\n", 100
+RUN = ("after_messages", "after_messages", "at_a_save", "at_a_save", "after_ready")
+# For each operation: the moments at which it may lose its power, how many files, archives or lines of hashing its
+# messages count, and how often it saves the record.
+OPERATIONS = {
+    "fresh install": (RUN, FILES, 4),
+    "update": (RUN, FILES // 3, 2),
+    "withdrawn update": (RUN, FILES // 3, 2),
+    "archives": ((*RUN, "in_a_transfer", "at_extraction"), ARCHIVES, 5),
+    "files found good": (("after_messages", "at_a_save", "after_ready"), FILES // 25, 1),
+    "repair": (RUN, DAMAGED, 2),
+    "settings": (("at_saved_settings",), 0, 0),
+    "first start": (("at_configuration",), 0, 0),
+    "self-update": (("at_the_swap", "after_messages", "after_ready"), FILES, 4),
+}
+# What reaches the disk just before the cut, besides what the launcher flushes: the journal, which shows most without
+# the bytes of the files, and a share of the pages of the document that the operation writes.
+AHEAD = {"nothing": None, "journal": 0, "journal and document": 1, "journal and half a document": 0.5}
+
+
+def vouched(text):
+    """The files that a record vouches for, read more generously than the launcher does."""
+    try:
+        record, _ = json.JSONDecoder(strict=False).raw_decode(text.decode(errors="surrogateescape"))
+        return {entry["path"]: entry["sha256"] for entry in record["files"]}
+    except (ValueError, LookupError, TypeError):
+        return {}
+
+
+class PowerCut(Life):
+    def __init__(self, seed, blanks):
+        rng = random.Random(seed)
+        self.disk = disk.Disk(blanks[seed % len(blanks)])
+        self.operation = list(OPERATIONS)[seed // len(blanks) % len(OPERATIONS)]
+        game = Game(seed, FILES, archives=ARCHIVES if self.operation == "archives" else 0)
+        server = FaultServer()
+        super().__init__(rng, Installation(server, parent=self.disk.root), game, server)
+        moments, self.items, self.saves = OPERATIONS[self.operation]
+        self.moment = getattr(self, rng.choice(moments))
+        self.ahead = rng.choice(list(AHEAD))
+        self.document = self.file({"settings": "ostu.ini", "first start": "patcher.ini"}.get(self.operation, self.record))
+        self.configuration = self.file("patcher.ini").read_bytes()
+        self.launchers = [launcher.PROGRAM.read_bytes()]
+        self.limit = FIRST_LIMIT
+        self.damaged = {}
+        self.session = None
+        self.faults = []
+
+    def file(self, path):
+        return self.place.directory / path
+
+    def end_launchers(self):
+        if self.session:
+            self.session.kill()
+        for number in self.place.running():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(number, signal.SIGKILL)
+
+    def remove(self):
+        self.end_launchers()
+        self.server.close()
+        self.disk.remove()
+
+    # Before the operation
+
+    def prepare(self):
+        operation = self.operation
+        updates = "update" in operation.split() or operation == "archives" and self.rng.random() < 0.5
+        self.place.write("ostu.ini", SETTINGS % self.limit)
+        record = self.game.publish(self.server)
+        if updates or operation in ("repair", "settings"):
+            self.install_files()
+            self.record.write_bytes(record)
+        if operation == "repair":
+            self.damage_files()
+        elif operation == "first start":
+            self.document.unlink()
+        elif operation == "self-update":
+            self.launchers.append(launcher.beside_program("patcher-stdio-next").read_bytes())
+            self.server.content[URL] = self.launchers[1]
+            self.game.publish(self.server, patcherVersion=1 << 30, patcherUrl=URL.removeprefix("/patch/"))
+        self.disk.remount()  # which flushes all this
+        self.old = dict(self.game.files), record
+        if updates:
+            self.game.next_version()
+            self.game.publish(self.server)
+        elif operation == "files found good":
+            self.install_files()
+
+    def install_files(self):
+        for path, data in self.game.files.items():
+            self.place.write(path, data)
+
+    def damage_files(self):
+        for path in self.rng.sample(sorted(self.game.files), DAMAGED):
+            self.damaged[path] = self.rng.choice((None, b"damaged " + self.game.files[path][8:]))
+            self.file(path).unlink()
+            if self.damaged[path]:
+                self.place.write(path, self.damaged[path])
+
+    def cut(self):
+        """Starts the operation and cuts the power at the moment. Returns a name for the moment."""
+        self.session = Session(self.place, wait=self.operation in ("repair", "settings"))
+        self.process = self.session.process
+        if self.operation == "repair":
+            self.session.send("repair")
+        if self.operation != "settings":
+            self.process.stdin.close()
+        self.moment(self.record_state())
+        over = self.operation != "self-update" and self.process.poll() is not None
+        share = AHEAD[self.ahead]
+        if share is not None:
+            with contextlib.suppress(FileNotFoundError):
+                disk.flush_pages(self.document, self.rng, share)
+            self.disk.flush_journal()
+        self.disk.cut_power()
+        self.end_launchers()
+        self.session, self.server.faults = None, {}
+        self.disk.remount()
+        return "after ready" if over else self.moment.__name__.replace("_", " ")
+
+    # Moments
+
+    def after_messages(self, _):
+        for _ in range(self.rng.randint(5, 5 + self.items)):  # the first five come before any file
+            self.process.stdout.readline()
+        self.linger(0.003)
+
+    def at_a_save(self, before):
+        for _ in range(self.rng.randint(1, self.saves)):
+            self.wait_until(lambda: self.record_state() != before)
+            before = self.record_state()
+        self.linger(0.002)
+
+    def after_ready(self, _):
+        self.session.until("ready")
+        time.sleep(2 * self.rng.random() ** 2)
+
+    def at_saved_settings(self, _):
+        for number in range(self.rng.randint(1, 15)):
+            if number > 0:
+                self.session.until("optionsSaved")
+            self.limit += 1
+            self.session.send(b'{"action":"saveOptions","values":{"fpsLimit":%d}}' % self.limit)
+        self.linger(0.01)
+
+    def at_configuration(self, _):
+        self.wait_until(self.document.exists)
+        self.linger(0.003)
+
+    def at_the_swap(self, _):
+        name, longest = self.rng.choice(((NEW, 0.06), (OLD, 0.005)))
+        self.wait_until(self.file(name).exists)
+        self.linger(longest)
+
+    # What the cut left, and the start after it
+
+    def expect(self, condition, fault):
+        if not condition:
+            self.faults.append(fault)
+
+    def check(self):
+        self.check_record()
+        self.check_launcher()
+        self.check_settings()
+        configuration = self.file("patcher.ini")
+        if self.operation != "first start":
+            self.expect(configuration.read_bytes() == self.configuration, "patcher.ini has changed")
+        elif configuration.exists():
+            self.expect(DEFAULT_CONFIGURATION.fullmatch(configuration.read_bytes()), "patcher.ini is not whole")
+        self.place.set_server(self.server.url())
+        if self.operation == "withdrawn update":
+            self.game.files, self.server.content[MANIFEST] = self.old
+        self.check_next_start()
+
+    def check_record(self):
+        """Returns what the record vouches for. What the test has damaged may still be as it was left."""
+        found = self.place.files()
+        promised = vouched(self.record.read_bytes()) if self.record.exists() else {}
+        wrong = [path for path, wanted in promised.items() if path not in found or digest(found[path]) != wanted]
+        wrong = [path for path in wrong if path not in self.damaged or found.get(path) not in (None, self.damaged[path])]
+        self.expect(not wrong, f"{len(wrong)} of {len(promised)} files that the record vouches for are wrong")
+        return promised
+
+    def check_launcher(self):
+        program, old, new = self.place.program, self.file(OLD), self.file(NEW)
+        if not program.exists() and old.exists() and new.exists():
+            # Between the two moves of the swap: the player starts the old one.
+            self.expect(new.read_bytes() == self.launchers[-1], "Patcher.new.exe is not whole")
+            self.place.program = program = old
+        if not program.exists() or program.read_bytes() not in self.launchers:
+            raise AssertionError("no launcher is left")
+
+    def check_settings(self):
+        saved = {SETTINGS % limit for limit in range(FIRST_LIMIT, self.limit + 1)}
+        self.expect(self.file("ostu.ini").read_bytes() in saved, "the settings are neither old nor new")
+
+    def check_next_start(self):
+        # Pipes, since they end only when a launcher that replaces this one has ended too.
+        done = subprocess.run(self.place.command(), stdin=subprocess.DEVNULL, capture_output=True, cwd="/",
+                              timeout=launcher.LIMIT, check=False)
+        self.expect((done.returncode, done.stderr) == (0, b""), f"exit code {done.returncode}: {done.stderr[-500:]}")
+        end, ready = told(messages(done.stdout))[-2:]
+        self.expect(end in ("Pret a jouer.", "A jour.") and ready is True, f"the next start ended with '{end}', {ready}")
+        self.expect(self.place.program.read_bytes() == self.launchers[-1], "the launcher is not the newest")
+        self.expect(end == "A jour." or self.record.read_bytes() == self.server.content[MANIFEST], "a wrong record")
+        promised = self.check_record()
+        if self.damaged:
+            session = Session(self.place)
+            session.ask("repair")
+            session.end()
+        found = self.place.files()
+        wrong = [path for path, data in self.game.files.items() if found.get(path) != data]
+        lost = [path for path, data in self.game.files.items() if promised.get(path) != digest(data)]
+        self.expect(not wrong + lost, f"after '{end}' {len(wrong)} files are wrong, {len(lost)} are not recorded")
+        self.check_settings()
