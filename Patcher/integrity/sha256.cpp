@@ -1,21 +1,11 @@
 #include "integrity/sha256.h"
 
-#include <fstream>
-#include <vector>
-
 namespace patcher {
-namespace {
 
-constexpr std::streamsize kReadBlock = 1048576;
-
-/// One for each thread that hashes, until it ends: a block of this size taken and returned for every file
-/// would cost a small file more than its digest.
-std::vector<char>& ReadBlock() {
-  thread_local std::vector<char> block(kReadBlock);
-  return block;
+char* ReadBlock::Data() {
+  if (memory_ == nullptr) memory_ = std::make_unique_for_overwrite<char[]>(kSize);
+  return memory_.get();
 }
-
-}  // namespace
 
 platform::DigestHash Sha256::BeginHash() {
   hashObjects_.emplace_back(algorithm_.ObjectLength());
@@ -37,15 +27,17 @@ std::string Sha256::FinishHex(platform::DigestHash& hash) {
 }
 
 std::string Sha256::HashFile(const std::filesystem::path& file) {
+  platform::FileReader reader(file);
+  bool complete = false;
+  return HashFile(reader, block_, complete);
+}
+
+std::string Sha256::HashFile(platform::FileReader& file, ReadBlock& block, bool& complete) {
   platform::DigestHash hash = BeginHash();
-  std::ifstream in;
-  // The block is the buffer; a second one inside the stream would only cost copies.
-  in.rdbuf()->pubsetbuf(nullptr, 0);
-  in.open(file, std::ios::binary);
-  std::vector<char>& block = ReadBlock();
-  while (in) {
-    in.read(block.data(), kReadBlock);
-    if (in.gcount() > 0) hash.Update(block.data(), static_cast<std::size_t>(in.gcount()));
+  complete = file.Size().has_value();
+  for (std::size_t count = ReadBlock::kSize; complete && count == ReadBlock::kSize;) {
+    complete = file.Read(block.Data(), ReadBlock::kSize, count);
+    if (count > 0) hash.Update(block.Data(), count);
   }
   return FinishHex(hash);
 }

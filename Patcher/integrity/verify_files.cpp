@@ -24,48 +24,68 @@ namespace fs = std::filesystem;
 constexpr std::int32_t kFilesPerProgress = 50;
 constexpr std::int32_t kFilesPerStatus = 500;
 
-enum class Verdict { kCorrect, kMissing, kCorrupt };
+enum class Outcome { kCorrect, kMissing, kDamaged };
 
-Verdict Judge(const PatchFile& file) {
+struct Verdict {
+  Outcome outcome;
+  bool proven = true;  ///< false: the file could not be examined, and what it holds is unknown
+};
+
+/// Why a file could not be opened for reading, in terms of the verification.
+Verdict JudgeUnopened(const fs::path& place, const PatchFile& file) {
+  std::error_code error;
+  const fs::file_status status = fs::status(place, error);
+  if (!fs::exists(status)) return {Outcome::kMissing, status.type() == fs::file_type::not_found};
+  if (!fs::is_regular_file(status)) return {Outcome::kDamaged};
+  const std::uint64_t size = fs::file_size(place, error);
+  return {Outcome::kDamaged, !error && size != file.size};
+}
+
+Verdict Judge(const PatchFile& file, ReadBlock& block) {
   try {
     const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
-    std::error_code error;
-    const std::uint64_t size = fs::file_size(place, error);
-    // What has a size exists: only the rest is looked at twice.
-    if (error) return fs::exists(place, error) ? Verdict::kCorrupt : Verdict::kMissing;
+    platform::FileReader reader(place);
+    if (!reader.Size()) return JudgeUnopened(place, file);
     Sha256 sha256;
-    if (size != file.size) return Verdict::kCorrupt;
-    return sha256.HashFile(place) == file.sha256 ? Verdict::kCorrect : Verdict::kCorrupt;
+    if (*reader.Size() != file.size) return {Outcome::kDamaged};
+    bool complete = false;
+    const std::string digest = sha256.HashFile(reader, block, complete);
+    return {digest == file.sha256 ? Outcome::kCorrect : Outcome::kDamaged, complete};
   } catch (const std::exception&) {
-    return Verdict::kCorrupt;
+    return {Outcome::kDamaged, false};
   }
 }
 
 /// What the workers of one pass share.
 class Pass {
  public:
-  Pass(HostWindow& window, const PatchManifest& manifest)
-      : window_(window), files_(manifest.files), total_(static_cast<std::int32_t>(files_.size())) {}
+  Pass(HostWindow& window, const PatchManifest& manifest, std::size_t workers)
+      : window_(window),
+        files_(manifest.files),
+        total_(static_cast<std::int32_t>(files_.size())),
+        blocks_(workers) {}
 
-  void VerifyOneFile(std::size_t index) {
+  void VerifyOneFile(std::size_t index, unsigned worker) {
     const PatchFile& file = files_[index];
-    const Verdict verdict = Judge(file);
-    if (verdict == Verdict::kCorrect) {
+    const Verdict verdict = Judge(file, blocks_[worker]);
+    if (verdict.outcome == Outcome::kCorrect) {
       ++ok_;
     } else {
-      ++(verdict == Verdict::kMissing ? missing_ : corrupt_);
+      ++(verdict.outcome == Outcome::kMissing ? missing_ : corrupt_);
       bytes_ += file.size;
       std::lock_guard guard(lock_);
       samples_.push_back(file.path);
+      if (!verdict.proven) unproven_.push_back(file.path);
     }
     Tell(file, ++done_);
   }
 
   /// After the workers have ended.
   void MoveResult(CheckResult& result) {
-    result = {total_, ok_, missing_, corrupt_, bytes_, std::move(samples_)};
-    // The workers append as they finish; the list is the same from one pass to the next.
+    result = {total_, ok_, missing_, corrupt_, bytes_, std::move(samples_), std::move(unproven_)};
+    // The workers append as they finish; the lists are the same from one pass to the next.
     std::sort(result.samples.begin(), result.samples.end());
+    std::sort(result.unproven.begin(), result.unproven.end());
   }
 
  private:
@@ -86,24 +106,27 @@ class Pass {
   HostWindow& window_;
   const std::vector<PatchFile>& files_;
   const std::int32_t total_;
+  std::vector<ReadBlock> blocks_;  // each worker's own
   std::atomic<std::int32_t> ok_{0};
   std::atomic<std::int32_t> missing_{0};
   std::atomic<std::int32_t> corrupt_{0};
   std::atomic<std::int32_t> done_{0};
   std::atomic<std::uint64_t> bytes_{0};
-  std::mutex lock_;  // guards the one below
+  std::mutex lock_;  // guards the ones below
   std::vector<std::string> samples_;
+  std::vector<std::string> unproven_;
 };
 
 }  // namespace
 
 void VerifyFiles(HostWindow& window, const PatchManifest& manifest, CheckResult& result) {
-  Pass pass(window, manifest);
-  const bool complete = ParallelRun(manifest.files.size(), PatchConfig::Current().connections,
-                                    [&pass](std::size_t index, unsigned) {
-                                      pass.VerifyOneFile(index);
-                                      return true;
-                                    });
+  const int workers = std::max(PatchConfig::Current().connections, 1);
+  Pass pass(window, manifest, static_cast<std::size_t>(workers));
+  const bool complete =
+      ParallelRun(manifest.files.size(), workers, [&pass](std::size_t index, unsigned worker) {
+        pass.VerifyOneFile(index, worker);
+        return true;
+      });
   // A list that lacks files must not be taken for the whole.
   if (!complete) throw std::runtime_error("the verification was cut short");
   pass.MoveResult(result);

@@ -1,4 +1,6 @@
 """The same runs with the Windows program under Wine, and what only Windows does. Wine is slow: a share of each."""
+import os
+import pathlib
 import subprocess
 
 import launcher
@@ -103,6 +105,25 @@ class FilesInUseTest(ScenarioTest):
                 process.communicate()
                 text = b"mine 1\r\nvsync 1\r\n" if saves else b"mine 1\nvsync 0"
                 self.assertEqual(self.place.files(), {"ostu.ini": text})
+
+
+class MemoryTest(ScenarioTest):
+    def test_verifications_keep_nothing(self):
+        """Each pass has threads of its own, and what they leave adds up."""
+        self.put({f"f{number}": b"x" * number for number in range(20)})
+        session = launcher.Session(self.place)
+        self.addCleanup(session.kill)
+
+        def resident():
+            pages = max(int(pathlib.Path(f"/proc/{number}/statm").read_text().split()[1])
+                        for number in self.place.running())
+            return pages * os.sysconf("SC_PAGE_SIZE") >> 20
+
+        session.ask("verify")
+        before = resident()
+        for _ in range(60):
+            session.ask("verify")
+        self.assertLess(resident(), before + 12, "MiB")
 
 
 class WindowsOptionsTest(test_options.OptionsTest):
