@@ -1,43 +1,154 @@
 #include "update/manifest_paths.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <map>
 #include <set>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "platform/file_names.h"
 
 namespace patcher {
 namespace {
 
-constexpr std::string_view kTemporarySuffix = ".part";
+/// What the launcher itself writes or deletes at the top of the install directory.
+constexpr std::string_view kOwnFiles[] = {"patch_manifest.json", "patcher.ini", "patcher_debug.txt",
+                                          "Patcher.new.exe", "Patcher.old.exe"};
 
-bool LeadsUpwards(std::string_view component) {
-  return component.find_first_not_of(". ") == std::string_view::npos &&
-         std::count(component.begin(), component.end(), '.') >= 2;
+/// A file arrives beside its place under the first suffix; one that is in use moves aside to the second.
+constexpr std::string_view kSuffixes[] = {".part", ".old"};
+
+bool EndsWith(std::string_view text, std::string_view lowerCaseSuffix) {
+  return text.size() >= lowerCaseSuffix.size() &&
+         std::equal(lowerCaseSuffix.rbegin(), lowerCaseSuffix.rend(), text.rbegin(), [](char lower, char c) {
+           return lower == c || (c >= 'A' && c <= 'Z' && lower == c + 32);
+         });
+}
+
+/// Without the suffixes above, and without what a system may drop in front of them and behind.
+std::string_view WithoutSuffixes(std::string_view path) {
+  for (;;) {
+    path = path.substr(0, path.find_last_not_of("./\\ ") + 1);
+    const auto suffix = std::find_if(std::begin(kSuffixes), std::end(kSuffixes),
+                                     [path](std::string_view s) { return EndsWith(path, s); });
+    if (suffix == std::end(kSuffixes)) return path;
+    path.remove_suffix(suffix->size());
+  }
+}
+
+/// A number that is the same for ASCII paths of one file on any system, and for the names beside it: case,
+/// dots, blanks and the kind of separator do not count. (FNV-1a.) `ascii` says whether the path is one.
+std::uint64_t HashOfAscii(std::string_view path, bool& ascii) {
+  std::uint64_t hash = 0xcbf29ce484222325;
+  unsigned char seen = 0;
+  bool separated = false;
+  bool begun = false;
+  const auto add = [&hash](unsigned char byte) { hash = (hash ^ byte) * 0x100000001b3; };
+  for (const char c : WithoutSuffixes(path)) {
+    const auto byte = static_cast<unsigned char>(c);
+    seen |= byte;
+    if (c == '/' || c == '\\') {
+      separated = begun;
+    } else if (c != '.' && c != ' ' && byte < 128) {
+      if (separated) add('/');
+      add(byte | 0x20);
+      separated = false;
+      begun = true;
+    }
+  }
+  ascii = seen < 128;
+  return hash;
+}
+
+/// The same for any path. Other characters do not count at all, since a system may fold their case.
+std::uint64_t LooseHash(std::string_view path) {
+  bool ascii = true;
+  const std::uint64_t hash = HashOfAscii(path, ascii);
+  // A code page may have two spellings for one character.
+  return ascii ? hash : HashOfAscii(platform::FileIdentity(path), ascii);
+}
+
+/// The paths that may mean the file of another one, or of the launcher: mostly none. An exact comparison of
+/// all would cost a start with nothing to do too much.
+std::vector<std::string_view> Suspects(const std::vector<PatchFile>& files) {
+  std::vector<std::uint64_t> hashes;
+  hashes.reserve(files.size());
+  std::vector<bool> seen(std::bit_ceil(files.size() + 1) * 64);
+  std::unordered_set<std::uint64_t> repeated;
+  for (const std::string_view name : kOwnFiles) repeated.insert(LooseHash(name));
+  for (const PatchFile& file : files) {
+    hashes.push_back(LooseHash(file.path));
+    std::vector<bool>::reference bit = seen[static_cast<std::size_t>(hashes.back() & (seen.size() - 1))];
+    if (bit) repeated.insert(hashes.back());
+    bit = true;
+  }
+  std::vector<std::string_view> suspects;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    if (repeated.count(hashes[i]) != 0) suspects.push_back(files[i].path);
+  }
+  return suspects;
+}
+
+/// The names beside the file that the launcher may use.
+std::vector<std::string> NamesBeside(std::string_view path) {
+  std::vector<std::string> names;
+  for (const std::string_view suffix : kSuffixes) {
+    names.push_back(platform::FileIdentity(std::string(path).append(suffix)));
+  }
+  return names;
+}
+
+bool TwoMeanOneFile(const std::vector<std::string_view>& paths) {
+  std::map<std::string, std::string_view> owners;  // spelling by identity
+  for (const std::string_view path : paths) {
+    const auto [owner, added] = owners.emplace(platform::FileIdentity(path), path);
+    if (!added && owner->second != path) return true;
+  }
+  const auto isTaken = [&owners](const std::string& identity) { return owners.count(identity) != 0; };
+  const auto namesBesideAreTaken = [&isTaken](std::string_view path) {
+    const std::vector<std::string> names = NamesBeside(path);
+    return std::any_of(names.begin(), names.end(), isTaken);
+  };
+  return std::any_of(paths.begin(), paths.end(), namesBesideAreTaken) ||
+         std::any_of(std::begin(kOwnFiles), std::end(kOwnFiles), [&](std::string_view name) {
+           return isTaken(platform::FileIdentity(name)) || namesBesideAreTaken(name);
+         });
 }
 
 }  // namespace
 
 bool StaysInside(std::string_view path) {
-  // No system of ours can store such a name, and the page could not read it.
-  if (std::any_of(path.begin(), path.end(), [](unsigned char byte) { return byte < 32; })) return false;
   if (path.starts_with('/') || path.starts_with('\\')) return false;
   if (path.size() > 1 && path[1] == ':') return false;
-  while (!path.empty()) {
-    const std::size_t end = path.find_first_of("/\\");
-    if (LeadsUpwards(path.substr(0, end))) return false;
-    path = end == std::string_view::npos ? std::string_view() : path.substr(end + 1);
+  // Of the component so far.
+  int dots = 0;
+  bool onlyDotsAndBlanks = true;
+  for (const char c : path) {
+    // No system of ours can store such a name, and the page could not read it.
+    if (static_cast<unsigned char>(c) < 32) return false;
+    if (c == '/' || c == '\\') {
+      if (onlyDotsAndBlanks && dots >= 2) return false;
+      dots = 0;
+      onlyDotsAndBlanks = true;
+    } else if (c == '.') {
+      ++dots;
+    } else if (c != ' ') {
+      onlyDotsAndBlanks = false;
+    }
   }
-  return true;
+  return !onlyDotsAndBlanks || dots < 2;
 }
 
 bool PathsAreUsable(const PatchManifest& manifest) {
-  std::set<std::string_view> owners;  // of the paths that are temporary names; mostly none
-  for (const PatchFile& file : manifest.files) {
-    if (!StaysInside(file.path)) return false;
-    const std::string_view path = file.path;
-    if (path.ends_with(kTemporarySuffix))
-      owners.insert(path.substr(0, path.size() - kTemporarySuffix.size()));
-  }
-  return owners.empty() || std::none_of(manifest.files.begin(), manifest.files.end(),
-                                        [&](const PatchFile& file) { return owners.count(file.path) != 0; });
+  return std::all_of(manifest.files.begin(), manifest.files.end(),
+                     [](const PatchFile& file) {
+                       return StaysInside(file.path) && platform::NamesAFile(file.path);
+                     }) &&
+         !TwoMeanOneFile(Suspects(manifest.files));
 }
 
 }  // namespace patcher

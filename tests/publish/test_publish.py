@@ -196,7 +196,7 @@ class Refusals(PublishTest):
             ("blank ", "ends in a dot"), ("a:b", "character :"), ("d:\\x", "character :"), ("back\\slash", "character \\"),
             ("tab\tname", "control"), ("what?", "character ?"), ("...", "ends in a dot"),
             ("F0.DAT", "differs only in case"), ("data/D1/FICHIER \u00c9 1.bin", "differs only in case"),
-            ("f0.DAT/inner", "directory"), (b"data/\xff\xfe.bin", "UTF-8"),
+            ("f0.DAT/inner", "directory"), ("data/d1/FICHIER \u00e9 1.bin.old", "moves"), (b"data/\xff\xfe.bin", "UTF-8"),
         ]
         for name, reason in cases:
             place = os.path.join(os.fsencode(self.client), os.fsencode(name))

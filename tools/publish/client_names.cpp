@@ -107,6 +107,10 @@ std::vector<std::string> PathClashes(const std::vector<std::string_view>& paths)
     ForEachDirectory(folded, [&](std::string_view directory) { directories.emplace(directory, path); });
   }
   for (const std::string_view path : paths) {
+    if (const auto aside = files.find(FoldCase(path) + ".old"); aside != files.end()) {
+      clashes.push_back(std::string(aside->second) + " is the name to which the launcher moves " +
+                        std::string(path) + " when that is in use");
+    }
     const auto directory = directories.find(FoldCase(path));
     if (directory == directories.end()) continue;
     clashes.push_back(std::string(path) + " is a file and, but for case, a directory of " +

@@ -17,7 +17,8 @@ bool BelongsToInstallation(std::string_view path, bool isDirectory);
 /// Whether the launcher would extract an archive's entry of this name.
 bool MayStandInArchive(std::string_view path);
 
-/// A sentence for each pair of paths that a file system that ignores case cannot hold side by side.
+/// A sentence for each pair of paths that a file system that ignores case cannot hold side by side, or that
+/// the launcher refuses together: a path and the same with ".old".
 std::vector<std::string> PathClashes(const std::vector<std::string_view>& paths);
 
 }  // namespace patcher

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/file_names.h"
 #include "update/manifest_paths.h"
 #include "update/patch_manifest.h"
 
@@ -40,16 +41,50 @@ TEST(PatchManifestTest, WhatDoesNotParseSaysWhy) {
   EXPECT_EQ(error, "stod argument out of range");
 }
 
-TEST(ManifestPathsTest, NoFileUnderAnothersTemporaryName) {
-  const auto usable = [](const std::string& one, const std::string& other) {
-    PatchManifest manifest;
-    manifest.files = {{one, 0, "", ""}, {other, 0, "", ""}};
-    return PathsAreUsable(manifest);
+TEST(ManifestPathsTest, NoTwoPathsOfOneFile) {
+  enum Answer { kNever, kOnLinux, kAlways };
+  const struct {
+    const char* one;
+    const char* other;
+    Answer usable;
+  } cases[] = {
+      {"../x", "y", kNever},
+      {"a/x.part", "a/x", kNever},
+      {"a/x.old", "a/x", kNever},
+      {"./Data.part", "Data", kNever},
+      {"a//x", "a/x", kNever},
+      {"a/./x", "a/x", kNever},
+      {"x/", "x", kNever},
+      {"x.part.part", "x.part", kNever},
+      {"patch_manifest.json", "x", kNever},
+      {"./patcher.ini.part", "x", kNever},
+      {"a/x", "a/x", kAlways},
+      {"a/x.part", "x", kAlways},
+      {"a/x.part.old", "a/x", kAlways},
+      {"a/patcher.ini", "x.ini", kAlways},
+      {"ab/x", "a/bx", kAlways},
+      {"a x", "ax", kAlways},
+      {"DATA.PART", "Data", kOnLinux},
+      {"Data", "data", kOnLinux},
+      {"a\\x", "a/x", kOnLinux},
+      {"x. ", "x", kOnLinux},
+      {"x..part", "x.", kNever},
+      {"d\xE9", "d\xC9", kOnLinux},
+      {"PATCHER.ini", "x", kOnLinux},
+      {"xx:y", "x", kOnLinux},
+      {"a/nul", "x", kOnLinux},
   };
-  EXPECT_FALSE(usable("a/x.part", "a/x"));
-  EXPECT_FALSE(usable("../x", "y"));
-  EXPECT_TRUE(usable("a/x.part", "x"));
-  EXPECT_TRUE(usable("a/x.old", "a/x"));
+  const bool windows = platform::FileIdentity("a") == platform::FileIdentity("A");
+  for (const auto& c : cases) {
+    PatchManifest manifest;
+    for (int i = 0; i < 100; ++i) manifest.files.push_back({"f" + std::to_string(i), 0, "", ""});
+    manifest.files[20].path = c.one;
+    manifest.files[70].path = c.other;
+    const bool expected = c.usable == kAlways || (c.usable == kOnLinux && !windows);
+    EXPECT_EQ(PathsAreUsable(manifest), expected) << c.one << " and " << c.other;
+    std::swap(manifest.files[20].path, manifest.files[70].path);
+    EXPECT_EQ(PathsAreUsable(manifest), expected) << c.other << " and " << c.one;
+  }
 }
 
 TEST(ManifestPathsTest, OnlyPlacesBelowTheInstallDirectory) {

@@ -1,0 +1,55 @@
+#include <windows.h>
+
+#include "platform/file_names.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+
+namespace platform {
+namespace {
+
+/// Any directory: the system completes only absolute paths without a look at the present one.
+constexpr std::wstring_view kRoot = L"C:\\";
+
+/// The path as the system reads it when it opens a file; that of a device begins in another way.
+std::wstring Completed(std::string_view path) {
+  const std::wstring given = std::wstring(kRoot) + PathFromBytes(path).native();
+  std::wstring full(GetFullPathNameW(given.c_str(), 0, nullptr, nullptr), L'\0');
+  const auto room = static_cast<DWORD>(full.size());
+  full.resize(GetFullPathNameW(given.c_str(), room, full.data(), nullptr));
+  return full.empty() ? given : full;
+}
+
+/// One character for one, as the file system's own table has them.
+void MakeUpperCase(std::wstring& text) {
+  const auto size = static_cast<int>(text.size());
+  std::wstring upper(text.size(), L'\0');
+  if (LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, text.data(), size, upper.data(), size, nullptr,
+                    nullptr, 0) == size) {
+    text = upper;
+  }
+}
+
+}  // namespace
+
+std::string FileIdentity(std::string_view path) {
+  std::wstring name = Completed(path);
+  if (name.starts_with(kRoot)) name.erase(0, kRoot.size());
+  while (name.ends_with(L'\\')) name.pop_back();
+  std::replace(name.begin(), name.end(), L'\\', L'/');
+  MakeUpperCase(name);
+  return WideToUtf8(std::u16string(name.begin(), name.end()));
+}
+
+bool NamesAFile(std::string_view path) {
+  if (path.find(':') != std::string_view::npos) return false;
+  const std::string_view name = path.substr(path.find_last_of("/\\") + 1);
+  // No device has a longer name, and most files have.
+  constexpr std::size_t kLongestDevice = std::string_view("CONOUT$").size();
+  std::string_view stem = name.substr(0, name.find('.'));
+  stem = stem.substr(0, stem.find_last_not_of(' ') + 1);
+  return stem.empty() || stem.size() > kLongestDevice || Completed(name).starts_with(kRoot);
+}
+
+}  // namespace platform
