@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "control/ui_event.h"
-#include "integrity/normal_form.h"
 #include "integrity/protected_path.h"
 #include "integrity/published_paths.h"
 #include "platform/links.h"
@@ -109,7 +108,7 @@ class Sweep {
 
   bool IsResidual(const fs::path& relative) const {
     return relative.extension() != ".res" && HasExactBytes(relative) && !IsProtectedPath(relative) &&
-           !published_.Contains(NormalForm(platform::BytesFromPath(relative)));
+           !published_.Contains(platform::BytesFromPath(relative));
   }
 
   void Count(const fs::path& relative) {
@@ -152,7 +151,7 @@ void RemoveObsolete(HostWindow& window, const PatchManifest& manifest) {
     std::error_code error;
     if (!fs::exists(item, error)) continue;
     if (!published) published.emplace(manifest);
-    if (published->ContainsAtOrBelow(NormalForm(row.path)) || IsProtectedPath(row.path)) continue;
+    if (published->ContainsAtOrBelow(row.path) || IsProtectedPath(row.path)) continue;
     if (!RemoveItem(item)) continue;
     ++count;
     list += std::string(row.path) + " (" + row.reason + "); ";

@@ -2,22 +2,23 @@
 
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "update/patch_manifest.h"
 
 namespace patcher {
 
-/// The files that a manifest publishes, for comparison with what stands on the disk: in normal form, without
-/// empty and "." components, and as the system spells the name if it cannot keep the manifest's bytes. What
-/// the launcher has installed is thus always found again.
+/// The files that a manifest publishes, for comparison with what is on the disk: two paths are equal if the
+/// system takes them for one file, or if these have the same normal form. Both sides go through the same
+/// function, so what the launcher has installed is always found again.
 class PublishedPaths {
  public:
   explicit PublishedPaths(const PatchManifest& manifest);
 
-  /// `normalForm` is that of a path as a directory walk gives it.
-  bool Contains(const std::string& normalForm) const { return paths_.count(normalForm) != 0; }
+  /// `path` is one of a manifest, or in bytes what a directory walk gives.
+  bool Contains(std::string_view path) const;
   /// The item itself, or something in it.
-  bool ContainsAtOrBelow(const std::string& normalForm) const;
+  bool ContainsAtOrBelow(std::string_view path) const;
 
  private:
   std::set<std::string> paths_;

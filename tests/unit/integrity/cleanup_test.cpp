@@ -92,14 +92,19 @@ TEST(CleanupTest, TellsWhatWasRemoved) {
   EXPECT_TRUE(Statuses(host).empty());
 }
 
-TEST(CleanupTest, AFileInstalledUnderAnotherSpellingStays) {
+TEST(CleanupTest, AFileInstalledUnderAnySpellingStays) {
+  const std::vector<std::string> listed = {"./Model//a", "Model/./b",  "./x64/c",         "Model/d\\\\e",
+                                           "Model/f\\",  "Model/.\\g", "Model/h.",        "Model/i ",
+                                           "Model/j. .", "Model/k\\l", "Model/\xE9T\xE9", "MODEL/m/.\\./n"};
   const ScratchDirectory game;
   RecordingHost host;
-  Put(game / "Model/a");
-  Put(game / "Model/b");
-  Put(game / "x64/c");
-  CleanUp(host, Listing({"./Model//a", "Model/./b", "./x64/c"}));
+  for (const std::string& path : listed) Put(game / "" / platform::PathFromBytes(path));
+  const auto before = fs::recursive_directory_iterator(game / "");
+  const auto count = std::distance(begin(before), end(before));
+  EXPECT_GE(count, 12) << "nearly all can be installed on every system";
+  CleanUp(host, Listing(listed));
   EXPECT_TRUE(Statuses(host).empty());
+  EXPECT_EQ(std::distance(fs::recursive_directory_iterator(game / ""), {}), count);
 }
 
 /// The rules once more, on plain text: what a listing of the disk says before, and what must be gone after.
