@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "control/ui_event.h"
+#include "integrity/leftover_downloads.h"
 #include "integrity/protected_path.h"
 #include "integrity/published_paths.h"
 #include "platform/links.h"
@@ -182,6 +183,11 @@ void RemoveObsoleteItems(HostWindow& window, const PatchManifest& manifest) {
 void CleanUp(HostWindow& window, const PatchManifest& manifest) {
   SweepResidualFiles(window, manifest);
   RemoveObsoleteItems(window, manifest);
+  try {
+    RemoveLeftoverDownloads(manifest);
+  } catch (const std::exception&) {
+    // As above.
+  }
 }
 
 }  // namespace patcher

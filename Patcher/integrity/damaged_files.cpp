@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "platform/links.h"
+#include "integrity/behind_link.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "update/local_record.h"
@@ -14,17 +14,6 @@ namespace patcher {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Whether the way from the install directory to the place leads through a link. The download replaces a file
-/// there as it does anywhere, so nothing is lost by leaving it alone.
-bool IsBehindLink(const fs::path& relative) {
-  fs::path place = ExeDir();
-  for (const fs::path& component : relative.parent_path()) {
-    place /= component;
-    if (platform::IsLink(place)) return true;
-  }
-  return false;
-}
 
 void DeleteListedFile(const std::string& path) {
   try {

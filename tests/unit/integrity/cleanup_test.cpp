@@ -10,6 +10,7 @@
 
 #include "integrity/protected_path.h"
 #include "platform/text.h"
+#include "support/directory_link.h"
 #include "support/recording_host.h"
 #include "support/scratch_directory.h"
 
@@ -105,6 +106,22 @@ TEST(CleanupTest, AFileInstalledUnderAnySpellingStays) {
   CleanUp(host, Listing(listed));
   EXPECT_TRUE(Statuses(host).empty());
   EXPECT_EQ(std::distance(fs::recursive_directory_iterator(game / ""), {}), count);
+}
+
+TEST(CleanupTest, TemporaryFilesOfPublishedFilesGo) {
+  const ScratchDirectory game;
+  RecordingHost host;
+  const char* const kept[] = {"Model/a",        "data/sub/b",  "data/sub/c.part", "data/x.part",
+                              "data/d.part/in", "real/e.part", "data/.part"};
+  const char* const gone[] = {"Model/a.part", "data/sub/b.part", "top.part", "Patcher.new.exe.part"};
+  for (const char* file : kept) Put(game / file);
+  for (const char* file : gone) Put(game / file);
+  const DirectoryLink link(game / "link", game / "real");
+  ASSERT_TRUE(link.IsThere());
+  CleanUp(host, Listing({"Model/a", "data/sub/b", "data/x.part", "data/d", "link/e", "./top", "nowhere/x"}));
+  for (const char* file : kept) EXPECT_TRUE(fs::exists(game / file)) << file;
+  for (const char* file : gone) EXPECT_FALSE(fs::exists(game / file)) << file;
+  EXPECT_TRUE(Statuses(host).empty());
 }
 
 /// The rules once more, on plain text: what a listing of the disk says before, and what must be gone after.
