@@ -8,6 +8,7 @@
 #include "control/ui_event.h"
 #include "integrity/damaged_files.h"
 #include "integrity/retained_check.h"
+#include "integrity/sha256.h"
 #include "integrity/verify_files.h"
 #include "transport/config.h"
 #include "transport/http_session.h"
@@ -45,7 +46,7 @@ class CheckOperation {
       Status("Rien a reparer.");
       return true;
     }
-    if (!Discard(result.samples)) return true;
+    if (!Discard(result)) return true;
     RetainedCheck::Current().UseUp();
     Status("Retelechargement de " + std::to_string(result.samples.size()) + " fichier(s)...");
     RunUpdate(window_, stages_);
@@ -107,11 +108,16 @@ class CheckOperation {
     Status(text + ".");
   }
 
-  /// False, and nothing is deleted, if another launcher works in the directory for too long.
-  bool Discard(const std::vector<std::string>& paths) {
+  /// False, and nothing is deleted, if another launcher works in the directory for too long or if the record
+  /// cannot be changed, which a status line reports.
+  bool Discard(const CheckResult& result) {
+    // Without it the run could not prove a single file, nor fetch one. Raises if there is none.
+    const Sha256 provider;
     const InstallLock lock(window_, stages_.lockPatience);
-    if (lock.IsTaken()) DiscardDamagedFiles(paths);
-    return lock.IsTaken();
+    if (!lock.IsTaken()) return false;
+    if (DiscardDamagedFiles(result)) return true;
+    Status("Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.");
+    return false;
   }
 
   HostWindow& window_;

@@ -2,7 +2,10 @@
 
 #include <exception>
 #include <filesystem>
+#include <string>
+#include <string_view>
 #include <system_error>
+#include <unordered_set>
 
 #include "integrity/behind_link.h"
 #include "platform/text.h"
@@ -32,13 +35,17 @@ void DeleteListedFile(const std::string& path) {
 
 }  // namespace
 
-void DiscardDamagedFiles(const std::vector<std::string>& paths) {
+bool DiscardDamagedFiles(const CheckResult& result) {
   LocalRecord record(ExeDir() / "patch_manifest.json");
   record.Load();
-  for (const std::string& path : paths) record.Forget(path);
+  for (const std::string& path : result.samples) record.Forget(path);
   // First: a death in between must not leave a record that names deleted files.
-  if (!record.Save()) return;
-  for (const std::string& path : paths) DeleteListedFile(path);
+  if (!record.Save()) return false;
+  const std::unordered_set<std::string_view> unproven(result.unproven.begin(), result.unproven.end());
+  for (const std::string& path : result.samples) {
+    if (unproven.count(path) == 0) DeleteListedFile(path);
+  }
+  return true;
 }
 
 }  // namespace patcher

@@ -1,16 +1,16 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include "control/page_messages.h"
 
 namespace patcher {
 
-/// Makes the next update run fetch these manifest paths: each file is deleted where that is safe, and all of
-/// them leave the local manifest, whose other entries and version stay. Raises nothing for a file that cannot
-/// be deleted: without its entry the run proves it by its digest.
+/// Makes the next update run fetch the listed files: all of them leave the local manifest, whose other
+/// entries and version stay, and then each is deleted where that is safe. False, and nothing is deleted, if
+/// the local manifest could be neither saved nor removed. Raises nothing for a file that cannot be deleted:
+/// without its entry the run proves it by its digest.
 ///
-/// Not deleted: what a path names outside the install directory or behind a link, what a directory holds (an
-/// empty directory goes), and the running launcher.
-void DiscardDamagedFiles(const std::vector<std::string>& paths);
+/// Not deleted: a file that could not be examined, what a path names outside the install directory or behind
+/// a link, what a directory holds (an empty directory goes), and the running launcher.
+[[nodiscard]] bool DiscardDamagedFiles(const CheckResult& result);
 
 }  // namespace patcher

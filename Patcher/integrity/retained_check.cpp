@@ -26,6 +26,7 @@ void RetainedCheck::Store(const CheckResult& result, std::int32_t version) {
   std::lock_guard guard(lock_);
   valid_ = false;  // until the copy is whole
   paths_ = result.samples;
+  unproven_ = result.unproven;
   missing_ = result.missing;
   corrupt_ = result.corrupt;
   manifestVersion_ = version;
@@ -36,6 +37,7 @@ bool RetainedCheck::Recall(const PatchManifest& manifest, CheckResult& result) c
   std::lock_guard guard(lock_);
   if (!valid_ || manifestVersion_ != manifest.version) return false;
   result.samples = paths_;
+  result.unproven = unproven_;
   result.missing = missing_;
   result.corrupt = corrupt_;
   result.total = static_cast<std::int32_t>(manifest.files.size());

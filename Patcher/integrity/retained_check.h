@@ -32,6 +32,7 @@ class RetainedCheck {
   bool valid_ = false;
   std::int32_t manifestVersion_ = 0;
   std::vector<std::string> paths_;
+  std::vector<std::string> unproven_;
   std::int32_t missing_ = 0;
   std::int32_t corrupt_ = 0;
 };

@@ -1,7 +1,9 @@
 """The roads of a verification and of a repair, as the page would see them."""
 import json
 import os
+import subprocess
 import threading
+import unittest.mock
 
 from game import Game, digest
 from launcher import Session, told
@@ -192,6 +194,35 @@ class CheckTest(ScenarioTest):
         self.assertEqual(told(session.ask("repair"))[-2:], ["Pret a jouer.", True])
         self.assertEqual(self.place.files(), {**files, "folder.old/mine": b"kept"})
         self.assertEqual((outside / "a").read_bytes(), b"mine")
+
+    def test_without_a_digest_provider_nothing_is_deleted(self):
+        files = {"a": b"1" * 10, "b": b"2" * 20}
+        self.put(files)
+        self.told()
+        record = (self.place.directory / "patch_manifest.json").read_bytes()
+        settings = self.place.root / "openssl.cnf"
+        settings.write_text("openssl_conf = c\n[c]\nalg_section = a\n[a]\ndefault_properties = provider=none\n")
+        with unittest.mock.patch.dict(os.environ, OPENSSL_CONF=str(settings)):
+            session = Session(self.place)
+        self.addCleanup(session.kill)
+        for request, end in (("verify", "0 fichier(s) corrects, 2 abime(s)."),
+                             ("repair", "La reparation a rencontre une erreur inattendue.")):
+            self.assertEqual(told(session.ask(request))[-2:], [end, False])
+            self.assertEqual(self.place.files(), files)
+            self.assertEqual((self.place.directory / "patch_manifest.json").read_bytes(), record)
+
+    def test_a_repair_that_cannot_change_the_record_deletes_nothing(self):
+        files = {"a": b"1" * 10, "b": b"2" * 20}
+        session = self.installed(files)
+        self.damage("a")
+        session.ask("verify")
+        before = self.place.files()
+        record = self.place.directory / "patch_manifest.json"
+        subprocess.run(["mount", "--bind", record, record], check=True)  # it can be neither replaced nor removed
+        self.addCleanup(subprocess.run, ["umount", record], check=True)
+        self.assertEqual(told(session.ask("repair"))[-2:],
+                         ["Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.", False])
+        self.assertEqual(self.place.files(), before)
 
     def test_behind_a_link_nothing_is_deleted(self):
         session = self.installed({"linked/a": b"3" * 10})

@@ -21,9 +21,10 @@ TEST(RetainedCheckTest, ServesOneRepairOfTheSameVersion) {
   CheckResult recalled;
   EXPECT_FALSE(retained.Recall(manifest, recalled));
 
-  retained.Store({9, 6, 2, 1, 777, {"a", "b", "gone"}}, 4);
+  retained.Store({9, 6, 2, 1, 777, {"a", "b", "gone"}, {"b"}}, 4);
   ASSERT_TRUE(retained.Recall(manifest, recalled));
   EXPECT_EQ(recalled.samples, (std::vector<std::string>{"a", "b", "gone"}));
+  EXPECT_EQ(recalled.unproven, std::vector<std::string>{"b"});
   EXPECT_EQ(recalled.total, 3);
   EXPECT_EQ(recalled.ok, 0);
   EXPECT_EQ(recalled.missing, 2);
@@ -47,20 +48,22 @@ TEST(VerifyFilesTest, EveryFileGetsOneVerdict) {
   WriteWhole(game / "changed", "abd");
   fs::create_directory(game / "folder");
   PatchManifest manifest;
-  for (const char* name :
-       {"short", "good", "folder", "capitals", "changed", "absent", "good/below", "\xff"}) {
+  const std::string tooLong(300, 'n');  // whether there is such a file cannot be found out
+  for (const std::string name :
+       {"short", "good", "folder", "capitals", "changed", "absent", "good/below", "\xff", tooLong.c_str()}) {
     manifest.files.push_back({name, 3, digest, ""});
   }
   manifest.files[3].sha256[0] = 'B';
   CheckResult result;
   VerifyFiles(host, manifest, result);
-  EXPECT_EQ(result.total, 8);
+  EXPECT_EQ(result.total, 9);
   EXPECT_EQ(result.ok, 1);
-  EXPECT_EQ(result.missing, 3);
+  EXPECT_EQ(result.missing, 4);
   EXPECT_EQ(result.corrupt, 4);
-  EXPECT_EQ(result.bytes, 21u);
+  EXPECT_EQ(result.bytes, 24u);
+  EXPECT_EQ(result.unproven, std::vector<std::string>{tooLong});
   EXPECT_EQ(result.samples, (std::vector<std::string>{"absent", "capitals", "changed", "folder", "good/below",
-                                                      "short", "\xff"}));
+                                                      tooLong, "short", "\xff"}));
   VerifyFiles(host, PatchManifest(), result);
   EXPECT_EQ(result.total, 0);
   EXPECT_TRUE(result.samples.empty());
@@ -74,29 +77,24 @@ TEST(DamagedFilesTest, OnlyListedFilesOfTheInstallationGo) {
   fs::create_directory(root / "game" / "real");
   SetExePath(root / "game" / "Patcher");
   for (const char* name :
-       {"victim", "game/Patcher", "game/a", "game/kept", "game/folder/mine", "game/real/b"}) {
+       {"victim", "game/Patcher", "game/a", "game/kept", "game/unread", "game/folder/mine", "game/real/b"}) {
     WriteWhole(root / name, "x");
   }
   const DirectoryLink link(root / "game" / "link", root / "game" / "real");
   ASSERT_TRUE(link.IsThere());
-  const std::vector<std::string> listed{"../victim",
-                                        "Patcher",
-                                        "a",
-                                        "empty",
-                                        "folder",
-                                        "link/b",
-                                        "",
-                                        ".",
-                                        "folder/../../victim",
-                                        "absent/x",
-                                        (root / "victim").string()};
+  const std::vector<std::string> listed{"../victim", "unread",
+                                        "Patcher",   "a",
+                                        "empty",     "folder",
+                                        "link/b",    "",
+                                        ".",         "folder/../../victim",
+                                        "absent/x",  (root / "victim").string()};
   LocalState state{{"kept", "1"}};
   for (const std::string& path : listed) state[path] = "2";
   WriteWhole(root / "game" / "patch_manifest.json", LocalManifestText(state, 7));
 
-  DiscardDamagedFiles(listed);
-  for (const char* name :
-       {"victim", "game/Patcher", "game/kept", "game/folder/mine", "game/real/b", "game/link"}) {
+  EXPECT_TRUE(DiscardDamagedFiles({0, 0, 0, 0, 0, listed, {"unread"}}));
+  for (const char* name : {"victim", "game/Patcher", "game/kept", "game/unread", "game/folder/mine",
+                           "game/real/b", "game/link"}) {
     EXPECT_TRUE(fs::exists(root / name)) << name;
   }
   EXPECT_FALSE(fs::exists(root / "game" / "a"));
