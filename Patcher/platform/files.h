@@ -26,6 +26,10 @@ bool CanBeWritten(const std::filesystem::path& file);
 int MoveReplacing(const std::filesystem::path& source, const std::filesystem::path& target,
                   bool copyAcrossVolumes);
 
+/// Whether an error number of MoveReplacing can mean that a program holds one of the files for a moment.
+/// Windows: access denied and sharing violations, which may also be for good. Linux: never.
+bool IsHeldForAMoment(int error);
+
 /// Copies a file over `target`, replacing what a file there held. Returns 0, or the system's error number.
 /// The standard library's copy replaces nothing on Windows: it takes any two files for the same one.
 int CopyOver(const std::filesystem::path& source, const std::filesystem::path& target);

@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "platform/links.h"
 #include "platform/text.h"
+#include "shared/retry_while_held.h"
 #include "transport/debug_log.h"
 #include "transport/http_session.h"
 
@@ -52,8 +53,12 @@ bool ReceiveBody(platform::HttpRequest& request, const std::string& path, const 
 
 /// Puts the finished temporary file in place. The temporary file is gone afterwards in every case.
 bool PutInPlace(const fs::path& part, const fs::path& destination) {
-  MoveLockedTargetAside(destination);
-  if (platform::MoveReplacing(part, destination, true) == 0) return true;
+  const int moved = RetryWhileHeld([&] {
+    // What is in use for good steps aside at once, so that only what cannot is waited for.
+    MoveLockedTargetAside(destination);
+    return platform::MoveReplacing(part, destination, true);
+  });
+  if (moved == 0) return true;
 
   const int error = platform::CopyOver(part, destination);
   std::error_code ignored;

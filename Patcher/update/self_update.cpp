@@ -9,6 +9,7 @@
 #include "platform/files.h"
 #include "platform/process.h"
 #include "shared/program.h"
+#include "shared/retry_while_held.h"
 
 namespace patcher {
 namespace {
@@ -72,6 +73,11 @@ Fetched Fetch(UpdateRun& run) {
   return ready ? Fetched::kNewer : Fetched::kNothing;
 }
 
+/// True if the file is in its new place.
+bool MoveLauncher(const fs::path& from, const fs::path& to, bool copyAcrossVolumes) {
+  return RetryWhileHeld([&] { return platform::MoveReplacing(from, to, copyAcrossVolumes); }) == 0;
+}
+
 }  // namespace
 
 bool FetchNewLauncher(UpdateRun& run) {
@@ -95,13 +101,13 @@ void SelfUpdateSwap(const ErrorBox& showErrorBox) {
   if (!IsRunningLauncher(fetched)) {
     const fs::path old = OldLauncher();
     DeleteEvenReadOnly(old);
-    if (platform::MoveReplacing(launcher, old, false) != 0) {
+    if (!MoveLauncher(launcher, old, false)) {
       showErrorBox(u"Impossible de remplacer le patcher (fichier verrouille).", BuildWindowTitle());
       return;
     }
-    if (platform::MoveReplacing(fetched, launcher, true) != 0) {
+    if (!MoveLauncher(fetched, launcher, true)) {
       // Before the box, which may stand for long.
-      platform::MoveReplacing(old, launcher, false);
+      MoveLauncher(old, launcher, false);
       showErrorBox(u"Mise a jour du patcher incomplete, relance annulee.", BuildWindowTitle());
       return;
     }

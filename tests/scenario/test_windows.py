@@ -2,6 +2,7 @@
 import os
 import pathlib
 import subprocess
+import threading
 
 import launcher
 import test_archives
@@ -85,6 +86,20 @@ class FilesInUseTest(ScenarioTest):
         self.assert_files(self.place, {"a": b"1"})
         process.communicate()
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
+
+    def test_a_file_that_a_scanner_holds_is_waited_for(self):
+        self.put({"held.dat": b"old"})
+        self.told()
+        self.put({"held.dat": b"new"})
+        scanner = self.hold(launcher.PROGRAM.parent / HOLDER, str(self.place.directory / "held.dat"))
+        session = launcher.Session(self.place, wait=False)
+        self.addCleanup(session.kill)
+        session.until("versions")
+        # Longer than three attempts without patience take.
+        threading.Timer(2.5, scanner.communicate).start()
+        self.assertEqual(told(session.until("ready"))[-2:], ["Pret a jouer.", True])
+        self.assertEqual(self.server.requests["/patch/f/held.dat"], 2, "one for each version")
+        self.assert_files(self.place, {"held.dat": b"new"})
 
     def test_a_file_that_can_only_be_written_over_is(self):
         self.put({"held.dat": b"old and longer"})

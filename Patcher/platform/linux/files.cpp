@@ -67,6 +67,8 @@ int MoveReplacing(const fs::path& source, const fs::path& target, bool copyAcros
   return error == EXDEV && copyAcrossVolumes ? MoveByCopy(source, target) : error;
 }
 
+bool IsHeldForAMoment(int) { return false; }
+
 int CopyOver(const fs::path& source, const fs::path& target) {
   std::error_code error;
   fs::copy_file(source, target, fs::copy_options::overwrite_existing, error);

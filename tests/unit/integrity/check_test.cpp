@@ -48,7 +48,7 @@ TEST(VerifyFilesTest, EveryFileGetsOneVerdict) {
   WriteWhole(game / "changed", "abd");
   fs::create_directory(game / "folder");
   PatchManifest manifest;
-  const std::string tooLong(300, 'n');  // whether there is such a file cannot be found out
+  const std::string tooLong(300, 'n');
   for (const std::string name :
        {"short", "good", "folder", "capitals", "changed", "absent", "good/below", "\xff", tooLong.c_str()}) {
     manifest.files.push_back({name, 3, digest, ""});
@@ -61,7 +61,9 @@ TEST(VerifyFilesTest, EveryFileGetsOneVerdict) {
   EXPECT_EQ(result.missing, 4);
   EXPECT_EQ(result.corrupt, 4);
   EXPECT_EQ(result.bytes, 24u);
-  EXPECT_EQ(result.unproven, std::vector<std::string>{tooLong});
+  std::error_code error;
+  const bool isKnown = fs::status(game / tooLong, error).type() == fs::file_type::not_found;  // on Windows
+  EXPECT_EQ(result.unproven, isKnown ? std::vector<std::string>() : std::vector<std::string>{tooLong});
   EXPECT_EQ(result.samples, (std::vector<std::string>{"absent", "capitals", "changed", "folder", "good/below",
                                                       tooLong, "short", "\xff"}));
   VerifyFiles(host, PatchManifest(), result);

@@ -1,7 +1,10 @@
 #include "update/self_update.h"
 
+#include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -68,6 +71,20 @@ TEST_F(SelfUpdateSwapTest, ARefusedSecondMoveBringsTheOldLauncherBack) {
   EXPECT_EQ(Swap(), Boxes{kIncomplete});
   EXPECT_EQ(At("Patcher.exe"), "old");
   EXPECT_FALSE(Exists("Patcher.old.exe"));
+}
+
+TEST_F(SelfUpdateSwapTest, AScannerThatHoldsTheNewLauncherIsWaitedFor) {
+  RunAs("Patcher.exe");
+  Put("Patcher.exe", "old");
+  Put("Patcher.new.exe", "new");
+  std::ifstream scanner(directory_ / "Patcher.new.exe");  // on Windows nobody can move it now
+  std::thread release([&scanner] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    scanner.close();
+  });
+  EXPECT_EQ(Swap(), Boxes());
+  release.join();
+  EXPECT_EQ(At("Patcher.exe"), "new");
 }
 
 TEST_F(SelfUpdateSwapTest, ALauncherStartedUnderTheNameOfTheOldOneMakesWayToo) {
