@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "platform/files.h"
+#include "shared/retry_while_held.h"
 #include "shared/whole_file.h"
 
 namespace patcher {
@@ -64,7 +65,7 @@ bool LocalRecord::Save() {
   const std::string text = LocalManifestText(state_, version_);
   changed_.clear();
   savedSize_ = 0;
-  if (ReplaceWholeFile(path_, text) != 0) return RemoveFile(path_);
+  if (!Replace(text)) return RemoveFile(path_);
   if (!state_.empty()) {
     savedSize_ = text.size();
     lastPath_ = state_.rbegin()->first;
@@ -110,10 +111,14 @@ bool LocalRecord::Append(const std::vector<std::string>& paths) {
   return true;
 }
 
+bool LocalRecord::Replace(std::string_view text) const {
+  return RetryWhileHeld([&] { return ReplaceWholeFile(path_, text); }) == 0;
+}
+
 bool LocalRecord::SaveDocument(std::string_view document) {
   changed_.clear();
   savedSize_ = 0;
-  return ReplaceWholeFile(path_, document) == 0 || RemoveFile(path_);
+  return Replace(document) || RemoveFile(path_);
 }
 
 }  // namespace patcher

@@ -46,6 +46,7 @@ class LocalRecord {
   [[nodiscard]] bool SaveDocument(std::string_view document);
 
  private:
+  [[nodiscard]] bool Replace(std::string_view text) const;
   /// False if everything has to be written instead.
   bool SaveTail();
   /// `paths` are sorted and lie behind the last saved one.
