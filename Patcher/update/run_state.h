@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -18,7 +19,7 @@
 
 namespace patcher {
 
-/// What changes when a file is written or replaced; nothing set if there is none.
+/// What changes when a file is written or replaced.
 struct FileStamp {
   std::filesystem::file_time_type written;
   std::uint64_t size = 0;
@@ -29,7 +30,7 @@ struct FileStamp {
 struct ForgottenFile {
   std::string path;
   std::string digest;
-  FileStamp stamp;
+  std::optional<FileStamp> stamp;  ///< nothing if it could not be read: the file is not remembered
 };
 
 /// State of one update run. The lists point into `manifest`, which does not change once it is parsed. While a

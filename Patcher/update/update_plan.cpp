@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -46,13 +47,15 @@ bool IsTrusted(const UpdateRun& run, const PatchFile& file, const fs::path& plac
   return run.record.Has(file.path, file.sha256) && fs::exists(place, error);
 }
 
-FileStamp StampOf(const std::string& path) {
+/// Nothing if there is no such file, or if the system does not report it.
+std::optional<FileStamp> StampOf(const std::string& path) {
   const fs::path place = ExeDir() / platform::PathFromBytes(path);
   std::error_code error;
   FileStamp stamp;
   stamp.written = fs::last_write_time(place, error);
   if (!error) stamp.size = fs::file_size(place, error);
-  return error ? FileStamp() : stamp;
+  if (error) return std::nullopt;
+  return stamp;
 }
 
 }  // namespace
@@ -107,7 +110,7 @@ bool ForgetWantedFiles(UpdateRun& run) {
 
 void RememberUntouchedFiles(UpdateRun& run) {
   for (const ForgottenFile& file : run.forgotten) {
-    if (run.record.State().count(file.path) == 0 && StampOf(file.path) == file.stamp) {
+    if (file.stamp && run.record.State().count(file.path) == 0 && StampOf(file.path) == file.stamp) {
       run.record.Enter(file.path, file.digest);
     }
   }
