@@ -7,7 +7,7 @@
 //   FAULT_STAYS=1      and every later one; if that is a write, the N-th is only cut short, as on a disk that
 //   fills up
 // The kernel traps the calls (seccomp), so those inside the C library are counted too. Sleeps end at once,
-// and a flush does nothing: they would only cost time. For x86-64.
+// and a flush does nothing: they would only cost time. For x86-64, and for launchers that start no program.
 #include <atomic>
 #include <cerrno>
 #include <charconv>
