@@ -2,10 +2,9 @@
 """Lets every system call of the launcher on its own files and connections fail: run_faults.py --launcher PROGRAM
 [KIND...].
 
-A session updates a small game, verifies it, repairs it and saves the settings: once for each N with the N-th use of one
-kind of call failing, and once with all from the N-th on, until the session no longer reaches it. What is on the disk is
-looked at after each operation. A session without faults must then make everything whole. A KIND is a name from
-fault_at_call.cpp; without any, all kinds are tried."""
+A session updates a small game, verifies and repairs it and saves the settings. For each N that it reaches, the N-th use
+of one kind of call fails, then all from the N-th on. What is on the disk is looked at after each operation, and a
+session without faults must then make everything whole. A KIND is a name from fault_at_call.cpp; default: all."""
 import argparse
 import concurrent.futures
 import contextlib
@@ -15,6 +14,7 @@ import os
 import pathlib
 import random
 import sys
+import tempfile
 import unittest.mock
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
@@ -23,6 +23,7 @@ from fault_server import FaultServer  # noqa: E402
 from game import archive, digest, publish_manifest  # noqa: E402
 
 BUSY = "Une operation est deja en cours."
+MEMORY = "/dev/shm"
 LIMIT = 60  # seconds for a session that takes a tenth of one
 # If a session without faults uses none of these, the calls are not seen.
 EXPECTED = {"openat", "read", "write", "close", "rename", "unlink", "mkdir", "newfstatat", "connect", "sendto",
@@ -39,8 +40,8 @@ PACKED = [f"data/d{i % 4}/f{i}" for i in range(5)]
 def game():
     """Its files in two versions: some of those that change come in an archive, some do not, and two are new."""
     rng = random.Random(9)
-    old = {f"data/d{i % 4}/f{i}": rng.randbytes([100, 3000, 0, 70000][i % 4]) for i in range(15)}
-    old |= {"Model/a.o3d": rng.randbytes(500), "Tolmira.exe": b"#!/bin/sh\n", "big": rng.randbytes(200000)}
+    old = {f"data/d{i % 4}/f{i}": rng.randbytes([100, 3000, 0, 20000][i % 4]) for i in range(15)}
+    old |= {"Model/a.o3d": rng.randbytes(500), "Tolmira.exe": b"#!/bin/sh\n", "big": rng.randbytes(150000)}
     new = old | {path: old[path][::-1] + rng.randbytes(80) for path in PACKED + ["big", "Model/a.o3d", "data/d1/f5"]}
     return old, new | {"new/dir/f18": rng.randbytes(2000), "new/f19": rng.randbytes(2000)}
 
@@ -230,6 +231,9 @@ def main():
     options = parser.parse_args()
     launcher.PROGRAM = pathlib.Path(options.launcher).resolve()
     launcher.LIMIT = LIMIT
+    # In memory, if programs may start there: nothing is flushed to a disk anyway.
+    if os.path.isdir(MEMORY) and not os.statvfs(MEMORY).f_flag & os.ST_NOEXEC:
+        tempfile.tempdir = MEMORY
     # The default server, which a configuration that cannot be read leads to, is out of reach.
     os.environ["https_proxy"] = "http://127.0.0.1:1"
     lane = Lane()
