@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -149,6 +150,34 @@ bool PathsAreUsable(const PatchManifest& manifest) {
                        return StaysInside(file.path) && platform::NamesAFile(file.path);
                      }) &&
          !TwoMeanOneFile(Suspects(manifest.files));
+}
+
+std::vector<std::string> PathsThatChange(const LocalState& known,
+                                         const std::vector<const PatchFile*>& files) {
+  std::unordered_set<std::string_view> paths;
+  std::unordered_set<std::uint64_t> hashes;
+  for (const PatchFile* file : files) {
+    paths.insert(file->path);
+    hashes.insert(LooseHash(file->path));
+  }
+  std::vector<std::string> changing;
+  std::vector<std::string> suspects;  // mostly none
+  for (const auto& [path, digest] : known) {
+    if (paths.count(path) != 0) {
+      changing.push_back(path);
+    } else if (hashes.count(LooseHash(path)) != 0) {
+      suspects.push_back(path);
+    }
+  }
+  if (suspects.empty()) return changing;
+  std::unordered_set<std::string> identities;
+  for (const std::string_view path : paths) {
+    identities.insert(platform::FileIdentity(path));
+    for (std::string& beside : NamesBeside(path)) identities.insert(std::move(beside));
+  }
+  std::copy_if(suspects.begin(), suspects.end(), std::back_inserter(changing),
+               [&](const std::string& path) { return identities.count(platform::FileIdentity(path)) != 0; });
+  return changing;
 }
 
 }  // namespace patcher

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
+#include "update/local_manifest.h"
 #include "update/patch_manifest.h"
 
 namespace patcher {
@@ -17,5 +20,9 @@ bool StaysInside(std::string_view path);
 /// writes: its record, its configuration, its log, its other executables. Otherwise the record could vouch
 /// for a file that another one has replaced. The same path may be listed twice: the last entry counts.
 bool PathsAreUsable(const PatchManifest& manifest);
+
+/// Of the paths that the record knows, those whose file may change when `files` are installed: a file of
+/// them, perhaps spelled in another way, or the place beside one (".part", ".old").
+std::vector<std::string> PathsThatChange(const LocalState& known, const std::vector<const PatchFile*>& files);
 
 }  // namespace patcher

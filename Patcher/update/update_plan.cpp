@@ -7,11 +7,13 @@
 #include <set>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "control/ui_event.h"
 #include "integrity/sha256.h"
 #include "platform/text.h"
 #include "shared/program.h"
+#include "update/manifest_paths.h"
 
 namespace patcher {
 namespace {
@@ -99,13 +101,16 @@ bool ChooseBundles(UpdateRun& run) {
 }
 
 bool ForgetWantedFiles(UpdateRun& run) {
-  for (const PatchFile* file : run.wanted) {
-    const auto entry = run.record.State().find(file->path);
-    if (entry == run.record.State().end()) continue;
-    run.forgotten.push_back({file->path, entry->second, StampOf(file->path)});
-    run.record.Forget(file->path);
+  if (run.wanted.empty()) return false;
+  const std::vector<std::string> changing = PathsThatChange(run.record.State(), run.wanted);
+  for (const std::string& path : changing) {
+    // Another spelling of a wanted file comes from an older version: it is not remembered.
+    if (run.expectedDigests.count(path) != 0) {
+      run.forgotten.push_back({path, run.record.State().find(path)->second, StampOf(path)});
+    }
+    run.record.Forget(path);
   }
-  return !run.forgotten.empty();
+  return !changing.empty();
 }
 
 void RememberUntouchedFiles(UpdateRun& run) {

@@ -15,9 +15,9 @@ std::size_t FindWantedFiles(UpdateRun& run);
 /// wanted files together.
 bool ChooseBundles(UpdateRun& run);
 
-/// Takes the wanted files out of the record and into `forgotten`; true if it held one. From here on their
-/// content on disk is uncertain, and after a death a server that goes back to the recorded version must not
-/// find them vouched for.
+/// Takes what the installation of the wanted files may change out of the record, and the wanted files
+/// themselves into `forgotten`; true if the record held any. From here on their content on disk is uncertain,
+/// and after a death a server that goes back to the recorded version must not find them vouched for.
 bool ForgetWantedFiles(UpdateRun& run);
 
 /// When a stage has failed: the files that were forgotten and that nobody has touched since are in the record

@@ -109,6 +109,18 @@ class UpdateTest(ScenarioTest):
         publish_manifest(self.server, {"files": entries})
         self.assertEqual(self.told()[-2:], ["A jour.", True])
 
+    def test_another_spelling_of_a_changed_file_is_not_vouched_for(self):
+        old = {"./Data": b"one", "game.dll.old": b"old", "kept": b"same"}
+        self.put(old)
+        self.told()
+        self.put({"Data": b"two", "game.dll": b"new", "kept": b"same", "z": b"never"})
+        self.server.faults["/patch/f/z"] = [404]
+        self.assertIs(self.told()[-1], False)
+        self.assertEqual({entry["path"] for entry in self.place.record()["files"]}, {"Data", "game.dll", "kept"})
+        self.put(old)
+        self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
+        self.assertEqual((self.place.directory / "Data").read_bytes(), b"one")
+
     def test_bad_requests_are_silence_and_play_starts_the_client_with_its_token(self):
         game = Game(3, 5)
         game.publish(self.server)
