@@ -1,6 +1,9 @@
 #include <filesystem>
+#include <map>
+#include <string>
 
 #include "fuzz.h"
+#include "platform/file_names.h"
 #include "platform/text.h"
 #include "update/manifest_paths.h"
 #include "update/patch_manifest.h"
@@ -25,6 +28,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   for (const patcher::PatchFile& file : manifest.files) {
     if (patcher::StaysInside(file.path)) patcher::Require(LiesBelow(file.path), "accepted paths lie inside");
+  }
+  if (patcher::PathsAreUsable(manifest)) {
+    std::map<std::string, std::string> spellings;
+    for (const patcher::PatchFile& file : manifest.files) {
+      const auto entry = spellings.emplace(platform::FileIdentity(file.path), file.path).first;
+      patcher::Require(entry->second == file.path, "no two paths mean one file");
+    }
   }
   return 0;
 }

@@ -66,9 +66,7 @@ int MoveReplacing(const std::filesystem::path& source, const std::filesystem::pa
   return LastErrorUnless(MoveFileExW(source.c_str(), target.c_str(), flags));
 }
 
-bool IsHeldForAMoment(int error) {
-  return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
-}
+bool IsHeldForAMoment(int error) { return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION; }
 
 int CopyOver(const std::filesystem::path& source, const std::filesystem::path& target) {
   return LastErrorUnless(CopyFileW(source.c_str(), target.c_str(), FALSE));
