@@ -67,8 +67,12 @@ inline Value::~Value() = default;
 /// Deepest nesting of arrays and objects that Parse accepts; one level more raises "nesting too deep".
 inline constexpr int kMaxDepth = 256;
 
-/// Reads the value that begins at `position` and leaves `position` behind it; text behind it is not looked
-/// at. Raises ParseError, or for a number that converts to nothing std::invalid_argument "invalid stod
+/// Most values (items, members and their containers) that a text may hold; one more raises "too many values".
+/// A file of a manifest has five: this leaves room for about 250,000 files and archives that list them all.
+inline constexpr std::size_t kMaxValues = 1'500'000;
+
+/// Reads the value that begins at `position` and leaves `position` after it; the text after it is not
+/// looked at. Raises ParseError, or for a number that converts to nothing std::invalid_argument "invalid stod
 /// argument", or for one out of a double's range std::out_of_range "stod argument out of range".
 Value Parse(std::string_view text, std::size_t& position);
 

@@ -44,17 +44,23 @@ std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
 LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
                              const ParsedDocument& parsed) {
   LocalState state;
-  const std::optional<std::string> text = ReadDocument(path);
+  std::optional<std::string> text = ReadDocument(path);
   if (!text) return state;
   const bool known = parsed.manifest != nullptr && *text == parsed.text;
   PatchManifest own;
   std::string error;
   if (!known && !ParsePatchManifest(*text, own, error)) return state;
-  const PatchManifest& manifest = known ? *parsed.manifest : own;
-  for (const PatchFile& file : manifest.files) {
-    state.insert_or_assign(state.end(), file.path, file.sha256);
+  text.reset();  // it may have many megabytes
+  if (known) {
+    for (const PatchFile& file : parsed.manifest->files) {
+      state.insert_or_assign(state.end(), file.path, file.sha256);
+    }
+  } else {
+    for (PatchFile& file : own.files) {
+      state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));
+    }
   }
-  if (version != nullptr) *version = manifest.version;
+  if (version != nullptr) *version = known ? parsed.manifest->version : own.version;
   return state;
 }
 

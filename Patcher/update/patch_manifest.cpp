@@ -1,15 +1,18 @@
 #include "update/patch_manifest.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <exception>
 #include <limits>
 
-#include "minijson/minijson.h"
+#include "minijson/reader.h"
 
 namespace patcher {
 namespace {
 
-using MiniJson::Value;
+using MiniJson::Kind;
+using MiniJson::Reader;
 
 template <typename Integer>
 Integer Truncated(double number) {
@@ -20,33 +23,99 @@ Integer Truncated(double number) {
   return static_cast<Integer>(number);
 }
 
-template <typename Integer>
-Integer NumberMember(const Value& object, std::string_view key) {
-  const Value* member = object.Find(key);
-  return Truncated<Integer>(member != nullptr ? member->AsNumber(0.0) : 0.0);
+/// A key of a JSON object, and what reads its value into the record. The value has begun; it is of any kind.
+template <typename Record>
+struct Field {
+  std::string_view key;
+  void (*read)(Reader& reader, Kind kind, Record& record);
+};
+
+/// Reads the next value: an object into the record, a value of another kind into nothing. Of equal keys the
+/// first counts.
+template <typename Record, std::size_t Count>
+void ReadRecord(Reader& reader, const Field<Record> (&fields)[Count], Record& record) {
+  const Kind kind = reader.Begin();
+  if (kind != Kind::Object) return reader.Skip(kind);
+  std::array<bool, Count> seen{};
+  std::string key;
+  while (reader.NextMember()) {
+    reader.ReadKey(key);
+    const Kind memberKind = reader.Begin();
+    const auto at = static_cast<std::size_t>(
+        std::find_if(fields, fields + Count, [&](const Field<Record>& field) { return field.key == key; }) -
+        fields);
+    if (at == Count || seen[at]) {
+      reader.Skip(memberKind);
+    } else {
+      seen[at] = true;
+      fields[at].read(reader, memberKind, record);
+    }
+  }
 }
 
-std::string StringMember(const Value& object, std::string_view key) {
-  const Value* member = object.Find(key);
-  return member != nullptr ? member->AsString("") : std::string();
+void ReadTextInto(std::string& text, Reader& reader, Kind kind) {
+  if (kind != Kind::String) return reader.Skip(kind);
+  reader.ReadString(text);
+  if (text.size() > kMaxManifestText) throw MiniJson::ParseError("string too long");
 }
 
-const std::vector<Value>& ArrayMember(const Value& object, std::string_view key) {
-  static const std::vector<Value> kNone;
-  const Value* member = object.Find(key);
-  return member != nullptr ? member->arrayItems : kNone;
+template <auto Member, typename Record>
+void ReadText(Reader& reader, Kind kind, Record& record) {
+  ReadTextInto(record.*Member, reader, kind);
 }
 
-PatchBundle ReadBundle(const Value& item) {
-  PatchBundle bundle{StringMember(item, "name"),
-                     NumberMember<std::uint64_t>(item, "size"),
-                     StringMember(item, "sha256"),
-                     {}};
-  const std::vector<Value>& files = ArrayMember(item, "files");
-  bundle.files.reserve(files.size());
-  for (const Value& path : files) bundle.files.push_back(path.AsString(""));
-  return bundle;
+template <auto Member, typename Record>
+void ReadNumber(Reader& reader, Kind kind, Record& record) {
+  if (kind != Kind::Number) return reader.Skip(kind);
+  auto& number = record.*Member;
+  number = Truncated<std::remove_reference_t<decltype(number)>>(reader.NumberValue());
 }
+
+/// Unlike other texts, one of another kind is not as good as none: see PatchManifest::patcherSha256.
+void ReadLauncherDigest(Reader& reader, Kind kind, PatchManifest& manifest) {
+  if (kind != Kind::String) manifest.patcherSha256 = "no text";
+  ReadText<&PatchManifest::patcherSha256>(reader, kind, manifest);
+}
+
+void ReadBundlePaths(Reader& reader, Kind kind, PatchBundle& bundle) {
+  if (kind != Kind::Array) return reader.Skip(kind);
+  while (reader.NextItem()) {
+    const Kind item = reader.Begin();
+    ReadTextInto(bundle.files.emplace_back(), reader, item);
+  }
+}
+
+constexpr Field<PatchBundle> kBundleFields[] = {{"name", ReadText<&PatchBundle::name>},
+                                                {"size", ReadNumber<&PatchBundle::size>},
+                                                {"sha256", ReadText<&PatchBundle::sha256>},
+                                                {"files", ReadBundlePaths}};
+
+constexpr Field<PatchFile> kFileFields[] = {{"path", ReadText<&PatchFile::path>},
+                                            {"size", ReadNumber<&PatchFile::size>},
+                                            {"sha256", ReadText<&PatchFile::sha256>},
+                                            {"url", ReadText<&PatchFile::url>}};
+
+void ReadBundles(Reader& reader, Kind kind, PatchManifest& manifest) {
+  if (kind != Kind::Array) return reader.Skip(kind);
+  while (reader.NextItem()) {
+    PatchBundle bundle;
+    ReadRecord(reader, kBundleFields, bundle);
+    if (!bundle.name.empty() && !bundle.sha256.empty()) manifest.bundles.push_back(std::move(bundle));
+  }
+}
+
+void ReadFiles(Reader& reader, Kind kind, PatchManifest& manifest) {
+  if (kind != Kind::Array) return reader.Skip(kind);
+  while (reader.NextItem()) ReadRecord(reader, kFileFields, manifest.files.emplace_back());
+}
+
+constexpr Field<PatchManifest> kManifestFields[] = {
+    {"version", ReadNumber<&PatchManifest::version>},
+    {"patcherVersion", ReadNumber<&PatchManifest::patcherVersion>},
+    {"patcherUrl", ReadText<&PatchManifest::patcherUrl>},
+    {"patcherSha256", ReadLauncherDigest},
+    {"bundles", ReadBundles},
+    {"files", ReadFiles}};
 
 }  // namespace
 
@@ -56,21 +125,9 @@ bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::str
     return false;
   }
   try {
-    std::size_t position = 0;
-    const Value document = MiniJson::Parse(text, position);
-    manifest.version = NumberMember<std::int32_t>(document, "version");
-    manifest.patcherVersion = NumberMember<std::int32_t>(document, "patcherVersion");
-    manifest.patcherUrl = StringMember(document, "patcherUrl");
-    for (const Value& item : ArrayMember(document, "bundles")) {
-      PatchBundle bundle = ReadBundle(item);
-      if (!bundle.name.empty() && !bundle.sha256.empty()) manifest.bundles.push_back(std::move(bundle));
-    }
-    const std::vector<Value>& files = ArrayMember(document, "files");
-    manifest.files.reserve(files.size());
-    for (const Value& item : files) {
-      manifest.files.push_back({StringMember(item, "path"), NumberMember<std::uint64_t>(item, "size"),
-                                StringMember(item, "sha256"), StringMember(item, "url")});
-    }
+    // Without a tree of values in between, which would need several times the memory of the manifest.
+    Reader reader(text, 0);
+    ReadRecord(reader, kManifestFields, manifest);
     return true;
   } catch (const std::exception& failure) {
     error = failure.what();

@@ -26,20 +26,27 @@ struct PatchBundle {
 
 /// The server's document: what a complete installation is.
 struct PatchManifest {
-  std::int32_t version = 0;          ///< shown and stored; decides nothing
-  std::int32_t patcherVersion = 0;   ///< build number of the newest launcher
-  std::string patcherUrl;            ///< its name below "/patch/"
+  std::int32_t version = 0;         ///< shown and stored; decides nothing
+  std::int32_t patcherVersion = 0;  ///< build number of the newest launcher
+  std::string patcherUrl;           ///< its name below "/patch/"
+  /// The digest that its bytes must have; empty: none was announced. A value that is no text reads as a
+  /// digest that no file has: a publisher's mistake must not pass for leave to install anything.
+  std::string patcherSha256;
   std::vector<PatchFile> files;      ///< document order, nothing removed
   std::vector<PatchBundle> bundles;  ///< document order, without those that lack a name or a digest
 };
 
-/// A document is held in memory, parsed and as text; none comes near this (a million files have about 250
-/// MB).
-inline constexpr std::size_t kMaxManifestSize = std::size_t{256} << 20;
+/// Bytes of the longest document. It is held in memory as text and parsed, for a moment beside the previous
+/// version of both, and the whole process is to stay below 512 MB. 200,000 files whose paths and URLs have 80
+/// bytes, each also listed by an archive, have 82 MB.
+inline constexpr std::size_t kMaxManifestSize = std::size_t{96} << 20;
+
+/// Bytes of the longest path, name, URL or digest: no system knows longer ones, and the engine copies them.
+inline constexpr std::size_t kMaxManifestText = 32767;
 
 /// Reads a manifest leniently: what is absent or of another kind stays at its default. Numbers are truncated
 /// toward zero; one that does not fit its field becomes the nearest that does. False only if the text does
-/// not parse or is larger than kMaxManifestSize, with the reason in `error`.
+/// not parse or is above one of the limits (MiniJson::kMaxValues is the third), with the reason in `error`.
 bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::string& error);
 
 }  // namespace patcher

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "minijson/minijson.h"
 #include "platform/file_names.h"
 #include "update/manifest_paths.h"
 #include "update/patch_manifest.h"
@@ -28,7 +29,45 @@ TEST(PatchManifestTest, ReadsLeniently) {
   const std::uint64_t sizes[] = {0, 0, UINT64_MAX, 2, 0};
   for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(manifest.files[i].size, sizes[i]) << i;
   EXPECT_EQ(manifest.files[1].url, "u");
-  for (const char* text : {"{}", "[]", "5"}) EXPECT_TRUE(Parsed(text).files.empty());
+  for (const char* text : {"{}", "[]", "5", R"({"files":5,"files":[{}]})"}) {
+    EXPECT_TRUE(Parsed(text).files.empty()) << text;
+  }
+  EXPECT_EQ(Parsed(R"({"files":[{"path":3,"path":"a","size":[{"size":1}],"size":2}]})").files[0].size, 0u);
+}
+
+TEST(PatchManifestTest, OnlyAMissingOrEmptyLauncherDigestIsNone) {
+  const std::pair<const char*, bool> cases[] = {
+      {"{}", true},
+      {R"({"patcherSha256":""})", true},
+      {R"({"patcherSha256":"ab"})", false},
+      {R"({"patcherSha256":null})", false},
+      {R"({"patcherSha256":5})", false},
+  };
+  for (const auto& [text, none] : cases) EXPECT_EQ(Parsed(text).patcherSha256.empty(), none) << text;
+}
+
+TEST(PatchManifestTest, DocumentsHaveLimits) {
+  const auto zeros = [](std::size_t count) {
+    std::string text = "[0";
+    for (std::size_t i = 1; i < count; ++i) text += ",0";
+    return text + "]";
+  };
+  const auto longName = [](std::size_t size) {
+    return "{\"patcherUrl\":\"" + std::string(size, 'x') + "\"}";
+  };
+  const std::pair<std::string, const char*> cases[] = {
+      {zeros(MiniJson::kMaxValues - 1), ""},
+      {zeros(MiniJson::kMaxValues), "too many values"},
+      {longName(kMaxManifestText), ""},
+      {longName(kMaxManifestText + 1), "string too long"},
+      {std::string(kMaxManifestSize - 1, ' ') + "5", ""},
+      {std::string(kMaxManifestSize, ' ') + "5", "text too large"}};
+  for (const auto& [text, reason] : cases) {
+    PatchManifest manifest;
+    std::string error;
+    EXPECT_EQ(ParsePatchManifest(text, manifest, error), *reason == '\0') << text.size();
+    EXPECT_EQ(error, reason) << text.size();
+  }
 }
 
 TEST(PatchManifestTest, WhatDoesNotParseSaysWhy) {
