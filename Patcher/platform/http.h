@@ -6,9 +6,10 @@
 #include <string>
 
 /// Synchronous HTTP, cut to GET requests whose body the caller pulls. Redirects are followed, never from
-/// https to http; the system's certificates and proxy settings hold; a connection that is not made in 60 s
-/// and a transfer that brings nothing for 30 s fail. Error numbers are those of the system's HTTP library
-/// (WinHTTP or libcurl) and only serve the debug log; the two halves do not share them.
+/// https to http; the system's certificates and proxy settings hold. A connection that is not made in 60 s, a
+/// head of a response that is not whole 60 s after the request was sent, and a transfer that brings nothing
+/// for 30 s fail; one that brings little is the caller's to judge. Error numbers are those of the system's
+/// HTTP library (WinHTTP or libcurl) and only serve the debug log; the two halves do not share them.
 namespace platform {
 
 struct ServerAddress {
@@ -63,8 +64,8 @@ class HttpConnection {
 };
 
 /// One GET. Belongs to one thread at a time; many may be open on one connection. The connection outlives it.
-/// The steps are called in this order: Open, Send, ReceiveResponse, Status, then QueryDataAvailable and
-/// ReadData in turns. Each returns 0 for success, else the error number.
+/// The steps are called in this order: Open, Send, ReceiveResponse, Status and AnnouncedLength, then
+/// QueryDataAvailable and ReadData in turns. Each step returns 0 for success, else the error number.
 class HttpRequest {
  public:
   HttpRequest();
@@ -80,6 +81,8 @@ class HttpRequest {
   std::uint32_t ReceiveResponse();
   /// Status code of that response; 0 if there is none.
   std::uint32_t Status();
+  /// Bytes of the body that this response has announced; nothing if it has not, as with chunks.
+  std::optional<std::uint64_t> AnnouncedLength() const;
   /// Blocks until bytes of the body can be read; `available` 0 is the end of the body. A body that ends
   /// before its announced length is an error.
   std::uint32_t QueryDataAvailable(std::uint32_t& available);

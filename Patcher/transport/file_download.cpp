@@ -8,6 +8,7 @@
 #include "platform/links.h"
 #include "platform/text.h"
 #include "shared/retry_while_held.h"
+#include "transport/body_reader.h"
 #include "transport/debug_log.h"
 #include "transport/http_session.h"
 
@@ -23,33 +24,77 @@ fs::path WithSuffix(fs::path file, const char* suffix) {
   return file;
 }
 
-/// Copies the body to `file` and into `hash`, block by block. False if the transfer or a write failed; the
-/// reason is in the log.
-bool ReceiveBody(platform::HttpRequest& request, const std::string& path, const fs::path& part,
-                 std::ofstream& file, platform::DigestHash& hash, const ByteCallback& onBytes) {
-  std::array<char, kBlockSize> buffer;
-  for (;;) {
-    std::uint32_t available = 0;
-    if (std::uint32_t error = request.QueryDataAvailable(available); error != 0) {
-      DebugLog::Write("QueryDataAvailable " + path + " err=" + std::to_string(error));
-      return false;
-    }
-    if (available == 0) return true;
-    std::uint32_t read = 0;
-    if (std::uint32_t error = request.ReadData(buffer.data(), kBlockSize, read); error != 0) {
-      DebugLog::Write("ReadData " + path + " err=" + std::to_string(error));
-      return false;
-    }
-    errno = 0;
-    if (!file.write(buffer.data(), read)) {
-      DebugLog::Write("write " + platform::BytesFromPath(part) + " : " +
-                      std::generic_category().message(errno));
-      return false;
-    }
-    hash.Update(buffer.data(), read);
-    if (onBytes) onBytes(read);
-  }
+void LogWriteFailure(const fs::path& file, int error) {
+  DebugLog::Write("write " + platform::BytesFromPath(file) + " : " + std::generic_category().message(error));
 }
+
+void LogTooLarge(const std::string& path, std::uint64_t limit) {
+  DebugLog::Write("TooLarge " + path + " limit=" + std::to_string(limit));
+}
+
+/// The body of one response on its way into a temporary file.
+class Transfer {
+ public:
+  Transfer(platform::HttpRequest& request, const std::string& path, const DownloadRules& rules)
+      : path_(path), rules_(rules), reader_(request) {
+    received_.announced = request.AnnouncedLength().has_value();
+  }
+
+  /// Writes the body to a new file `part`. False if that or the transfer failed; the reason is in the log.
+  bool ReceiveTo(const fs::path& part, const std::error_code& directoryError) {
+    std::ofstream file;
+    // Unbuffered: the blocks are large already, and a failed write shows at once.
+    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.open(part, std::ios::binary | std::ios::trunc);
+    if (!file) {
+      DebugLog::Write("ofstream " + platform::BytesFromPath(part) + " mkdir_ec=" + directoryError.message());
+      return false;
+    }
+    bool whole = ReceiveBlocks(part, file);
+    errno = 0;
+    file.close();
+    if (whole && file.fail()) {
+      LogWriteFailure(part, errno);
+      whole = false;
+    }
+    received_.digest = sha256_.FinishHex(hash_);
+    return whole;
+  }
+
+  const ReceivedFile& Received() const { return received_; }
+
+ private:
+  bool ReceiveBlocks(const fs::path& part, std::ofstream& file) {
+    std::array<char, kBlockSize> buffer;
+    for (;;) {
+      std::uint32_t read = 0;
+      if (!reader_.Read(buffer.data(), kBlockSize, read)) {
+        DebugLog::Write(reader_.FailureLine(path_));
+        return false;
+      }
+      if (read == 0) return true;
+      received_.size += read;
+      if (received_.size > rules_.maxSize) {
+        LogTooLarge(path_, rules_.maxSize);
+        return false;
+      }
+      errno = 0;
+      if (!file.write(buffer.data(), read)) {
+        LogWriteFailure(part, errno);
+        return false;
+      }
+      hash_.Update(buffer.data(), read);
+      if (rules_.onBytes) rules_.onBytes(read);
+    }
+  }
+
+  const std::string& path_;
+  const DownloadRules& rules_;
+  BodyReader reader_;
+  Sha256 sha256_;
+  platform::DigestHash hash_ = sha256_.BeginHash();
+  ReceivedFile received_;
+};
 
 /// Puts the finished temporary file in place. The temporary file is gone afterwards in every case.
 bool PutInPlace(const fs::path& part, const fs::path& destination) {
@@ -71,43 +116,30 @@ bool PutInPlace(const fs::path& part, const fs::path& destination) {
 
 }  // namespace
 
-bool HttpSession::DownloadToFile(const std::string& path, const fs::path& destination, std::string& digest,
-                                 const ByteCallback& onBytes) {
+bool HttpSession::DownloadToFile(const std::string& path, const fs::path& destination,
+                                 const DownloadRules& rules, std::string& digest) {
   std::optional<platform::HttpRequest> request = OpenGet(path);
   if (!request) {
     DebugLog::Write("OpenGet-null " + path);
     return false;
   }
+  if (request->AnnouncedLength() > rules.maxSize) {
+    LogTooLarge(path, rules.maxSize);
+    return false;
+  }
 
   // Before the file: what it may raise must not leave one behind.
-  Sha256 sha256;
+  Transfer transfer(*request, path, rules);
   const fs::path part = WithSuffix(destination, ".part");
   std::error_code directoryError;
   fs::create_directories(destination.parent_path(), directoryError);
   std::error_code ignored;
   // Whatever a link leads to is not ours to overwrite.
   if (platform::IsLink(part)) fs::remove(part, ignored);
-  std::ofstream file;
-  // Unbuffered: the blocks are large already, and a failed write shows at once.
-  file.rdbuf()->pubsetbuf(nullptr, 0);
-  file.open(part, std::ios::binary | std::ios::trunc);
-  if (!file) {
-    DebugLog::Write("ofstream " + platform::BytesFromPath(part) + " mkdir_ec=" + directoryError.message());
-    return false;
-  }
-
-  platform::DigestHash hash = sha256.BeginHash();
-  bool received = ReceiveBody(*request, path, part, file, hash, onBytes);
-  errno = 0;
-  file.close();
-  if (received && file.fail()) {
-    DebugLog::Write("write " + platform::BytesFromPath(part) + " : " +
-                    std::generic_category().message(errno));
-    received = false;
-  }
+  const bool received = transfer.ReceiveTo(part, directoryError);
   request.reset();
-  digest = sha256.FinishHex(hash);
-  if (!received) {
+  digest = transfer.Received().digest;
+  if (!received || (rules.accept && !rules.accept(part, transfer.Received()))) {
     fs::remove(part, ignored);
     return false;
   }

@@ -1,7 +1,9 @@
 #include "transport/http_session.h"
 
+#include <algorithm>
 #include <array>
 
+#include "transport/body_reader.h"
 #include "transport/config.h"
 #include "transport/debug_log.h"
 
@@ -18,6 +20,13 @@ void LogFailure(const char* step, const std::string& path, std::uint32_t error) 
 bool IsUnreserved(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' ||
          c == '.' || c == '~' || c == '/';
+}
+
+/// Appends a block. Room is doubled, but not beyond `enough`: a document may have many megabytes.
+void Append(std::string& body, const char* block, std::size_t size, std::size_t enough) {
+  const std::size_t needed = body.size() + size;
+  if (needed > body.capacity()) body.reserve(std::max(needed, std::min(body.capacity() * 2, enough)));
+  body.append(block, size);
 }
 
 }  // namespace
@@ -87,12 +96,19 @@ bool HttpSession::GetToString(const std::string& path, std::string& body, std::s
   std::optional<platform::HttpRequest> request = OpenGet(path);
   if (!request) return false;
   body.clear();
+  if (const auto announced = request->AnnouncedLength()) {
+    body.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(*announced, enough)));
+  }
+  BodyReader reader(*request);
   std::array<char, 8192> buffer;
-  std::uint32_t available = 0;
-  while (body.size() < enough && request->QueryDataAvailable(available) == 0 && available != 0) {
+  while (body.size() < enough) {
     std::uint32_t read = 0;
-    if (request->ReadData(buffer.data(), static_cast<std::uint32_t>(buffer.size()), read) != 0) break;
-    body.append(buffer.data(), read);
+    if (!reader.Read(buffer.data(), static_cast<std::uint32_t>(buffer.size()), read)) {
+      if (reader.IsSilent()) DebugLog::Write(reader.FailureLine(path));
+      break;
+    }
+    if (read == 0) break;
+    Append(body, buffer.data(), read, enough);
   }
   return true;
 }

@@ -15,6 +15,23 @@ namespace patcher {
 /// Called with the number of bytes of each block that arrived; may be empty.
 using ByteCallback = std::function<void(std::uint64_t)>;
 
+/// A body that has arrived as a file.
+struct ReceivedFile {
+  std::string digest;      ///< hexadecimal SHA-256
+  std::uint64_t size = 0;  ///< bytes
+  bool announced =
+      false;  ///< the response had announced this size; otherwise a cut body may pass for a whole one
+};
+
+/// What a download does beside the transfer itself.
+struct DownloadRules {
+  std::uint64_t maxSize = 0;  ///< bytes; a longer body, or the announcement of one, is a failed transfer
+  ByteCallback onBytes = {};
+  /// Judges and prepares the received file, which is closed and still has its temporary name, before it is
+  /// put in place; false makes the download fail. May be empty.
+  std::function<bool(const std::filesystem::path& part, const ReceivedFile& received)> accept = {};
+};
+
 /// Bytes other than ASCII letters, digits and -_.~/ become a percent sign and two capital hexadecimal digits,
 /// so that a name is never taken for a query and must not come encoded.
 std::string PercentEncodePath(std::string_view path);
@@ -34,17 +51,20 @@ class HttpSession {
   /// A request whose response has arrived with status 200, or nothing.
   std::optional<platform::HttpRequest> OpenGet(const std::string& path);
 
-  /// The body of a small document. False, with `body` untouched, if there is no response with status 200. A
-  /// transfer that breaks midway gives true and what came until then. Reading ends when `enough` bytes are
-  /// there, so that a document of no use costs no memory.
+  /// The body of a document. False, with `body` untouched, if there is no response with status 200. A
+  /// transfer that breaks midway or goes silent (TransferPace) gives true and what came until then. Reading
+  /// ends when `enough` bytes are there, so that a document of no use costs no memory.
   bool GetToString(const std::string& path, std::string& body, std::size_t enough = std::string::npos);
 
   /// Streams a body to `destination` followed by ".part" while hashing it, then puts it in place, replacing
-  /// what stands there even if it is in use. `digest` is the hexadecimal SHA-256 of what arrived; judging it
-  /// is the caller's work. On false no .part file stays, and `destination` is untouched unless everything
-  /// arrived and could not be put in place: a file in use then stands under its name followed by ".old".
-  bool DownloadToFile(const std::string& path, const std::filesystem::path& destination, std::string& digest,
-                      const ByteCallback& onBytes);
+  /// what is there even if it is in use. `digest` is the hexadecimal SHA-256 of what arrived; judging it is
+  /// the caller's work. False if the transfer breaks, goes silent (TransferPace), is larger than the rules
+  /// allow or not accepted by them, or the disk refuses it. On false no .part file stays, and `destination`
+  /// is untouched unless everything arrived and could not be put in place: a file in use is then under its
+  /// name followed by
+  /// ".old".
+  bool DownloadToFile(const std::string& path, const std::filesystem::path& destination,
+                      const DownloadRules& rules, std::string& digest);
 
  private:
   platform::HttpClient session_;

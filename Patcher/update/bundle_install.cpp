@@ -141,7 +141,8 @@ bool BundleWorker(UpdateRun& run, ProgressTracker& tracker, std::size_t index, u
   std::error_code ignored;
 
   std::string reason;
-  if (!DownloadVerified(run.session, "/patch/" + bundle.name, archive, bundle.sha256, tracker, reason)) {
+  if (!DownloadVerified(run.session, "/patch/" + bundle.name, archive, {bundle.sha256, bundle.size}, tracker,
+                        reason)) {
     fs::remove(archive, ignored);
     GiveUp(run, bundle, "Archive indisponible: " + bundle.name + " (" + reason + ")");
     return true;

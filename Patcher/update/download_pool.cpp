@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <exception>
+#include <limits>
 #include <thread>
 #include <vector>
 
@@ -58,15 +59,19 @@ bool ParallelRun(std::size_t itemCount, int threads, const WorkItem& work) {
 }
 
 bool DownloadVerified(HttpSession& session, const std::string& path, const std::filesystem::path& destination,
-                      const std::string& expected, ProgressTracker& tracker, std::string& reason) {
+                      const ExpectedFile& expected, ProgressTracker& tracker, std::string& reason) {
+  const bool representable = expected.size <= std::numeric_limits<std::uint64_t>::max() - kMaxExcess;
+  DownloadRules rules;
+  rules.maxSize = representable ? expected.size + kMaxExcess : std::numeric_limits<std::uint64_t>::max();
   for (int attempt = 1; attempt <= kAttempts; ++attempt) {
     std::uint64_t attemptBytes = 0;
-    std::string digest;
-    const bool received = session.DownloadToFile(path, destination, digest, [&](std::uint64_t count) {
+    rules.onBytes = [&](std::uint64_t count) {
       attemptBytes += count;
       tracker.AddBytes(count);
-    });
-    if (received && digest == expected) return true;
+    };
+    std::string digest;
+    const bool received = session.DownloadToFile(path, destination, rules, digest);
+    if (received && digest == expected.digest) return true;
     tracker.RollBack(attemptBytes);
     reason = received ? "contenu incorrect" : "transfert interrompu";
     if (attempt < kAttempts) std::this_thread::sleep_for(attempt * kPausePerAttempt);

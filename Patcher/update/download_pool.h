@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -18,9 +19,19 @@ using WorkItem = std::function<bool(std::size_t index, unsigned worker)>;
 /// end. True if there was no such item. If the system grants fewer threads, those there are do the work.
 bool ParallelRun(std::size_t itemCount, int threads, const WorkItem& work);
 
-/// Downloads one file with up to three attempts, until its digest is `expected`. On false `reason` says in
+/// A file or archive as the manifest describes it.
+struct ExpectedFile {
+  const std::string& digest;
+  std::uint64_t size;
+};
+
+/// Bytes that a body may have above its size in the manifest. Generous, since the digest decides and sizes
+/// may be wrong: this only ends a body that does not end by itself.
+inline constexpr std::uint64_t kMaxExcess = std::uint64_t{256} << 20;
+
+/// Downloads one file with up to three attempts, until it has the expected digest. On false `reason` says in
 /// the player's words how the last attempt failed.
 bool DownloadVerified(HttpSession& session, const std::string& path, const std::filesystem::path& destination,
-                      const std::string& expected, ProgressTracker& tracker, std::string& reason);
+                      const ExpectedFile& expected, ProgressTracker& tracker, std::string& reason);
 
 }  // namespace patcher

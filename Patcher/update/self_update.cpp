@@ -58,7 +58,7 @@ Fetched Fetch(UpdateRun& run) {
   const std::string running = sha256.HashFile(ExePath());
   const bool inPlace = IsRunningLauncher(file);
   std::string digest;
-  if (!run.session.DownloadToFile("/patch/" + run.manifest.patcherUrl, file, digest, {})) {
+  if (!run.session.DownloadToFile("/patch/" + run.manifest.patcherUrl, file, {std::uint64_t{256} << 20}, digest)) {
     return Fetched::kNothing;
   }
   if (digest == running) {

@@ -155,7 +155,8 @@ class Steps {
     tracker.SetCurrentFile(file.path);
     const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
     std::string reason;
-    if (!DownloadVerified(run_.session, "/patch/" + file.url, place, file.sha256, tracker, reason)) {
+    if (!DownloadVerified(run_.session, "/patch/" + file.url, place, {file.sha256, file.size}, tracker,
+                          reason)) {
       Status("Echec du telechargement: " + file.path + " (" + reason + ")");
       return false;
     }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -20,6 +21,7 @@ inline std::string UniqueKey() { return "key" + std::to_string(std::random_devic
 struct Answer {
   std::uint32_t error = 0;  ///< of the first step that failed
   std::uint32_t status = 0;
+  std::optional<std::uint64_t> announced;  ///< bytes of the body
   std::string body;
 };
 
@@ -46,6 +48,7 @@ inline Answer Get(platform::HttpConnection& connection, const std::string& path,
   if (answer.error == 0) answer.error = request.ReceiveResponse();
   if (answer.error != 0) return answer;
   answer.status = request.Status();
+  answer.announced = request.AnnouncedLength();
   ReadBody(request, answer, piece);
   return answer;
 }

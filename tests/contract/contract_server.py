@@ -6,7 +6,7 @@ Prints its port on the first line and serves until standard input ends. Connecti
   /body/N          200 with N bytes of the pattern (byte i is i % 251)
   /status/N        status N with a short body
   /redirect        302 to /body/1000; /redirect/loop: 302 to itself
-  /chunked/N       the pattern in chunks of 1000 bytes
+  /chunked/N       the pattern in chunks of 1000 bytes; /chunked-length/N: with a length beside it that is void
   /cut/N/M         announces N bytes, sends M, closes
   /chunked-cut/N   N bytes in chunks, then closes without the last chunk
   /until-close/N   no length; the end of the connection ends the body
@@ -99,8 +99,9 @@ class Client:
             release[rest[1]].wait()
             self.send(pattern(numbers[0]))
             return True
-        if name == "chunked":
-            self.send(b"HTTP/1.1 200 Word\r\nTransfer-Encoding: chunked\r\n\r\n",
+        if name in ("chunked", "chunked-length"):
+            length = b"Content-Length: 7\r\n" if name == "chunked-length" else b""
+            self.send(b"HTTP/1.1 200 Word\r\n%sTransfer-Encoding: chunked\r\n\r\n" % length,
                       *chunks(pattern(numbers[0])), b"0\r\n\r\n")
             return True
         if name == "reset":

@@ -17,6 +17,11 @@ namespace {
 constexpr std::size_t kMaxHostLength = 255;
 constexpr long kConnectSeconds = 60;
 constexpr std::chrono::seconds kSilence{30};
+/// Longest wait for the head of a response, and for a byte of its body: what comes instead, dribbled headers
+/// or trailers for example, is no silence.
+constexpr std::chrono::seconds kLongestWait{60};
+constexpr std::chrono::seconds kLongestSend = kSilence + std::chrono::seconds(kConnectSeconds);
+constexpr std::size_t kMaxHeadSize = std::size_t{256} * 1024;
 constexpr long kReceiveBuffer = 128L * 1024;
 /// Bytes that may wait for the caller before the transfer is paused.
 constexpr std::size_t kMaxPending = std::size_t{512} * 1024;
@@ -150,6 +155,7 @@ struct HttpRequest::Impl {
   HttpClient::Impl& client;
   std::unique_ptr<Engine> engine;
   std::size_t consumed = 0;  // bytes of `pending` that were read
+  std::size_t headSize = 0;  // of all responses up to the final one, and of trailers
   bool paused = false;
   bool headersDone = false;
   bool redirecting = false;
@@ -181,6 +187,8 @@ struct HttpRequest::Impl {
   static std::size_t OnHeader(char* data, std::size_t, std::size_t size, void* self) {
     auto& request = *static_cast<Impl*>(self);
     request.NoteActivity();
+    request.headSize += size;
+    if (request.headSize > kMaxHeadSize) return 0;
     const std::string_view line(data, size);
     if (line.starts_with("HTTP/")) {
       request.redirecting = false;
@@ -228,11 +236,12 @@ struct HttpRequest::Impl {
     return sent > 0 || headersDone;
   }
 
-  /// Lets the transfer go on until `enough` says so or it is done.
+  /// Lets the transfer go on until `enough` says so, it is done, or `limit` has gone by.
   template <typename Condition>
-  CURLcode Drive(Condition enough) {
+  CURLcode Drive(Condition enough, std::chrono::seconds limit) {
     // Only waiting counts as silence, not the time that the caller took between two calls.
     NoteActivity();
+    const auto deadline = lastByte + limit;
     while (!enough() && !done) {
       int running = 0;
       if (curl_multi_perform(engine->multi, &running) != CURLM_OK) return Finish(CURLE_RECV_ERROR);
@@ -241,7 +250,7 @@ struct HttpRequest::Impl {
         if (message->msg == CURLMSG_DONE) Finish(message->data.result);
       }
       if (enough() || done) break;
-      if (IsSilent()) return Finish(CURLE_OPERATION_TIMEDOUT);
+      if (IsSilent() || std::chrono::steady_clock::now() > deadline) return Finish(CURLE_OPERATION_TIMEDOUT);
       curl_multi_poll(engine->multi, nullptr, 0, 1000, nullptr);
     }
     return result;
@@ -249,7 +258,7 @@ struct HttpRequest::Impl {
 
   /// Whether a made connection has brought nothing for too long; making one has its own limit.
   bool IsSilent() const {
-    const auto limit = IsSent() ? kSilence : kSilence + std::chrono::seconds(kConnectSeconds);
+    const auto limit = IsSent() ? kSilence : kLongestSend;
     return std::chrono::steady_clock::now() - lastByte > limit;
   }
 
@@ -277,18 +286,25 @@ std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& e
 std::uint32_t HttpRequest::Send() {
   if (curl_multi_add_handle(impl_->engine->multi, impl_->engine->easy) != CURLM_OK) return CURLE_FAILED_INIT;
   const auto isSent = [this] { return impl_->IsSent(); };
-  const CURLcode error = impl_->Drive(isSent);
+  const CURLcode error = impl_->Drive(isSent, kLongestSend);
   // What broke behind the request, even in the same step, is the matter of who reads the answer.
   return isSent() ? 0 : error;
 }
 
 std::uint32_t HttpRequest::ReceiveResponse() {
-  const CURLcode error = impl_->Drive([this] { return impl_->headersDone; });
+  const CURLcode error = impl_->Drive([this] { return impl_->headersDone; }, kLongestWait);
   // A body that broke after the headers is the reader's matter.
   return impl_->headersDone ? 0 : error;
 }
 
 std::uint32_t HttpRequest::Status() { return impl_->Code(); }
+
+std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const {
+  curl_off_t length = -1;
+  curl_easy_getinfo(impl_->engine->easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+  if (length < 0) return std::nullopt;
+  return static_cast<std::uint64_t>(length);
+}
 
 std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
   available = 0;
@@ -296,7 +312,7 @@ std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
     impl_->paused = false;
     curl_easy_pause(impl_->engine->easy, CURLPAUSE_CONT);
   }
-  const CURLcode error = impl_->Drive([this] { return impl_->Available() > 0; });
+  const CURLcode error = impl_->Drive([this] { return impl_->Available() > 0; }, kLongestWait);
   available = static_cast<std::uint32_t>(impl_->Available());
   return available > 0 ? 0 : error;
 }

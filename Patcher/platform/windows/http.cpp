@@ -20,6 +20,7 @@ using Handle = std::unique_ptr<void, HandleCloser>;
 
 constexpr std::size_t kSchemeBuffer = 16;
 constexpr std::size_t kHostBuffer = 256;
+constexpr DWORD kHeadMilliseconds = 60'000;
 
 std::wstring ToNative(const std::string& text) {
   const std::u16string wide = Utf8ToWide(text);
@@ -60,6 +61,8 @@ bool HttpClient::Open(const std::string& userAgent) {
   impl_ = std::make_unique<Impl>();
   impl_->session.reset(WinHttpOpen(ToNative(userAgent).c_str(), WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY,
                                    WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0));
+  DWORD limit = kHeadMilliseconds;
+  WinHttpSetOption(impl_->session.get(), WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, &limit, sizeof limit);
   return impl_->session != nullptr;
 }
 
@@ -89,16 +92,23 @@ bool HttpConnection::Open(HttpClient& client, const ServerAddress& server) {
 
 struct HttpRequest::Impl {
   Handle request;
-  std::uint64_t missing = 0;  // bytes of the announced length that have not been read; 0 also if none was
+  std::optional<std::uint64_t> announced;  // bytes of the body, by the response
+  std::uint64_t missing = 0;               // of those, the bytes that have not been read
 
-  /// As text: the number forms of the query end at 32 bits or need a newer system.
-  std::uint64_t AnnouncedLength() const {
+  bool HasHeader(DWORD header, wchar_t* text, DWORD size) const {
+    return WinHttpQueryHeaders(request.get(), header, WINHTTP_HEADER_NAME_BY_INDEX, text, &size,
+                               WINHTTP_NO_HEADER_INDEX) != FALSE;
+  }
+
+  void ReadAnnouncedLength() {
     wchar_t text[32] = {};
-    DWORD size = sizeof text - sizeof(wchar_t);
-    const BOOL known =
-        WinHttpQueryHeaders(request.get(), WINHTTP_QUERY_CONTENT_LENGTH, WINHTTP_HEADER_NAME_BY_INDEX, text,
-                            &size, WINHTTP_NO_HEADER_INDEX);
-    return known ? std::wcstoull(text, nullptr, 10) : 0;
+    constexpr DWORD kSize = sizeof text - sizeof(wchar_t);
+    // Chunks make a length beside them void.
+    if (HasHeader(WINHTTP_QUERY_TRANSFER_ENCODING, text, kSize)) return;
+    // As text: the number forms of the query end at 32 bits or need a newer system.
+    if (!HasHeader(WINHTTP_QUERY_CONTENT_LENGTH, text, kSize)) return;
+    announced = std::wcstoull(text, nullptr, 10);
+    missing = *announced;
   }
 
   static std::uint32_t ErrorUnless(BOOL success) { return success ? 0 : GetLastError(); }
@@ -124,7 +134,7 @@ std::uint32_t HttpRequest::Send() {
 
 std::uint32_t HttpRequest::ReceiveResponse() {
   const std::uint32_t error = Impl::ErrorUnless(WinHttpReceiveResponse(impl_->request.get(), nullptr));
-  if (error == 0) impl_->missing = impl_->AnnouncedLength();
+  if (error == 0) impl_->ReadAnnouncedLength();
   return error;
 }
 
@@ -135,6 +145,8 @@ std::uint32_t HttpRequest::Status() {
                       WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX);
   return status;
 }
+
+std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const { return impl_->announced; }
 
 std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
   DWORD count = 0;

@@ -5,12 +5,40 @@
 #include "transport/config.h"
 #include "transport/debug_log.h"
 #include "transport/http_session.h"
+#include "transport/transfer_pace.h"
 
 namespace patcher {
 namespace {
 
 TEST(PercentEncodeTest, KeepsOnlyUnreservedBytesAndSlashes) {
   EXPECT_EQ(PercentEncodePath("/a-b_c.d~e/A Z?%\xC3\xA9\\"), "/a-b_c.d~e/A%20Z%3F%25%C3%A9%5C");
+}
+
+TEST(TransferPaceTest, SilentBelowTheLeastBytesInAMinuteOfWaiting) {
+  struct Wait {
+    int seconds;
+    std::uint64_t bytes;
+  };
+  const struct {
+    std::vector<Wait> waits;
+    std::size_t silentAfter;  // 0: never
+  } cases[] = {
+      {{{20, 1}, {20, 1}, {19, 1}, {1, 1}}, 4},
+      {{{59, 4095}, {0, 0}, {1, 0}}, 3},
+      {{{60, 4096}, {59, 0}}, 0},
+      {{{600, 65536}}, 0},
+      {{{30, 2048}, {29, 2048}, {59, 1}, {2, 4095}, {59, 4000}}, 0},
+      {{{30, 4096}, {30, 100}, {30, 100}}, 3},
+      {std::vector<Wait>(100000, Wait{0, 0}), 0},
+  };
+  for (const auto& [waits, silentAfter] : cases) {
+    TransferPace pace;
+    std::size_t silent = 0;
+    for (std::size_t i = 0; i < waits.size() && silent == 0; ++i) {
+      if (!pace.Count(std::chrono::seconds(waits[i].seconds), waits[i].bytes)) silent = i + 1;
+    }
+    EXPECT_EQ(silent, silentAfter) << waits.size() << " waits from " << waits[0].seconds;
+  }
 }
 
 TEST(ConfigTest, LastAcceptedValueCounts) {
