@@ -29,6 +29,14 @@ int MoveReplacing(const std::filesystem::path& source, const std::filesystem::pa
 /// Whether an error number of MoveReplacing can mean that a program holds one of the files for a moment.
 /// Windows: access denied and sharing violations, which may also be for good. Linux: never.
 bool IsHeldForAMoment(int error);
+/// As MoveReplacing with `copyAcrossVolumes`, and the new entry is on the disk itself when it returns 0.
+int MoveDurably(const std::filesystem::path& source, const std::filesystem::path& target);
+
+/// Gives a file that another one is about to replace the name `aside` in the same directory, replacing a file
+/// of that name; on the disk itself when it returns 0, else the system's error number. Linux: `file` keeps
+/// its old name as well if the file system has hard links, so that it is never without a file. Windows: it is
+/// moved.
+int MoveAside(const std::filesystem::path& file, const std::filesystem::path& aside);
 
 /// Copies a file over `target`, replacing what a file there held. Returns 0, or the system's error number.
 /// The standard library's copy replaces nothing on Windows: it takes any two files for the same one.

@@ -86,7 +86,7 @@ class HttpRequest {
   /// Blocks until bytes of the body can be read; `available` 0 is the end of the body. A body that ends
   /// before its announced length is an error.
   std::uint32_t QueryDataAvailable(std::uint32_t& available);
-  /// Reads at most `size` bytes; `read` is never above it.
+  /// Reads at most `size` of the available bytes, without waiting for more; `read` is never above it.
   std::uint32_t ReadData(void* buffer, std::uint32_t size, std::uint32_t& read);
 
   struct Impl;

@@ -1,5 +1,7 @@
 #include "shared/program.h"
 
+#include <system_error>
+
 #include "platform/text.h"
 
 namespace patcher {
@@ -21,6 +23,12 @@ ProgramPaths& Paths() {
 const std::filesystem::path& ExePath() { return Paths().executable; }
 
 const std::filesystem::path& ExeDir() { return Paths().directory; }
+
+bool IsOwnName(const std::filesystem::path& file) {
+  std::error_code error;
+  if (!std::filesystem::equivalent(ExePath(), file, error) || error) return false;
+  return file == ExePath() || std::filesystem::hard_link_count(file, error) < 2;
+}
 
 void SetExePath(const std::filesystem::path& executable) { Paths() = {executable, executable.parent_path()}; }
 

@@ -3,16 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <optional>
-#include <span>
-#include <system_error>
-#include <vector>
+
+#include "update/file_bytes.h"
 
 namespace patcher {
 namespace {
-
-using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::uint32_t kEndSignature = 0x06054b50;
 constexpr std::uint32_t kEnd64Signature = 0x06064b50;
@@ -31,41 +27,6 @@ constexpr std::uint64_t kMaxDirectorySize = 256u << 20;
 /// Deflate packs no better: 258 bytes into two bits.
 constexpr std::uint64_t kMaxExpansion = 1032;
 
-std::uint64_t Little(Bytes bytes, std::size_t at, std::size_t size) {
-  std::uint64_t value = 0;
-  for (std::size_t i = size; i-- > 0;) value = value << 8 | bytes[at + i];
-  return value;
-}
-
-std::uint16_t U16(Bytes bytes, std::size_t at) { return static_cast<std::uint16_t>(Little(bytes, at, 2)); }
-std::uint32_t U32(Bytes bytes, std::size_t at) { return static_cast<std::uint32_t>(Little(bytes, at, 4)); }
-std::uint64_t U64(Bytes bytes, std::size_t at) { return Little(bytes, at, 8); }
-
-/// Random reads of a file whose size does not change.
-class ArchiveFile {
- public:
-  explicit ArchiveFile(const std::filesystem::path& file) : stream_(file, std::ios::binary) {
-    std::error_code error;
-    const std::uint64_t size = std::filesystem::file_size(file, error);
-    size_ = error ? 0 : size;
-  }
-
-  std::uint64_t Size() const { return size_; }
-
-  std::optional<std::vector<std::uint8_t>> Read(std::uint64_t offset, std::uint64_t size) {
-    if (offset > size_ || size > size_ - offset) return std::nullopt;
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
-    stream_.seekg(static_cast<std::streamoff>(offset));
-    stream_.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
-    if (!stream_) return std::nullopt;
-    return bytes;
-  }
-
- private:
-  std::ifstream stream_;
-  std::uint64_t size_ = 0;
-};
-
 struct Directory {
   std::uint64_t offset = 0;
   std::uint64_t size = 0;
@@ -74,7 +35,7 @@ struct Directory {
 };
 
 /// Replaces the short values by those of the 64-bit end record, if there is one in front of the end record.
-bool ApplyEnd64(ArchiveFile& file, std::uint64_t endOffset, Directory& directory) {
+bool ApplyEnd64(FileBytes& file, std::uint64_t endOffset, Directory& directory) {
   if (endOffset < kEnd64LocatorSize) return true;
   const auto locator = file.Read(endOffset - kEnd64LocatorSize, kEnd64LocatorSize);
   if (!locator || U32(*locator, 0) != kEnd64LocatorSignature) return locator.has_value();
@@ -88,7 +49,7 @@ bool ApplyEnd64(ArchiveFile& file, std::uint64_t endOffset, Directory& directory
   return true;
 }
 
-std::optional<Directory> FindDirectory(ArchiveFile& file) {
+std::optional<Directory> FindDirectory(FileBytes& file) {
   const std::uint64_t tailSize = std::min<std::uint64_t>(file.Size(), kEndSize + kMaxCommentSize);
   const auto tail = file.Read(file.Size() - tailSize, tailSize);
   if (!tail || tail->size() < kEndSize) return std::nullopt;
@@ -157,7 +118,7 @@ std::optional<std::size_t> CheckEntry(Bytes bytes, std::uint64_t directoryOffset
 }  // namespace
 
 bool ArchiveDirectoryIsSound(const std::filesystem::path& archive) {
-  ArchiveFile file(archive);
+  FileBytes file(archive);
   const std::optional<Directory> directory = FindDirectory(file);
   if (!directory || directory->size > kMaxDirectorySize) return false;
   if (directory->offset > directory->end || directory->size > directory->end - directory->offset)

@@ -1,5 +1,6 @@
 #include "update/self_update.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -10,72 +11,103 @@
 #include "platform/process.h"
 #include "shared/program.h"
 #include "shared/retry_while_held.h"
+#include "shared/whole_file.h"
+#include "transport/debug_log.h"
+#include "update/program_file.h"
 
 namespace patcher {
 namespace {
 
 namespace fs = std::filesystem;
 
-fs::path NewLauncher() { return ExeDir() / "Patcher.new.exe"; }
+/// No launcher comes near this.
+constexpr std::uint64_t kMaxLauncherSize = std::uint64_t{256} << 20;
 
-/// Whether the running launcher is this file: a player may start either of the two after a swap that died.
-bool IsRunningLauncher(const fs::path& file) {
-  std::error_code error;
-  return fs::equivalent(ExePath(), file, error) && !error;
+/// Where the new launcher waits for the swap. A player may start that file itself after a swap that died.
+fs::path NewLauncher() {
+  fs::path fetched = ExeDir() / "Patcher.new.exe";
+  if (IsOwnName(fetched)) fetched += ".new";
+  return fetched;
 }
 
 /// Where the running launcher makes way to. Either name is swept by the next run.
 fs::path OldLauncher() {
   fs::path old = ExeDir() / "Patcher.old.exe";
-  if (IsRunningLauncher(old)) old += ".old";
+  if (IsOwnName(old)) old += ".old";
   return old;
 }
 
 /// A downloaded file is no program yet on Linux: it gets the running launcher's mode. On Windows the mode is
 /// the read-only attribute alone, which no launcher shall have: the next one could not be put over it.
-bool MakeAsExecutableAs(const fs::path& model, const fs::path& file) {
+bool MakeExecutable(const fs::path& file) {
   std::error_code error;
-  const fs::perms mode = fs::status(model, error).permissions() & fs::perms::all;
+  const fs::perms mode = fs::status(ExePath(), error).permissions() & fs::perms::all;
   if (error) return false;
   fs::permissions(file, mode | fs::perms::owner_write, error);
   return !error;
 }
 
-void DeleteEvenReadOnly(const fs::path& file) {
-  std::error_code ignored;
-  if (fs::symlink_status(file, ignored).type() != fs::file_type::regular) return;
-  if (fs::remove(file, ignored)) return;
-  fs::permissions(file, fs::perms::owner_write, fs::perm_options::add, ignored);
-  fs::remove(file, ignored);
-}
-
 enum class Fetched { kNewer, kSame, kNothing };
 
-Fetched Fetch(UpdateRun& run) {
-  const fs::path file = NewLauncher();
-  Sha256 sha256;
-  // Before the transfer, which replaces the running launcher if its name is that of the new one.
-  const std::string running = sha256.HashFile(ExePath());
-  const bool inPlace = IsRunningLauncher(file);
-  std::string digest;
-  if (!run.session.DownloadToFile("/patch/" + run.manifest.patcherUrl, file, {std::uint64_t{256} << 20}, digest)) {
-    return Fetched::kNothing;
-  }
-  if (digest == running) {
+/// One fetch of the announced launcher.
+class LauncherFetch {
+ public:
+  explicit LauncherFetch(UpdateRun& run) : run_(run), running_(sha256_.HashFile(ExePath())) {}
+
+  Fetched Run() {
+    const fs::path file = NewLauncher();
+    DownloadRules rules;
+    rules.maxSize = kMaxLauncherSize;
+    rules.accept = [&](const fs::path& part, const ReceivedFile& received) { return Accept(part, received); };
+    std::string digest;
+    if (run_.session.DownloadToFile("/patch/" + run_.manifest.patcherUrl, file, rules, digest)) {
+      // Once more, for a system that could only copy it to its place.
+      return platform::FlushToDisk(file) == 0 ? Fetched::kNewer : Fetched::kNothing;
+    }
+    if (!same_) return Fetched::kNothing;
     std::error_code ignored;
-    if (!inPlace) fs::remove(file, ignored);
+    fs::remove(file, ignored);
     return Fetched::kSame;
   }
-  // Another launcher that fetches at the same moment writes the same temporary file.
-  const bool whole = sha256.HashFile(file) == digest;
-  const bool ready =
-      whole && MakeAsExecutableAs(inPlace ? file : ExePath(), file) && platform::FlushToDisk(file) == 0;
-  return ready ? Fetched::kNewer : Fetched::kNothing;
-}
 
-/// True if the file is in its new place.
-bool MoveLauncher(const fs::path& from, const fs::path& to, bool copyAcrossVolumes) {
-  return RetryWhileHeld([&] { return platform::MoveReplacing(from, to, copyAcrossVolumes); }) == 0;
+ private:
+  bool Accept(const fs::path& part, const ReceivedFile& received) {
+    const char* objection = Objection(part, received);
+    if (objection == nullptr) {
+      same_ = received.digest == running_;
+      if (same_) return false;
+      if (!MakeExecutable(part) || platform::FlushToDisk(part) != 0) objection = "not brought to the disk";
+    }
+    if (objection == nullptr) return true;
+    DebugLog::Write("Launcher " + run_.manifest.patcherUrl + " : " + objection);
+    return false;
+  }
+
+  /// Why this file must not become the launcher, or null.
+  const char* Objection(const fs::path& part, const ReceivedFile& received) {
+    const std::string& announced = run_.manifest.patcherSha256;
+    if (received.size == 0) return "empty";
+    if (!announced.empty() && announced != received.digest) return "not the announced digest";
+    const ProgramFile program = ExamineProgram(part);
+    if (program == ProgramFile::kCut) return "not a whole program";
+    if (program == ProgramFile::kNone && !received.announced) return "no program, and of unknown length";
+    // Another launcher that fetches at the same moment writes the same temporary file.
+    if (sha256_.HashFile(part) != received.digest) return "written by somebody else";
+    return nullptr;
+  }
+
+  UpdateRun& run_;
+  Sha256 sha256_;
+  const std::string running_;  // digest of the running launcher
+  bool same_ = false;
+};
+
+/// Gives the old launcher its name back.
+void TakeBack(const fs::path& old, const fs::path& launcher) {
+  RetryWhileHeld([&] { return platform::MoveDurably(old, launcher); });
+  // Where both names are one file, nothing was moved.
+  std::error_code error;
+  if (fs::equivalent(old, launcher, error) && !error) fs::remove(old, error);
 }
 
 }  // namespace
@@ -83,7 +115,7 @@ bool MoveLauncher(const fs::path& from, const fs::path& to, bool copyAcrossVolum
 bool FetchNewLauncher(UpdateRun& run) {
   if (run.manifest.patcherVersion <= launcherBuild || run.manifest.patcherUrl.empty()) return false;
   PostStatus(run.window, "Mise a jour du patcher...");
-  switch (Fetch(run)) {
+  switch (LauncherFetch(run).Run()) {
     case Fetched::kNewer:
       return true;
     case Fetched::kSame:
@@ -95,24 +127,24 @@ bool FetchNewLauncher(UpdateRun& run) {
   return false;
 }
 
-void SelfUpdateSwap(const ErrorBox& showErrorBox) {
+int StartLauncher(const fs::path& launcher) { return platform::StartProgram(launcher, {}, ExeDir()); }
+
+void SelfUpdateSwap(const ErrorBox& showErrorBox, const LauncherStart& start) {
   const fs::path fetched = NewLauncher();
   const fs::path& launcher = ExePath();
-  if (!IsRunningLauncher(fetched)) {
-    const fs::path old = OldLauncher();
-    DeleteEvenReadOnly(old);
-    if (!MoveLauncher(launcher, old, false)) {
-      showErrorBox(u"Impossible de remplacer le patcher (fichier verrouille).", BuildWindowTitle());
-      return;
-    }
-    if (!MoveLauncher(fetched, launcher, true)) {
-      // Before the box, which may stand for long.
-      MoveLauncher(old, launcher, false);
-      showErrorBox(u"Mise a jour du patcher incomplete, relance annulee.", BuildWindowTitle());
-      return;
-    }
+  const fs::path old = OldLauncher();
+  static_cast<void>(RemoveFile(old));
+  if (RetryWhileHeld([&] { return platform::MoveAside(launcher, old); }) != 0) {
+    showErrorBox(u"Impossible de remplacer le patcher (fichier verrouille).", BuildWindowTitle());
+    return;
   }
-  platform::StartProgram(launcher, {}, ExeDir());
+  if (RetryWhileHeld([&] { return platform::MoveDurably(fetched, launcher); }) == 0) {
+    if (start(launcher) == 0) return;
+    platform::MoveAside(launcher, fetched);
+  }
+  // Before the box, which may stay for long.
+  TakeBack(old, launcher);
+  showErrorBox(u"Mise a jour du patcher incomplete, relance annulee.", BuildWindowTitle());
 }
 
 }  // namespace patcher

@@ -30,7 +30,7 @@ void SweepLeftovers() {
   const auto remove = [](const fs::path& file) {
     std::error_code ignored;
     // A player may have started one of them, and Linux would delete it.
-    if (!fs::equivalent(file, ExePath(), ignored)) fs::remove(file, ignored);
+    if (!IsOwnName(file)) fs::remove(file, ignored);
   };
   remove(ExeDir() / "Patcher.old.exe");
   fs::directory_iterator entry(ExeDir(), error);

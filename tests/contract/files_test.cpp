@@ -41,6 +41,25 @@ TEST(FilesContract, MoveReplacesAFile) {
   }
 }
 
+TEST(FilesContract, AFileThatMakesWayIsThereUnderTheOtherName) {
+  const ScratchDirectory directory;
+  WriteWhole(directory / "file", "old");
+  for (const char* next : {"new", "newer"}) {
+    const std::string before = ReadWhole(directory / "file");
+    EXPECT_EQ(MoveAside(directory / "file", directory / "aside"), 0);
+    EXPECT_EQ(ReadWhole(directory / "aside"), before);
+    WriteWhole(directory / "next", next);
+    EXPECT_EQ(MoveDurably(directory / "next", directory / "file"), 0);
+    EXPECT_EQ(ReadWhole(directory / "file"), next);
+    EXPECT_EQ(ReadWhole(directory / "aside"), before);
+  }
+  fs::create_directory(directory / "folder");
+  EXPECT_NE(MoveAside(directory / "file", directory / "folder"), 0);
+  EXPECT_NE(MoveAside(directory / "missing", directory / "aside"), 0);
+  EXPECT_NE(MoveDurably(directory / "missing", directory / "file"), 0);
+  EXPECT_EQ(ReadWhole(directory / "file"), "newer");
+}
+
 TEST(FilesContract, MoveTakesAWholeDirectory) {
   const ScratchDirectory directory;
   fs::create_directory(directory / "folder");

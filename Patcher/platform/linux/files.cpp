@@ -68,6 +68,17 @@ int MoveReplacing(const fs::path& source, const fs::path& target, bool copyAcros
 }
 
 bool IsHeldForAMoment(int) { return false; }
+int MoveDurably(const fs::path& source, const fs::path& target) {
+  const int error = MoveReplacing(source, target, true);
+  if (error == 0) FlushDirectory(target.parent_path());
+  return error;
+}
+
+int MoveAside(const fs::path& file, const fs::path& aside) {
+  if (link(file.c_str(), aside.c_str()) != 0) return MoveDurably(file, aside);
+  FlushDirectory(aside.parent_path());
+  return 0;
+}
 
 int CopyOver(const fs::path& source, const fs::path& target) {
   std::error_code error;

@@ -35,6 +35,10 @@ bool SetSize(HANDLE file, std::uint64_t size) {
   return SetFilePointerEx(file, end, nullptr, FILE_BEGIN) && SetEndOfFile(file);
 }
 
+int Move(const std::filesystem::path& source, const std::filesystem::path& target, DWORD flags) {
+  return LastErrorUnless(MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | flags));
+}
+
 /// The form in which players and the standard library know a path.
 std::wstring WithoutLongPathPrefix(const std::wstring& path) {
   const std::wstring server = L"\\\\?\\UNC\\";
@@ -62,8 +66,15 @@ bool CanBeWritten(const std::filesystem::path& file) {
 
 int MoveReplacing(const std::filesystem::path& source, const std::filesystem::path& target,
                   bool copyAcrossVolumes) {
-  const DWORD flags = MOVEFILE_REPLACE_EXISTING | (copyAcrossVolumes ? MOVEFILE_COPY_ALLOWED : 0u);
-  return LastErrorUnless(MoveFileExW(source.c_str(), target.c_str(), flags));
+  return Move(source, target, copyAcrossVolumes ? MOVEFILE_COPY_ALLOWED : 0u);
+}
+
+int MoveDurably(const std::filesystem::path& source, const std::filesystem::path& target) {
+  return Move(source, target, MOVEFILE_COPY_ALLOWED | MOVEFILE_WRITE_THROUGH);
+}
+
+int MoveAside(const std::filesystem::path& file, const std::filesystem::path& aside) {
+  return Move(file, aside, MOVEFILE_WRITE_THROUGH);
 }
 
 bool IsHeldForAMoment(int error) { return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION; }

@@ -94,6 +94,7 @@ struct HttpRequest::Impl {
   Handle request;
   std::optional<std::uint64_t> announced;  // bytes of the body, by the response
   std::uint64_t missing = 0;               // of those, the bytes that have not been read
+  DWORD available = 0;                     // bytes that can be read without waiting
 
   bool HasHeader(DWORD header, wchar_t* text, DWORD size) const {
     return WinHttpQueryHeaders(request.get(), header, WINHTTP_HEADER_NAME_BY_INDEX, text, &size,
@@ -149,16 +150,22 @@ std::uint32_t HttpRequest::Status() {
 std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const { return impl_->announced; }
 
 std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
-  DWORD count = 0;
-  const std::uint32_t error = Impl::ErrorUnless(WinHttpQueryDataAvailable(impl_->request.get(), &count));
-  available = count;
+  impl_->available = 0;
+  const std::uint32_t error =
+      Impl::ErrorUnless(WinHttpQueryDataAvailable(impl_->request.get(), &impl_->available));
+  available = impl_->available;
   // The system may take a connection that was lost for the end of the body.
-  return error == 0 && count == 0 && impl_->missing > 0 ? ERROR_WINHTTP_CONNECTION_ERROR : error;
+  return error == 0 && available == 0 && impl_->missing > 0 ? ERROR_WINHTTP_CONNECTION_ERROR : error;
 }
 
 std::uint32_t HttpRequest::ReadData(void* buffer, std::uint32_t size, std::uint32_t& read) {
+  // No more than is there: the system waits until it has as many bytes as it is asked for, however long that
+  // takes.
+  const DWORD wanted = std::min<DWORD>(size, impl_->available);
   DWORD count = 0;
-  const std::uint32_t error = Impl::ErrorUnless(WinHttpReadData(impl_->request.get(), buffer, size, &count));
+  const std::uint32_t error =
+      Impl::ErrorUnless(WinHttpReadData(impl_->request.get(), buffer, wanted, &count));
+  impl_->available -= std::min(impl_->available, count);
   read = count;
   impl_->missing -= std::min<std::uint64_t>(impl_->missing, count);
   return error;
