@@ -1,6 +1,6 @@
 // Loaded into a launcher (LD_PRELOAD): FAULT_KILL_AT=N ends the process with SIGKILL before its N-th step on
-// the launcher's own files, FAULT_REFUSE=NAME lets every rename of the file NAME fail. A step is a rename, a
-// deletion, a change of mode, a flush or a start of a program.
+// the launcher's own files, FAULT_REFUSE=NAME lets every rename of the file NAME fail, FAULT_NO_LINKS=1 every
+// hard link. A step is a rename, a link, a deletion, a change of mode, a flush or a start of a program.
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -44,6 +44,15 @@ int rename(const char* from, const char* to) noexcept {
     return -1;
   }
   return Next<int(const char*, const char*)>("rename")(from, to);
+}
+
+int link(const char* from, const char* to) noexcept {
+  Step();
+  if (std::getenv("FAULT_NO_LINKS") != nullptr) {
+    errno = EPERM;
+    return -1;
+  }
+  return Next<int(const char*, const char*)>("link")(from, to);
 }
 
 int remove(const char* file) noexcept {

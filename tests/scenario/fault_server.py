@@ -19,6 +19,9 @@ class FaultServer:
       ("hold", event)      the answer waits until the event is set
       ("chunked",)         the body in chunks
       ("chunked-cut", n)   n bytes in chunks, then the connection ends
+      ("until-close", n)   n bytes without a length; the end of the connection ends the body
+      ("endless",)         chunks until the launcher goes away
+      ("announced", n)     a length of n bytes; none comes until the launcher goes away
       ("redirect", url)    302
 
     `on_bytes`, if set, is called from the server's threads with the number of body bytes sent so far."""
@@ -97,6 +100,14 @@ class FaultServer:
             body = bytes(b ^ 1 for b in body) or b"x"
         if kind in ("chunked", "chunked-cut"):
             return self._send_chunks(peer, body, *rest)
+        if kind == "endless":
+            return self._send_without_end(peer)
+        if kind == "until-close":
+            peer.sendall(b"HTTP/1.1 200 OK\r\n\r\n" + body[:rest[0]])
+            return False
+        if kind == "announced":
+            self._send_head(peer, 200, rest[0])
+            return bool(peer.recv(1))
         if kind in ("cut", "silent"):
             self._send_head(peer, 200, len(body))
             self._send_body(peer, body[:rest[0]])
@@ -128,11 +139,19 @@ class FaultServer:
         return True
 
     @staticmethod
+    def _send_without_end(peer):
+        peer.sendall(b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n")
+        chunk = b"%x\r\n%s\r\n" % (2**20, bytes(2**20))
+        while True:
+            peer.sendall(chunk)
+
+    @staticmethod
     def _send_chunks(peer, body, end=None):
         peer.sendall(b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n")
         shown = body[:end]
-        for at in range(0, len(shown), 700):
-            peer.sendall(b"%x\r\n%s\r\n" % (len(shown[at:at + 700]), shown[at:at + 700]))
+        size = 700 if len(body) < 1_000_000 else 70_000
+        for at in range(0, len(shown), size):
+            peer.sendall(b"%x\r\n%s\r\n" % (len(shown[at:at + size]), shown[at:at + size]))
         if end is not None:
             return False
         peer.sendall(b"0\r\n\r\n")

@@ -73,6 +73,18 @@ class ServerTest(ScenarioTest):
         self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
         self.assert_files(self.place, files)
 
+    def test_bodies_and_documents_without_end(self):
+        files = {"endless": b"1" * 9, "announced": b"2"}
+        self.put(files)
+        self.server.faults = {"/patch/f/endless": [("endless",), None],
+                              "/patch/f/announced": [("announced", 2**28 + 2), None]}
+        self.assertEqual(self.told()[-2:], ["Pret a jouer.", True])
+        self.assert_files(self.place, files)
+        self.assertEqual(sorted(self.place.log()), [f"TooLarge /patch/f/announced limit={2**28 + 1}",
+                                                    f"TooLarge /patch/f/endless limit={2**28 + 9}"])
+        self.server.faults = {"/patch/version.json": [("endless",)]}
+        self.assertEqual(self.told(), [CONNECT, "online", INVALID, False])
+
     def test_an_archive_that_recovers_is_used(self):
         game = {f"a{i}": b"%d" % i * 4000 for i in range(6)}
         whole = archive(game)
