@@ -4,6 +4,8 @@ import random
 from svg import element, gradient, mix, noise, number, path
 
 LIT, HALF, DARK = "#fff0d2", "#d9c3ae", "#7f86b0"
+# The height of the ground in the middle of the island.
+HILL = 42
 ROOFS = [("#7fa9dc", "#33528f"), ("#6b95cf", "#2c4780"), ("#8fb2dd", "#3d5c97")]
 TILES = ("#e0a585", "#8b5a67")
 
@@ -14,6 +16,7 @@ def definitions():
         gradient("wallCool", [(0, "#f6dcb8"), (.25, "#d5bfb3"), (.6, "#9f97b6"), (1, "#666fa3")]),
         gradient("wallFar", [(0, "#fbe4c4"), (.3, "#f4e1cb"), (.65, "#c3b6bb"), (1, "#959abd")]),
         gradient("dome", [(0, "#bfe0ff"), (.3, "#7fb4ec"), (.7, "#3a62a8"), (1, "#22407c")]),
+        gradient("curtain", [(0, "#fff0d0", .85), (.5, "#d9c6b8", .2), (1, "#6f77a4", .75)]),
         gradient("foot", [(0, "#f2dfc4", 0), (1, "#f0dcc2", .5)], x1=0, y1=0, x2=0, y2=1),
         element("filter", element("feGaussianBlur", stdDeviation="5 3"), id="shadow", x=-.2, y=-.6, width=1.4,
                 height=2.2),
@@ -26,8 +29,8 @@ def wall_at(rng, x):
 
 
 def shadow(y, width, height, opacity):
-    """Lies at the foot of what was drawn before, so that the next row stands in front of it."""
-    return element("ellipse", cx=8, cy=y, rx=width, ry=height, fill="#33417c", opacity=opacity, filter="url(#shadow)")
+    """Lies at the foot of what was drawn before, so that the next row stands out. y is a share of the hill."""
+    return element("ellipse", cx=8, cy=number(-y * HILL), rx=width, ry=height, fill="#33417c", opacity=opacity, filter="url(#shadow)")
 
 
 def windows(rng, x, y, width, height):
@@ -113,7 +116,7 @@ def curtain(rng, left, right, y, height, profile, towers):
 def hill(x):
     """The height of the ground above the water, x from the middle of the island."""
     t = abs(x) / 142
-    return 60 * max(0.0, 1 - t ** 1.35) + 5 * (noise(x / 17, 0, 4) - .5)
+    return HILL * max(0.0, 1 - t ** 1.35) + 5 * (noise(x / 17, 0, 4) - .5)
 
 
 def trees(rng, x, y, count):
@@ -145,7 +148,7 @@ def terrace(rng, share, left, right, size):
 
 
 def palace(rng):
-    y = -50
+    y = -HILL * .83
     parts = []
     for x, width, height, roof in [(-46, 8, 26, 16), (46, 8, 24, 16), (-33, 9, 36, 20), (35, 9, 33, 19)]:
         parts.append(tower(rng, x, y + 6, width, height, roof, wall="wallFar"))
@@ -210,12 +213,12 @@ def citadel():
     def low(x):
         return 2 + 6 * max(0.0, 1 - (abs(x) / 128) ** 2)
 
-    parts = [bridge(), terrace(rng, 1.0, -62, 66, .8), palace(rng), shadow(-46, 40, 7, .5),
-             terrace(rng, .86, -84, 88, .9), shadow(-38, 58, 7, .42),
-             curtain(rng, -84, 84, 0, 9, lambda x: hill(x) * .66, (-82, -44, 0, 42, 80)), shadow(-27, 76, 7, .45),
-             terrace(rng, .52, -106, 110, 1), shadow(-20, 92, 5, .4), terrace(rng, .36, -112, 116, 1.05),
-             shadow(-15, 112, 4, .35),
-             terrace(rng, .24, -114, 116, 1.0), shadow(-9, 112, 4, .4), rocks(rng),
+    parts = [bridge(), terrace(rng, 1.0, -62, 66, .8), palace(rng), shadow(.77, 40, 7, .5),
+             terrace(rng, .86, -84, 88, .9), shadow(.63, 58, 7, .42),
+             curtain(rng, -84, 84, 0, 9, lambda x: hill(x) * .66, (-82, -44, 0, 42, 80)), shadow(.45, 76, 7, .45),
+             terrace(rng, .52, -106, 110, 1), shadow(.33, 92, 5, .4), terrace(rng, .36, -112, 116, 1.05),
+             shadow(.25, 112, 4, .35),
+             terrace(rng, .24, -114, 116, 1.0), shadow(.15, 112, 4, .4), rocks(rng),
              curtain(rng, -120, 120, -2, 8, low, (-118, -84, -48, 48, 84, 118)), rocks(rng, 8)]
     # The gate and its two towers.
     for x in (-13, 13):

@@ -36,20 +36,6 @@ def noise(x, y=0.0, seed=0):
     return top * (1 - fy) + bottom * fy
 
 
-def fractal(x, y=0.0, seed=0, octaves=5, ridged=False):
-    """Sum of octaves in 0..1; ridged gives the sharp crests of mountains."""
-    total, weight, sum_of_weights = 0.0, 1.0, 0.0
-    for octave in range(octaves):
-        value = noise(x, y, seed + octave)
-        if ridged:
-            value = (1 - abs(2 * value - 1)) ** 2
-        total += value * weight
-        sum_of_weights += weight
-        weight *= 0.5
-        x, y = x * 2.03 + 17.1, y * 2.03 + 9.7
-    return total / sum_of_weights
-
-
 def gradient(name, stops, kind="linearGradient", **attributes):
     """stops: (offset, colour, opacity) or (offset, colour)."""
     text = "".join(
