@@ -30,7 +30,8 @@ def wall_at(rng, x):
 
 def shadow(y, width, height, opacity):
     """Lies at the foot of what was drawn before, so that the next row stands out. y is a share of the hill."""
-    return element("ellipse", cx=8, cy=number(-y * HILL), rx=width, ry=height, fill="#33417c", opacity=opacity, filter="url(#shadow)")
+    return element("ellipse", cx=8, cy=number(-y * HILL), rx=width, ry=height, fill="#33417c", opacity=opacity,
+                   filter="url(#shadow)")
 
 
 def windows(rng, x, y, width, height):

@@ -1,11 +1,18 @@
 """The cards' frame, 400 by 400, cut into nine with slices of 56 pixels and stretched: parchment in a gold moulding.
 
 Between the corners nothing changes along an edge, and everything is mirrored both ways, so that stretching shows
-nowhere. The page draws 56 pixels as 34.
+nowhere. The page draws 56 pixels as 34, and once more below that with a cut at 70: nothing changes between the two, so
+that both cuts give the same picture. Text is on the middle part: it is nowhere darker than PARCHMENT with the cloud on
+it, which the text's lightest ink needs.
 """
 from svg import document, element, gradient
 
 SIZE = 400
+PARCHMENT, CLOUD = "#fef8e4", "#fcf4dc"
+# The parchment's edge and the shadow of the moulding on it: distance from the moulding, opacity.
+AGED = [(0, .95), (5, .82), (11, .58), (18, .32), (25, .13), (31, .03), (35, 0)]
+SHADOW = [(0, .62), (2.5, .42), (6, .2), (11, .07), (16, .015), (20, 0)]
+INNER = 20
 # The moulding from the outside to the inside: inset of the line's middle, width, colour.
 MOULDING = [(1.5, 3, "#241505"), (4, 2.6, "#b98a3c"), (6, 2.6, "#f6dc97"), (8.6, 3.4, "#d8af5a"),
             (11.6, 3.4, "#9a6d2b"), (14.2, 2.6, "#7a531c"), (16.4, 2.8, "#e9c777"),
@@ -19,12 +26,12 @@ CORNER = [
 
 
 def parchment():
-    inner = 20
-    size = SIZE - 2 * inner
-    box = dict(x=inner, y=inner, width=size, height=size)
-    return (element("rect", fill="#efe0ba", **box) + element("rect", fill="#fff", filter="url(#fibre)", **box) +
-            element("rect", fill="url(#warmth)", **box) +
-            "".join(element("rect", fill=f"url(#{side})", **box) for side in ("top", "bottom", "left", "right")))
+    size = SIZE - 2 * INNER
+    box = dict(x=INNER, y=INNER, width=size, height=size)
+    return (element("rect", fill=PARCHMENT, **box) +
+            element("rect", fill="#fff", filter="url(#clouds)", mask="url(#middle)", **box) +
+            "".join(element("rect", fill=f"url(#{kind}{side})", **box) for kind in ("aged", "shadow")
+                    for side in ("Top", "Left")))
 
 
 def moulding():
@@ -53,25 +60,32 @@ def corner_ornament():
         element("g", leaf, fill="url(#leaf)", stroke="#5d3f12", stroke_width=.9) + jewel(15.5, 15.5)
 
 
-def edge_shade(name, x1, y1, x2, y2):
-    return gradient(name, [(0, "#4a300f", .62), (.028, "#6b4a1c", .34), (.075, "#8a6330", .13), (.16, "#8a6330", 0)],
-                    x1=x1, y1=y1, x2=x2, y2=y2)
+def edge(name, colour, steps):
+    """The same along the upper and the left edge; the quarter that is mirrored has no others."""
+    size = SIZE - 2 * INNER
+    stops = [(round(distance / size, 4), colour, opacity) for distance, opacity in steps]
+    return [gradient(name + "Top", stops, x1=0, y1=0, x2=0, y2=1), gradient(name + "Left", stops, x1=0, y1=0, x2=1, y2=0)]
 
 
 def definitions():
-    fibre = (element("feTurbulence", type="fractalNoise", baseFrequency=".011", numOctaves=3, seed=9,
-                     stitchTiles="stitch") +
-             element("feColorMatrix", type="matrix", values="0 0 0 0 .62  0 0 0 0 .47  0 0 0 0 .25  0 .62 0 0 -.25"))
+    red, green, blue = (int(CLOUD[i:i + 2], 16) / 255 for i in (1, 3, 5))
+    clouds = (element("feTurbulence", type="fractalNoise", baseFrequency=".012", numOctaves=4, seed=9) +
+              element("feColorMatrix", type="matrix",
+                      values=f"0 0 0 0 {red:.4f}  0 0 0 0 {green:.4f}  0 0 0 0 {blue:.4f}  0 4 0 0 -1.6"))
+    fade = [(0, "#000"), (.37, "#000"), (.56, "#fff"), (1, "#fff")]
     return [
-        gradient("warmth", [(0, "#fff8e2", .75), (.6, "#fff3d2", .25), (1, "#e7cf9c", .35)], "radialGradient"),
-        edge_shade("top", 0, 0, 0, 1), edge_shade("bottom", 0, 1, 0, 0),
-        edge_shade("left", 0, 0, 1, 0), edge_shade("right", 1, 0, 0, 0),
+        *edge("aged", "#e0bd7c", AGED), *edge("shadow", "#5a3a10", SHADOW),
+        gradient("fadeX", fade, gradientUnits="userSpaceOnUse", x1=0, x2=SIZE / 2, y1=0, y2=0),
+        gradient("fadeY", [(o, "#000", 1 - (c == "#fff")) for o, c in fade], gradientUnits="userSpaceOnUse", x1=0, x2=0,
+                 y1=0, y2=SIZE / 2),
+        element("mask", "".join(element("rect", width=SIZE, height=SIZE, fill=f"url(#fade{axis})") for axis in "XY"),
+                id="middle", maskUnits="userSpaceOnUse", x=0, y=0, width=SIZE, height=SIZE),
         gradient("leaf", [(0, "#fff0b6"), (.5, "#dcb25a"), (1, "#9a6e2c")], gradientUnits="userSpaceOnUse",
                  x1=20, y1=20, x2=54, y2=54),
         gradient("setting", [(0, "#fff4c8"), (.45, "#d8af5a"), (1, "#8a6027")], x1=0, y1=0, x2=1, y2=1),
         gradient("sapphire", [(0, "#b9e0ff"), (.35, "#4a9bf4"), (.8, "#154a9f"), (1, "#0c2c66")], "radialGradient",
                  cx=.36, cy=.3, r=.8),
-        element("filter", fibre, id="fibre", x=0, y=0, width=1, height=1, color_interpolation_filters="sRGB"),
+        element("filter", clouds, id="clouds", x=0, y=0, width=1, height=1, color_interpolation_filters="sRGB"),
         element("clipPath", element("rect", width=SIZE / 2, height=SIZE / 2), id="quarter"),
     ]
 
