@@ -70,7 +70,7 @@ TEST(LocalManifestTest, AParsedTextStandsForItsOwnFileOnly) {
 TEST(LocalRecordTest, ProgressIsNeverWrongAndASaveIsWhole) {
   ScratchDirectory directory;
   std::mt19937 random(7);
-  for (int round = 0; round < 12; ++round) {
+  for (int round = 0; round < 6; ++round) {
     std::filesystem::remove(directory / "m");
     LocalRecord record(directory / "m");
     record.Load();
