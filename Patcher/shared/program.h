@@ -16,8 +16,8 @@ const std::filesystem::path& ExePath();
 /// Directory of the running executable: the install directory, root of everything read and written.
 const std::filesystem::path& ExeDir();
 
-/// Whether removing `file` would take the running executable's name away. Not so for a second name of the same
-/// file (a hard link).
+/// Whether removing `file` would take the running executable's name away. Not so for a second name of the
+/// same file (a hard link).
 bool IsOwnName(const std::filesystem::path& file);
 
 /// Main thread only, before any other thread exists.
