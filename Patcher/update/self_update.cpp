@@ -140,7 +140,7 @@ void SelfUpdateSwap(const ErrorBox& showErrorBox, const LauncherStart& start) {
   }
   if (RetryWhileHeld([&] { return platform::MoveDurably(fetched, launcher); }) == 0) {
     if (start(launcher) == 0) return;
-    platform::MoveAside(launcher, fetched);
+    RetryWhileHeld([&] { return platform::MoveAside(launcher, fetched); });
   }
   // Before the box, which may stay for long.
   TakeBack(old, launcher);
