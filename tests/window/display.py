@@ -26,7 +26,7 @@ class Display:
         toolkit = pathlib.Path(self.settings.name, "gtk-3.0")
         toolkit.mkdir()
         (toolkit / "settings.ini").write_text("[Settings]\ngtk-double-click-time=60000\n", encoding="ascii")
-        self.environment = {**os.environ, "DISPLAY": name, "LC_ALL": "C.UTF-8", "XDG_CONFIG_HOME": self.settings.name}
+        self.environment = {**os.environ, "DISPLAY": name, "LC_ALL": "fr_FR.UTF-8", "XDG_CONFIG_HOME": self.settings.name}
         if managed:
             self.start(["openbox", "--sm-disable"], env=self.environment)
             wait_until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
