@@ -12,6 +12,8 @@ namespace patcher {
 namespace {
 
 constexpr char kThreadFailure[] = "Impossible de demarrer l'operation.";
+/// The page recognizes a refused "verify" or "repair" by this text (REFUSAL in page/launcher.html).
+constexpr char kRefusal[] = "Une operation est deja en cours.";
 
 std::filesystem::path SettingsPath() { return ExeDir() / "ostu.ini"; }
 
@@ -147,7 +149,7 @@ void Dispatcher::PushOptions() {
 void Dispatcher::StartCheckWorker(bool repair) {
   if (!operations_.runCheckOperation) return;
   if (!guard_.TryTake()) {
-    PostStatus(host_, "Une operation est deja en cours.");
+    PostStatus(host_, kRefusal);
     return;
   }
   auto lease = std::make_shared<OperationLease>(guard_);
