@@ -11,7 +11,7 @@ const ready = { type: "ready", canPlay: true };
 const updated = [online, { type: "versions", current: 42, latest: 42 }, status("Lecture du manifeste..."), status("A jour."), ready];
 const home = (...messages) => ({ messages });
 const news = (...messages) => ({ tab: "Nouveautes", messages });
-const options = (more, ...messages) => ({ tab: "Parametres", messages: [optionsMessage(), ...messages], ...more });
+const settings = (more, ...messages) => ({ tab: "Parametres", messages: [optionsMessage(), ...messages], ...more });
 const check = (message, more) => ({ tab: "Reparation", click: "#check-run", messages: [message], ...more });
 const huge = { downloadedBytes: 9e18, totalBytes: 9.2e18, speedBps: 9e15, currentFile: longName, fileIndex: 2147483646, fileCount: 2147483647 };
 
@@ -28,9 +28,10 @@ const states = {
   "news-list": { ...news(newsMessage()), focus: ".news-item.clickable" },
   "news-failed": news({ type: "news", ok: false }),
   "news-empty": news(newsMessage([])),
-  "options": options({}),
-  "options-defaults": options({ then: "#opt-reset", scroll: ["#opt-body", 1400] }),
-  "options-refused": options({ scroll: ["#opt-body", 850], focus: ".opt-range" }, { type: "optionsSaved", ok: false }),
+  "options": settings({}),
+  "options-defaults": settings({ then: "#opt-reset", scroll: ["#opt-body", 1400] }),
+  "options-quality": settings({ scroll: ["#opt-body", 290], focus: ".opt-seg button" }),
+  "options-refused": settings({ scroll: ["#opt-body", 850], focus: ".opt-range" }, { type: "optionsSaved", ok: false }),
   "check-idle": { tab: "Reparation" },
   "check-running": check(progress(43, { currentFile: longName })),
   "check-damage": check(verdict, { scroll: ["#check-body", 9999], focus: "#check-repair" }),
@@ -42,7 +43,11 @@ const states = {
   "support": { tab: "Assistance" },
 };
 
-const sizes = { small: [988, 628, 1], usual: [1268, 788, 1], large: [2560, 1440, 1], scaled: [988, 628, 1.5], dense: [634, 394, 2] };
+const size = (width, height, scale, more) => ({ width, height, scale, ...more });
+const contrast = (colorScheme) => size(988, 628, 1, { forcedColors: "active", colorScheme });
+const sizes = { small: size(988, 628, 1), usual: size(1268, 788, 1), wide: size(1920, 1080, 1), large: size(2560, 1440, 1),
+  "scaled-125": size(1536, 864, 1.25), "scaled-150": size(1280, 720, 1.5), "scaled-175": size(1097, 617, 1.75),
+  "scaled-200": size(634, 394, 2), "contrast-dark": contrast("dark"), "contrast-light": contrast("light") };
 
 async function show(launcher, { tab, click, messages = [], then, after = [], scroll, focus }) {
   const { page } = launcher;
@@ -60,12 +65,12 @@ async function show(launcher, { tab, click, messages = [], then, after = [], scr
 }
 
 await startBrowser();
-for (const [size, [width, height, scale]] of Object.entries(sizes)) {
+for (const [look, options] of Object.entries(sizes)) {
   for (const [name, state] of Object.entries(states)) {
-    if (only.length > 0 && !only.some((wanted) => [name, size, size + "-" + name].includes(wanted))) continue;
-    const launcher = await LauncherPage.open({ width, height, scale });
+    if (only.length > 0 && !only.some((wanted) => [name, look, look + "-" + name].includes(wanted))) continue;
+    const launcher = await LauncherPage.open(options);
     await show(launcher, state);
-    console.log(await launcher.screenshot(size + "-" + name, directory), launcher.problems.join("; "));
+    console.log(await launcher.screenshot(look + "-" + name, directory), launcher.problems.join("; "));
     await launcher.close();
   }
 }

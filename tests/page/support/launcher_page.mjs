@@ -6,10 +6,10 @@ import path from "node:path";
 import { fileURLToPath } from "node:url";
 import { chromium } from "playwright-core";
 
-const root = fileURLToPath(new URL("../../../", import.meta.url));
+export const root = fileURLToPath(new URL("../../../", import.meta.url));
 export const build = path.join(root, "build/linux");
 const html = readFileSync(path.join(build, "Patcher/generated/page/launcher.html"), "utf8");
-const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
+export const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
 const pageUrl = "https://launcher.invalid/";
 
 const browserArguments = ["--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-background-networking",
@@ -51,10 +51,10 @@ export class LauncherPage {
   #events = new EventEmitter();
   #delivery = Promise.resolve();
 
-  static async open({ width = 1280, height = 800, scale = 1, reducedMotion = "reduce", timezone } = {}) {
+  static async open({ width = 1280, height = 800, scale = 1, reducedMotion = "reduce", timezone, ...themes } = {}) {
     const launcher = new LauncherPage();
     launcher.context = await browser.newContext({ viewport: { width, height }, deviceScaleFactor: scale, reducedMotion,
-      locale: "fr-FR", timezoneId: timezone });
+      locale: "fr-FR", timezoneId: timezone, ...themes });
     await launcher.context.route("**/*", (route) => launcher.#answer(route));
     await launcher.context.exposeFunction("hostReceives", (text) => launcher.#receive(text));
     await launcher.context.addInitScript(installBridge);
@@ -112,18 +112,12 @@ export class LauncherPage {
     return this.page.locator("#" + id).textContent();
   }
 
-  async waitForText(id, text) {
-    await this.page.locator("#" + id, { hasText: text }).waitFor({ state: "attached" });
+  texts(...ids) {
+    return Promise.all(ids.map((id) => this.text(id)));
   }
 
   async open(tab) {
     await this.page.locator(".nav-item", { hasText: tab }).click();
-  }
-
-  // The page as a new start shows it; nothing of the last one comes any more.
-  async reload() {
-    await this.#delivery;
-    await this.page.reload();
   }
 
   async screenshot(name, directory = path.join(root, "build/page-screenshots")) {
