@@ -1,13 +1,14 @@
 // A published game and a directory that a launcher brings up to date, with the real engine in it.
 import { execFileSync } from "node:child_process";
+import { once } from "node:events";
 import { cpSync, copyFileSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import http from "node:http";
 import os from "node:os";
 import path from "node:path";
 import { after } from "node:test";
 import { setTimeout } from "node:timers/promises";
 import { engineBuild, onWindows, startEngine } from "./engine.mjs";
 import { build } from "./launcher_page.mjs";
-import { PatchServer } from "./patch_server.mjs";
 
 const root = mkdtempSync(path.join(os.tmpdir(), "patcher-page-"));
 const www = path.join(root, "www");
@@ -36,15 +37,18 @@ function publish(files) {
 
 export class Installation {
   #engine = null;
+  #server = http.createServer((request, response) => this.#serve(request, response)).listen(0, "127.0.0.1");
   files = sampleFiles();
+  // Paths that the launcher asked the server for, in their order.
+  requests = [];
 
   static async create({ installed = false }) {
     const installation = new Installation();
     if (!existsSync(www)) publish(installation.files);
-    installation.server = await PatchServer.start(www);
+    await once(installation.#server, "listening");
     count += 1;
     installation.directory = path.join(root, String(count), "jeu \u00e9 \u65e5\u672c");
-    installation.setServer(installation.server.url);
+    installation.write("patcher.ini", `BaseUrl=http://127.0.0.1:${installation.#server.address().port}\r\nConnections=4\r\n`);
     copyFileSync(path.join(build, "bin/patcher-stdio"), installation.#file("Patcher"));
     if (installed) {
       cpSync(path.join(root, "client"), installation.directory, { recursive: true });
@@ -53,9 +57,11 @@ export class Installation {
     return installation;
   }
 
-  // The first file of the game whose path ends so.
-  named(end) {
-    return Object.keys(this.files).find((file) => file.endsWith(end));
+  #serve(request, response) {
+    this.requests.push(decodeURIComponent(request.url));
+    const file = path.join(www, this.requests.at(-1));
+    if (existsSync(file)) response.end(readFileSync(file));
+    else response.writeHead(404).end();
   }
 
   #file(name) {
@@ -87,17 +93,10 @@ export class Installation {
     return onWindows ? "Z:" + place.replaceAll("/", "\\") : place;
   }
 
-  setServer(url) {
-    this.write("patcher.ini", `BaseUrl=${url}\r\nConnections=4\r\n`);
-  }
-
-  get manifest() {
-    return JSON.parse(readFileSync(path.join(www, "patch/version.json"), "utf8"));
-  }
-
   // Request path of a file of the manifest.
   urlOf(name) {
-    return "/patch/" + this.manifest.files.find((file) => file.path === name).url;
+    const { files } = JSON.parse(readFileSync(path.join(www, "patch/version.json"), "utf8"));
+    return "/patch/" + files.find((file) => file.path === name).url;
   }
 
   // Starts the engine behind the page, as a completed navigation does.
@@ -106,20 +105,10 @@ export class Installation {
     this.ended = this.#engine.ended;
   }
 
-  // The player closes the launcher and opens it again.
-  async restart(launcher) {
-    await this.#stop();
-    await launcher.reload();
-    this.start(launcher);
-  }
-
-  async #stop() {
+  async remove() {
     this.#engine?.stop();
     await this.ended;
-  }
-
-  async remove() {
-    await this.#stop();
-    this.server.stop();
+    this.#server.closeAllConnections();
+    this.#server.close();
   }
 }
