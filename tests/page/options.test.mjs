@@ -39,18 +39,14 @@ journey("what the player wrote by hand survives a round trip, and defaults reset
 journey("a form filled without the file's values gets them instead of a save", { game: { installed: true } },
   async (launcher, game) => {
     const { page } = launcher;
-    game.write("ostu.ini", "fpslimit 90
-".padEnd((16 << 20) + 1)); // too large to be read
+    game.write("ostu.ini", "fpslimit 90\n".padEnd((16 << 20) + 1)); // too large to be read
     await launcher.until("told options", () => game.start(launcher));
     await launcher.open("Parametres");
-    game.write("ostu.ini", "fpslimit 90
-");
+    game.write("ostu.ini", "fpslimit 90\n");
     await launcher.until("told options", () => page.click("#opt-apply"));
     assert.equal(launcher.requests.at(-1).values.iniUnread, 1, "the page says where its values are from");
     assert.equal(await launcher.text("opt-state"), "Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.");
-    assert.equal(game.read("ostu.ini"), "fpslimit 90
-");
+    assert.equal(game.read("ostu.ini"), "fpslimit 90\n");
     await launcher.until("told options", () => page.click("#opt-apply"));
-    assert.match(game.read("ostu.ini"), /^fpslimit 90
-/);
+    assert.match(game.read("ostu.ini"), /^fpslimit 90\r\n/);
   });
