@@ -19,8 +19,7 @@ using ByteCallback = std::function<void(std::uint64_t)>;
 struct ReceivedFile {
   std::string digest;      ///< hexadecimal SHA-256
   std::uint64_t size = 0;  ///< bytes
-  bool announced =
-      false;  ///< the response had announced this size; otherwise a cut body may pass for a whole one
+  bool announced = false;  ///< by the response; if not, a cut body may pass for a whole one
 };
 
 /// What a download does beside the transfer itself.
@@ -60,9 +59,8 @@ class HttpSession {
   /// what is there even if it is in use. `digest` is the hexadecimal SHA-256 of what arrived; judging it is
   /// the caller's work. False if the transfer breaks, goes silent (TransferPace), is larger than the rules
   /// allow or not accepted by them, or the disk refuses it. On false no .part file stays, and `destination`
-  /// is untouched unless everything arrived and could not be put in place: a file in use is then under its
-  /// name followed by
-  /// ".old".
+  /// is untouched unless everything arrived and could not be put in place: a file in use then has its name
+  /// followed by ".old".
   bool DownloadToFile(const std::string& path, const std::filesystem::path& destination,
                       const DownloadRules& rules, std::string& digest);
 
