@@ -181,12 +181,15 @@ def one_large_file(bench):
 
 
 def nothing_to_do(bench):
-    game = bench.game([2048] * 50_000)
-    ours = bench.launcher(bench.serve(game), keep=True)
-    fill_installation(bench, ours, game)
-    floor = Command("parse + existence loop", [bench.tool("start_floor"), str(game.manifest), str(installed(ours))])
-    alternate([ours, floor], bench.rounds + 2)
-    table("Start with nothing to do, 50,000 files", [floor, ours], floor)
+    for count in (50_000, 200_000):
+        game = bench.game([2048 if count == 50_000 else 64] * count)
+        ours = bench.launcher(bench.serve(game), keep=True)
+        fill_installation(bench, ours, game)
+        floor = Command("parse + existence loop", [bench.tool("start_floor"), str(game.manifest), str(installed(ours))])
+        rsync = Command("rsync -an", ["rsync", "-an", f"{game.folder}/patch/data/", f"{installed(ours)}/data/"])
+        alternate([ours, floor, rsync], bench.rounds + 2)
+        medians = ("median to ours", lambda command: f"{command.median() / ours.median():.2f}")
+        table(f"Start with nothing to do, {count:,} files", [floor, rsync, ours], floor, medians)
 
 
 def fill_installation(bench, command, game):
@@ -212,16 +215,26 @@ def growth(bench):
 
 
 def archives(bench):
+    threads = len(os.sched_getaffinity(0))
     game = bench.game([100_000] * 2000, compressible=True)
-    archive = game.folder / "game.zip"
-    game.zip_to(archive)
-    target = bench.folder() / "out"
-    ours = Command("ExtractArchive", [bench.tool("extract_archive"), str(archive), str(target)], fresh_folder(target))
-    unzip = Command("unzip", ["unzip", "-q", str(archive), "-d", str(target)], fresh_folder(target))
-    bsdtar = Command("bsdtar", ["bsdtar", "-x", "-f", str(archive), "-C", str(target)], fresh_folder(target))
-    alternate([ours, unzip, bsdtar], bench.rounds)
-    rate = ("MB/s of content", lambda command: f"{game.total() / 1e6 / command.wall():.0f}")
-    table(f"Extracting an archive of 2,000 files, {game.total() / 1e6:.0f} MB", [unzip, bsdtar, ours], unzip, rate)
+    for count in (1, 4):
+        packed = [game.folder / f"game{count}-{number}.zip" for number in range(count)]
+        for number, archive in enumerate(packed):
+            game.zip_to(archive, game.files[number::count])
+        target = bench.folder() / "out"
+
+        def peer(name, extract):
+            each = f"printf '%s\\0' {shlex.join(map(str, packed))} | xargs -0 -n1 -P{threads if count > 1 else 1} "
+            return shell(f"{name}, {threads} at a time" if count > 1 else name, each + extract, fresh_folder(target))
+
+        unzip = peer("unzip", f"unzip -q -d {target}")
+        bsdtar = peer("bsdtar", f"bsdtar -x -C {target} -f")
+        ours = Command("ExtractArchive", [bench.tool("extract_archive"), "4", str(target), *map(str, packed)],
+                       fresh_folder(target))
+        alternate([ours, unzip, bsdtar], bench.rounds)
+        title = "an archive" if count == 1 else f"{count} archives"
+        table(f"Extracting {title} of together 2,000 files, {game.total() / 1e6:.0f} MB", [unzip, bsdtar, ours],
+              bsdtar, ("ratio to unzip", lambda command: f"{command.wall() / unzip.wall():.2f}"))
 
 
 def hashing(bench):
@@ -229,13 +242,14 @@ def hashing(bench):
                                ("50,000 files of 2 KB", bench.game([2048] * 50_000), 1000)):
         names = game.folder / "names"
         names.write_text("".join(f"{game.folder}/patch/{file['path']}\n" for file in game.files))
-        peer = shell("xargs -P2 openssl dgst", f"xargs -a {names} -P2 -n{batch} openssl dgst -sha256")
+        openssl, sha256sum = (shell(f"xargs -P2 {tool}", f"xargs -a {names} -P2 -n{batch} {tool}")
+                              for tool in ("openssl dgst -sha256", "sha256sum"))
         ours = Command("verification, 2 workers", [bench.tool("verify_tree"), str(game.manifest),
                                              str(game.folder / "patch"), "2"])
         run_once(shell("warm up", f"xargs -a {names} cat >/dev/null"))
-        alternate([ours, peer], bench.rounds)
-        rate = ("throughput to peer", lambda command: f"{peer.wall() / command.wall():.2f}")
-        table(f"Hashing {title}, in the page cache", [peer, ours], peer, rate)
+        alternate([ours, openssl, sha256sum], bench.rounds)
+        medians = ("median to ours", lambda command: f"{command.median() / ours.median():.2f}")
+        table(f"Hashing {title}, in the page cache", [openssl, sha256sum, ours], openssl, medians)
 
 
 BENCHMARKS = {"manifest": manifest_text, "install": fresh_install, "large": one_large_file, "start": nothing_to_do,

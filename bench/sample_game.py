@@ -94,9 +94,9 @@ class Game:
     def total(self):
         return sum(file["size"] for file in self.files)
 
-    def zip_to(self, archive):
+    def zip_to(self, archive, files):
         with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED, compresslevel=6) as out:
-            for file in self.files:
+            for file in files:
                 out.write(self.folder / "patch" / file["path"], file["path"])
 
 

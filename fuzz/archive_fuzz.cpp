@@ -3,7 +3,7 @@
 
 #include "fuzz.h"
 #include "support/scratch_directory.h"
-#include "update/bundle_install.h"
+#include "update/archive_extraction.h"
 
 namespace fs = std::filesystem;
 
@@ -28,9 +28,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fs::create_directory(install);
   patcher::SetExePath(install / "Patcher");
   patcher::WriteWhole(install / "_bundle0.part", std::string(patcher::AsText(data, size)));
+  patcher::ExtractingThreads threads(2);
   std::string failure;
   const bool extracted = patcher::ExtractArchive(
-      install / "_bundle0.part", [](std::string_view) { return true; }, failure);
+      install / "_bundle0.part", [](std::string_view) { return true; }, threads, failure);
   patcher::Require(extracted || !failure.empty(), "a failure has a name");
   for (const auto& entry : fs::directory_iterator(directory / "")) {
     patcher::Require(entry.path() == install, "nothing is written outside");

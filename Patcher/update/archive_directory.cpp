@@ -22,8 +22,8 @@ constexpr std::size_t kLocalHeaderSize = 30;
 constexpr std::uint64_t kMaxCommentSize = 0xFFFF;
 constexpr std::uint16_t kZip64FieldId = 1;
 constexpr std::uint32_t kIn64 = 0xFFFFFFFF;
-/// A directory is held in memory; no archive of game files comes near this.
-constexpr std::uint64_t kMaxDirectorySize = 256u << 20;
+/// Each thread that extracts holds the directory in memory; no archive of game files comes near this.
+constexpr std::uint64_t kMaxDirectorySize = 64u << 20;
 /// Deflate packs no better: 258 bytes into two bits.
 constexpr std::uint64_t kMaxExpansion = 1032;
 

@@ -1,18 +1,14 @@
 #include "update/bundle_install.h"
 
-#include <array>
+#include <filesystem>
 #include <system_error>
 #include <vector>
 
-#include <miniz.h>
-
 #include "control/ui_event.h"
-#include "platform/links.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/config.h"
-#include "transport/http_session.h"
-#include "update/archive_directory.h"
+#include "update/archive_extraction.h"
 #include "update/download_pool.h"
 
 namespace patcher {
@@ -20,52 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mz_uint kMaxNameSize = 1024;
-
-/// An open ZIP reader.
-class ZipReader {
- public:
-  explicit ZipReader(const fs::path& archive) {
-    mz_zip_zero_struct(&zip_);
-    open_ = ArchiveDirectoryIsSound(archive) &&
-            mz_zip_reader_init_file(&zip_, platform::Utf8FromPath(archive).c_str(), 0) != 0;
-  }
-  ~ZipReader() {
-    if (open_) mz_zip_reader_end(&zip_);
-  }
-  ZipReader(const ZipReader&) = delete;
-  ZipReader& operator=(const ZipReader&) = delete;
-
-  bool IsOpen() const { return open_; }
-  mz_uint EntryCount() { return mz_zip_reader_get_num_files(&zip_); }
-  bool IsDirectory(mz_uint entry) { return mz_zip_reader_is_file_a_directory(&zip_, entry) != 0; }
-
-  std::string Name(mz_uint entry) {
-    std::array<char, kMaxNameSize> name{};
-    mz_zip_reader_get_filename(&zip_, entry, name.data(), kMaxNameSize);
-    return name.data();
-  }
-
-  bool Extract(mz_uint entry, const fs::path& place) {
-    return mz_zip_reader_extract_to_file(&zip_, entry, platform::Utf8FromPath(place).c_str(), 0) != 0;
-  }
-
- private:
-  mz_zip_archive zip_;
-  bool open_ = false;
-};
-
-bool NameStaysInside(const std::string& name) {
-  const bool absolute = name.front() == '/' || name.front() == '\\';
-  const bool drive = name.size() > 1 && name[1] == ':';
-  return !absolute && !drive && name.find("..") == std::string::npos;
-}
-
 fs::path InstalledPlace(const std::string& path) { return ExeDir() / platform::PathFromBytes(path); }
 
 bool HasExpectedSize(const fs::path& file, std::uint64_t size) {
   std::error_code error;
-  return fs::exists(file, error) && fs::file_size(file, error) == size && !error;
+  return fs::file_size(file, error) == size && !error;
 }
 
 /// The archive's files that arrived. What did not is reported.
@@ -109,31 +64,6 @@ void GiveUp(UpdateRun& run, const PatchBundle& bundle, const std::string& status
 
 }  // namespace
 
-bool ExtractArchive(const fs::path& archive, const std::function<bool(std::string_view path)>& wanted,
-                    std::string& failure) {
-  ZipReader zip(archive);
-  if (!zip.IsOpen()) {
-    failure = "archive illisible";
-    return false;
-  }
-  for (mz_uint entry = 0; entry < zip.EntryCount(); ++entry) {
-    if (zip.IsDirectory(entry)) continue;
-    const std::string name = zip.Name(entry);
-    if (name.empty() || !NameStaysInside(name) || !wanted(name)) continue;
-    const fs::path place = InstalledPlace(name);
-    std::error_code ignored;
-    fs::create_directories(place.parent_path(), ignored);
-    // Whatever a link leads to is not ours to overwrite.
-    if (platform::IsLink(place)) fs::remove(place, ignored);
-    MoveLockedTargetAside(place);
-    if (!zip.Extract(entry, place)) {
-      failure = name;
-      return false;
-    }
-  }
-  return true;
-}
-
 bool BundleWorker(UpdateRun& run, ProgressTracker& tracker, std::size_t index, unsigned worker) {
   const PatchBundle& bundle = *run.chosenBundles[index];
   tracker.SetCurrentFile(bundle.name);
@@ -155,7 +85,7 @@ bool BundleWorker(UpdateRun& run, ProgressTracker& tracker, std::size_t index, u
         const auto owner = run.archivePaths.find(path);
         return owner != run.archivePaths.end() ? owner->second == index : run.wantedPaths.count(path) != 0;
       },
-      failure);
+      run.extracting, failure);
   fs::remove(archive, ignored);
   if (!extracted) {
     GiveUp(run, bundle, "Archive illisible: " + bundle.name + " (" + failure + ")");

@@ -1,10 +1,14 @@
 #include "update/run_state.h"
 
 #include "shared/program.h"
+#include "transport/config.h"
 
 namespace patcher {
 
-UpdateRun::UpdateRun(HostWindow& hostWindow) : window(hostWindow), record(ExeDir() / "patch_manifest.json") {}
+UpdateRun::UpdateRun(HostWindow& hostWindow)
+    : window(hostWindow),
+      record(ExeDir() / "patch_manifest.json"),
+      extracting(PatchConfig::Current().connections) {}
 
 void EnterInRecord(UpdateRun& run, const std::vector<InstalledFile>& files) {
   std::lock_guard guard(run.stateLock);

@@ -13,6 +13,7 @@
 
 #include "control/host.h"
 #include "transport/http_session.h"
+#include "update/archive_extraction.h"
 #include "update/local_record.h"
 #include "update/patch_manifest.h"
 #include "update/unflushed_files.h"
@@ -58,6 +59,7 @@ struct UpdateRun {
   /// Wanted files that are to arrive through archives, each with the index of the first chosen archive that
   /// lists it: that one alone extracts the file, so that two workers never write the same one.
   std::map<std::string, std::size_t, std::less<>> archivePaths;
+  ExtractingThreads extracting;                   ///< of the archive stage: as many as connections
   std::set<std::string, std::less<>> retryPaths;  ///< wanted files of archives that failed
   std::vector<const PatchFile*> singles;          ///< manifest order
   std::uint64_t singleBytes = 0;

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <map>
 #include <random>
 #include <set>
 
@@ -7,7 +9,7 @@
 #include "platform/text.h"
 #include "support/scratch_directory.h"
 #include "update/archive_directory.h"
-#include "update/bundle_install.h"
+#include "update/archive_extraction.h"
 
 namespace patcher {
 namespace {
@@ -29,6 +31,18 @@ std::string MakeArchive(const Entries& entries) {
   mz_free(bytes);
   mz_zip_writer_end(&zip);
   return archive;
+}
+
+/// "ok", or what failed.
+std::string Extract(
+    const std::filesystem::path& archive, int threads = 3,
+    const std::function<bool(std::string_view path)>& wanted = [](std::string_view) { return true; }) {
+  ExtractingThreads extracting(threads);
+  std::string failure;
+  const std::string outcome = ExtractArchive(archive, wanted, extracting, failure) ? "ok" : failure;
+  for (int left = threads; left > 0; --left) EXPECT_TRUE(extracting.TryJoin()) << "a thread has not left";
+  EXPECT_FALSE(extracting.TryJoin());
+  return outcome;
 }
 
 void Replace(std::string& text, const std::string& from, const std::string& to) {
@@ -54,10 +68,9 @@ TEST(ArchiveTest, ExtractsWantedEntriesOnly) {
   WriteWhole(directory / "mine", "the player's");
   std::error_code noLinks;  // the library makes none on Windows
   std::filesystem::create_symlink("mine", directory / "last", noLinks);
-  std::string failure;
-  EXPECT_TRUE(ExtractArchive(
-      directory / "t.zip", [](std::string_view path) { return path != "unwanted" && path.size() < 255; },
-      failure));
+  EXPECT_EQ(Extract(directory / "t.zip", 3,
+                    [](std::string_view path) { return path != "unwanted" && path.size() < 255; }),
+            "ok");
   EXPECT_EQ(ReadWhole(directory / "data/a b.txt"), std::string(100000, 'a'));
   EXPECT_EQ(ReadWhole(directory / "last"), "5");
   EXPECT_EQ(ReadWhole(directory / "mine"), "the player's");
@@ -82,9 +95,7 @@ std::string WithPaddedExtraField(std::string archive) {
 TEST(ArchiveTest, APaddedExtraFieldIsNoDamage) {
   ScratchDirectory directory;
   WriteWhole(directory / "t.zip", WithPaddedExtraField(MakeArchive({{"a", "content"}})));
-  std::string failure;
-  EXPECT_TRUE(ExtractArchive(
-      directory / "t.zip", [](std::string_view) { return true; }, failure));
+  EXPECT_EQ(Extract(directory / "t.zip"), "ok");
   EXPECT_EQ(ReadWhole(directory / "a"), "content");
 }
 
@@ -93,11 +104,7 @@ TEST(ArchiveTest, DamageIsAFailureWithAName) {
   const std::string good = MakeArchive({{"a", std::string(5000, 'x') + "marker"}, {"b", "content of b"}});
   const auto extract = [&](const std::string& bytes) {
     WriteWhole(directory / "t.zip", bytes);
-    std::string failure;
-    return ExtractArchive(
-               directory / "t.zip", [](std::string_view) { return true; }, failure)
-               ? "ok"
-               : failure;
+    return Extract(directory / "t.zip");
   };
   EXPECT_EQ(extract(good), "ok");
   EXPECT_EQ(extract(""), "archive illisible");
@@ -111,6 +118,59 @@ TEST(ArchiveTest, DamageIsAFailureWithAName) {
   EXPECT_EQ(extract(impossibleSize), "archive illisible");
 }
 
+/// With a false CRC for every entry.
+std::string AllBroken(std::string archive) {
+  for (std::size_t at = 0; (at = archive.find("PK\x01\x02", at)) != std::string::npos; ++at)
+    archive[at + 16] ^= 1;
+  return archive;
+}
+
+TEST(ArchiveTest, OutcomesDoNotDependOnThreads) {
+  std::mt19937 random(12);
+  std::string slow(4 << 20, ' ');  // takes longer than the start of a thread
+  std::generate(slow.begin(), slow.end(), [&random] { return static_cast<char>('a' + random() % 16); });
+  Entries longFirst{{"long", slow}, {"short", slow.substr(0, 1 << 20)}};
+  for (int i = 0; i < 200; ++i) {
+    longFirst.emplace_back(std::to_string(i % 40) + "/d/" + std::to_string(i), "content");
+  }
+  Entries shortFirst = longFirst;
+  std::swap(shortFirst[0], shortFirst[1]);
+  Entries repeated;
+  for (int i = 0; i < 100; ++i)
+    repeated.emplace_back(std::to_string(i / 2), i % 2 == 0 ? slow.substr(0, 1 << 17) : "later");
+  const struct {
+    std::string archive;
+    std::string outcome;
+    std::size_t mostFiles;
+    std::map<std::string, std::size_t> sizes;
+  } cases[] = {
+      {MakeArchive(longFirst), "ok", 202, {{"long", slow.size()}, {"39/d/199", 7}}},
+      {MakeArchive(repeated), "ok", 50, {{"0", 5}, {"10", 5}, {"20", 5}, {"30", 5}, {"40", 5}, {"49", 5}}},
+      // Each thread ends with its first failure.
+      {AllBroken(MakeArchive(longFirst)), "long", 4, {{"long", slow.size()}}},
+      {AllBroken(MakeArchive(shortFirst)), "short", 4, {{"short", 1 << 20}}},
+  };
+  for (const auto& c : cases) {
+    for (const int threads : {1, 4}) {
+      ScratchDirectory directory;
+      const auto archive = directory / "t.zip";
+      WriteWhole(archive, c.archive);
+      EXPECT_EQ(Extract(archive, threads), c.outcome);
+      std::filesystem::remove(archive);
+      std::map<std::string, std::size_t> sizes;
+      for (const auto& entry : std::filesystem::recursive_directory_iterator(ExeDir())) {
+        if (entry.is_regular_file()) {
+          sizes[entry.path().lexically_relative(ExeDir()).generic_string()] = entry.file_size();
+        }
+      }
+      EXPECT_LE(sizes.size(), c.mostFiles);
+      EXPECT_TRUE(c.outcome != "ok" || sizes.size() == c.mostFiles) << sizes.size();
+      for (const auto& [name, size] : c.sizes)
+        EXPECT_EQ(sizes[name], size) << name << ", threads: " << threads;
+    }
+  }
+}
+
 TEST(ArchiveTest, RandomDamageNeverCrashesNorLeavesTheDirectory) {
   ScratchDirectory directory;
   std::filesystem::create_directory(directory / "in");
@@ -122,9 +182,7 @@ TEST(ArchiveTest, RandomDamageNeverCrashesNorLeavesTheDirectory) {
     for (auto n = 1 + random() % 6; n > 0; --n) bytes[random() % bytes.size()] = static_cast<char>(random());
     if (random() % 4 == 0) bytes.resize(random() % bytes.size());
     WriteWhole(directory / "t.zip", bytes);
-    std::string failure;
-    ExtractArchive(
-        directory / "t.zip", [](std::string_view name) { return name.size() < 20; }, failure);
+    Extract(directory / "t.zip", 1 + round % 2, [](std::string_view name) { return name.size() < 20; });
   }
   std::size_t outside = 0;
   for (const auto& entry : std::filesystem::directory_iterator(directory / "")) {

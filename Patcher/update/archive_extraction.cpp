@@ -1,0 +1,196 @@
+#include "update/archive_extraction.h"
+
+#include <array>
+#include <cstddef>
+#include <exception>
+#include <limits>
+#include <system_error>
+#include <thread>
+#include <unordered_set>
+#include <vector>
+
+#include <miniz.h>
+
+#include "platform/links.h"
+#include "platform/text.h"
+#include "shared/program.h"
+#include "transport/http_session.h"
+#include "update/archive_directory.h"
+
+namespace patcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mz_uint kMaxNameSize = 1024;
+
+/// An open ZIP reader, for one thread. The archive's directory is known to be sound.
+class ZipReader {
+ public:
+  explicit ZipReader(const fs::path& archive) {
+    mz_zip_zero_struct(&zip_);
+    // Nothing looks an entry up by its name, and sorting takes ten times as long as reading.
+    open_ = mz_zip_reader_init_file(&zip_, platform::Utf8FromPath(archive).c_str(),
+                                    MZ_ZIP_FLAG_DO_NOT_SORT_CENTRAL_DIRECTORY) != 0;
+  }
+  ~ZipReader() {
+    if (open_) mz_zip_reader_end(&zip_);
+  }
+  ZipReader(const ZipReader&) = delete;
+  ZipReader& operator=(const ZipReader&) = delete;
+
+  bool IsOpen() const { return open_; }
+  mz_uint EntryCount() { return mz_zip_reader_get_num_files(&zip_); }
+  bool IsDirectory(mz_uint entry) { return mz_zip_reader_is_file_a_directory(&zip_, entry) != 0; }
+
+  std::string Name(mz_uint entry) {
+    std::array<char, kMaxNameSize> name{};
+    mz_zip_reader_get_filename(&zip_, entry, name.data(), kMaxNameSize);
+    return name.data();
+  }
+
+  bool Extract(mz_uint entry, const fs::path& place) {
+    return mz_zip_reader_extract_to_file(&zip_, entry, platform::Utf8FromPath(place).c_str(), 0) != 0;
+  }
+
+ private:
+  mz_zip_archive zip_;
+  bool open_ = false;
+};
+
+bool NameStaysInside(const std::string& name) {
+  const bool absolute = name.front() == '/' || name.front() == '\\';
+  const bool drive = name.size() > 1 && name[1] == ':';
+  return !absolute && !drive && name.find("..") == std::string::npos;
+}
+
+struct WantedEntries {
+  std::vector<mz_uint> entries;  ///< in the archive's order
+  bool repeated = false;         ///< two of them have the same name
+};
+
+WantedEntries ListWanted(ZipReader& zip, const std::function<bool(std::string_view path)>& wanted) {
+  WantedEntries list;
+  std::unordered_set<std::string> names;
+  for (mz_uint entry = 0; entry < zip.EntryCount(); ++entry) {
+    if (zip.IsDirectory(entry)) continue;
+    std::string name = zip.Name(entry);
+    if (name.empty() || !NameStaysInside(name) || !wanted(name)) continue;
+    list.entries.push_back(entry);
+    list.repeated = list.repeated || !names.insert(std::move(name)).second;
+  }
+  return list;
+}
+
+bool ExtractEntry(ZipReader& zip, mz_uint entry) {
+  try {
+    const fs::path place = ExeDir() / platform::PathFromBytes(zip.Name(entry));
+    std::error_code ignored;
+    fs::create_directories(place.parent_path(), ignored);
+    // Whatever a link leads to is not ours to overwrite.
+    if (platform::IsLink(place)) fs::remove(place, ignored);
+    MoveLockedTargetAside(place);
+    return zip.Extract(entry, place);
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+/// The extraction of one archive, which its own thread runs and others help with.
+class Extraction {
+ public:
+  Extraction(const fs::path& archive, const WantedEntries& wanted, ExtractingThreads& threads)
+      : archive_(archive),
+        entries_(wanted.entries),
+        threads_(threads),
+        // Two threads must not write one file, and the later entry is to stay.
+        canBeHelped_(!wanted.repeated) {}
+
+  void Run(ZipReader& zip) {
+    threads_.Join();
+    do {
+      InviteHelpers();
+    } while (ExtractNext(zip));
+    for (std::thread& helper : helpers_) helper.join();
+    threads_.Leave();
+  }
+
+  /// After the run: the first entry that failed, or null.
+  const mz_uint* Failed() const { return firstFailed_ < entries_.size() ? &entries_[firstFailed_] : nullptr; }
+
+ private:
+  /// Also between two entries: other archives end meanwhile.
+  void InviteHelpers() {
+    while (canBeHelped_ && next_ + helpers_.size() + 1 < entries_.size() && threads_.TryJoin()) {
+      try {
+        helpers_.emplace_back([this] { Help(); });
+      } catch (const std::exception&) {
+        // No more threads, or no memory for one.
+        threads_.Leave();
+        canBeHelped_ = false;
+      }
+    }
+  }
+
+  void Help() {
+    try {
+      ZipReader zip(archive_);
+      // Without a reader for each helper the ones there are do the work.
+      if (!zip.IsOpen()) canBeHelped_ = false;
+      while (zip.IsOpen() && !threads_.AreTooMany() && ExtractNext(zip)) {
+      }
+    } catch (const std::exception&) {
+      canBeHelped_ = false;
+    }
+    threads_.Leave();
+  }
+
+  /// False if there is nothing to begin any more.
+  bool ExtractNext(ZipReader& zip) {
+    if (firstFailed_ != kNone) return false;
+    // An entry that is taken is extracted, so those in front of a failed one all come to their end.
+    const std::size_t next = next_++;
+    if (next >= entries_.size()) return false;
+    if (!ExtractEntry(zip, entries_[next])) {
+      std::size_t known = firstFailed_;
+      while (next < known && !firstFailed_.compare_exchange_weak(known, next)) {
+      }
+    }
+    return true;
+  }
+
+  static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+
+  const fs::path& archive_;
+  const std::vector<mz_uint>& entries_;
+  ExtractingThreads& threads_;
+  std::atomic<bool> canBeHelped_;
+  std::atomic<std::size_t> next_{0};
+  std::atomic<std::size_t> firstFailed_{kNone};
+  std::vector<std::thread> helpers_;  // the archive's own thread only
+};
+
+}  // namespace
+
+bool ExtractingThreads::TryJoin() {
+  int count = count_;
+  while (count < limit_) {
+    if (count_.compare_exchange_weak(count, count + 1)) return true;
+  }
+  return false;
+}
+
+bool ExtractArchive(const fs::path& archive, const std::function<bool(std::string_view path)>& wanted,
+                    ExtractingThreads& threads, std::string& failure) {
+  failure = "archive illisible";
+  if (!ArchiveDirectoryIsSound(archive)) return false;
+  ZipReader zip(archive);
+  if (!zip.IsOpen()) return false;
+  const WantedEntries list = ListWanted(zip, wanted);
+  Extraction extraction(archive, list, threads);
+  extraction.Run(zip);
+  failure = extraction.Failed() != nullptr ? zip.Name(*extraction.Failed()) : "";
+  return extraction.Failed() == nullptr;
+}
+
+}  // namespace patcher
