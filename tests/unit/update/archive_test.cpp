@@ -142,7 +142,7 @@ TEST(ArchiveTest, OutcomesDoNotDependOnThreads) {
     std::string archive;
     std::string outcome;
     std::size_t mostFiles;
-    std::map<std::string, std::size_t> sizes;
+    std::map<std::string, std::uint64_t> sizes;
   } cases[] = {
       {MakeArchive(longFirst), "ok", 202, {{"long", slow.size()}, {"39/d/199", 7}}},
       {MakeArchive(repeated), "ok", 50, {{"0", 5}, {"10", 5}, {"20", 5}, {"30", 5}, {"40", 5}, {"49", 5}}},
@@ -157,7 +157,7 @@ TEST(ArchiveTest, OutcomesDoNotDependOnThreads) {
       WriteWhole(archive, c.archive);
       EXPECT_EQ(Extract(archive, threads), c.outcome);
       std::filesystem::remove(archive);
-      std::map<std::string, std::size_t> sizes;
+      std::map<std::string, std::uint64_t> sizes;
       for (const auto& entry : std::filesystem::recursive_directory_iterator(ExeDir())) {
         if (entry.is_regular_file()) {
           sizes[entry.path().lexically_relative(ExeDir()).generic_string()] = entry.file_size();
