@@ -29,7 +29,8 @@ class HostOperations : public HostWindow {
   virtual void SendToPage(const std::u16string& text) = 0;
   /// The main loop ends with exit code 0 after the present message.
   virtual void EndMessageLoop() = 0;
-  /// The system moves the window with the mouse until the button is released; the call returns then.
+  /// The window follows the pointer until the primary button is released, if it is down and has moved as far
+  /// as a drag takes. Returns at once.
   virtual void StartDragging() = 0;
   virtual void Minimize() = 0;
   /// A maximized window is restored, any other is maximized.

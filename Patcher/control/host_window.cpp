@@ -5,6 +5,7 @@
 
 #include "control/page_content.h"
 #include "control/page_messages.h"
+#include "control/task_progress.h"
 #include "control/window_geometry.h"
 #include "shared/detached_thread.h"
 #include "shared/program.h"
@@ -19,11 +20,10 @@ MainWindow::MainWindow(OperationTable operations)
         return window_.Post({event.number, event.wParam, event.lParam});
       }),
       dispatcher_(*this, std::move(operations)),
-      webViewHost_(window_, dispatcher_) {}
+      webViewHost_(window_, *this, dispatcher_) {}
 
 bool MainWindow::Create() {
-  // The page's darkest navy: what shows before the page and in the ring around it.
-  const platform::WindowLook look{BuildWindowTitle(), 0x0d, 0x14, 0x26, kIconResource};
+  const platform::WindowLook look{BuildWindowTitle(), kNavy, kIconResource};
   return window_.Create(look, PlaceWindow(platform::WorkAreaUnderPointer()));
 }
 
@@ -44,7 +44,9 @@ void MainWindow::SendToPage(const std::u16string& text) { webViewHost_.SendToPag
 
 void MainWindow::EndMessageLoop() { window_.Quit(0); }
 
-void MainWindow::StartDragging() { window_.StartDragging(); }
+void MainWindow::StartDragging() {
+  if (drag_.Begin(window_.Pointer())) window_.WatchPointer(true);
+}
 
 void MainWindow::Minimize() { window_.Minimize(); }
 
@@ -71,14 +73,37 @@ void MainWindow::WindowResized(SizeKind kind) {
 }
 
 void MainWindow::WindowMessage(const platform::QueueMessage& message) {
-  dispatcher_.HandleUiEvent({message.number, message.wParam, message.lParam});
+  const UiEvent event{message.number, message.wParam, message.lParam};
+  if (event.number == kWebViewProcessDied) {
+    webViewHost_.Recover(static_cast<platform::WebViewProcess>(event.wParam));
+  } else {
+    if (const auto progress = TaskProgressAfter(event)) window_.ShowProgress(*progress);
+    dispatcher_.HandleUiEvent(event);
+  }
   // Here as well: while the system moves or sizes the window, its own loop serves the queue.
   backlog_.Advance();
 }
 
 void MainWindow::QueueAdvanced() { backlog_.Advance(); }
 
-platform::Size MainWindow::MinimumWindowSize() const { return kMinimumWindow; }
+void MainWindow::PointerWatched(const platform::PointerState& pointer) {
+  const WindowDrag::Step step = drag_.Follow(pointer);
+  if (step == WindowDrag::Step::kWait) return;
+  window_.WatchPointer(false);
+  if (step != WindowDrag::Step::kMove) return;
+  if (window_.IsMaximized()) {
+    window_.RestoreTo(RestoreUnderPointer(window_.Place(), window_.RestoredSize(), pointer.position));
+  }
+  window_.StartMoving();
+}
+
+void MainWindow::WindowMoved() { webViewHost_.WindowMoved(); }
+
+void MainWindow::WindowFocused() { webViewHost_.TakeFocus(); }
+
+platform::Size MainWindow::MinimumWindowSize(const platform::Rect& workArea) const {
+  return MinimumWindow(workArea);
+}
 
 platform::WindowPart MainWindow::HitTest(const platform::Rect& window, platform::Point point,
                                          bool maximized) const {

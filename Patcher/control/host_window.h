@@ -6,6 +6,7 @@
 #include "control/dispatch.h"
 #include "control/event_backlog.h"
 #include "control/web_view_host.h"
+#include "control/window_drag.h"
 #include "platform/window.h"
 
 namespace patcher {
@@ -36,7 +37,10 @@ class MainWindow final : public HostOperations, private platform::WindowOwner {
   void WindowResized(platform::SizeKind kind) override;
   void WindowMessage(const platform::QueueMessage& message) override;
   void QueueAdvanced() override;
-  platform::Size MinimumWindowSize() const override;
+  void PointerWatched(const platform::PointerState& pointer) override;
+  void WindowMoved() override;
+  void WindowFocused() override;
+  platform::Size MinimumWindowSize(const platform::Rect& workArea) const override;
   platform::WindowPart HitTest(const platform::Rect& window, platform::Point point,
                                bool maximized) const override;
   platform::MaximizedPlacement PlaceMaximized(const platform::Rect& monitor,
@@ -48,6 +52,7 @@ class MainWindow final : public HostOperations, private platform::WindowOwner {
   EventBacklog backlog_;
   Dispatcher dispatcher_;
   WebViewHost webViewHost_;
+  WindowDrag drag_;
 };
 
 }  // namespace patcher

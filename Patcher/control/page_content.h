@@ -28,6 +28,9 @@ inline constexpr int kPageResource = 100;
 /// Resource number of the window's icon, a PNG.
 inline constexpr int kIconResource = 300;
 
+/// The page's darkest navy: what shows before the page and around it.
+inline constexpr platform::Colour kNavy{0x0d, 0x14, 0x26};
+
 /// The row that an address of the page asks for: what stands behind its last slash, query and fragment aside,
 /// decides alone, case included. Null if there is none.
 const Asset* FindAsset(std::string_view address);

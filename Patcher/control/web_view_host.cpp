@@ -7,16 +7,20 @@
 
 namespace patcher {
 
-WebViewHost::WebViewHost(platform::NativeWindow& window, Dispatcher& dispatcher)
-    : window_(window), dispatcher_(dispatcher), webView_(*this) {}
+WebViewHost::WebViewHost(platform::NativeWindow& window, HostWindow& events, Dispatcher& dispatcher)
+    : window_(window), events_(events), dispatcher_(dispatcher), webView_(*this) {}
 
 void WebViewHost::StartWebView() {
-  webView_.Start(window_, {PageText(), kAssetOrigin, ExeDir() / "WebView2Data"});
+  webView_.Start(window_, {PageText(), kAssetOrigin, ExeDir() / "WebView2Data", kNavy});
 }
 
 void WebViewHost::SendToPage(const std::u16string& text) { webView_.Deliver(text); }
 
 void WebViewHost::UpdateBounds() { webView_.UpdateBounds(); }
+
+void WebViewHost::WindowMoved() { webView_.WindowMoved(); }
+
+void WebViewHost::TakeFocus() { webView_.TakeFocus(); }
 
 platform::Rect WebViewHost::Bounds() const {
   return WebViewBounds(window_.ClientRect(), window_.IsMaximized());
@@ -36,6 +40,16 @@ void WebViewHost::MessageReceived(std::u16string_view text) { dispatcher_.Dispat
 void WebViewHost::NavigationCompleted() {
   pageLoaded_ = true;
   dispatcher_.NavigationCompleted();
+}
+
+void WebViewHost::ProcessDied(platform::WebViewProcess process) {
+  events_.PostEvent({kWebViewProcessDied, static_cast<std::uintptr_t>(process)});
+}
+
+void WebViewHost::Recover(platform::WebViewProcess died) {
+  if (!recoveryLimit_.Take(std::chrono::steady_clock::now())) return;
+  pageLoaded_ = false;
+  webView_.Recover(died);
 }
 
 }  // namespace patcher

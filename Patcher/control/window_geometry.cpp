@@ -1,6 +1,7 @@
 #include "control/window_geometry.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace patcher {
 
@@ -17,11 +18,14 @@ Rect Shrink(const Rect& rect, int horizontally, int vertically) {
           rect.bottom - vertically};
 }
 
+Size FitInto(const Rect& area, Size size) {
+  return {std::min(size.width, area.Width()), std::min(size.height, area.Height())};
+}
+
 }  // namespace
 
 Rect PlaceWindow(const Rect& workArea) {
-  const Size size{std::min(kPreferredWindow.width, workArea.Width()),
-                  std::min(kPreferredWindow.height, workArea.Height())};
+  const Size size = FitInto(workArea, kPreferredWindow);
   const int left = workArea.left + (workArea.Width() - size.width) / 2;
   const int top = workArea.top + (workArea.Height() - size.height) / 2;
   return {left, top, left + size.width, top + size.height};
@@ -46,6 +50,14 @@ WindowPart HitTest(const Rect& window, Point point, bool maximized) {
   if (inTop) return WindowPart::kTop;
   if (inBottom) return WindowPart::kBottom;
   return WindowPart::kClient;
+}
+
+Size MinimumWindow(const Rect& workArea) { return FitInto(workArea, kSmallestWindow); }
+
+Rect RestoreUnderPointer(const Rect& maximized, Size restored, Point pointer) {
+  const std::int64_t across = pointer.x - maximized.left;
+  const int left = pointer.x - static_cast<int>(across * restored.width / std::max(1, maximized.Width()));
+  return {left, maximized.top, left + restored.width, maximized.top + restored.height};
 }
 
 MaximizedPlacement PlaceMaximized(const Rect& monitor, const Rect& workArea) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/colour.h"
 #include "platform/geometry.h"
 
 namespace platform {
@@ -23,7 +24,13 @@ struct ResourceAnswer {
   std::string headers;
 };
 
-/// Whoever the web view tells and asks. Main thread only.
+/// The processes without which there is no page.
+enum class WebViewProcess {
+  kBrowser,  ///< the web view itself (Windows)
+  kPage,     ///< the one that runs the page
+};
+
+/// What the web view reports to and asks. Main thread only.
 class WebViewOwner {
  public:
   virtual ~WebViewOwner() = default;
@@ -36,8 +43,10 @@ class WebViewOwner {
   virtual bool MayNavigate(std::string_view address) = 0;
   /// A string that the page posted; anything but a string is dropped below.
   virtual void MessageReceived(std::u16string_view text) = 0;
-  /// The page has loaded, or failed to; again after each reload.
+  /// The page has loaded, or failed to; again after each reload. Not after a navigation that was refused.
   virtual void NavigationCompleted() = 0;
+  /// A process has died, and the page with it.
+  virtual void ProcessDied(WebViewProcess process) = 0;
 };
 
 /// What a web view is given to start with.
@@ -45,6 +54,7 @@ struct WebViewContent {
   std::u16string page;         ///< the whole document
   std::string assetOrigin;     ///< scheme and host under which the page asks for its images
   std::filesystem::path data;  ///< folder for what the web view keeps on disk (Windows; Linux keeps nothing)
+  Colour background;           ///< what shows until the page does (Windows; on Linux the window does)
 };
 
 /// A web view that shows one document inside the main window. The page finds `window.chrome.webview` with
@@ -63,6 +73,15 @@ class WebView {
   void Start(NativeWindow& window, const WebViewContent& content);
   /// Asks the owner for the bounds and takes them; nothing if there is no web view yet.
   void UpdateBounds();
+  /// Loads the page again after a process has died. Not from within ProcessDied: the web view is not made for
+  /// calls from there.
+  void Recover(WebViewProcess died);
+  /// Tells the web view that the window has moved: its lists and menus are windows of their own. Linux:
+  /// nothing.
+  void WindowMoved();
+  /// Gives the keyboard to the page; nothing if there is no web view yet. Linux: nothing, the toolkit does
+  /// it.
+  void TakeFocus();
   /// Delivers a text to the page as the data of a "message" event, or drops it if there is no web view yet.
   void Deliver(const std::u16string& text);
 

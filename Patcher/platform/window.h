@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
+#include "platform/colour.h"
 #include "platform/geometry.h"
 #include "platform/message_queue.h"
 
@@ -32,7 +32,25 @@ struct MaximizedPlacement {
   bool operator==(const MaximizedPlacement&) const = default;
 };
 
-/// Whoever the window tells and asks. Main thread only.
+/// The pointing device at one moment.
+struct PointerState {
+  Point position;  ///< screen coordinates
+  // The buttons of the device. Linux: as the player's settings assign them, and never swapped.
+  bool leftDown = false;
+  bool rightDown = false;
+  bool swapped = false;  ///< the right button is the primary one
+  Size dragDistance;     ///< how far a pressed pointer moves, in either direction, before that is a drag
+};
+
+/// What the program's button on the task bar shows.
+struct TaskProgress {
+  enum class State { kNone, kNormal, kError };
+  State state = State::kNone;
+  int percent = 0;  ///< 0 to 100
+  bool operator==(const TaskProgress&) const = default;
+};
+
+/// What the window reports to and asks. Main thread only.
 class WindowOwner {
  public:
   virtual ~WindowOwner() = default;
@@ -44,8 +62,19 @@ class WindowOwner {
   virtual void WindowMessage(const QueueMessage& message) = 0;
   /// The main loop has taken a message off its queue: a post that was refused may succeed now.
   virtual void QueueAdvanced() = 0;
+  /// The pointer, again and again while it is watched. Never called from within an event of the web view.
+  virtual void PointerWatched(const PointerState& pointer) = 0;
 
-  virtual Size MinimumWindowSize() const = 0;
+  // Windows only; on Linux the toolkit keeps the web view informed.
+
+  /// The window has moved on the screen, or is about to.
+  virtual void WindowMoved() = 0;
+  /// The window has got the keyboard.
+  virtual void WindowFocused() = 0;
+
+  /// How small the player may make the window on a monitor with this work area. Linux: asked once, for the
+  /// monitor on which the window opens.
+  virtual Size MinimumWindowSize(const Rect& workArea) const = 0;
   /// `window` and `point` in screen coordinates.
   virtual WindowPart HitTest(const Rect& window, Point point, bool maximized) const = 0;
 
@@ -71,9 +100,7 @@ Rect WorkAreaUnderPointer();
 /// What a main window looks like before anything is drawn in it.
 struct WindowLook {
   std::u16string title;
-  std::uint8_t red = 0;
-  std::uint8_t green = 0;
-  std::uint8_t blue = 0;
+  Colour background;
   /// Number of the embedded picture that task bars show (Linux; Windows takes the program's icon).
   int icon = 0;
 };
@@ -106,12 +133,27 @@ class NativeWindow {
   /// The inside of the window; left and top are 0.
   Rect ClientRect() const;
 
-  /// The window follows the mouse until the button is released. Windows: returns then; Linux: returns at
-  /// once.
-  void StartDragging();
+  /// The window on the screen.
+  Rect Place() const;
+  /// The size that the window has when it is neither maximized nor minimized.
+  Size RestoredSize() const;
+
+  PointerState Pointer() const;
+  /// Begins or ends to report the pointer to the owner: about every 10 ms on Windows, on Linux when it moves
+  /// or the button goes up.
+  void WatchPointer(bool watch);
+  /// The system moves the window with the pointer until the primary button is released. Windows: returns
+  /// then; Linux: returns at once. Only from within PointerWatched.
+  void StartMoving();
+
   void Minimize();
   void Maximize();
   void Restore();
+  /// Restores a maximized window, to this place on the screen. Linux under Wayland: nothing, since the
+  /// compositor restores a window that is moved.
+  void RestoreTo(const Rect& place);
+  /// Linux: nothing, its task bars have no common way to show it.
+  void ShowProgress(const TaskProgress& progress);
   /// Queues an ordinary close request, which destroys the window.
   void AskToClose();
 

@@ -9,6 +9,7 @@ from launcher import wait_until
 
 TITLE = "TolmiraMMO Patcher v26"
 SCREEN = (0, 0, 1600, 1000)
+NAVY = "srgb(13,20,38)"
 HOME = (160, 100, 1280, 800)  # where the launcher's window opens on this screen
 
 
@@ -77,17 +78,20 @@ class Window:
     def wait_for_place(self, *place):
         wait_until(lambda: self.place() == place, lambda: f"the window stands at {self.place()}, not at {place}")
 
-    def grasp(self, x, y):
-        """Presses the button and moves the pointer about until the window follows: who moves it sees the press later."""
+    def follow(self, x, y):
+        """With the button down at x, y: moves the pointer about until the window follows, since a program sees it later."""
         before = self.place()
         steps = itertools.cycle((10, 20))
-        self.display.mouse("mousemove", x, y, "mousedown", 1)
 
         def follows():
             step = next(steps)
             self.display.mouse("mousemove", x + step, y + step)
             return self.place() != before
         wait_until(follows)
+
+    def grasp(self, x, y):
+        self.display.mouse("mousemove", x, y, "mousedown", 1)
+        self.follow(x, y)
 
     def drag(self, start, stop, expected):
         self.grasp(*start)

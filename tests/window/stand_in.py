@@ -71,7 +71,7 @@ class WindowsLauncher:
             raise AssertionError(f"nothing more after {self.told[-5:]}") from None
         if line:
             self.told.append(line)
-            if line[0] == "trap" or line[1] == "failed":
+            if line[0] == "trap" or "failed" in line[1:2]:
                 raise AssertionError(f"{self.told[-5:]}")
         return line
 

@@ -4,7 +4,7 @@ import shutil
 import subprocess
 
 import launcher
-from display import HOME, SCREEN
+from display import HOME, NAVY, SCREEN
 from fixture import VERSION, WindowTest
 from game import Game
 from launcher import LIMIT, wait_until
@@ -14,7 +14,6 @@ DRAG_ZONE, DRAG_ZONE_TOO = (500, 30), (400, 30)
 MINIMIZE, MAXIMIZE, CLOSE = (-115, 25), (-75, 25), (-29, 25)
 PLAY = (-134, -57)
 LIT_CLOSE = "srgb(192,57,43)"  # the button to close under the pointer
-NAVY = "srgb(13,20,38)"
 
 
 class NativeWindowTest(WindowTest):
@@ -69,14 +68,32 @@ class NativeWindowTest(WindowTest):
         self.window.grasp(*self.point(DRAG_ZONE))
         self.display.mouse("mouseup", 1)
         self.assertEqual(self.window.place()[2:], HOME[2:])
+        self.click(MAXIMIZE)
+        self.window.wait_for_place(*SCREEN)
+        wait_until(self.page_is_in_place)
+        self.window.grasp(400, 20)
+        self.display.mouse("mousemove", 600, 150)
+        wait_until(self.is_held_as_before)
+        self.display.mouse("mouseup", 1)
         self.click(MINIMIZE)
         wait_until(lambda: "Iconic" in self.state())
         self.display.run("wmctrl", "-i", "-a", hex(int(self.window.number)))
         wait_until(lambda: "Normal" in self.state())
         self.closes()
 
+    def is_held_as_before(self):
+        """A maximized window, grasped at a quarter of its width, is restored and follows the pointer at 600, 150."""
+        left, top, *size = self.window.place()
+        return tuple(size) == HOME[2:] and 300 < 600 - left < 350 and 10 < 150 - top < 60
+
     def state(self):
         return self.display.run("xprop", "-id", self.window.number, "WM_STATE")
+
+    def test_its_page_comes_back_when_the_page_s_process_dies(self):
+        self.shown()
+        self.display.run("pkill", "--parent", self.process.pid, "--signal", "KILL", "WebKitWebProces")
+        self.wait_for_request(VERSION)
+        self.closes()
 
     def test_it_closes_in_the_middle_of_a_run_and_the_next_one_ends_with_the_game(self):
         game = Game(1, 40)
@@ -106,6 +123,7 @@ class NativeWindowTest(WindowTest):
         process = self.start()
         self.wait_for_request(news, 2)
         self.assertEqual(len(self.display.windows()), 1)
+        self.assertEqual(self.server.requests[VERSION], 1, "a refused navigation is no loaded page")
         # The menu of the web view, with its way back and its reload.
         self.display.mouse("mousemove", 800, 500, "click", 3)
         self.display.mouse("key", "Down", "Down", "Down", "Return")

@@ -9,7 +9,7 @@ from stand_in import ROOT
 
 ORIGIN = "https://assets.tolmira.example"
 HANDLERS = ["WebResourceRequested", "WebMessageReceived", "NavigationCompleted", "NavigationStarting",
-            "NewWindowRequested"]
+            "NewWindowRequested", "ProcessFailed"]
 
 
 class ChainTest(WindowsTest):
@@ -19,15 +19,23 @@ class ChainTest(WindowsTest):
         for mode in ("", "at-once"):
             program = self.start(mode)
             self.assertEqual(program.load_page(), carried)
-            self.assertEqual(program.told[:-1], [
-                ["environment", "(null)", data, "no options"],
+            icons = [line for line in program.told if line[0] == "icon"]
+            self.assertEqual(icons, [["icon", "1"], ["icon", "0"]])  # the large one and the small one
+            self.assertEqual([line for line in program.told[:-1] if line not in icons], [
+                ["environment", "(null)", data, "no options", "FF0D1426"],
                 ["handler", "environment", "sound"],
                 ["handler", "controller", "sound"],
                 ["filter", ORIGIN + "/*", "0"],
                 ["handler", "WebResourceRequested", "sound"],
                 ["bounds", "6", "6", "1274", "794"],
                 *[["handler", name, "sound"] for name in HANDLERS[1:]]])
+            # The page has the keyboard without a click.
+            self.assertEqual(program.wait("focus"), ["0"])
+            self.display.mouse("key", "a")
+            program.wait("key")
             program.wait_message("ready")
+            program.tell("window", "7", "0")  # WM_SETFOCUS, as after another window was in front
+            self.assertEqual(program.wait("focus"), ["0"])
             # The form's data come before anything else.
             self.assertEqual([message["type"] for message in program.messages()][:2], ["options", "status"])
             self.assertEqual(program.close(), 0)
@@ -40,7 +48,7 @@ class ChainTest(WindowsTest):
                 # As a player does who sees no button for it.
                 self.display.mouse("mousemove", left + 100, top + 100, "click", 1, "key", "alt+F4")
                 self.assertEqual(program.exit_code(), 0)
-                self.assertLessEqual({line[0] for line in program.told}, {"environment", "handler"})
+                self.assertLessEqual({line[0] for line in program.told}, {"environment", "handler", "icon"})
                 self.assertEqual(sum(self.server.requests.values()), 0)
 
     def test_images(self):
@@ -83,8 +91,13 @@ class ChainTest(WindowsTest):
         self.assertEqual(program.ask("go", "data:text/html;base64,PGh0bWw+"), ["done"])
         program.tell("complete")
         self.assertEqual(program.ask("go", "about:blank"), ["done"])
+        program.wait_message("ready")
+        before = len(program.messages())
         for verb in ("go", "open"):
             self.assertEqual(program.ask(verb, "https://tolmira.example/"), ["refused"])
+        program.request("getOptions")
+        program.wait_message("options")
+        self.assertEqual(len(program.messages()), before + 1, "a refused navigation is no loaded page")
 
     def test_a_reload_starts_no_second_run_beside_the_first(self):
         Game(1, 30).publish(self.server)
@@ -97,6 +110,25 @@ class ChainTest(WindowsTest):
         held.set()
         program.wait_message("ready", canPlay=True)
         self.assertEqual(self.server.requests[VERSION], 1)
+
+    def test_a_page_whose_process_died_comes_back_three_times(self):
+        Game(1, 30).publish(self.server)
+        held = self.hold(VERSION)
+        program = self.loaded()
+        for harmless in "23456789":
+            self.assertEqual(program.ask("fail", harmless), ["done"])
+        for kind in "101":
+            program.tell("fail", kind)
+            program.load_page()
+            program.wait_message("options")
+        self.assertEqual(program.ask("fail", "1"), ["done"])
+        self.assert_nothing_is_held(program)
+        held.set()
+        program.wait_message("ready", canPlay=True)
+        loads = [line[0] for line in program.told if line[0] in ("environment", "navigate")]
+        self.assertEqual(loads, ["environment", "navigate", "navigate", "environment", "navigate", "navigate"])
+        self.assertEqual(self.server.requests[VERSION], 1)
+        self.assertEqual(program.close(), 0)
 
 
 class ProgramFileTest(WindowsTest):
@@ -121,7 +153,7 @@ class ProgramFileTest(WindowsTest):
     def test_what_the_program_needs_and_what_it_carries(self):
         listing = self.output("objdump", "-p", self.place.program)
         libraries = {name.lower() for name in re.findall(r"DLL Name: (\S+)", listing)}
-        system = {"bcrypt.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "shell32.dll", "shlwapi.dll",
+        system = {"bcrypt.dll", "dwmapi.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "shell32.dll", "shlwapi.dll",
                   "user32.dll", "winhttp.dll"}
         self.assertEqual(libraries - system, {"webview2loader.dll"})
         for line in ("CreateCoreWebView2EnvironmentWithOptions\n", "(Windows GUI)"):

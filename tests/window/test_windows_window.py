@@ -2,15 +2,17 @@
 import subprocess
 
 import fixture
-from display import HOME, SCREEN
+from display import HOME, NAVY, SCREEN
 from fixture import VERSION, WindowsTest
 from game import Game
+from launcher import wait_until
 from stand_in import ROOT
 
 
 class WindowTest(WindowsTest):
     def setUp(self):
         super().setUp()
+        self.addCleanup(self.display.mouse, "mouseup", 1)
         self.program = self.loaded()
         self.program.wait_message("ready")
         self.window = self.display.window()
@@ -37,20 +39,65 @@ class WindowTest(WindowsTest):
         self.wait_for_bounds(6, 6, 1174, 794)
         self.window.drag((1337, 897), (400, 300), (160, 100, 1000, 640))
 
+    def press(self, x, y):
+        """The button goes down on the page's band, and the page asks for a move as it does then."""
+        self.display.mouse("mousemove", x, y, "mousedown", 1)
+        where = self.program.wait("press")
+        self.assertEqual(self.program.ask("send", '{"action":"windowDrag"}'), ["done"])
+        return where
+
     def test_it_moves_with_the_mouse_and_goes_on_reporting(self):
         Game(1, 10).publish(self.server)
         held = self.hold(VERSION)
         self.program.request("verify")
         self.program.wait_message("status")
-        self.program.request("windowDrag")
-        self.window.grasp(500, 150)
+        self.press(500, 150)  # answered while the button is held: the move is not made within the page's event
+        self.window.follow(500, 150)
+        self.program.wait("moved")
         held.set()
         self.program.wait_message("check")  # while the button is held, in the system's own loop
         self.display.mouse("mousemove", 600, 200, "mouseup", 1)
-        self.program.wait("send")  # the move has ended; in the midst of one, Wine forgets a request to quit
+        self.program.wait("loop", lambda fields: fields == ["ends"])  # in the midst of one, Wine forgets a request to quit
         self.assertEqual(self.window.place()[2:], HOME[2:])
         self.assertEqual(self.program.close(), 0)
 
+    def test_clicks_on_the_band_do_not_move_it_and_two_maximize_it(self):
+        for _ in range(2):
+            self.press(500, 150)
+            self.display.mouse("mouseup", 1)
+            self.program.wait("release")  # the page sees both halves of both clicks
+        self.program.ask("send", '{"action":"windowDrag"}')  # a tap: its button is up again when the page hears of it
+        self.display.mouse("mousemove", 700, 300)
+        self.assertEqual(self.press(500, 150), ["334", "44"])
+        self.display.mouse("mouseup", 1)
+        self.program.wait("release")
+        self.program.request("windowMaximize")
+        self.program.wait_message("window", maximized=True)
+        self.window.wait_for_place(*SCREEN)
+        # The frame that the system lays out around a maximized window looks like the page's edge.
+        for _ in range(2):
+            wait_until(lambda: {self.display.pixel(x, y) for x, y in ((1, 500), (800, 1), (1598, 500), (800, 998))} == {NAVY})
+            self.program.ask("window", "134", "0")  # WM_NCACTIVATE: another window is in front
+        self.press(400, 20)
+        self.window.follow(400, 20)
+        self.program.wait_message("window", maximized=False)
+        self.display.mouse("mousemove", 800, 300, "mouseup", 1)
+        self.program.wait("loop", lambda fields: fields == ["ends"])
+        left, top, *size = self.window.place()
+        self.assertEqual(tuple(size), HOME[2:])
+        # The pointer was a quarter of the way along the band.
+        self.assertTrue(310 < 800 - left < 350 and 20 < 300 - top < 50, (left, top))
+
+    def test_what_the_system_shows_of_it(self):
+        self.program.ask("window", "736", "9437328", "100", "50", "1500", "900")  # WM_DPICHANGED, with a place
+        self.window.wait_for_place(100, 50, 1400, 850)
+        self.program.tell("window", "TaskbarButtonCreated", "0")
+        self.assertEqual([self.program.wait("taskbar") for _ in range(2)], [["state", "4"], ["value", "100", "100"]])
+        Game(1, 10).publish(self.server)
+        self.program.request("repair")
+        for state in "20":
+            self.program.wait("taskbar", lambda fields, state=state: fields == ["state", state])
+        self.program.wait_message("ready", canPlay=True)
 
 class EnduranceTest(WindowsTest):
     def test_a_page_that_floods_the_host(self):

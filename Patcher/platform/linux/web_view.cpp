@@ -58,6 +58,7 @@ struct WebView::Impl {
   static void OnRequest(WebKitURISchemeRequest* request, gpointer data);
   static void OnMessage(WebKitUserContentManager* manager, WebKitJavascriptResult* result, gpointer data);
   static void OnLoad(WebKitWebView* view, WebKitLoadEvent event, gpointer data);
+  static void OnProcessEnded(WebKitWebView* view, WebKitWebProcessTerminationReason reason, gpointer data);
   static gboolean OnPolicy(WebKitWebView* view, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                            gpointer data);
   static gboolean OnPermission(WebKitWebView* view, WebKitPermissionRequest* request, gpointer data);
@@ -91,6 +92,7 @@ void WebView::Impl::ConnectPage() {
   webkit_user_script_unref(bridge);
   g_signal_connect(manager, "script-message-received::host", G_CALLBACK(&OnMessage), this);
   g_signal_connect(view, "load-changed", G_CALLBACK(&OnLoad), this);
+  g_signal_connect(view, "web-process-terminated", G_CALLBACK(&OnProcessEnded), this);
   g_signal_connect(view, "decide-policy", G_CALLBACK(&OnPolicy), this);
   g_signal_connect(view, "permission-request", G_CALLBACK(&OnPermission), this);
   g_signal_connect(view, "destroy", G_CALLBACK(gtk_widget_destroyed), &view);
@@ -123,6 +125,10 @@ void WebView::Impl::OnMessage(WebKitUserContentManager*, WebKitJavascriptResult*
 
 void WebView::Impl::OnLoad(WebKitWebView*, WebKitLoadEvent event, gpointer data) {
   if (event == WEBKIT_LOAD_FINISHED) static_cast<Impl*>(data)->owner.NavigationCompleted();
+}
+
+void WebView::Impl::OnProcessEnded(WebKitWebView*, WebKitWebProcessTerminationReason, gpointer data) {
+  static_cast<Impl*>(data)->owner.ProcessDied(WebViewProcess::kPage);
 }
 
 gboolean WebView::Impl::OnPolicy(WebKitWebView*, WebKitPolicyDecision* decision,
@@ -173,6 +179,14 @@ void WebView::UpdateBounds() {
   gtk_widget_set_margin_top(view, margin);
   gtk_widget_set_margin_bottom(view, margin);
 }
+
+void WebView::Recover(WebViewProcess) {
+  if (impl_->view != nullptr) webkit_web_view_load_uri(impl_->view, kPageAddress);
+}
+
+void WebView::WindowMoved() {}
+
+void WebView::TakeFocus() {}
 
 void WebView::Deliver(const std::u16string& text) {
   if (impl_->view == nullptr) return;

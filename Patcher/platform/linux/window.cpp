@@ -12,6 +12,7 @@
 #include <optional>
 #include <utility>
 
+#include <gdk/gdkx.h>
 #include <gtk/gtk.h>
 
 #include "platform/resources.h"
@@ -45,7 +46,7 @@ const Edge* EdgeOf(WindowPart part) {
   return edge != std::end(kEdges) ? edge : nullptr;
 }
 
-GdkDevice* Pointer(GdkDisplay* display) {
+GdkDevice* PointerOf(GdkDisplay* display) {
   return gdk_seat_get_pointer(gdk_display_get_default_seat(display));
 }
 
@@ -75,10 +76,11 @@ struct NativeWindow::Impl {
 
   WindowOwner& owner;
   GtkWidget* window = nullptr;  // null again when it has been destroyed
-  Size size;                    // as last told to the owner
+  Size size;                    // as last reported to the owner
+  Size restoredSize;
   std::optional<int> exitCode;
   GtkGesture* press = nullptr;  // the primary button, from its press to its release
-  bool moveAsked = false;       // the window is to follow the pointer as soon as that moves
+  bool pointerWatched = false;
 
   std::mutex lock;  // guards the two below
   std::deque<QueueMessage> messages;
@@ -89,6 +91,9 @@ struct NativeWindow::Impl {
     return Surface() != nullptr ? gdk_window_get_state(Surface()) : GdkWindowState{};
   }
   SizeKind Kind() const;
+  Rect Place() const;
+  PointerState Pointer(bool pressed) const;
+  void RememberRestoredSize();
   const Edge* EdgeAt(double rootX, double rootY) const;
 
   void ConnectEvents();
@@ -111,13 +116,37 @@ SizeKind NativeWindow::Impl::Kind() const {
   return (State() & GDK_WINDOW_STATE_MAXIMIZED) != 0 ? SizeKind::kMaximized : SizeKind::kRestored;
 }
 
-const Edge* NativeWindow::Impl::EdgeAt(double rootX, double rootY) const {
+Rect NativeWindow::Impl::Place() const {
   int left = 0;
   int top = 0;
   gdk_window_get_origin(Surface(), &left, &top);
-  const Rect place{left, top, left + size.width, top + size.height};
+  return {left, top, left + size.width, top + size.height};
+}
+
+PointerState NativeWindow::Impl::Pointer(bool pressed) const {
+  PointerState pointer;
+  pointer.leftDown = pressed;
+  gdk_device_get_position(PointerOf(gdk_window_get_display(Surface())), nullptr, &pointer.position.x,
+                          &pointer.position.y);
+  int distance = 0;
+  g_object_get(gtk_widget_get_settings(window), "gtk-dnd-drag-threshold", &distance, nullptr);
+  pointer.dragDistance = {distance, distance};
+  return pointer;
+}
+
+/// A window manager may size a window before it says that it is maximized now: such a size fills the work
+/// area.
+void NativeWindow::Impl::RememberRestoredSize() {
+  GdkRectangle area{};
+  gdk_monitor_get_workarea(gdk_display_get_monitor_at_window(gdk_window_get_display(Surface()), Surface()),
+                           &area);
+  const bool fills = size.width >= area.width && size.height >= area.height;
+  if (Kind() == SizeKind::kRestored && !fills) restoredSize = size;
+}
+
+const Edge* NativeWindow::Impl::EdgeAt(double rootX, double rootY) const {
   const Point point{static_cast<int>(rootX), static_cast<int>(rootY)};
-  return EdgeOf(owner.HitTest(place, point, Kind() == SizeKind::kMaximized));
+  return EdgeOf(owner.HitTest(Place(), point, Kind() == SizeKind::kMaximized));
 }
 
 void NativeWindow::Impl::ConnectEvents() {
@@ -139,8 +168,8 @@ void NativeWindow::Impl::ConnectEvents() {
 
 void NativeWindow::Impl::PaintBackground(const WindowLook& look) const {
   char style[64];
-  std::snprintf(style, sizeof style, "window { background: #%02x%02x%02x; }", look.red, look.green,
-                look.blue);
+  std::snprintf(style, sizeof style, "window { background: #%02x%02x%02x; }", look.background.red,
+                look.background.green, look.background.blue);
   GtkCssProvider* provider = gtk_css_provider_new();
   gtk_css_provider_load_from_data(provider, style, -1, nullptr);
   gtk_style_context_add_provider(gtk_widget_get_style_context(window), GTK_STYLE_PROVIDER(provider),
@@ -175,6 +204,7 @@ gboolean NativeWindow::Impl::OnConfigure(GtkWidget*, GdkEventConfigure* event, g
   const Size now{event->width, event->height};
   if (now == self->size) return FALSE;
   self->size = now;
+  self->RememberRestoredSize();
   self->owner.WindowResized(self->Kind());
   return FALSE;
 }
@@ -220,20 +250,14 @@ void NativeWindow::Impl::OnDestroy(GtkWidget*, gpointer data) {
   if (gtk_main_level() > 0) gtk_main_quit();
 }
 
-void NativeWindow::Impl::OnPressMoved(GtkGestureDrag*, double x, double y, gpointer data) {
+void NativeWindow::Impl::OnPressMoved(GtkGestureDrag*, double, double, gpointer data) {
   auto* self = static_cast<Impl*>(data);
-  const bool moved = gtk_drag_check_threshold(self->window, 0, 0, static_cast<int>(x), static_cast<int>(y));
-  if (!self->moveAsked || !moved) return;
-  self->moveAsked = false;
-  int rootX = 0;
-  int rootY = 0;
-  gdk_device_get_position(Pointer(gdk_window_get_display(self->Surface())), nullptr, &rootX, &rootY);
-  gtk_window_begin_move_drag(GTK_WINDOW(self->window), GDK_BUTTON_PRIMARY, rootX, rootY,
-                             gtk_get_current_event_time());
+  if (self->pointerWatched) self->owner.PointerWatched(self->Pointer(true));
 }
 
 void NativeWindow::Impl::OnPressEnded(GtkGestureDrag*, double, double, gpointer data) {
-  static_cast<Impl*>(data)->moveAsked = false;
+  auto* self = static_cast<Impl*>(data);
+  if (self->pointerWatched) self->owner.PointerWatched(self->Pointer(false));
 }
 
 bool PrepareWindowSystem(int argc, char** argv) {
@@ -250,7 +274,7 @@ Rect WorkAreaUnderPointer() {
   GdkDisplay* display = gdk_display_get_default();
   int x = 0;
   int y = 0;
-  gdk_device_get_position(Pointer(display), nullptr, &x, &y);
+  gdk_device_get_position(PointerOf(display), nullptr, &x, &y);
   GdkRectangle area{};
   gdk_monitor_get_workarea(gdk_display_get_monitor_at_point(display, x, y), &area);
   return {area.x, area.y, area.x + area.width, area.y + area.height};
@@ -267,7 +291,7 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
   gtk_window_set_decorated(window, FALSE);
   ShowIcon(window, look.icon);
   impl_->PaintBackground(look);
-  const Size minimum = impl_->owner.MinimumWindowSize();
+  const Size minimum = impl_->owner.MinimumWindowSize(WorkAreaUnderPointer());
   GdkGeometry geometry{};
   geometry.min_width = minimum.width;
   geometry.min_height = minimum.height;
@@ -275,6 +299,7 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
   gtk_window_set_default_size(window, placement.Width(), placement.Height());
   gtk_window_move(window, placement.left, placement.top);
   impl_->size = {placement.Width(), placement.Height()};
+  impl_->restoredSize = impl_->size;
   impl_->ConnectEvents();
   gtk_widget_realize(impl_->window);
   impl_->owner.WindowCreated();
@@ -311,10 +336,21 @@ bool NativeWindow::IsMaximized() const { return (impl_->State() & GDK_WINDOW_STA
 
 Rect NativeWindow::ClientRect() const { return {0, 0, impl_->size.width, impl_->size.height}; }
 
-void NativeWindow::StartDragging() {
-  // The page asks from another process: the button may be up again by now. And a press that does not move may
-  // be half of a double click, which is the page's.
-  impl_->moveAsked = impl_->window != nullptr && gtk_gesture_is_active(impl_->press);
+Rect NativeWindow::Place() const { return impl_->Place(); }
+
+Size NativeWindow::RestoredSize() const { return impl_->restoredSize; }
+
+PointerState NativeWindow::Pointer() const {
+  if (impl_->window == nullptr) return {};
+  return impl_->Pointer(gtk_gesture_is_active(impl_->press) != 0);
+}
+
+void NativeWindow::WatchPointer(bool watch) { impl_->pointerWatched = watch; }
+
+void NativeWindow::StartMoving() {
+  const Point pointer = Pointer().position;
+  gtk_window_begin_move_drag(GTK_WINDOW(impl_->window), GDK_BUTTON_PRIMARY, pointer.x, pointer.y,
+                             gtk_get_current_event_time());
 }
 
 void NativeWindow::Minimize() { gtk_window_iconify(GTK_WINDOW(impl_->window)); }
@@ -322,6 +358,15 @@ void NativeWindow::Minimize() { gtk_window_iconify(GTK_WINDOW(impl_->window)); }
 void NativeWindow::Maximize() { gtk_window_maximize(GTK_WINDOW(impl_->window)); }
 
 void NativeWindow::Restore() { gtk_window_unmaximize(GTK_WINDOW(impl_->window)); }
+
+void NativeWindow::RestoreTo(const Rect& place) {
+  if (!GDK_IS_X11_WINDOW(impl_->Surface())) return;
+  gtk_window_unmaximize(GTK_WINDOW(impl_->window));
+  // At once, not with the next layout: before the request to move the window with the pointer.
+  gdk_window_move(impl_->Surface(), place.left, place.top);
+}
+
+void NativeWindow::ShowProgress(const TaskProgress&) {}
 
 void NativeWindow::AskToClose() { gtk_window_close(GTK_WINDOW(impl_->window)); }
 

@@ -37,6 +37,9 @@ inline constexpr IID kInterfaceId<ICoreWebView2NavigationStartingEventHandler> =
 template <>
 inline constexpr IID kInterfaceId<ICoreWebView2NewWindowRequestedEventHandler> = {
     0xd4c185fe, 0xc81c, 0x4989, {0x97, 0xaf, 0x2d, 0x3f, 0xa7, 0xab, 0x56, 0x51}};
+template <>
+inline constexpr IID kInterfaceId<ICoreWebView2ProcessFailedEventHandler> = {
+    0x79e0aea4, 0x990b, 0x42d9, {0xaa, 0x1d, 0x0f, 0xcc, 0x2e, 0x5b, 0xc7, 0xf1}};
 
 // Nobody deletes a handler through its interface.
 #pragma GCC diagnostic push

@@ -2,6 +2,9 @@
 
 #include "platform/web_view.h"
 
+#include <cwchar>
+#include <set>
+
 #include <objbase.h>
 #include <shlwapi.h>
 
@@ -34,6 +37,10 @@ class TaskString {
 
 std::wstring Native(std::u16string_view text) { return {text.begin(), text.end()}; }
 
+/// Read when a web view is created: what it shows before its page. A call would come too late, after a flash
+/// of white.
+constexpr wchar_t kBackgroundVariable[] = L"WEBVIEW2_DEFAULT_BACKGROUND_COLOR";
+
 }  // namespace
 
 // Every failure of a step ends the chain there, without a word: the window stays empty and can be closed.
@@ -46,19 +53,30 @@ struct WebView::Impl {
   ComReference<ICoreWebView2Environment> environment;
   ComReference<ICoreWebView2Controller> controller;
   ComReference<ICoreWebView2> view;
+  std::set<UINT64> refused;  // navigations whose completion is still to come
 
   void CreateEnvironment();
   void OnEnvironmentCreated(ICoreWebView2Environment* made);
   void OnControllerCreated(ICoreWebView2Controller* made);
   void ConnectPage();
   void KeepToThePage();
+  void WatchProcesses();
+  void LoadPage();
+  void FocusPage();
   void ServeAsset(ICoreWebView2WebResourceRequestedEventArgs* args);
   void OnMessage(ICoreWebView2WebMessageReceivedEventArgs* args);
   void OnNavigationStarting(ICoreWebView2NavigationStartingEventArgs* args);
+  void OnNavigationCompleted(ICoreWebView2NavigationCompletedEventArgs* args);
+  void OnProcessFailed(ICoreWebView2ProcessFailedEventArgs* args);
   void PutBounds();
 };
 
 void WebView::Impl::CreateEnvironment() {
+  wchar_t colour[16];
+  const Colour& background = content.background;
+  std::swprintf(colour, std::size(colour), L"FF%02X%02X%02X", background.red, background.green,
+                background.blue);
+  SetEnvironmentVariableW(kBackgroundVariable, colour);
   const auto created = MakeHandler<ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler>(
       [this](HRESULT, auto* made) { OnEnvironmentCreated(made); });
   CreateCoreWebView2EnvironmentWithOptions(nullptr, content.data.c_str(), nullptr, created.Get());
@@ -73,6 +91,8 @@ void WebView::Impl::OnEnvironmentCreated(ICoreWebView2Environment* made) {
 }
 
 void WebView::Impl::OnControllerCreated(ICoreWebView2Controller* made) {
+  // It has been read: what the launcher starts, the game above all, must not inherit it.
+  SetEnvironmentVariableW(kBackgroundVariable, nullptr);
   if (made == nullptr) return;
   controller = ComReference<ICoreWebView2Controller>::Share(made);
   ComReference<ICoreWebView2> inside;
@@ -81,9 +101,15 @@ void WebView::Impl::OnControllerCreated(ICoreWebView2Controller* made) {
   view = std::move(inside);
   ConnectPage();
   KeepToThePage();
+  WatchProcesses();
   // Last, so that neither a request nor the completion can be missed.
-  view->NavigateToString(Native(content.page).c_str());
+  LoadPage();
+  if (GetForegroundWindow() == window) FocusPage();
 }
+
+void WebView::Impl::LoadPage() { view->NavigateToString(Native(content.page).c_str()); }
+
+void WebView::Impl::FocusPage() { controller->MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC); }
 
 void WebView::Impl::ConnectPage() {
   const std::wstring pattern = Native(Utf8ToWide(content.assetOrigin)) + L"/*";
@@ -97,7 +123,7 @@ void WebView::Impl::ConnectPage() {
       [this](ICoreWebView2*, auto* args) { OnMessage(args); });
   view->add_WebMessageReceived(received.Get(), &unused);
   const auto completed = MakeHandler<ICoreWebView2NavigationCompletedEventHandler>(
-      [this](ICoreWebView2*, auto*) { owner.NavigationCompleted(); });
+      [this](ICoreWebView2*, auto* args) { OnNavigationCompleted(args); });
   view->add_NavigationCompleted(completed.Get(), &unused);
 }
 
@@ -113,6 +139,13 @@ void WebView::Impl::KeepToThePage() {
         if (args != nullptr) args->put_Handled(TRUE);
       });
   view->add_NewWindowRequested(newWindow.Get(), &unused);
+}
+
+void WebView::Impl::WatchProcesses() {
+  EventRegistrationToken unused{};
+  const auto failed = MakeHandler<ICoreWebView2ProcessFailedEventHandler>(
+      [this](ICoreWebView2*, auto* args) { OnProcessFailed(args); });
+  view->add_ProcessFailed(failed.Get(), &unused);
 }
 
 void WebView::Impl::ServeAsset(ICoreWebView2WebResourceRequestedEventArgs* args) {
@@ -141,7 +174,29 @@ void WebView::Impl::OnMessage(ICoreWebView2WebMessageReceivedEventArgs* args) {
 void WebView::Impl::OnNavigationStarting(ICoreWebView2NavigationStartingEventArgs* args) {
   TaskString address;
   if (args == nullptr || FAILED(args->get_Uri(address.Receive())) || !address) return;
-  if (!owner.MayNavigate(WideToUtf8(address.Wide()))) args->put_Cancel(TRUE);
+  if (owner.MayNavigate(WideToUtf8(address.Wide()))) return;
+  args->put_Cancel(TRUE);
+  UINT64 id = 0;
+  if (SUCCEEDED(args->get_NavigationId(&id))) refused.insert(id);
+}
+
+void WebView::Impl::OnNavigationCompleted(ICoreWebView2NavigationCompletedEventArgs* args) {
+  // A refused navigation completes, too; the page is still the one that was there.
+  UINT64 id = 0;
+  if (args != nullptr && SUCCEEDED(args->get_NavigationId(&id)) && refused.erase(id) > 0) return;
+  owner.NavigationCompleted();
+}
+
+void WebView::Impl::OnProcessFailed(ICoreWebView2ProcessFailedEventArgs* args) {
+  COREWEBVIEW2_PROCESS_FAILED_KIND kind{};
+  if (args == nullptr || FAILED(args->get_ProcessFailedKind(&kind))) return;
+  // Other processes are started again by the web view itself, and a page that does not answer for a while may
+  // be waiting for a busy machine.
+  if (kind == COREWEBVIEW2_PROCESS_FAILED_KIND_BROWSER_PROCESS_EXITED) {
+    owner.ProcessDied(WebViewProcess::kBrowser);
+  } else if (kind == COREWEBVIEW2_PROCESS_FAILED_KIND_RENDER_PROCESS_EXITED) {
+    owner.ProcessDied(WebViewProcess::kPage);
+  }
 }
 
 void WebView::Impl::PutBounds() {
@@ -161,6 +216,27 @@ void WebView::Start(NativeWindow& window, const WebViewContent& content) {
 
 void WebView::UpdateBounds() {
   if (impl_->controller) impl_->PutBounds();
+}
+
+void WebView::Recover(WebViewProcess died) {
+  if (died == WebViewProcess::kPage) {
+    if (impl_->view) impl_->LoadPage();
+    return;
+  }
+  // Nothing of it can be used any more.
+  impl_->view = {};
+  impl_->controller = {};
+  impl_->environment = {};
+  impl_->refused.clear();
+  impl_->CreateEnvironment();
+}
+
+void WebView::WindowMoved() {
+  if (impl_->controller) impl_->controller->NotifyParentWindowPositionChanged();
+}
+
+void WebView::TakeFocus() {
+  if (impl_->controller) impl_->FocusPage();
 }
 
 void WebView::Deliver(const std::u16string& text) {

@@ -47,6 +47,7 @@ struct ICoreWebView2NavigationStartingEventArgs : IUnknown {
   WEBVIEW2_UNUSED(6);
   WEBVIEW2_UNUSED(7);
   WEBVIEW2_METHOD put_Cancel(BOOL cancel) = 0;
+  WEBVIEW2_METHOD get_NavigationId(UINT64* id) = 0;
 };
 
 struct ICoreWebView2NewWindowRequestedEventArgs : IUnknown {
@@ -56,7 +57,24 @@ struct ICoreWebView2NewWindowRequestedEventArgs : IUnknown {
   WEBVIEW2_METHOD put_Handled(BOOL handled) = 0;
 };
 
-struct ICoreWebView2NavigationCompletedEventArgs : IUnknown {};
+struct ICoreWebView2NavigationCompletedEventArgs : IUnknown {
+  WEBVIEW2_UNUSED(3);
+  WEBVIEW2_UNUSED(4);
+  WEBVIEW2_METHOD get_NavigationId(UINT64* id) = 0;
+};
+
+/// The kinds of failure after which the page is gone.
+enum COREWEBVIEW2_PROCESS_FAILED_KIND : int {
+  COREWEBVIEW2_PROCESS_FAILED_KIND_BROWSER_PROCESS_EXITED = 0,
+  COREWEBVIEW2_PROCESS_FAILED_KIND_RENDER_PROCESS_EXITED = 1,
+};
+
+struct ICoreWebView2ProcessFailedEventArgs : IUnknown {
+  WEBVIEW2_METHOD get_ProcessFailedKind(COREWEBVIEW2_PROCESS_FAILED_KIND* kind) = 0;
+};
+
+/// By the program's own decision: COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC.
+enum COREWEBVIEW2_MOVE_FOCUS_REASON : int { COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC = 0 };
 
 /// A callback that the program implements: one method behind those of IUnknown.
 #define WEBVIEW2_HANDLER(name, first, second)              \
@@ -83,6 +101,8 @@ WEBVIEW2_HANDLER(ICoreWebView2NavigationCompletedEventHandler, ICoreWebView2*,
                  ICoreWebView2NavigationCompletedEventArgs*);
 WEBVIEW2_HANDLER(ICoreWebView2NewWindowRequestedEventHandler, ICoreWebView2*,
                  ICoreWebView2NewWindowRequestedEventArgs*);
+WEBVIEW2_HANDLER(ICoreWebView2ProcessFailedEventHandler, ICoreWebView2*,
+                 ICoreWebView2ProcessFailedEventArgs*);
 
 struct ICoreWebView2Environment : IUnknown {
   WEBVIEW2_METHOD CreateCoreWebView2Controller(
@@ -101,7 +121,7 @@ struct ICoreWebView2Controller : IUnknown {
   WEBVIEW2_UNUSED(9);
   WEBVIEW2_UNUSED(10);
   WEBVIEW2_UNUSED(11);
-  WEBVIEW2_UNUSED(12);
+  WEBVIEW2_METHOD MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON reason) = 0;
   WEBVIEW2_UNUSED(13);
   WEBVIEW2_UNUSED(14);
   WEBVIEW2_UNUSED(15);
@@ -112,7 +132,7 @@ struct ICoreWebView2Controller : IUnknown {
   WEBVIEW2_UNUSED(20);
   WEBVIEW2_UNUSED(21);
   WEBVIEW2_UNUSED(22);
-  WEBVIEW2_UNUSED(23);
+  WEBVIEW2_METHOD NotifyParentWindowPositionChanged() = 0;
   WEBVIEW2_UNUSED(24);
   WEBVIEW2_METHOD get_CoreWebView2(ICoreWebView2** view) = 0;
 };
@@ -142,7 +162,8 @@ struct ICoreWebView2 : IUnknown {
   WEBVIEW2_UNUSED(22);
   WEBVIEW2_UNUSED(23);
   WEBVIEW2_UNUSED(24);
-  WEBVIEW2_UNUSED(25);
+  WEBVIEW2_METHOD add_ProcessFailed(ICoreWebView2ProcessFailedEventHandler* handler,
+                                    EventRegistrationToken* token) = 0;
   WEBVIEW2_UNUSED(26);
   WEBVIEW2_UNUSED(27);
   WEBVIEW2_UNUSED(28);

@@ -2,7 +2,14 @@
 
 #include "platform/window.h"
 
+#include <climits>
+#include <memory>
+#include <type_traits>
+
+#include <dwmapi.h>
 #include <objbase.h>
+
+#include "platform/windows/taskbar_button.h"
 
 namespace platform {
 namespace {
@@ -10,6 +17,46 @@ namespace {
 constexpr wchar_t kWindowClass[] = L"TolmiraMMOPatcherWnd";
 constexpr DWORD kStyle =
     WS_POPUP | WS_CLIPCHILDREN | WS_SYSMENU | WS_THICKFRAME | WS_MINIMIZEBOX | WS_MAXIMIZEBOX;
+
+/// The program's icon among its resources.
+constexpr int kIcon = 1;
+constexpr UINT_PTR kPointerTimer = 1;
+/// Messages of the system that its headers do not have: they draw a themed frame over whatever is there.
+constexpr UINT kDrawThemedCaption = 0x00AE;
+constexpr UINT kDrawThemedFrame = 0x00AF;
+
+struct IconDeleter {
+  void operator()(HICON icon) const { DestroyIcon(icon); }
+};
+using OwnedIcon = std::unique_ptr<std::remove_pointer_t<HICON>, IconDeleter>;
+
+OwnedIcon LoadIconOfSize(int width, int height) {
+  return OwnedIcon(static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(kIcon),
+                                                 IMAGE_ICON, width, height, LR_DEFAULTCOLOR)));
+}
+
+/// For drawing in a window's frame, all of it that lies around the client area.
+class FrameDrawing {
+ public:
+  explicit FrameDrawing(HWND window) : window_(window) {
+    RECT client{};
+    GetClientRect(window, &client);
+    MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&client), 2);
+    const HRGN inside = CreateRectRgnIndirect(&client);
+    context_ = GetDCEx(window, inside, DCX_WINDOW | DCX_CACHE | DCX_EXCLUDERGN);
+    if (context_ == nullptr) DeleteObject(inside);  // else the system owns it now
+  }
+  ~FrameDrawing() {
+    if (context_ != nullptr) ReleaseDC(window_, context_);
+  }
+  FrameDrawing(const FrameDrawing&) = delete;
+  FrameDrawing& operator=(const FrameDrawing&) = delete;
+  HDC Context() const { return context_; }
+
+ private:
+  HWND window_;
+  HDC context_;
+};
 
 Rect Portable(const RECT& rect) { return {rect.left, rect.top, rect.right, rect.bottom}; }
 
@@ -43,14 +90,25 @@ struct NativeWindow::Impl {
 
   WindowOwner& owner;
   HWND window = nullptr;
+  OwnedIcon largeIcon;
+  OwnedIcon smallIcon;
+  TaskbarButton taskbarButton;
+  bool paintsFrame = false;
 
   /// The program's one window; its procedure finds it here.
   static inline Impl* main = nullptr;
 
   LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
+  LRESULT HandleFrame(UINT message, WPARAM wParam, LPARAM lParam) const;
+  LRESULT HandleOther(UINT message, WPARAM wParam, LPARAM lParam);
+  void OnSize(SizeKind kind);
+  void ShowIcons();
+  void PaintFrame() const;
   void FillMinMaxInfo(MINMAXINFO& info) const;
   void CalculateClientArea(NCCALCSIZE_PARAMS& parameters) const;
   WindowPart HitTest(LPARAM point) const;
+  void TakePlace(const RECT& place) const;
+  static PointerState PointerNow();
 };
 
 namespace {
@@ -73,30 +131,116 @@ LRESULT NativeWindow::Impl::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       PostQuitMessage(0);
       return 0;
     case WM_SIZE:
-      owner.WindowResized(KindOf(wParam));
+      OnSize(KindOf(wParam));
+      return 0;
+    case WM_MOVE:
+    case WM_MOVING:
+      owner.WindowMoved();
+      return DefWindowProcW(window, message, wParam, lParam);
+    case WM_SETFOCUS:
+      owner.WindowFocused();
+      return DefWindowProcW(window, message, wParam, lParam);
+    case WM_TIMER:
+      if (wParam == kPointerTimer) owner.PointerWatched(PointerNow());
+      return 0;
+    case WM_DPICHANGED:
+      TakePlace(*reinterpret_cast<const RECT*>(lParam));
       return 0;
     case WM_GETMINMAXINFO:
       FillMinMaxInfo(*reinterpret_cast<MINMAXINFO*>(lParam));
       return 0;
+    case WM_NCCALCSIZE:
+    case WM_NCHITTEST:
+    case WM_NCPAINT:
+    case WM_NCACTIVATE:
+    case kDrawThemedCaption:
+    case kDrawThemedFrame:
+      return HandleFrame(message, wParam, lParam);
+    default:
+      return HandleOther(message, wParam, lParam);
+  }
+}
+
+/// What lies around the client area, and where that is.
+LRESULT NativeWindow::Impl::HandleFrame(UINT message, WPARAM wParam, LPARAM lParam) const {
+  switch (message) {
     case WM_NCCALCSIZE:
       if (wParam != TRUE) return DefWindowProcW(window, message, wParam, lParam);
       CalculateClientArea(*reinterpret_cast<NCCALCSIZE_PARAMS*>(lParam));
       return 0;
     case WM_NCHITTEST:
       return static_cast<LRESULT>(HitTest(lParam));
+    case WM_NCPAINT:
+      PaintFrame();
+      return 0;
+    case WM_NCACTIVATE:
+      // -1: the system does not draw its frame, active or not.
+      return DefWindowProcW(window, message, wParam, -1);
     default:
-      if (message < WM_APP || message >= 0xC000) return DefWindowProcW(window, message, wParam, lParam);
-      owner.WindowMessage({message, wParam, lParam});
       return 0;
   }
 }
 
+LRESULT NativeWindow::Impl::HandleOther(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == TaskbarButton::CreatedMessage()) {
+    taskbarButton.OnCreated(window);
+    return 0;
+  }
+  if (message < WM_APP || message >= 0xC000) return DefWindowProcW(window, message, wParam, lParam);
+  owner.WindowMessage({message, wParam, lParam});
+  return 0;
+}
+
+void NativeWindow::Impl::OnSize(SizeKind kind) {
+  const bool frameShows = kind == SizeKind::kMaximized || (kind == SizeKind::kMinimized && paintsFrame);
+  if (std::exchange(paintsFrame, frameShows) != frameShows) {
+    // The system's compositor draws frames itself; that of a maximized window is left to PaintFrame.
+    const DWMNCRENDERINGPOLICY policy = frameShows ? DWMNCRP_DISABLED : DWMNCRP_USEWINDOWSTYLE;
+    DwmSetWindowAttribute(window, DWMWA_NCRENDERING_POLICY, &policy, sizeof policy);
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME);
+  }
+  owner.WindowResized(kind);
+}
+
+/// Task bars and task switchers ask the window itself.
+void NativeWindow::Impl::ShowIcons() {
+  largeIcon = LoadIconOfSize(GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON));
+  smallIcon = LoadIconOfSize(GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON));
+  SendMessageW(window, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(largeIcon.get()));
+  SendMessageW(window, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(smallIcon.get()));
+}
+
+/// In the colour of the inside. Only a maximized window has a frame.
+void NativeWindow::Impl::PaintFrame() const {
+  const FrameDrawing drawing(window);
+  // The system fills whatever the drawing reaches with the colour of the window's class.
+  DefWindowProcW(window, WM_ERASEBKGND, reinterpret_cast<WPARAM>(drawing.Context()), 0);
+}
+
+void NativeWindow::Impl::TakePlace(const RECT& place) const {
+  SetWindowPos(window, nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
+               SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+PointerState NativeWindow::Impl::PointerNow() {
+  POINT position{};
+  GetCursorPos(&position);
+  // The sign says that the button is down.
+  return {.position = {position.x, position.y},
+          .leftDown = GetAsyncKeyState(VK_LBUTTON) < 0,
+          .rightDown = GetAsyncKeyState(VK_RBUTTON) < 0,
+          .swapped = GetSystemMetrics(SM_SWAPBUTTON) != 0,
+          .dragDistance = {GetSystemMetrics(SM_CXDRAG), GetSystemMetrics(SM_CYDRAG)}};
+}
+
 void NativeWindow::Impl::FillMinMaxInfo(MINMAXINFO& info) const {
-  const Size minimum = owner.MinimumWindowSize();
-  info.ptMinTrackSize = {minimum.width, minimum.height};
   MONITORINFO monitor{};
   monitor.cbSize = sizeof monitor;
-  if (!GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor)) return;
+  const bool known = GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor) != 0;
+  const Rect anySize{0, 0, INT_MAX, INT_MAX};
+  const Size minimum = owner.MinimumWindowSize(known ? Portable(monitor.rcWork) : anySize);
+  info.ptMinTrackSize = {minimum.width, minimum.height};
+  if (!known) return;
   const MaximizedPlacement placement =
       owner.PlaceMaximized(Portable(monitor.rcMonitor), Portable(monitor.rcWork));
   info.ptMaxPosition = {placement.position.x, placement.position.y};
@@ -118,8 +262,23 @@ WindowPart NativeWindow::Impl::HitTest(LPARAM point) const {
   return owner.HitTest(Portable(rect), place, IsZoomed(window) != 0);
 }
 
+namespace {
+
+/// Windows 10 before 1703 has no such function, and takes the manifest's word instead.
+void UsePhysicalPixels() {
+  const auto address = reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleW(L"user32.dll"), "SetProcessDpiAwarenessContext"));
+  if (address == nullptr) return;
+  reinterpret_cast<decltype(&SetProcessDpiAwarenessContext)>(address)(
+      DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
+}
+
+}  // namespace
+
 bool PrepareWindowSystem(int, char**) {
-  SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
+  // A library that is asked for by name comes from the system, never from the game's directory.
+  SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+  UsePhysicalPixels();
   // Without COM the web view fails later, silently; the window works all the same.
   [[maybe_unused]] const HRESULT unread = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   return true;
@@ -147,7 +306,8 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
   windowClass.lpfnWndProc = &HostWindowProc;
   windowClass.hInstance = GetModuleHandleW(nullptr);
   windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-  windowClass.hbrBackground = CreateSolidBrush(RGB(look.red, look.green, look.blue));
+  windowClass.hbrBackground =
+      CreateSolidBrush(RGB(look.background.red, look.background.green, look.background.blue));
   windowClass.lpszClassName = kWindowClass;
   RegisterClassW(&windowClass);
   const std::wstring title(look.title.begin(), look.title.end());
@@ -155,6 +315,8 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
                                        placement.top, placement.Width(), placement.Height(), nullptr, nullptr,
                                        windowClass.hInstance, nullptr);
   if (created == nullptr) return false;
+  impl_->ShowIcons();
+  TaskbarButton::AllowMessage(created);
   // The system lays a new window out with a frame and asks for the client area only when something changes.
   SetWindowPos(created, nullptr, 0, 0, 0, 0,
                SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
@@ -190,9 +352,37 @@ Rect NativeWindow::ClientRect() const {
   return Portable(rect);
 }
 
-void NativeWindow::StartDragging() {
+Rect NativeWindow::Place() const {
+  RECT rect{};
+  GetWindowRect(impl_->window, &rect);
+  return Portable(rect);
+}
+
+Size NativeWindow::RestoredSize() const {
+  WINDOWPLACEMENT placement{};
+  placement.length = sizeof placement;
+  GetWindowPlacement(impl_->window, &placement);
+  const Rect normal = Portable(placement.rcNormalPosition);
+  return {normal.Width(), normal.Height()};
+}
+
+PointerState NativeWindow::Pointer() const { return Impl::PointerNow(); }
+
+void NativeWindow::WatchPointer(bool watch) {
+  // The web view has the mouse, so that the window hears nothing of it.
+  if (watch) {
+    SetTimer(impl_->window, kPointerTimer, USER_TIMER_MINIMUM, nullptr);
+  } else {
+    KillTimer(impl_->window, kPointerTimer);
+  }
+}
+
+void NativeWindow::StartMoving() {
+  POINT pointer{};
+  GetCursorPos(&pointer);
+  // The web view holds the mouse since the button went down.
   ReleaseCapture();
-  SendMessageW(impl_->window, WM_NCLBUTTONDOWN, HTCAPTION, 0);
+  SendMessageW(impl_->window, WM_NCLBUTTONDOWN, HTCAPTION, MAKELPARAM(pointer.x, pointer.y));
 }
 
 void NativeWindow::Minimize() { ShowWindow(impl_->window, SW_MINIMIZE); }
@@ -200,6 +390,21 @@ void NativeWindow::Minimize() { ShowWindow(impl_->window, SW_MINIMIZE); }
 void NativeWindow::Maximize() { ShowWindow(impl_->window, SW_MAXIMIZE); }
 
 void NativeWindow::Restore() { ShowWindow(impl_->window, SW_RESTORE); }
+
+void NativeWindow::RestoreTo(const Rect& place) {
+  WINDOWPLACEMENT placement{};
+  placement.length = sizeof placement;
+  GetWindowPlacement(impl_->window, &placement);
+  placement.showCmd = SW_SHOWNORMAL;
+  placement.rcNormalPosition = Native(place);
+  SetWindowPlacement(impl_->window, &placement);
+  // A placement's coordinates leave out a task bar at the left or at the top.
+  impl_->TakePlace(Native(place));
+}
+
+void NativeWindow::ShowProgress(const TaskProgress& progress) {
+  impl_->taskbarButton.Show(impl_->window, progress);
+}
 
 void NativeWindow::AskToClose() { PostMessageW(impl_->window, WM_CLOSE, 0, 0); }
 

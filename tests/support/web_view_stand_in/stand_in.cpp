@@ -4,37 +4,20 @@
 // parameter there is noticed: a slot that the product has no business in ends the process.
 #include <windows.h>
 
-#include <array>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
-#include <map>
 #include <sstream>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include <fcntl.h>
 #include <io.h>
 #include <objbase.h>
 
-#include "platform/text.h"
+#include "objects.h"
 
+namespace stand_in {
 namespace {
-
-/// What passes between the stand-in and its driver over standard input and output: a list of fields in UTF-8,
-/// with the control character 1F between them and 1E at its end, which stand in no field.
-using Line = std::vector<std::string>;
-constexpr char kFieldEnd = '\x1f';
-constexpr char kLineEnd = '\x1e';
-
-/// Main thread only.
-void TellDriver(const Line& line) {
-  std::string text = line.front();
-  for (std::size_t i = 1; i < line.size(); ++i) text += kFieldEnd + line[i];
-  std::cout << text << kLineEnd << std::flush;
-}
 
 /// Hands on what comes, and ends the process with its driver: a test that is over leaves no window behind.
 void ReadLines(void (*post)(Line* line)) {
@@ -47,80 +30,21 @@ void ReadLines(void (*post)(Line* line)) {
   TerminateProcess(GetCurrentProcess(), 98);
 }
 
-std::string Narrow(const wchar_t* text) {
-  return text != nullptr ? platform::WideToUtf8(reinterpret_cast<const char16_t*>(text)) : "(null)";
-}
-
-std::wstring Wide(const std::string& text) {
-  const std::u16string wide = platform::Utf8ToWide(text);
-  return {wide.begin(), wide.end()};
-}
-
-using Slots = std::array<void*, 61>;  // as many as the longest interface has
-
-std::map<std::string, int> live;  // objects of a kind that the program or the stand-in still holds
-
-struct Object {
-  void* const* table;
-  const char* kind;
-  ULONG references = 1;
-  std::wstring text;           // address or message, by kind
-  HRESULT textResult = S_OK;   // what the getter of `text` answers
-  Object* request = nullptr;   // owned: of the arguments of a request
-  Object* response = nullptr;  // owned: as put by the program
-  IStream* content = nullptr;  // owned: of a response
-  Line head;                   // status, reason and headers of a response
-  BOOL refused = FALSE;        // a navigation cancelled, a new window taken over
-
-  Object(const Slots& functions, const char* name) : table(functions.data()), kind(name) { ++live[kind]; }
-  Object(const Object&) = delete;
-};
-
-HRESULT __stdcall QueryInterface(Object*, REFIID, void** object) {
-  *object = nullptr;
-  return E_NOINTERFACE;
-}
-
-ULONG __stdcall AddRef(Object* self) { return ++self->references; }
-
-ULONG __stdcall Release(Object* self) {
-  if (--self->references > 0) return self->references;
-  if (self->request != nullptr) Release(self->request);
-  if (self->response != nullptr) Release(self->response);
-  if (self->content != nullptr) self->content->Release();
-  --live[self->kind];
-  delete self;
-  return 0;
-}
-
-template <std::size_t Slot>
-void __stdcall Trap() {
-  TellDriver({"trap", std::to_string(Slot)});
-  TerminateProcess(GetCurrentProcess(), 99);
-}
-
-template <std::size_t... Slot>
-Slots Traps(std::index_sequence<Slot...>) {
-  return {reinterpret_cast<void*>(&QueryInterface), reinterpret_cast<void*>(&AddRef),
-          reinterpret_cast<void*>(&Release), reinterpret_cast<void*>(&Trap<Slot + 3>)...};
-}
-
-template <typename Function>
-std::pair<std::size_t, void*> At(std::size_t slot, Function function) {
-  return {slot, reinterpret_cast<void*>(function)};
-}
-
-Slots Table(std::initializer_list<std::pair<std::size_t, void*>> functions) {
-  Slots slots = Traps(std::make_index_sequence<58>());
-  for (const auto& [slot, function] : functions) slots[slot] = function;
-  return slots;
-}
-
 HRESULT __stdcall GetText(Object* self, wchar_t** text) {
   *text = nullptr;
   if (self->textResult != S_OK) return FAILED(self->textResult) ? self->textResult : S_OK;
   const std::size_t bytes = (self->text.size() + 1) * sizeof(wchar_t);
   *text = static_cast<wchar_t*>(memcpy(CoTaskMemAlloc(bytes), self->text.c_str(), bytes));
+  return S_OK;
+}
+
+HRESULT __stdcall GetNumber(Object* self, UINT64* number) {
+  *number = self->number;
+  return S_OK;
+}
+
+HRESULT __stdcall GetKind(Object* self, int* kind) {
+  *kind = static_cast<int>(self->number);
   return S_OK;
 }
 
@@ -145,9 +69,10 @@ const Slots kRequest = Table({At(3, &GetText)});
 const Slots kRequestArgs = Table({At(3, &GetRequest), At(5, &PutResponse)});
 const Slots kResponse = Table({});
 const Slots kMessageArgs = Table({At(5, &GetText)});
-const Slots kNavigationArgs = Table({At(3, &GetText), At(8, &Refuse)});
+const Slots kNavigationArgs = Table({At(3, &GetText), At(8, &Refuse), At(9, &GetNumber)});
 const Slots kNewWindowArgs = Table({At(6, &Refuse)});
-const Slots kCompletedArgs = Table({});
+const Slots kCompletedArgs = Table({At(5, &GetNumber)});
+const Slots kFailedArgs = Table({At(3, &GetKind)});
 
 /// An object of the program's, called through its table.
 struct Handler {
@@ -190,6 +115,8 @@ constexpr Event kWebMessageReceived{
     "WebMessageReceived", {0x57213f19, 0x00e6, 0x49fa, {0x8e, 0x07, 0x89, 0x8e, 0xa0, 0x1e, 0xcb, 0xd2}}};
 constexpr Event kNewWindowRequested{
     "NewWindowRequested", {0xd4c185fe, 0xc81c, 0x4989, {0x97, 0xaf, 0x2d, 0x3f, 0xa7, 0xab, 0x56, 0x51}}};
+constexpr Event kProcessFailed{
+    "ProcessFailed", {0x79e0aea4, 0x990b, 0x42d9, {0xaa, 0x1d, 0x0f, 0xcc, 0x2e, 0x5b, 0xc7, 0xf1}}};
 constexpr Event kWebResourceRequested{
     "WebResourceRequested", {0xab00b74c, 0x15f1, 0x4646, {0x80, 0xe8, 0xe7, 0x63, 0x41, 0xd2, 0x5d, 0x71}}};
 
@@ -210,11 +137,16 @@ HRESULT __stdcall AddHandler(Object*, Handler* handler, INT64*) {
 HWND messageWindow = nullptr;
 HWND child = nullptr;
 Object* view = nullptr;
-std::string mode;  // which step fails
+UINT64 navigation = 0;  // number of the latest one
+std::string mode;       // which step fails
 
+constexpr wchar_t kBackgroundVariable[] = L"WEBVIEW2_DEFAULT_BACKGROUND_COLOR";
+constexpr wchar_t kClass[] = L"WebViewStandIn";
+constexpr wchar_t kChildClass[] = L"WebViewStandInChild";
 enum : UINT { kEnvironmentReady = WM_APP, kControllerReady, kLine };
 
 HRESULT __stdcall NavigateToString(Object*, const wchar_t* page) {
+  ++navigation;
   TellDriver({"navigate", Narrow(page)});
   return S_OK;
 }
@@ -230,14 +162,26 @@ HRESULT __stdcall AddFilter(Object*, const wchar_t* pattern, int context) {
 }
 
 const Slots kView = Table({At(6, &NavigateToString), At(7, &AddHandler<kNavigationStarting>),
-                           At(15, &AddHandler<kNavigationCompleted>), At(33, &PostWebMessageAsString),
-                           At(34, &AddHandler<kWebMessageReceived>), At(44, &AddHandler<kNewWindowRequested>),
+                           At(15, &AddHandler<kNavigationCompleted>), At(25, &AddHandler<kProcessFailed>),
+                           At(33, &PostWebMessageAsString), At(34, &AddHandler<kWebMessageReceived>),
+                           At(44, &AddHandler<kNewWindowRequested>),
                            At(55, &AddHandler<kWebResourceRequested>), At(57, &AddFilter)});
 
 HRESULT __stdcall PutBounds(Object*, RECT bounds) {
   const auto text = [](LONG value) { return std::to_string(value); };
   MoveWindow(child, bounds.left, bounds.top, bounds.right - bounds.left, bounds.bottom - bounds.top, TRUE);
   TellDriver({"bounds", text(bounds.left), text(bounds.top), text(bounds.right), text(bounds.bottom)});
+  return S_OK;
+}
+
+HRESULT __stdcall MoveFocus(Object*, int reason) {
+  SetFocus(child);
+  TellDriver({"focus", std::to_string(reason)});
+  return S_OK;
+}
+
+HRESULT __stdcall NotifyParentWindowPositionChanged(Object*) {
+  TellDriver({"moved"});
   return S_OK;
 }
 
@@ -249,14 +193,42 @@ HRESULT __stdcall GetCoreWebView2(Object*, Object** out) {
   return S_OK;
 }
 
-const Slots kController = Table({At(6, &PutBounds), At(25, &GetCoreWebView2)});
+const Slots kController = Table({At(6, &PutBounds), At(12, &MoveFocus),
+                                 At(23, &NotifyParentWindowPositionChanged), At(25, &GetCoreWebView2)});
+
+/// The web view's window: it takes the mouse where it stands, and keeps it while a button is down.
+LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_LBUTTONDOWN:
+      SetCapture(window);
+      TellDriver({"press", std::to_string(LOWORD(lParam)), std::to_string(HIWORD(lParam))});
+      return 0;
+    case WM_LBUTTONUP:
+      ReleaseCapture();
+      TellDriver({"release"});
+      return 0;
+    case WM_KEYDOWN:
+      TellDriver({"key", std::to_string(wParam)});
+      return 0;
+    default:
+      return DefWindowProcW(window, message, wParam, lParam);
+  }
+}
+
+/// Tells when the system begins and ends to move or size the program's window, and that it has got an icon.
+LRESULT CALLBACK WatchWindow(int code, WPARAM wParam, LPARAM lParam) {
+  const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+  if (sent.message == WM_ENTERSIZEMOVE) TellDriver({"loop", "begins"});
+  if (sent.message == WM_EXITSIZEMOVE) TellDriver({"loop", "ends"});
+  if (sent.message == WM_SETICON) TellDriver({"icon", std::to_string(sent.wParam)});
+  return CallNextHookEx(nullptr, code, wParam, lParam);
+}
 
 HRESULT __stdcall CreateCoreWebView2Controller(Object*, HWND parent, Handler* handler) {
   if (mode == "no-controller") return E_FAIL;
   Keep(kControllerMade, handler);
-  // As the web view's window does, it takes the mouse where it stands.
-  child = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE | SS_NOTIFY, 0, 0, 0, 0, parent, nullptr,
-                          nullptr, nullptr);
+  child = CreateWindowExW(0, kChildClass, L"", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, parent, nullptr, nullptr,
+                          nullptr);
   PostMessageW(messageWindow, kControllerReady, 0, 0);
   return S_OK;
 }
@@ -310,7 +282,24 @@ const std::map<std::string, Happening> kHappenings = {
     {"go", {kNavigationStarting, kNavigationArgs}},
     {"open", {kNewWindowRequested, kNewWindowArgs}},
     {"complete", {kNavigationCompleted, kCompletedArgs}},
+    {"fail", {kProcessFailed, kFailedArgs}},
 };
+
+/// A navigation that was refused completes, too.
+void CompleteRefused() {
+  auto* arguments = new Object(kCompletedArgs, "arguments");
+  arguments->number = navigation;
+  Call(handlers["NavigationCompleted"], 3, view, arguments);
+  Release(arguments);
+}
+
+/// What goes with the browser's process: its window, and whatever it called.
+void CloseView() {
+  DestroyWindow(child);
+  Release(view);
+  for (const auto& [name, handler] : handlers) Call(handler, 2);
+  handlers.clear();
+}
 
 /// VERB [TEXT]: answers with the verb, "done", "refused" or "failed", and the response that came, if any.
 void LetHappen(const Line& line) {
@@ -319,7 +308,11 @@ void LetHappen(const Line& line) {
   arguments->request = new Object(kRequest, "request");
   arguments->text = arguments->request->text = line.size() > 1 ? Wide(line[1]) : L"";
   arguments->textResult = happening.textResult;
+  if (line[0] == "go") ++navigation;
+  arguments->number = line[0] == "fail" ? std::stoul(line[1]) : navigation;
   const HRESULT result = Call(handlers[happening.event.name], 3, view, arguments);
+  if (line[0] == "go" && arguments->refused) CompleteRefused();
+  if (line[0] == "fail" && arguments->number == 0) CloseView();
   Line answer{line[0], result != S_OK ? "failed" : arguments->refused ? "refused" : "done"};
   if (const Object* response = arguments->response) {
     answer.insert(answer.end(), response->head.begin(), response->head.end());
@@ -329,7 +322,7 @@ void LetHappen(const Line& line) {
   TellDriver(answer);
 }
 
-/// What is alive, and how many references each handler has.
+/// What is alive, how many references each handler has, and whether a started program would inherit a colour.
 void Report() {
   Line report{"report"};
   for (const auto& [kind, count] : live) report.push_back(kind + "=" + std::to_string(count));
@@ -337,7 +330,24 @@ void Report() {
     Call(handler, 1);
     report.push_back(name + "=" + std::to_string(Call(handler, 2)));
   }
+  wchar_t colour[2];
+  const DWORD length = GetEnvironmentVariableW(kBackgroundVariable, colour, 2);
+  report.push_back("colour=" + std::to_string(length));
   TellDriver(report);
+}
+
+/// MESSAGE WPARAM [NUMBER...]: sends the program's window a message whose lParam points to ten numbers, and
+/// answers with its result and the ten. MESSAGE is a number, or the name that it is registered under.
+void SendToWindow(const Line& line) {
+  LONG numbers[10] = {};
+  for (std::size_t i = 3; i < line.size(); ++i) numbers[i - 3] = std::stol(line[i]);
+  const UINT named = RegisterWindowMessageW(Wide(line[1]).c_str());
+  const UINT message = std::isdigit(line[1][0]) != 0 ? std::stoul(line[1]) : named;
+  const LRESULT result =
+      SendMessageW(GetParent(child), message, std::stoul(line[2]), reinterpret_cast<LPARAM>(numbers));
+  Line answer{line[0], std::to_string(result)};
+  for (const LONG number : numbers) answer.push_back(std::to_string(number));
+  TellDriver(answer);
 }
 
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -350,7 +360,13 @@ LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lPar
       return 0;
     case kLine: {
       const Line* line = reinterpret_cast<Line*>(lParam);
-      line->front() == "report" ? Report() : LetHappen(*line);
+      if (line->front() == "report") {
+        Report();
+      } else if (line->front() == "window") {
+        SendToWindow(*line);
+      } else {
+        LetHappen(*line);
+      }
       delete line;
       return 0;
     }
@@ -364,22 +380,36 @@ void PostLine(Line* line) {
   while (!PostMessageW(messageWindow, kLine, 0, reinterpret_cast<LPARAM>(line))) Sleep(1);
 }
 
-}  // namespace
-
-extern "C" HRESULT __stdcall CreateCoreWebView2EnvironmentWithOptions(const wchar_t* browser,
-                                                                      const wchar_t* data, IUnknown* options,
-                                                                      Handler* handler) {
+/// Once, before the first environment.
+void Begin() {
   const char* wanted = std::getenv("WEB_VIEW_STAND_IN_MODE");
   mode = wanted != nullptr ? wanted : "";
   for (FILE* stream : {stdin, stdout}) _setmode(_fileno(stream), _O_BINARY);
   WNDCLASSW windowClass{};
   windowClass.lpfnWndProc = &Procedure;
-  windowClass.lpszClassName = L"WebViewStandIn";
+  windowClass.lpszClassName = kClass;
   RegisterClassW(&windowClass);
-  messageWindow = CreateWindowExW(0, windowClass.lpszClassName, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
-                                  nullptr, nullptr);
+  windowClass.lpfnWndProc = &ChildProcedure;
+  windowClass.lpszClassName = kChildClass;
+  RegisterClassW(&windowClass);
+  messageWindow = CreateWindowExW(0, kClass, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+  SetWindowsHookExW(WH_CALLWNDPROC, &WatchWindow, nullptr, GetCurrentThreadId());
   std::thread(ReadLines, &PostLine).detach();
-  TellDriver({"environment", Narrow(browser), Narrow(data), options == nullptr ? "no options" : "options"});
+  ReplaceTaskbar();
+}
+
+}  // namespace
+}  // namespace stand_in
+
+extern "C" HRESULT __stdcall CreateCoreWebView2EnvironmentWithOptions(const wchar_t* browser,
+                                                                      const wchar_t* data, IUnknown* options,
+                                                                      stand_in::Handler* handler) {
+  using namespace stand_in;
+  if (messageWindow == nullptr) Begin();
+  wchar_t colour[16] = L"";
+  GetEnvironmentVariableW(kBackgroundVariable, colour, 16);
+  TellDriver({"environment", Narrow(browser), Narrow(data), options == nullptr ? "no options" : "options",
+              Narrow(colour)});
   if (mode == "no-runtime") return static_cast<HRESULT>(0x80070002);
   Keep(kEnvironmentMade, handler);
   if (mode == "at-once") {

@@ -8,6 +8,7 @@ namespace {
 using platform::MaximizedPlacement;
 using platform::Point;
 using platform::Rect;
+using platform::Size;
 using platform::WindowPart;
 
 TEST(WindowGeometry, ANewWindowIsCentredInTheWorkArea) {
@@ -46,6 +47,19 @@ TEST(WindowGeometry, TheEdgesOfAWindowSizeIt) {
 TEST(WindowGeometry, ThePageLeavesARingThatAMaximizedWindowDoesNotNeed) {
   EXPECT_EQ(WebViewBounds({0, 0, 1280, 800}, false), (Rect{6, 6, 1274, 794}));
   EXPECT_EQ(WebViewBounds({0, 0, 1920, 1040}, true), (Rect{0, 0, 1920, 1040}));
+}
+
+TEST(WindowGeometry, TheSmallestWindowFitsOnTheScreen) {
+  EXPECT_EQ(MinimumWindow({0, 0, 1920, 1040}), (Size{1000, 640}));
+  EXPECT_EQ(MinimumWindow({-1024, 40, 0, 600}), (Size{1000, 560}));
+  EXPECT_EQ(MinimumWindow({0, 0, 800, 600}), (Size{800, 600}));
+}
+
+TEST(WindowGeometry, AMaximizedWindowIsRestoredUnderThePointer) {
+  EXPECT_EQ(RestoreUnderPointer({0, 0, 1920, 1040}, {1280, 800}, {960, 20}), (Rect{320, 0, 1600, 800}));
+  EXPECT_EQ(RestoreUnderPointer({-1920, 40, 0, 1080}, {1000, 640}, {-1919, 50}),
+            (Rect{-1919, 40, -919, 680}));
+  EXPECT_EQ(RestoreUnderPointer({-1920, 40, 0, 1080}, {1000, 640}, {-1, 50}), (Rect{-1000, 40, 0, 680}));
 }
 
 TEST(WindowGeometry, AMaximizedWindowLeavesTheTaskBarFree) {

@@ -1,0 +1,22 @@
+#include "control/task_progress.h"
+
+#include "control/ui_event.h"
+
+namespace patcher {
+
+using platform::TaskProgress;
+
+std::optional<TaskProgress> TaskProgressAfter(const UiEvent& event) {
+  switch (static_cast<UiEventKind>(event.number)) {
+    case UiEventKind::UiProgress:
+      return TaskProgress{TaskProgress::State::kNormal,
+                          reinterpret_cast<const ProgressReport*>(event.lParam)->percent};
+    case UiEventKind::UiReady:
+      // A full bar: a run that failed before its first percent would show none.
+      return event.wParam == 1 ? TaskProgress{} : TaskProgress{TaskProgress::State::kError, 100};
+    default:
+      return std::nullopt;
+  }
+}
+
+}  // namespace patcher
