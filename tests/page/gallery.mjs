@@ -45,7 +45,7 @@ const states = {
 
 const size = (width, height, scale, more) => ({ width, height, scale, ...more });
 const contrast = (colorScheme) => size(988, 628, 1, { forcedColors: "active", colorScheme });
-const sizes = { small: size(988, 628, 1), usual: size(1268, 788, 1), wide: size(1920, 1080, 1), large: size(2560, 1440, 1),
+const looks = { small: size(988, 628, 1), usual: size(1268, 788, 1), wide: size(1920, 1080, 1), large: size(2560, 1440, 1),
   "scaled-125": size(1536, 864, 1.25), "scaled-150": size(1280, 720, 1.5), "scaled-175": size(1097, 617, 1.75),
   "scaled-200": size(634, 394, 2), "contrast-dark": contrast("dark"), "contrast-light": contrast("light") };
 
@@ -65,7 +65,7 @@ async function show(launcher, { tab, click, messages = [], then, after = [], scr
 }
 
 await startBrowser();
-for (const [look, options] of Object.entries(sizes)) {
+for (const [look, options] of Object.entries(looks)) {
   for (const [name, state] of Object.entries(states)) {
     if (only.length > 0 && !only.some((wanted) => [name, look, look + "-" + name].includes(wanted))) continue;
     const launcher = await LauncherPage.open(options);

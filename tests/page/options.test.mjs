@@ -23,7 +23,7 @@ journey("what the player wrote by hand survives a round trip, and defaults reset
     assert.equal(await shown("Decalage des ombres"), "0.0032");
     await row("Anticrenelage").getByRole("switch").press("Space");
     await row("Ombres").getByRole("radio", { name: "Elevees" }).click();
-    await page.keyboard.press("ArrowRight");
+    for (const key of ["ArrowRight", "ArrowDown", "ArrowLeft"]) await page.keyboard.press(key);
     await row("Images par seconde").getByRole("combobox").selectOption("144");
     assert.equal(await launcher.text("opt-state"), "Modifications non enregistrees.");
     await writes("fpslimit 144", "shadowbias 0.0032", "fxaa 1", "macmd 7 x", "resolution 1000 700", "WindowAlpha 200");

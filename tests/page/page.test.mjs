@@ -200,6 +200,7 @@ journey("a refused request leaves the page as it was, a failed one its verdict a
   await refuse("check-run");
   await primary("VERIFIER LES FICHIERS");
   await page.click("#check-run");
+  await launcher.send({ type: "ready", canPlay: true });
   await shows("Lecture des fichiers...", "Operation en cours...");
   await launcher.send({ ...verdict, bytes: 0 });
   assert.equal(await page.locator("#check-samples .more").textContent(), "... et 2 autre(s).");
@@ -219,6 +220,7 @@ journey("a refused request leaves the page as it was, a failed one its verdict a
   assert.deepEqual(await launcher.texts("check-percent", "check-file"), ["20%", "data/a.bin"]);
   await launcher.send({ type: "ready", canPlay: false });
   assert.equal(await launcher.text("check-phase"), "Reparation terminee.");
+  await primary("VERIFIER LES FICHIERS");
   assert.deepEqual(launcher.actions(), ["verify", "verify", "repair", "verify", "repair", "repair"]);
 });
 

@@ -16,6 +16,7 @@ from launcher import wait_until  # noqa: E402
 TABS = {"accueil": (90, 228), "nouveautes": (195, 228), "parametres": (325, 228), "reparation": (450, 228)}
 FULL_SCREEN_SWITCH = (-105, 427)
 RIGHT_BUTTON = (-110, -55)  # ENREGISTRER, VERIFIER, REPARER, JOUER: each page's main one
+NOTHING = (640, 120)  # the picture at the top
 
 
 class Tour:
@@ -32,16 +33,20 @@ class Tour:
         self.process.wait()
         self.display.close()
 
-    def click(self, place):
+    def point(self, place, *then):
         left, top, width, height = self.window.place()
         x, y = place
-        self.display.mouse("mousemove", left + x % width, top + y % height, "click", 1)
+        self.display.mouse("mousemove", left + x % width, top + y % height, *then)
+
+    def click(self, place):
+        self.point(place, "click", 1)
 
     def capture(self, path):
         self.display.run("import", "-silent", "-window", self.window.number, str(path))
 
     def settled(self, name):
         """A picture of the page once it no longer changes."""
+        self.point(NOTHING)
         path = self.pictures / f"{name}.png"
         before = None
         while True:
