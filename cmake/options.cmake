@@ -18,5 +18,20 @@ if(WIN32)
   # Windows 10 is the oldest system with the web view; the whole program speaks UTF-16 to it.
   target_compile_definitions(project_options INTERFACE
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN WINVER=0x0A00 _WIN32_WINNT=0x0A00 __USE_MINGW_ANSI_STDIO=1)
-  target_link_options(project_options INTERFACE -static)
+  # Addresses above 2 GiB, a place that differs from start to start, no code in data; Windows Vista and later. A
+  # published program is the built one: it carries no symbols.
+  target_link_options(project_options INTERFACE -static
+    LINKER:--large-address-aware,--dynamicbase,--nxcompat
+    LINKER:--major-os-version=6,--minor-os-version=0,--major-subsystem-version=6,--minor-subsystem-version=0
+    $<$<CONFIG:Release>:-s>)
+else()
+  # Programs whose place differs from start to start, with tables that are read-only once they run.
+  add_compile_options(-fstack-protector-strong $<$<NOT:$<STREQUAL:$<TARGET_PROPERTY:TYPE>,MODULE_LIBRARY>>:-fPIE>)
+  add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie> LINKER:-z,relro,-z,now)
+  if(PATCHER_SANITIZE)
+    add_compile_definitions(_GLIBCXX_ASSERTIONS)
+  else()
+    # The library checks buffers only in optimized code.
+    add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+  endif()
 endif()
