@@ -44,9 +44,7 @@ void MainWindow::SendToPage(const std::u16string& text) { webViewHost_.SendToPag
 
 void MainWindow::EndMessageLoop() { window_.Quit(0); }
 
-void MainWindow::StartDragging() {
-  if (drag_.Begin(window_.Pointer())) window_.WatchPointer(true);
-}
+void MainWindow::StartDragging() { window_.WatchPointer(drag_.Begin(window_.Pointer())); }
 
 void MainWindow::Minimize() { window_.Minimize(); }
 

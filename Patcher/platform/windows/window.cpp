@@ -223,14 +223,16 @@ void NativeWindow::Impl::TakePlace(const RECT& place) const {
 }
 
 PointerState NativeWindow::Impl::PointerNow() {
+  PointerState pointer;
+  // The buttons first: the place is never older than what they say. The sign says that one is down.
+  pointer.leftDown = GetAsyncKeyState(VK_LBUTTON) < 0;
+  pointer.rightDown = GetAsyncKeyState(VK_RBUTTON) < 0;
+  pointer.swapped = GetSystemMetrics(SM_SWAPBUTTON) != 0;
+  pointer.dragDistance = {GetSystemMetrics(SM_CXDRAG), GetSystemMetrics(SM_CYDRAG)};
   POINT position{};
   GetCursorPos(&position);
-  // The sign says that the button is down.
-  return {.position = {position.x, position.y},
-          .leftDown = GetAsyncKeyState(VK_LBUTTON) < 0,
-          .rightDown = GetAsyncKeyState(VK_RBUTTON) < 0,
-          .swapped = GetSystemMetrics(SM_SWAPBUTTON) != 0,
-          .dragDistance = {GetSystemMetrics(SM_CXDRAG), GetSystemMetrics(SM_CYDRAG)}};
+  pointer.position = {position.x, position.y};
+  return pointer;
 }
 
 void NativeWindow::Impl::FillMinMaxInfo(MINMAXINFO& info) const {
