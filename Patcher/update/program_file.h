@@ -10,10 +10,9 @@ enum class ProgramFile {
   kCut,    ///< bytes are missing, or the headers make no sense
 };
 
-/// Examines a program by its own headers. Windows (PE, "Microsoft Portable Executable and Common Object File
-/// Format Specification"): headers, sections, certificates, symbols with their names. Linux (ELF,
-/// little-endian, 32 or 64 bits, "Tool Interface Standard Executable and Linking Format"): both tables,
-/// segments, sections. Bytes after all of these cannot be missed.
+/// Examines a program by its own headers. Windows (PE/COFF): headers, sections, certificates, symbols with
+/// their names. Linux (ELF, little-endian, 32 or 64 bits, "Tool Interface Standard Executable and Linking
+/// Format"): both tables, segments, sections. Bytes after all of these cannot be missed.
 ProgramFile ExamineProgram(const std::filesystem::path& file);
 
 }  // namespace patcher

@@ -141,7 +141,7 @@ class ProgramFileTest(WindowsTest):
     def test_what_the_program_needs_and_what_it_carries(self):
         listing = self.output("objdump", "-p", self.place.program)
         libraries = {name.lower() for name in re.findall(r"DLL Name: (\S+)", listing)}
-        system = {"bcrypt.dll", "dwmapi.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "shell32.dll", "shlwapi.dll",
+        system = {"advapi32.dll", "bcrypt.dll", "dwmapi.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "shell32.dll", "shlwapi.dll",
                   "user32.dll", "winhttp.dll"}
         self.assertEqual(libraries - system, {"webview2loader.dll"})
         for line in ("CreateCoreWebView2EnvironmentWithOptions\n", "SetDefaultDllDirectories\n", "(Windows GUI)"):
