@@ -6,7 +6,7 @@
 namespace patcher {
 
 /// How often the page is loaded again after one of the web view's processes has died: three times in ten
-/// minutes, so that a page that dies each time at once does not keep the machine busy for ever.
+/// minutes, so that a page that dies each time at once does not keep the machine busy without end.
 class RecoveryLimit {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;

@@ -9,7 +9,8 @@
 
 namespace patcher {
 
-/// A message of the web view host to itself, behind those of the workers. wParam: platform::WebViewProcess.
+/// A message of the web view host to itself. Its number lies above those of the workers. wParam:
+/// platform::WebViewProcess.
 inline constexpr std::uint32_t kWebViewProcessDied = 0x8101;
 
 /// Brings the page into the window, carries its requests to the dispatcher and messages to it, serves its

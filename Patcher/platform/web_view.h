@@ -76,7 +76,7 @@ class WebView {
   /// Loads the page again after a process has died. Not from within ProcessDied: the web view is not made for
   /// calls from there.
   void Recover(WebViewProcess died);
-  /// Tells the web view that the window has moved: its lists and menus are windows of their own. Linux:
+  /// Reports to the web view that the window has moved: its lists and menus are windows of their own. Linux:
   /// nothing.
   void WindowMoved();
   /// Gives the keyboard to the page; nothing if there is no web view yet. Linux: nothing, the toolkit does

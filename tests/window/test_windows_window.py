@@ -66,7 +66,7 @@ class WindowTest(WindowsTest):
             self.press(500, 150)
             self.display.mouse("mouseup", 1)
             self.program.wait("release")  # the page sees both halves of both clicks
-        self.program.ask("send", '{"action":"windowDrag"}')  # a tap: its button is up again when the page hears of it
+        self.program.ask("send", '{"action":"windowDrag"}')  # a tap: its button is up again when the page gets it
         self.display.mouse("mousemove", 700, 300)
         self.assertEqual(self.press(500, 150), ["334", "44"])
         self.display.mouse("mouseup", 1)

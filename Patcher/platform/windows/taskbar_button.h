@@ -19,7 +19,7 @@ class TaskbarButton {
     return number;
   }
 
-  /// Lets that message through to a program that runs with more rights than the task bar.
+  /// Allows that message in a program that runs with more rights than the task bar.
   static void AllowMessage(HWND window) {
     ChangeWindowMessageFilterEx(window, CreatedMessage(), MSGFLT_ALLOW, nullptr);
   }

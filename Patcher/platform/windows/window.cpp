@@ -371,7 +371,7 @@ Size NativeWindow::RestoredSize() const {
 PointerState NativeWindow::Pointer() const { return Impl::PointerNow(); }
 
 void NativeWindow::WatchPointer(bool watch) {
-  // The web view has the mouse, so that the window hears nothing of it.
+  // The web view has the mouse, so that the window gets no message of it.
   if (watch) {
     SetTimer(impl_->window, kPointerTimer, USER_TIMER_MINIMUM, nullptr);
   } else {

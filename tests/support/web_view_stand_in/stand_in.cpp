@@ -196,7 +196,7 @@ HRESULT __stdcall GetCoreWebView2(Object*, Object** out) {
 const Slots kController = Table({At(6, &PutBounds), At(12, &MoveFocus),
                                  At(23, &NotifyParentWindowPositionChanged), At(25, &GetCoreWebView2)});
 
-/// The web view's window: it takes the mouse where it stands, and keeps it while a button is down.
+/// The web view's window: it takes the mouse over its place, and keeps it while a button is down.
 LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_LBUTTONDOWN:
@@ -215,7 +215,7 @@ LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
   }
 }
 
-/// Tells when the system begins and ends to move or size the program's window, and that it has got an icon.
+/// Reports when the system begins and ends to move or size the program's window, and that it has got an icon.
 LRESULT CALLBACK WatchWindow(int code, WPARAM wParam, LPARAM lParam) {
   const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
   if (sent.message == WM_ENTERSIZEMOVE) TellDriver({"loop", "begins"});

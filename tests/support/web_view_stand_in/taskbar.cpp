@@ -6,7 +6,7 @@
 namespace stand_in {
 namespace {
 
-/// One object for everybody, never released.
+/// One object for all callers, never released.
 struct Shared {
   void* const* table;
 };
