@@ -1,11 +1,11 @@
 #include "integrity/sha256.h"
 
 namespace patcher {
+namespace {
 
-char* ReadBlock::Data() {
-  if (memory_ == nullptr) memory_ = std::make_unique_for_overwrite<char[]>(kSize);
-  return memory_.get();
-}
+constexpr std::size_t kBlockSize = 1048576;  // bytes
+
+}  // namespace
 
 platform::DigestHash Sha256::BeginHash() {
   hashObjects_.emplace_back(algorithm_.ObjectLength());
@@ -29,15 +29,16 @@ std::string Sha256::FinishHex(platform::DigestHash& hash) {
 std::string Sha256::HashFile(const std::filesystem::path& file) {
   platform::FileReader reader(file);
   bool complete = false;
-  return HashFile(reader, block_, complete);
+  return HashFile(reader, complete);
 }
 
-std::string Sha256::HashFile(platform::FileReader& file, ReadBlock& block, bool& complete) {
+std::string Sha256::HashFile(platform::FileReader& file, bool& complete) {
+  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(kBlockSize);
   platform::DigestHash hash = BeginHash();
   complete = file.Size().has_value();
-  for (std::size_t count = ReadBlock::kSize; complete && count == ReadBlock::kSize;) {
-    complete = file.Read(block.Data(), ReadBlock::kSize, count);
-    if (count > 0) hash.Update(block.Data(), count);
+  for (std::size_t count = kBlockSize; complete && count == kBlockSize;) {
+    complete = file.Read(block_.get(), kBlockSize, count);
+    if (count > 0) hash.Update(block_.get(), count);
   }
   return FinishHex(hash);
 }

@@ -12,20 +12,9 @@
 
 namespace patcher {
 
-/// The memory through which one thread reads the files that it hashes. Taken when the first file needs it and
-/// then kept: for every file anew it would cost a small file more than its digest.
-class ReadBlock {
- public:
-  static constexpr std::size_t kSize = 1048576;  ///< bytes
-
-  char* Data();
-
- private:
-  std::unique_ptr<char[]> memory_;
-};
-
-/// Owner of one SHA-256 provider, for one thread and one unit of work. Digests are 64 lower-case hexadecimal
-/// characters.
+/// Owner of one SHA-256 provider and of the memory through which files are read, for one thread. A pass over
+/// many files keeps one: opening the provider and taking the memory costs more than the digest of a small
+/// file. Digests are 64 lower-case hexadecimal characters.
 class Sha256 {
  public:
   /// A running hash, fed by Update. One at a time is open on a Sha256, which outlives it.
@@ -38,14 +27,14 @@ class Sha256 {
   /// read failure midway that of what was read: a digest that does not match tells the caller.
   std::string HashFile(const std::filesystem::path& file);
 
-  /// The same of a file that was just opened, through the caller's memory. `complete` says whether the file
-  /// was open and could be read to its end.
-  std::string HashFile(platform::FileReader& file, ReadBlock& block, bool& complete);
+  /// The same of a file that was just opened. `complete` says whether the file was open and could be read to
+  /// its end.
+  std::string HashFile(platform::FileReader& file, bool& complete);
 
  private:
   platform::DigestProvider algorithm_;
   std::vector<std::vector<std::uint8_t>> hashObjects_;
-  ReadBlock block_;
+  std::unique_ptr<char[]> block_;  // taken for the first file
 };
 
 }  // namespace patcher

@@ -5,6 +5,7 @@
 #include <exception>
 #include <filesystem>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 
@@ -41,15 +42,16 @@ Verdict JudgeUnopened(const fs::path& place, const PatchFile& file) {
   return {Outcome::kDamaged, !error && size != file.size};
 }
 
-Verdict Judge(const PatchFile& file, ReadBlock& block) {
+/// `sha256`: the worker's own, opened for the first file that needs it.
+Verdict Judge(const PatchFile& file, std::optional<Sha256>& sha256) {
   try {
     const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
     platform::FileReader reader(place);
     if (!reader.Size()) return JudgeUnopened(place, file);
-    Sha256 sha256;
+    if (!sha256) sha256.emplace();
     if (*reader.Size() != file.size) return {Outcome::kDamaged};
     bool complete = false;
-    const std::string digest = sha256.HashFile(reader, block, complete);
+    const std::string digest = sha256->HashFile(reader, complete);
     return {digest == file.sha256 ? Outcome::kCorrect : Outcome::kDamaged, complete};
   } catch (const std::exception&) {
     return {Outcome::kDamaged, false};
@@ -63,11 +65,11 @@ class Pass {
       : window_(window),
         files_(manifest.files),
         total_(static_cast<std::int32_t>(files_.size())),
-        blocks_(workers) {}
+        digests_(workers) {}
 
   void VerifyOneFile(std::size_t index, unsigned worker) {
     const PatchFile& file = files_[index];
-    const Verdict verdict = Judge(file, blocks_[worker]);
+    const Verdict verdict = Judge(file, digests_[worker]);
     if (verdict.outcome == Outcome::kCorrect) {
       ++ok_;
     } else {
@@ -106,7 +108,7 @@ class Pass {
   HostWindow& window_;
   const std::vector<PatchFile>& files_;
   const std::int32_t total_;
-  std::vector<ReadBlock> blocks_;  // each worker's own
+  std::vector<std::optional<Sha256>> digests_;  // each worker's own
   std::atomic<std::int32_t> ok_{0};
   std::atomic<std::int32_t> missing_{0};
   std::atomic<std::int32_t> corrupt_{0};
