@@ -1,6 +1,7 @@
 #include "update/local_manifest.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <fstream>
 #include <optional>
@@ -39,28 +40,42 @@ std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
   return text;
 }
 
+/// Block by block: a second copy of the document in memory costs more than the comparison.
+bool FileHolds(const std::filesystem::path& path, std::string_view text) {
+  std::error_code error;
+  if (std::filesystem::file_size(path, error) != text.size() || error) return false;
+  std::ifstream in(path, std::ios::binary);
+  std::array<char, 65536> block;
+  while (!text.empty()) {
+    const std::size_t size = std::min(block.size(), text.size());
+    if (!in.read(block.data(), static_cast<std::streamsize>(size))) return false;
+    if (text.substr(0, size) != std::string_view(block.data(), size)) return false;
+    text.remove_prefix(size);
+  }
+  return true;
+}
+
 }  // namespace
 
 LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
                              const ParsedDocument& parsed) {
   LocalState state;
-  std::optional<std::string> text = ReadDocument(path);
-  if (!text) return state;
-  const bool known = parsed.manifest != nullptr && *text == parsed.text;
-  PatchManifest own;
-  std::string error;
-  if (!known && !ParsePatchManifest(*text, own, error)) return state;
-  text.reset();  // it may have many megabytes
-  if (known) {
+  if (parsed.manifest != nullptr && FileHolds(path, parsed.text)) {
     for (const PatchFile& file : parsed.manifest->files) {
       state.insert_or_assign(state.end(), file.path, file.sha256);
     }
-  } else {
-    for (PatchFile& file : own.files) {
-      state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));
-    }
+    if (version != nullptr) *version = parsed.manifest->version;
+    return state;
   }
-  if (version != nullptr) *version = known ? parsed.manifest->version : own.version;
+  std::optional<std::string> text = ReadDocument(path);
+  PatchManifest own;
+  std::string error;
+  if (!text || !ParsePatchManifest(*text, own, error)) return state;
+  text.reset();  // it may have many megabytes
+  for (PatchFile& file : own.files) {
+    state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));
+  }
+  if (version != nullptr) *version = own.version;
   return state;
 }
 

@@ -47,7 +47,7 @@ struct UpdateRun {
   LocalRecord record;        ///< what is known to be installed, and is on the disk
   UnflushedFiles unflushed;  ///< what is to enter the record
 
-  // By path; the text is the manifest's own.
+  // By path, once something is wanted; the text is the manifest's own.
   std::map<std::string_view, std::string_view> expectedDigests;
   std::map<std::string_view, std::uint64_t> expectedSizes;
   std::vector<const PatchFile*> wanted;  ///< manifest order

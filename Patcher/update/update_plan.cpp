@@ -13,6 +13,8 @@
 #include "integrity/sha256.h"
 #include "platform/text.h"
 #include "shared/program.h"
+#include "transport/config.h"
+#include "update/download_pool.h"
 #include "update/manifest_paths.h"
 
 namespace patcher {
@@ -21,6 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kHashedFilesPerStatus = 25;
+constexpr std::size_t kFilesPerWorkItem = 512;
 
 /// Hashes files that the record does not vouch for, and says so now and then.
 class DiskProof {
@@ -44,9 +47,36 @@ class DiskProof {
   std::size_t hashed_ = 0;
 };
 
-bool IsTrusted(const UpdateRun& run, const PatchFile& file, const fs::path& place) {
+fs::path PlaceOf(const PatchFile& file) { return ExeDir() / platform::PathFromBytes(file.path); }
+
+bool IsTrusted(const UpdateRun& run, const PatchFile& file) {
   std::error_code error;
-  return run.record.Has(file.path, file.sha256) && fs::exists(place, error);
+  return run.record.Has(file.path, file.sha256) && fs::exists(PlaceOf(file), error);
+}
+
+/// For each file of the manifest whether the record has its digest and something exists in its place. On all
+/// cores: when there is nothing to do, this is the largest part of a start.
+std::vector<char> TrustedFiles(const UpdateRun& run) {
+  const std::vector<PatchFile>& files = run.manifest.files;
+  std::vector<char> trusted(files.size());
+  const auto examine = [&](std::size_t item, unsigned) {
+    const std::size_t begin = item * kFilesPerWorkItem;
+    const std::size_t end = std::min(begin + kFilesPerWorkItem, files.size());
+    for (std::size_t i = begin; i < end; ++i) trusted[i] = IsTrusted(run, files[i]) ? 1 : 0;
+    return true;
+  };
+  // Files that are left out after a failure are not trusted.
+  static_cast<void>(ParallelRun((files.size() + kFilesPerWorkItem - 1) / kFilesPerWorkItem,
+                                PatchConfig::Current().connections, examine));
+  return trusted;
+}
+
+void ListExpected(UpdateRun& run) {
+  for (const PatchFile& file : run.manifest.files) {
+    // Manifests are mostly sorted by path: the hint saves the search.
+    run.expectedDigests.insert_or_assign(run.expectedDigests.end(), file.path, file.sha256);
+    run.expectedSizes.insert_or_assign(run.expectedSizes.end(), file.path, file.size);
+  }
 }
 
 /// Nothing if there is no such file, or if the system does not report it.
@@ -67,15 +97,13 @@ std::size_t FindWantedFiles(UpdateRun& run) {
   std::map<std::string_view, std::string_view> found;
   // A run that died may have left them unflushed.
   UnflushedFiles unflushed;
-  for (const PatchFile& file : run.manifest.files) {
-    // Manifests are mostly sorted by path: the hint saves the search.
-    run.expectedDigests.insert_or_assign(run.expectedDigests.end(), file.path, file.sha256);
-    run.expectedSizes.insert_or_assign(run.expectedSizes.end(), file.path, file.size);
-    const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
-    if (IsTrusted(run, file, place)) continue;
+  const std::vector<char> trusted = TrustedFiles(run);
+  for (std::size_t i = 0; i < trusted.size(); ++i) {
+    if (trusted[i] != 0) continue;
+    const PatchFile& file = run.manifest.files[i];
     const auto known = found.find(file.path);
     if (known != found.end() && known->second == file.sha256) continue;
-    if (proof.IsGood(place, file)) {
+    if (proof.IsGood(PlaceOf(file), file)) {
       found.insert_or_assign(file.path, file.sha256);
       unflushed.Add({file.path, file.sha256});
       continue;
@@ -84,6 +112,7 @@ std::size_t FindWantedFiles(UpdateRun& run) {
     run.wantedBytes += file.size;
   }
   for (const InstalledFile& file : unflushed.Flush()) run.record.Enter(file.path, file.digest);
+  if (!run.wanted.empty()) ListExpected(run);
   return found.size();
 }
 
