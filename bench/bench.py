@@ -215,26 +215,34 @@ def growth(bench):
 
 
 def archives(bench):
-    threads = len(os.sched_getaffinity(0))
-    game = bench.game([100_000] * 2000, compressible=True)
-    for count in (1, 4):
-        packed = [game.folder / f"game{count}-{number}.zip" for number in range(count)]
-        for number, archive in enumerate(packed):
-            game.zip_to(archive, game.files[number::count])
-        target = bench.folder() / "out"
+    extract(bench, bench.game([100_000] * 2000, compressible=True), 1)
+    extract(bench, bench.game([100_000] * 2000, compressible=True), 4)
+    extract(bench, bench.game([2048] * 50_000, compressible=True), 1)
 
-        def peer(name, extract):
-            each = f"printf '%s\\0' {shlex.join(map(str, packed))} | xargs -0 -n1 -P{threads if count > 1 else 1} "
-            return shell(f"{name}, {threads} at a time" if count > 1 else name, each + extract, fresh_folder(target))
 
-        unzip = peer("unzip", f"unzip -q -d {target}")
-        bsdtar = peer("bsdtar", f"bsdtar -x -C {target} -f")
-        ours = Command("ExtractArchive", [bench.tool("extract_archive"), "4", str(target), *map(str, packed)],
-                       fresh_folder(target))
-        alternate([ours, unzip, bsdtar], bench.rounds)
-        title = "an archive" if count == 1 else f"{count} archives"
-        table(f"Extracting {title} of together 2,000 files, {game.total() / 1e6:.0f} MB", [unzip, bsdtar, ours],
-              bsdtar, ("ratio to unzip", lambda command: f"{command.wall() / unzip.wall():.2f}"))
+def extract(bench, game, count):
+    """Several archives: as many at a time as there are cores, the peers as processes of their own."""
+    packed = [game.folder / f"game{number}.zip" for number in range(count)]
+    for number, archive in enumerate(packed):
+        game.zip_to(archive, game.files[number::count])
+    target = bench.folder() / "out"
+    at_a_time = min(count, len(os.sched_getaffinity(0)))
+
+    def peer(program, command):
+        # Each archive into a folder of its own: processes that make the same ones trip over each other.
+        each = [f"mkdir {target}/{number} && {command.format(archive=archive, folder=f'{target}/{number}')}"
+                for number, archive in enumerate(packed)]
+        return shell(program if count == 1 else f"{program}, {at_a_time} at a time",
+                     f"printf '%s\\0' {shlex.join(each)} | xargs -0 -n1 -P{at_a_time} sh -c", fresh_folder(target))
+
+    unzip = peer("unzip", "unzip -q {archive} -d {folder}")
+    bsdtar = peer("bsdtar", "bsdtar -x -f {archive} -C {folder}")
+    ours = Command("ExtractArchive", [bench.tool("extract_archive"), "4", str(target), *map(str, packed)],
+                   fresh_folder(target))
+    alternate([ours, unzip, bsdtar], bench.rounds)
+    table(f"Extracting {count} archive(s), together {len(game.files):,} files, {game.total() / 1e6:.0f} MB",
+          [unzip, bsdtar, ours], bsdtar,
+          ("ratio to unzip", lambda command: f"{command.wall() / unzip.wall():.2f}"))
 
 
 def hashing(bench):

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <limits>
 #include <system_error>
@@ -23,6 +24,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mz_uint kMaxNameSize = 1024;
+/// Unpacked bytes of a batch, or more by its last entry.
+constexpr std::uint64_t kBatchBytes = 1 << 20;
 
 /// An open ZIP reader, for one thread. The archive's directory is known to be sound.
 class ZipReader {
@@ -49,6 +52,11 @@ class ZipReader {
     return name.data();
   }
 
+  std::uint64_t UnpackedSize(mz_uint entry) {
+    mz_zip_archive_file_stat stat;
+    return mz_zip_reader_file_stat(&zip_, entry, &stat) != 0 ? stat.m_uncomp_size : 0;
+  }
+
   bool Extract(mz_uint entry, const fs::path& place) {
     return mz_zip_reader_extract_to_file(&zip_, entry, platform::Utf8FromPath(place).c_str(), 0) != 0;
   }
@@ -64,19 +72,39 @@ bool NameStaysInside(const std::string& name) {
   return !absolute && !drive && name.find("..") == std::string::npos;
 }
 
+/// A half-open range of wanted entries, which one thread extracts: neighbours in one directory. Two threads
+/// that create files in the same directory wait for each other, which costs small files more than their
+/// extraction.
+struct Batch {
+  std::size_t begin;
+  std::size_t end;
+};
+
 struct WantedEntries {
   std::vector<mz_uint> entries;  ///< in the archive's order
-  bool repeated = false;         ///< two of them have the same name
+  std::vector<Batch> batches;    ///< of all entries, in order
+  bool repeated = false;         ///< two entries have the same name
 };
 
 WantedEntries ListWanted(ZipReader& zip, const std::function<bool(std::string_view path)>& wanted) {
   WantedEntries list;
   std::unordered_set<std::string> names;
+  std::string directory;  // of the last batch
+  std::uint64_t bytes = 0;
   for (mz_uint entry = 0; entry < zip.EntryCount(); ++entry) {
     if (zip.IsDirectory(entry)) continue;
     std::string name = zip.Name(entry);
     if (name.empty() || !NameStaysInside(name) || !wanted(name)) continue;
+    const std::size_t place = list.entries.size();
     list.entries.push_back(entry);
+    const std::string_view parent = std::string_view(name).substr(0, name.rfind('/') + 1);
+    if (list.batches.empty() || parent != directory || bytes >= kBatchBytes) {
+      list.batches.push_back({place, place});
+      directory = parent;
+      bytes = 0;
+    }
+    list.batches.back().end = place + 1;
+    bytes += zip.UnpackedSize(entry);
     list.repeated = list.repeated || !names.insert(std::move(name)).second;
   }
   return list;
@@ -101,7 +129,7 @@ class Extraction {
  public:
   Extraction(const fs::path& archive, const WantedEntries& wanted, ExtractingThreads& threads)
       : archive_(archive),
-        entries_(wanted.entries),
+        wanted_(wanted),
         threads_(threads),
         // Two threads must not write one file, and the later entry is to stay.
         canBeHelped_(!wanted.repeated) {}
@@ -110,18 +138,18 @@ class Extraction {
     threads_.Join();
     do {
       InviteHelpers();
-    } while (ExtractNext(zip));
+    } while (ExtractBatch(zip));
     for (std::thread& helper : helpers_) helper.join();
     threads_.Leave();
   }
 
   /// After the run: the first entry that failed, or null.
-  const mz_uint* Failed() const { return firstFailed_ < entries_.size() ? &entries_[firstFailed_] : nullptr; }
+  const mz_uint* Failed() const { return firstFailed_ != kNone ? &wanted_.entries[firstFailed_] : nullptr; }
 
  private:
-  /// Also between two entries: other archives end meanwhile.
+  /// Also between two batches: other archives end meanwhile.
   void InviteHelpers() {
-    while (canBeHelped_ && next_ + helpers_.size() + 1 < entries_.size() && threads_.TryJoin()) {
+    while (canBeHelped_ && nextBatch_ + helpers_.size() + 1 < wanted_.batches.size() && threads_.TryJoin()) {
       try {
         helpers_.emplace_back([this] { Help(); });
       } catch (const std::exception&) {
@@ -137,7 +165,7 @@ class Extraction {
       ZipReader zip(archive_);
       // Without a reader for each helper the ones there are do the work.
       if (!zip.IsOpen()) canBeHelped_ = false;
-      while (zip.IsOpen() && !threads_.AreTooMany() && ExtractNext(zip)) {
+      while (zip.IsOpen() && !threads_.AreTooMany() && ExtractBatch(zip)) {
       }
     } catch (const std::exception&) {
       canBeHelped_ = false;
@@ -146,28 +174,34 @@ class Extraction {
   }
 
   /// False if there is nothing to begin any more.
-  bool ExtractNext(ZipReader& zip) {
+  bool ExtractBatch(ZipReader& zip) {
     if (firstFailed_ != kNone) return false;
-    // An entry that is taken is extracted, so those in front of a failed one all come to their end.
-    const std::size_t next = next_++;
-    if (next >= entries_.size()) return false;
-    if (!ExtractEntry(zip, entries_[next])) {
-      std::size_t known = firstFailed_;
-      while (next < known && !firstFailed_.compare_exchange_weak(known, next)) {
-      }
+    const std::size_t batch = nextBatch_++;
+    if (batch >= wanted_.batches.size()) return false;
+    // Batches begin in order, and a thread leaves out only what follows a failed entry: those in front of it
+    // are all tried, as one thread would.
+    for (std::size_t i = wanted_.batches[batch].begin; i < wanted_.batches[batch].end && i < firstFailed_;
+         ++i) {
+      if (!ExtractEntry(zip, wanted_.entries[i])) ReportFailure(i);
     }
     return true;
+  }
+
+  void ReportFailure(std::size_t entry) {
+    std::size_t known = firstFailed_;
+    while (entry < known && !firstFailed_.compare_exchange_weak(known, entry)) {
+    }
   }
 
   static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
 
   const fs::path& archive_;
-  const std::vector<mz_uint>& entries_;
+  const WantedEntries& wanted_;
   ExtractingThreads& threads_;
   std::atomic<bool> canBeHelped_;
-  std::atomic<std::size_t> next_{0};
-  std::atomic<std::size_t> firstFailed_{kNone};
-  std::vector<std::thread> helpers_;  // the archive's own thread only
+  std::atomic<std::size_t> nextBatch_{0};
+  std::atomic<std::size_t> firstFailed_{kNone};  // index of a wanted entry
+  std::vector<std::thread> helpers_;             // the archive's own thread only
 };
 
 }  // namespace
