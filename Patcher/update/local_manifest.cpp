@@ -1,7 +1,6 @@
 #include "update/local_manifest.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <fstream>
 #include <optional>
@@ -40,33 +39,10 @@ std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
   return text;
 }
 
-/// Block by block: a second copy of the document in memory costs more than the comparison.
-bool FileHolds(const std::filesystem::path& path, std::string_view text) {
-  std::error_code error;
-  if (std::filesystem::file_size(path, error) != text.size() || error) return false;
-  std::ifstream in(path, std::ios::binary);
-  std::array<char, 65536> block;
-  while (!text.empty()) {
-    const std::size_t size = std::min(block.size(), text.size());
-    if (!in.read(block.data(), static_cast<std::streamsize>(size))) return false;
-    if (text.substr(0, size) != std::string_view(block.data(), size)) return false;
-    text.remove_prefix(size);
-  }
-  return true;
-}
-
 }  // namespace
 
-LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
-                             const ParsedDocument& parsed) {
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version) {
   LocalState state;
-  if (parsed.manifest != nullptr && FileHolds(path, parsed.text)) {
-    for (const PatchFile& file : parsed.manifest->files) {
-      state.insert_or_assign(state.end(), file.path, file.sha256);
-    }
-    if (version != nullptr) *version = parsed.manifest->version;
-    return state;
-  }
   std::optional<std::string> text = ReadDocument(path);
   PatchManifest own;
   std::string error;

@@ -14,18 +14,10 @@ namespace patcher {
 /// What the launcher believes is installed: path to digest, ordered by unsigned bytes.
 using LocalState = std::map<std::string, std::string, std::less<>>;
 
-/// A text and what it means, for a caller that has parsed it anyway: after a complete run the local manifest
-/// is the server's document, and a file that holds just this text is not parsed again.
-struct ParsedDocument {
-  std::string_view text;
-  const PatchManifest* manifest = nullptr;
-};
-
 /// Reads patch_manifest.json in either of its forms: the server's document or the progress form.
 /// A file that cannot be read or does not parse gives an empty state, and `version` is then not written.
 /// `version` may be null.
-LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
-                             const ParsedDocument& parsed = {});
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version);
 
 /// The progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's layout.
 std::string LocalManifestText(const LocalState& state, std::int32_t version);

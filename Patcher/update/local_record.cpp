@@ -1,6 +1,7 @@
 #include "update/local_record.h"
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <system_error>
 
@@ -23,28 +24,55 @@ bool WriteAt(const std::filesystem::path& path, std::uint64_t offset, std::strin
   return !file.fail();
 }
 
+/// Block by block: a second copy of the document in memory costs more than the comparison.
+bool FileHolds(const std::filesystem::path& path, std::string_view text) {
+  std::error_code error;
+  if (std::filesystem::file_size(path, error) != text.size() || error) return false;
+  std::ifstream in(path, std::ios::binary);
+  std::array<char, 65536> block;
+  while (!text.empty()) {
+    const std::size_t size = std::min(block.size(), text.size());
+    if (!in.read(block.data(), static_cast<std::streamsize>(size))) return false;
+    if (text.substr(0, size) != std::string_view(block.data(), size)) return false;
+    text.remove_prefix(size);
+  }
+  return true;
+}
+
 }  // namespace
 
 LocalRecord::LocalRecord(std::filesystem::path path) : path_(std::move(path)) {}
 
 void LocalRecord::Load(const ParsedDocument& parsed) {
   version_ = 0;
-  state_ = LoadLocalManifest(path_, &version_, parsed);
   savedSize_ = 0;
+  state_.clear();
+  document_ = parsed.manifest != nullptr && FileHolds(path_, parsed.text) ? parsed.manifest : nullptr;
+  if (document_ != nullptr) {
+    version_ = document_->version;
+  } else {
+    state_ = LoadLocalManifest(path_, &version_);
+  }
+}
+
+const LocalState& LocalRecord::State() {
+  if (document_ != nullptr) {
+    for (const PatchFile& file : document_->files) {
+      state_.insert_or_assign(state_.end(), file.path, file.sha256);
+    }
+    document_ = nullptr;
+  }
+  return state_;
 }
 
 bool LocalRecord::IsUnread() const {
   std::error_code error;
-  return state_.empty() &&
+  return (document_ != nullptr ? document_->files.empty() : state_.empty()) &&
          std::filesystem::symlink_status(path_, error).type() != std::filesystem::file_type::not_found;
 }
 
-bool LocalRecord::Has(std::string_view path, std::string_view digest) const {
-  const auto entry = state_.find(path);
-  return entry != state_.end() && entry->second == digest;
-}
-
 void LocalRecord::Enter(const std::string& path, const std::string& digest) {
+  State();
   const auto [entry, isNew] = state_.try_emplace(path, digest);
   if (!isNew && entry->second != digest) {
     entry->second = digest;
@@ -54,6 +82,7 @@ void LocalRecord::Enter(const std::string& path, const std::string& digest) {
 }
 
 bool LocalRecord::Forget(std::string_view path) {
+  State();
   const auto entry = state_.find(path);
   if (entry == state_.end()) return false;
   state_.erase(entry);
@@ -62,7 +91,7 @@ bool LocalRecord::Forget(std::string_view path) {
 }
 
 bool LocalRecord::Save() {
-  const std::string text = LocalManifestText(state_, version_);
+  const std::string text = LocalManifestText(State(), version_);
   changed_.clear();
   savedSize_ = 0;
   if (!Replace(text)) return RemoveFile(path_);

@@ -10,6 +10,13 @@
 
 namespace patcher {
 
+/// A text and what it means, for a caller that has parsed it anyway: after a complete run the local manifest
+/// is the server's document.
+struct ParsedDocument {
+  std::string_view text;
+  const PatchManifest* manifest = nullptr;
+};
+
 /// The local manifest of one operation, in memory and on disk. A file may be entered only when its content
 /// and its directory entry are on the disk (UnflushedFiles). A death or a power cut during a save leaves the
 /// record of the save before, the new one, or a text that does not parse, which counts as no record; never a
@@ -20,15 +27,18 @@ class LocalRecord {
   LocalRecord(const LocalRecord&) = delete;
   LocalRecord& operator=(const LocalRecord&) = delete;
 
-  /// Replaces the state by what the file says; empty, with version 0, if it says nothing.
+  /// Replaces the state by what the file says; empty, with version 0, if it says nothing. A file that holds
+  /// just the parsed text is not parsed again; its manifest must then outlive the record, unchanged.
   void Load(const ParsedDocument& parsed = {});
 
+  /// Whether the state is still what the parsed document says. Until then it takes no memory of its own.
+  bool IsDocument() const { return document_ != nullptr; }
+
   std::int32_t Version() const { return version_; }
-  const LocalState& State() const { return state_; }
+  const LocalState& State();
 
   /// Whether there is a file of which nothing could be read, because another program holds it for example.
   bool IsUnread() const;
-  bool Has(std::string_view path, std::string_view digest) const;
   void Enter(const std::string& path, const std::string& digest);
   /// True if there was an entry.
   bool Forget(std::string_view path);
@@ -54,6 +64,7 @@ class LocalRecord {
 
   std::filesystem::path path_;
   std::int32_t version_ = 0;
+  const PatchManifest* document_ = nullptr;  // what the state is, as long as `state_` is not filled
   LocalState state_;
   std::uint64_t savedSize_ =
       0;                  // bytes of the progress form as last saved; 0: the next save writes everything

@@ -49,20 +49,32 @@ class DiskProof {
 
 fs::path PlaceOf(const PatchFile& file) { return ExeDir() / platform::PathFromBytes(file.path); }
 
-bool IsTrusted(const UpdateRun& run, const PatchFile& file) {
-  std::error_code error;
-  return run.record.Has(file.path, file.sha256) && fs::exists(PlaceOf(file), error);
+bool Names(const LocalState& known, const PatchFile& file) {
+  const auto entry = known.find(file.path);
+  return entry != known.end() && entry->second == file.sha256;
+}
+
+/// So that each is there once.
+bool PathsAscend(const std::vector<PatchFile>& files) {
+  return std::adjacent_find(files.begin(), files.end(), [](const PatchFile& file, const PatchFile& next) {
+           return file.path >= next.path;
+         }) == files.end();
 }
 
 /// For each file of the manifest whether the record has its digest and something exists in its place. On all
 /// cores: when there is nothing to do, this is the largest part of a start.
-std::vector<char> TrustedFiles(const UpdateRun& run) {
+std::vector<char> TrustedFiles(UpdateRun& run) {
   const std::vector<PatchFile>& files = run.manifest.files;
+  const bool allNamed = run.record.IsDocument() && PathsAscend(files);
+  const LocalState* known = allNamed ? nullptr : &run.record.State();
   std::vector<char> trusted(files.size());
   const auto examine = [&](std::size_t item, unsigned) {
     const std::size_t begin = item * kFilesPerWorkItem;
     const std::size_t end = std::min(begin + kFilesPerWorkItem, files.size());
-    for (std::size_t i = begin; i < end; ++i) trusted[i] = IsTrusted(run, files[i]) ? 1 : 0;
+    for (std::size_t i = begin; i < end; ++i) {
+      std::error_code error;
+      trusted[i] = (allNamed || Names(*known, files[i])) && fs::exists(PlaceOf(files[i]), error);
+    }
     return true;
   };
   // Files that are left out after a failure are not trusted.
