@@ -12,9 +12,9 @@
 #include "control/ui_event.h"
 #include "integrity/sha256.h"
 #include "platform/text.h"
+#include "shared/parallel_run.h"
 #include "shared/program.h"
 #include "transport/config.h"
-#include "update/download_pool.h"
 #include "update/progress_tracker.h"
 
 namespace patcher {

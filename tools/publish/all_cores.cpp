@@ -6,7 +6,7 @@
 #include <mutex>
 #include <thread>
 
-#include "update/download_pool.h"
+#include "shared/parallel_run.h"
 
 namespace patcher {
 

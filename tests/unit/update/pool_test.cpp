@@ -4,8 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "shared/parallel_run.h"
 #include "support/recording_host.h"
-#include "update/download_pool.h"
+#include "update/progress_tracker.h"
 
 namespace patcher {
 namespace {
