@@ -9,6 +9,7 @@
 
 #include "integrity/behind_link.h"
 #include "platform/text.h"
+#include "shared/own_files.h"
 #include "shared/program.h"
 #include "update/local_record.h"
 #include "update/manifest_paths.h"
@@ -36,7 +37,7 @@ void DeleteListedFile(const std::string& path) {
 }  // namespace
 
 bool DiscardDamagedFiles(const CheckResult& result) {
-  LocalRecord record(ExeDir() / "patch_manifest.json");
+  LocalRecord record(ExeDir() / kRecordFile);
   record.Load();
   for (const std::string& path : result.samples) record.Forget(path);
   // First: a death in between must not leave a record that names deleted files.

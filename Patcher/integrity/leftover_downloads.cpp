@@ -12,6 +12,7 @@
 #include "platform/file_names.h"
 #include "platform/links.h"
 #include "platform/text.h"
+#include "shared/own_files.h"
 #include "shared/program.h"
 
 namespace patcher {
@@ -20,9 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kSuffix = ".part";
-
-/// The file that the launcher fetches for itself.
-constexpr std::string_view kNewLauncher = "Patcher.new.exe";
 
 /// The part of a manifest path that names its directory; empty for the top.
 std::string_view DirectoryOf(std::string_view path) {
@@ -71,7 +69,7 @@ void RemoveLeftoverDownloads(const PatchManifest& manifest) {
     if (platform::PathFromBytes(path).native() != candidate.native()) continue;
     const std::string owner =
         platform::FileIdentity(std::string_view(path).substr(0, path.size() - kSuffix.size()));
-    const bool isOurs = owner == platform::FileIdentity(kNewLauncher) || published.count(owner) != 0;
+    const bool isOurs = owner == platform::FileIdentity(kNewLauncherFile) || published.count(owner) != 0;
     if (!isOurs || published.count(platform::FileIdentity(path)) != 0) continue;
     std::error_code ignored;
     fs::remove(ExeDir() / candidate, ignored);

@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string_view>
 
+#include "shared/own_files.h"
 #include "shared/program.h"
 #include "shared/whole_file.h"
 
@@ -62,7 +63,7 @@ void PatchConfig::Apply(const std::string& text) {
 }
 
 void PatchConfig::Load() {
-  const std::filesystem::path file = ExeDir() / "patcher.ini";
+  const std::filesystem::path file = ExeDir() / kConfigFile;
   std::ifstream in(file, std::ios::binary);
   if (in) {
     // Not through an iterator: that would raise where the file is a directory or the disk fails.

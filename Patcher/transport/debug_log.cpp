@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string>
 
+#include "shared/own_files.h"
 #include "shared/program.h"
 
 namespace patcher::DebugLog {
@@ -14,7 +15,7 @@ void Write(std::string_view message) {
   std::string line(message);
   line += "\r\n";
   std::lock_guard guard(*lock);
-  std::ofstream out(ExeDir() / "patcher_debug.txt", std::ios::binary | std::ios::app);
+  std::ofstream out(ExeDir() / kLogFile, std::ios::binary | std::ios::app);
   out.write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 

@@ -12,13 +12,10 @@
 #include <vector>
 
 #include "platform/file_names.h"
+#include "shared/own_files.h"
 
 namespace patcher {
 namespace {
-
-/// What the launcher itself writes or deletes at the top of the install directory.
-constexpr std::string_view kOwnFiles[] = {"patch_manifest.json", "patcher.ini", "patcher_debug.txt",
-                                          "Patcher.new.exe", "Patcher.old.exe"};
 
 /// A file arrives beside its place under the first suffix; one that is in use moves aside to the second.
 constexpr std::string_view kSuffixes[] = {".part", ".old"};
@@ -80,7 +77,7 @@ std::vector<std::string_view> Suspects(const std::vector<PatchFile>& files) {
   hashes.reserve(files.size());
   std::vector<bool> seen(std::bit_ceil(files.size() + 1) * 64);
   std::unordered_set<std::uint64_t> repeated;
-  for (const std::string_view name : kOwnFiles) repeated.insert(LooseHash(name));
+  for (const std::string_view name : kLauncherWorkFiles) repeated.insert(LooseHash(name));
   for (const PatchFile& file : files) {
     hashes.push_back(LooseHash(file.path));
     std::vector<bool>::reference bit = seen[static_cast<std::size_t>(hashes.back() & (seen.size() - 1))];
@@ -115,7 +112,7 @@ bool TwoMeanOneFile(const std::vector<std::string_view>& paths) {
     return std::any_of(names.begin(), names.end(), isTaken);
   };
   return std::any_of(paths.begin(), paths.end(), namesBesideAreTaken) ||
-         std::any_of(std::begin(kOwnFiles), std::end(kOwnFiles), [&](std::string_view name) {
+         std::any_of(kLauncherWorkFiles.begin(), kLauncherWorkFiles.end(), [&](std::string_view name) {
            return isTaken(platform::FileIdentity(name)) || namesBesideAreTaken(name);
          });
 }

@@ -1,5 +1,6 @@
 #include "update/run_state.h"
 
+#include "shared/own_files.h"
 #include "shared/program.h"
 #include "transport/config.h"
 
@@ -7,7 +8,7 @@ namespace patcher {
 
 UpdateRun::UpdateRun(HostWindow& hostWindow)
     : window(hostWindow),
-      record(ExeDir() / "patch_manifest.json"),
+      record(ExeDir() / kRecordFile),
       extracting(PatchConfig::Current().connections) {}
 
 void EnterInRecord(UpdateRun& run, const std::vector<InstalledFile>& files) {

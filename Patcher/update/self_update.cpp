@@ -9,6 +9,7 @@
 #include "integrity/sha256.h"
 #include "platform/files.h"
 #include "platform/process.h"
+#include "shared/own_files.h"
 #include "shared/program.h"
 #include "shared/retry_while_held.h"
 #include "shared/whole_file.h"
@@ -25,14 +26,14 @@ constexpr std::uint64_t kMaxLauncherSize = std::uint64_t{256} << 20;
 
 /// Where the new launcher waits for the swap. A player may start that file itself after a swap that died.
 fs::path NewLauncher() {
-  fs::path fetched = ExeDir() / "Patcher.new.exe";
+  fs::path fetched = ExeDir() / kNewLauncherFile;
   if (IsOwnName(fetched)) fetched += ".new";
   return fetched;
 }
 
 /// Where the running launcher makes way to. Either name is swept by the next run.
 fs::path OldLauncher() {
-  fs::path old = ExeDir() / "Patcher.old.exe";
+  fs::path old = ExeDir() / kOldLauncherFile;
   if (IsOwnName(old)) old += ".old";
   return old;
 }

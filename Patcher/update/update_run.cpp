@@ -8,6 +8,7 @@
 
 #include "control/ui_event.h"
 #include "platform/text.h"
+#include "shared/own_files.h"
 #include "shared/program.h"
 #include "transport/config.h"
 #include "update/download_pool.h"
@@ -32,7 +33,7 @@ void SweepLeftovers() {
     // A player may have started one of them, and Linux would delete it.
     if (!IsOwnName(file)) fs::remove(file, ignored);
   };
-  remove(ExeDir() / "Patcher.old.exe");
+  remove(ExeDir() / kOldLauncherFile);
   fs::directory_iterator entry(ExeDir(), error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     std::error_code ignored;

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace patcher {
+
+// Names in the install directory that belong to the launcher or to the player, and to no version of the game.
+
+inline constexpr std::string_view kRecordFile = "patch_manifest.json";
+inline constexpr std::string_view kConfigFile = "patcher.ini";
+inline constexpr std::string_view kLogFile = "patcher_debug.txt";
+inline constexpr std::string_view kNewLauncherFile = "Patcher.new.exe";
+inline constexpr std::string_view kOldLauncherFile = "Patcher.old.exe";
+
+/// What the launcher writes, replaces and deletes at the top of the install directory.
+inline constexpr std::array kLauncherWorkFiles{kRecordFile, kConfigFile, kLogFile, kNewLauncherFile,
+                                               kOldLauncherFile};
+/// What players get before there is a launcher that could fetch it.
+inline constexpr std::array<std::string_view, 2> kLauncherPrograms{"Patcher.exe", "WebView2Loader.dll"};
+/// The launcher's other programs; no game has files of these names.
+inline constexpr std::array<std::string_view, 3> kOtherPrograms{"Patcher", "patcher-stdio",
+                                                                "patcher-stdio.exe"};
+
+/// Settings and accounts.
+inline constexpr std::array<std::string_view, 2> kPlayerFiles{"ostu.ini", "reginfo.dat"};
+/// Directories: logs, captures, saved accounts, and what the game keeps of the player's choices.
+inline constexpr std::array<std::string_view, 6> kPlayerDirectories{
+    "log", "WebView2Data", "capture", "useraccounts", "powerups", "farmdisplay"};
+
+/// Whether the table holds the name; the case of ASCII letters does not count.
+template <std::size_t Size>
+bool HoldsName(const std::array<std::string_view, Size>& table, std::string_view name) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  const auto same = [lower](char a, char b) { return lower(a) == lower(b); };
+  return std::any_of(table.begin(), table.end(), [&](std::string_view entry) {
+    return std::equal(entry.begin(), entry.end(), name.begin(), name.end(), same);
+  });
+}
+
+}  // namespace patcher
