@@ -8,8 +8,8 @@ namespace patcher {
 /// Whether a text is well-formed UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF.
 bool IsUtf8(std::string_view text);
 
-/// Lower case of the alphabets in which a file system that ignores case knows pairs, one character for one:
-/// Latin, Greek, Cyrillic, Armenian, full-width Latin. Only for comparing; the text must be UTF-8.
+/// Unicode's simple case folding: two texts that a file system that ignores case may take for one become
+/// equal. Only for comparing; the text must be UTF-8.
 std::string FoldCase(std::string_view text);
 
 }  // namespace patcher
