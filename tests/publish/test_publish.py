@@ -27,6 +27,16 @@ def digest(data):
     return hashlib.sha256(data).hexdigest()
 
 
+def make_launcher(place, build=27, name="Patcher", version="1,%d,0,0"):
+    """A Windows program that is nothing but its version, by the tools that also build the launcher."""
+    source, resource = place.with_suffix(".rc"), place.with_suffix(".o")
+    source.write_text(f'1 VERSIONINFO FILEVERSION {version.replace("%d", str(build))} BEGIN BLOCK "StringFileInfo" BEGIN '
+                      f'BLOCK "040C04B0" BEGIN VALUE "CompanyName", "x" VALUE "InternalName", "{name}" END END END\n')
+    subprocess.run(["i686-w64-mingw32-windres", source, "-O", "coff", resource], check=True)
+    subprocess.run(["i686-w64-mingw32-ld", "--strip-all", "-e", "0", resource, "-o", place], check=True)
+    return place
+
+
 class PublishTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="patch-publish-")
@@ -50,10 +60,21 @@ class PublishTest(unittest.TestCase):
         self.write("Tolmira.exe", b"program")
         self.write("big.bin", b"large " * 300000)
 
-    def publish(self, version, *more, ok=True):
-        result = run("--client", self.client, "--out", self.www, "--version", version, *more)
-        self.assertEqual(result.returncode, 0 if ok else 1, result.stderr)
+    def publish(self, version, *more, code=0):
+        return self.command("--client", self.client, "--version", version, *more, code=code)
+
+    def command(self, *arguments, code=0):
+        result = run("--out", self.www, *arguments)
+        self.assertEqual(result.returncode, code, result.stderr)
         return result
+
+    def content(self, data):
+        return self.patch / f"files/{digest(data)[:2]}/{digest(data)}"
+
+    def damage(self, place):
+        data = bytearray(place.read_bytes())
+        data[len(data) // 2] ^= 1
+        place.write_bytes(data)
 
     def manifest(self):
         return json.loads((self.patch / "version.json").read_bytes())
@@ -142,28 +163,46 @@ class Versions(PublishTest):
 
     def test_launcher(self):
         self.make_game(3)
-        new, newer = self.root / "a.exe", self.root / "b.exe"
-        new.write_bytes(b"MZ launcher")
-        newer.write_bytes(b"MZ newer launcher")
         self.publish(1)
         self.assertEqual((self.manifest()["patcherVersion"], self.manifest()["patcherUrl"]), (0, ""))
-        self.publish(2, "--launcher", new, "--launcher-build", 27)
-        url = f"launcher/{digest(new.read_bytes())}.exe"
+        new, newer = make_launcher(self.root / "a.exe"), make_launcher(self.root / "b.exe", 28)
+        text, native = self.root / "c", self.root / "d"
+        text.write_bytes(b"MZ launcher")
+        native.write_bytes(b"\x7fELF launcher")
+        refused = [
+            ([new, "--launcher-build", 99], "is build 27, not 99"), ([text], "no whole program"),
+            ([make_launcher(self.root / "e.exe", name="Other")], "'Other'"), ([native], "--launcher-build"),
+            ([make_launcher(self.root / "f.exe", version="2,%d,0,0")], "2.27.0.0"), ([self.root / "g"], "No such file"),
+        ]
+        for arguments, reason in refused:
+            self.assertIn(reason, self.publish(2, "--launcher", *arguments, code=1).stderr)
+        self.publish(2, "--launcher", new)
+        name = digest(new.read_bytes())
         self.publish(3)
-        self.assertEqual((self.manifest()["patcherVersion"], self.manifest()["patcherUrl"]), (27, url))
-        self.assertEqual((self.patch / url).read_bytes(), new.read_bytes())
-        self.publish(4, "--launcher", newer, "--launcher-build", 26, ok=False)
+        self.assertEqual([self.manifest()[key] for key in ("patcherVersion", "patcherUrl", "patcherSha256")],
+                         [27, f"launcher/{name}.exe", name])
         self.publish(4, "--launcher", newer, "--launcher-build", 28)
         self.check([])
-        (self.patch / self.manifest()["patcherUrl"]).write_bytes(b"MZ broken launcher")
-        self.check(["launcher"])
+        older = ["--launcher", new]
+        self.assertIn("never go back", self.publish(5, *older, code=1).stderr)
+        shutil.copy(self.patch / "history/3.json", self.patch / "version.json")
+        self.assertIn("never go back", self.publish(5, *older, code=1).stderr)
+        self.publish(5)
+        self.assertEqual(self.manifest()["patcherVersion"], 28)
+        self.publish(6, *older, "--allow-older-launcher")
+        self.assertEqual(self.manifest()["patcherVersion"], 27)
+        shutil.copy(newer, self.patch / self.manifest()["patcherUrl"])
+        self.check(["launcher: launcher/", "has another digest", "it is build 28, the manifest says 27"])
+        self.assertIn("with --launcher", self.publish(7, "--allow-older-launcher", code=1).stderr)
+        self.publish(7, "--launcher", native, "--launcher-build", 29)
+        self.check(["version 6, launcher"])
 
     def test_prune(self):
         self.make_game(20)
         for version in range(1, 5):
             self.write("changing.txt", b"version %d" % version)
             self.publish(version)
-        old = [self.patch / f"files/{digest(b'version %d' % v)[:2]}/{digest(b'version %d' % v)}" for v in range(1, 5)]
+        old = [self.content(b"version %d" % v) for v in range(1, 5)]
         self.write("changing.txt", b"version 5")
         self.publish(5, "--prune", "--keep", 3)
         self.assertEqual([p.exists() for p in old], [False, False, True, True])
@@ -173,9 +212,94 @@ class Versions(PublishTest):
         self.prove()
         shutil.copy(self.patch / "history/3.json", self.patch / "version.json")
         self.check([])
-        self.publish(5, ok=False)
-        self.publish(6)
+        self.assertIn("not above version 5", self.publish(5, code=1).stderr)
+        self.publish(6, "--prune", "--keep", 2)
+        self.assertEqual([p.exists() for p in old], [False, False, True, False], "what was live stays")
         self.prove()
+        broken = self.patch / "history/3.json"
+        whole = broken.read_bytes()
+        broken.unlink()
+        broken.mkdir()
+        stored = set(self.patch.rglob("*"))
+        self.assertIn("Is a directory", self.command("--prune", "--keep", 1, code=1).stderr)
+        self.write("changing.txt", b"version 7")
+        self.assertIn("published version 7, but", self.publish(7, "--prune", "--keep", 1, code=3).stderr)
+        self.assertLessEqual(stored, set(self.patch.rglob("*")), "nothing is deleted")
+        broken.rmdir()
+        broken.write_bytes(whole)
+        self.assertIn("already published", self.publish(7, "--prune", "--keep", 1).stdout)
+        self.assertEqual([p.name for p in (self.patch / "history").iterdir()], ["7.json"])
+        self.check([])
+
+    def test_hold_and_go_live(self):
+        self.make_game(20)
+        launcher = make_launcher(self.root / "a.exe")
+        for version in (1, 2, 3):
+            self.write("changing.txt", b"version %d" % version)
+            self.publish(version, *(["--hold"] if version != 2 else ["--launcher", launcher]))
+            self.assertEqual((self.patch / "version.json").exists(), version > 1)
+        self.assertEqual(self.manifest()["version"], 2)
+        self.assertIn("already published", self.publish(3, "--hold").stdout)
+        self.assertIn("--live 3", self.publish(3, code=1).stderr)
+        self.publish(4, "--hold", "--prune", "--keep", 1)
+        self.assertIn("it has 4, 3, 2", self.command("--live", 1, code=1).stderr)
+        self.assertIn("version 3 is live: launcher build 27", self.command("--live", 3).stdout)
+        self.assertIn("live already", self.command("--live", 3).stdout)
+        self.check([])
+        self.assertTrue(self.content(b"version 2").exists())
+        self.damage(self.content(b"version 2"))
+        self.check(["version 2, file changing.txt"])
+        self.assertIn("another digest", self.command("--live", 2, code=1).stderr)
+        self.content(b"version 2").write_bytes(b"version 2")
+        (self.patch / "version.json").write_text("<html>")
+        self.command("--live", 2, "--prune", "--keep", 2)
+        self.write("changing.txt", b"version 2")
+        manifest, _ = self.prove()
+        self.assertEqual((manifest["version"], manifest["patcherVersion"]), (2, 27))
+        self.assertEqual(sorted(p.name for p in (self.patch / "history").iterdir()), ["2.json", "3.json", "4.json"])
+
+    def test_a_lost_manifest(self):
+        self.make_game(3)
+        self.publish(1)
+        self.publish(2)
+        self.publish(3, "--hold")
+        live = (self.patch / "version.json").read_bytes()
+        (self.patch / "version.json").unlink()
+        self.assertIn("--live", run("--check", self.www).stderr)
+        self.assertIn("version 2 is live again", self.publish(2, "--hold", code=1).stderr)
+        self.assertEqual((self.patch / "version.json").read_bytes(), live)
+        (self.patch / "version.json").unlink()
+        (self.patch / "history/3.json").write_text("{")
+        self.assertIn("history/3.json", self.publish(4, code=1).stderr)
+
+    def test_a_damaged_store(self):
+        self.make_game(20)
+        self.write("a..b.bin", b"first" * 1000)
+        self.publish(1)
+        sound = {place: place.read_bytes() for place in self.patch.rglob("*") if place.is_file()}
+        self.write("a..b.bin", b"other" * 1000)
+        self.publish(2)
+        self.write("a..b.bin", b"first" * 1000)
+        archive = self.patch / self.manifest()["bundles"][0]["name"]
+        for place in (self.content(b"first" * 1000), self.content(b"program"), archive):
+            self.damage(place)
+        self.check(["version 1, file a..b.bin", "file Tolmira.exe", "archive archives/"])
+        text = self.publish(3).stderr
+        self.assertEqual(text.count("was damaged"), 3, text)
+        self.check([])
+        self.assertEqual(self.prove()[0]["files"], json.loads(sound[self.patch / "version.json"])["files"])
+        self.assertEqual(archive.read_bytes(), sound[archive])
+        (self.patch / "files/00").mkdir(exist_ok=True)
+        (self.patch / f"files/00/{'0' * 64}").write_bytes(b"nothing uses this")
+        self.check(["unused: files/00/"])
+
+    def test_a_server_can_read_everything(self):
+        self.make_game(5)
+        (self.www / "patch/files").mkdir(parents=True, mode=0o700)
+        subprocess.run(["bash", "-c", 'umask 077; exec "$@"', "-", PROGRAM, "--client", self.client, "--out", self.www,
+                        "--version", "1", "--quiet"], check=True)
+        for place in self.patch.rglob("*"):
+            self.assertEqual(place.stat().st_mode & 0o777, 0o755 if place.is_dir() else 0o644, place)
 
     def test_names_that_archives_cannot_carry(self):
         self.write("a..b.txt", b"x" * 5000)
@@ -196,7 +320,7 @@ class Refusals(PublishTest):
             ("blank ", "ends in a dot"), ("a:b", "character :"), ("d:\\x", "character :"), ("back\\slash", "character \\"),
             ("tab\tname", "control"), ("what?", "character ?"), ("...", "ends in a dot"),
             ("F0.DAT", "differs only in case"), ("data/D1/FICHIER \u00c9 1.bin", "differs only in case"),
-            ("f0.DAT/inner", "directory"), ("data/d1/FICHIER \u00e9 1.bin.old", "moves"), (b"data/\xff\xfe.bin", "UTF-8"),
+            ("f0.DAT/inner", "directory"), (b"data/\xff\xfe.bin", "UTF-8"),
         ]
         for name, reason in cases:
             place = os.path.join(os.fsencode(self.client), os.fsencode(name))
@@ -204,7 +328,7 @@ class Refusals(PublishTest):
             with open(place, "wb") as out:
                 out.write(b"x")
             with self.subTest(name=name):
-                self.assertIn(reason, self.publish(2, ok=False).stderr)
+                self.assertIn(reason, self.publish(2, code=1).stderr)
             os.remove(place)
             for empty in ("dot.", "f0.DAT", "data/D1"):
                 shutil.rmtree(self.client / empty, ignore_errors=True)
@@ -214,8 +338,8 @@ class Refusals(PublishTest):
         self.make_game(3)
         (self.client / "link").symlink_to("f0.dat")
         os.mkfifo(self.client / "pipe")
-        text = self.publish(1, ok=False).stderr
-        self.assertIn("link is a symbolic link", text)
+        text = self.publish(1, code=1).stderr
+        self.assertIn("link is a link", text)
         self.assertIn("pipe is neither a file nor a directory", text)
 
     def test_what_belongs_to_an_installation_stays_out(self):
@@ -225,36 +349,74 @@ class Refusals(PublishTest):
         for name in own:
             self.write(name, b"own")
         self.write("data/ostu.ini.txt", b"game")
-        self.write("data/old.old", b"game")
-        text = self.publish(1).stderr
-        self.assertEqual([f["path"] for f in self.manifest()["files"]],
-                         ["Tolmira.exe", "data/old.old", "data/ostu.ini.txt"])
-        for name in own[:-1]:
+        stray = ["data/old.old", ".git/config", "data/.DS_Store", "data/THUMBS.DB"]
+        excluded = ["data/deep/x.pdb", "tmp/x", "data/a1.log", "notes/b", "sound/x.wav", "sound/deep/x.wav"]
+        kept = ["Tolmira.exe", "data/a12.log", "data/notes/b", "data/ostu.ini.txt", "data/tmp", "x.pdb.txt"]
+        for name in stray + excluded + kept[1:]:
+            self.write(name, b"game")
+        self.write(".publishignore", b"\xef\xbb\xbf# notes\r\n/notes \r\n\r\n*.PDB\r\nnothing*\r\nsound/**.wav\r\n")
+        text = self.publish(1, "--exclude", "tmp/", "--exclude", "data\\a?.log").stderr
+        self.assertEqual([f["path"] for f in self.manifest()["files"]], kept)
+        for name in own[:-1] + stray[2:] + [".publishignore: nothing* matches nothing", "--exclude tmp/", "\n  .git\n"]:
             self.assertIn(name, text)
+        self.write(".publishignore", b"!x")
+        self.assertIn("no exceptions", self.publish(2, code=1).stderr)
+
+    def test_case_of_every_alphabet(self):
+        """The folding of the Python library is another one's work."""
+        pairs = [(c, c.casefold()) for c in map(chr, range(0x110000)) if c != c.casefold() and len(c.casefold()) == 1]
+        for c, folded in pairs:
+            self.write(f"{ord(c)}/{c}", b"")
+            self.write(f"{ord(c)}/{folded}", b"")
+        self.assertGreater(len(pairs), 1300)
+        self.assertIn(f"and {len(pairs) - 20} more", self.publish(1, code=1).stderr)
+        for c, folded in pairs:
+            (self.client / f"{ord(c)}/{folded}").unlink()
+        self.publish(1)
+
+    def test_names_that_may_fail(self):
+        self.write("Tolmira.exe", b"")
+        for name in ("a" * 201, "b" * 200, "\u00e9"):
+            self.write(name, b"")
+        text = self.publish(1).stderr
+        self.assertIn("too long on Windows:\n  " + "a" * 201 + "\nnotice", text)
+        self.assertIn("not ASCII: on Windows they depend on the player's code page:\n  \u00e9\n", text)
 
     def test_versions_and_folders(self):
-        self.assertIn("no file to publish", self.publish(1, ok=False).stderr)
+        self.assertIn("no file to publish", self.publish(1, code=1).stderr)
         self.make_game(3)
         self.publish(5)
-        for version in (5, 4):
-            self.assertIn("not above version 5", self.publish(version, ok=False).stderr)
+        self.assertIn("already published", self.publish(5).stdout)
+        self.assertIn("not above version 5", self.publish(4, code=1).stderr)
+        self.write("f0.dat", b"another content")
+        self.assertIn("with other contents", self.publish(5, code=1).stderr)
         self.assertIn("lie in each other",
                       run("--client", self.client, "--out", self.client / "www", "--version", 6).stderr)
         self.assertIn("does not exist", run("--client", self.root / "none", "--out", self.www, "--version", 6).stderr)
         (self.patch / "version.json").write_text("<html>")
-        self.assertIn("is no manifest", self.publish(6, ok=False).stderr)
+        self.assertIn("is no manifest", self.publish(6, code=1).stderr)
         self.assertIn("nothing is published", run("--check", self.root).stderr)
 
     def test_usage(self):
         self.assertEqual(run("--help").returncode, 0)
         base = ["--client", "c", "--out", "w"]
-        for arguments in ([], base, base + ["--version", "0"], base + ["--version", "2147483648"],
-                          base + ["--version", "1x"], base + ["--version", "1", "--keep", "2"],
-                          base + ["--version", "1", "--launcher", "x"], base + ["--version", "1", "--archive-size", "0"],
-                          base + ["--version"], ["--check"], ["--check", "w", "--version", "1"], ["--nonsense"],
-                          base + ["--version", "1", "--version", "2"]):
+        full = base + ["--version", "1"]
+        cases = [
+            ([], "--client is missing"), (base, "--version is missing"), (full[2:], "--client is missing"),
+            (base + ["--version", "0"], "from 1 to 2147483647, not '0'"), (base + ["--version", "1x"], "'1x'"),
+            (base + ["--version", "2147483648"], "'2147483648'"), (base + ["--version"], "needs a value"),
+            (full + ["--exclude", ""], "needs a value"), (full + ["--keep", "2"], "--keep needs --prune"),
+            (full + ["--prune", "--keep", "0"], "--keep takes"), (full + ["--launcher-build", "1"], "needs --launcher"),
+            (full + ["--archive-size", "2048"], "from 1 to 2047"), (full + ["--version", "2"], "is given twice"),
+            (full + ["--live", "1"], "--client does not go together with --live"), (["--live", "1"], "--out is missing"),
+            (base[2:] + ["--prune", "--hold"], "--hold does not go"), (["--prune"], "--out is missing"),
+            (["--check"], "needs a value"), (["--check", "w", "--version", "1"], "--version does not go"),
+            (["--nonsense"], "unknown argument '--nonsense'"),
+        ]
+        for arguments, reason in cases:
             result = run(*arguments)
             self.assertEqual((result.returncode, result.stdout), (2, ""), arguments)
+            self.assertIn(reason, result.stderr)
             self.assertIn("--help", result.stderr)
 
     def test_a_full_disk(self):
@@ -263,8 +425,16 @@ class Refusals(PublishTest):
         result = subprocess.run([*limit, "--client", self.client, "--out", self.www, "--version", "1"],
                                 capture_output=True, text=True, timeout=60)
         self.assertEqual(result.returncode, 1)
-        self.assertIn("cannot write", result.stderr)
+        self.assertRegex(result.stderr, "cannot write .*: File too large")
         self.assertFalse((self.patch / "version.json").exists() or (self.patch / ".publish").exists())
+
+
+    def test_not_enough_space(self):
+        self.make_game(3)
+        os.truncate(self.client / "f0.dat", 8 << 40)
+        text = self.publish(1, code=1).stderr
+        self.assertIn("there is not enough space: 8.8 TB", text)
+        self.assertNotIn("hashing", text)
 
 
 class Check(PublishTest):
@@ -276,12 +446,6 @@ class Check(PublishTest):
         bundle = max(manifest["bundles"], key=lambda b: len(b["files"]))
         sound = self.root / "sound"
         shutil.copytree(self.www, sound)
-
-        def flip(name):
-            place = self.patch / name
-            data = bytearray(place.read_bytes())
-            data[len(data) // 2] ^= 1
-            place.write_bytes(data)
 
         def repack(change):
             """Replaces the archive by another sound ZIP, with its right size and digest in the manifest."""
@@ -297,18 +461,18 @@ class Check(PublishTest):
         def edit(change):
             value = self.manifest()
             change(value)
-            (self.patch / "version.json").write_text(json.dumps(value), encoding="utf-8")
+            (self.patch / "version.json").write_text(json.dumps(value, ensure_ascii=False), encoding="utf-8")
 
         cases = [
-            (lambda: flip(file["url"]), "has another digest"),
+            (lambda: self.damage(self.patch / file["url"]), "has another digest"),
             (lambda: (self.patch / file["url"]).unlink(), "is missing"),
             (lambda: (self.patch / file["url"]).write_bytes(b""), "has 0 bytes instead of 30000"),
-            (lambda: flip(bundle["name"]), "archive " + bundle["name"]),
+            (lambda: self.damage(self.patch / bundle["name"]), "archive " + bundle["name"]),
             (lambda: (self.patch / bundle["name"]).unlink(), "is missing"),
             (lambda: repack(lambda m: m[1:]), "lacks the entry " + bundle["files"][0]),
             (lambda: repack(lambda m: m + [("extra", b"")]), "holds the entry extra"),
             (lambda: repack(lambda m: [(m[0][0], b"other"), *m[1:]]), "with another content"),
-            (lambda: edit(lambda m: m["files"].append(m["files"][0])), "stands there twice"),
+            (lambda: edit(lambda m: m["files"].append(m["files"][0])), "is listed twice"),
             (lambda: edit(lambda m: m["files"][0].update(path="../x")), "its path"),
             (lambda: edit(lambda m: m["bundles"].append(m["bundles"][0])), "lists too"),
             (lambda: edit(lambda m: m["bundles"][0]["files"].append("nothing")), "is no file of the manifest"),
@@ -324,6 +488,21 @@ class Check(PublishTest):
 
 
 class Deaths(PublishTest):
+    def test_two_publishers(self):
+        self.make_game(3)
+        self.publish(1)
+        self.write("noise.bin", random.Random(SEED).randbytes(1 << 20) * 24)
+        first = subprocess.Popen([PROGRAM, "--client", self.client, "--out", self.www, "--version", "2", "--quiet"])
+        while not (self.patch / ".publish").exists() and first.poll() is None:
+            time.sleep(0.001)
+        first.send_signal(signal.SIGSTOP)
+        for arguments in (["--client", self.client, "--version", 2], ["--live", 1], ["--prune"]):
+            self.assertIn("another patch-publish is at work", self.command(*arguments, code=1).stderr)
+        first.send_signal(signal.SIGCONT)
+        self.assertEqual(first.wait(120), 0)
+        self.prove()
+
+
     def test_the_old_version_stays_until_the_new_one_is_whole(self):
         chance = random.Random(SEED)
         self.make_game(200)
@@ -358,7 +537,7 @@ class Deaths(PublishTest):
         self.write("noise.bin", random.Random(SEED).randbytes(1 << 20) * 24)
         process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version", "1"],
                                    stderr=subprocess.PIPE, text=True)
-        stored = self.patch / f"files/{digest(b'program')[:2]}/{digest(b'program')}"
+        stored = self.content(b"program")
         deadline = time.monotonic() + 30
         while not stored.exists() and time.monotonic() < deadline:
             time.sleep(0.002)

@@ -69,7 +69,7 @@ std::vector<std::string> ArchiveFindings(const fs::path& archive,
     const std::string name = reader.Name(entry);
     const auto file = missing.find(name);
     if (file == missing.end()) {
-      findings.push_back("holds the entry " + name + ", which is not listed or stands there twice");
+      findings.push_back("holds the entry " + name + ", which is not listed or is there twice");
       continue;
     }
     const std::string digest = reader.Digest(entry, digests);

@@ -25,8 +25,8 @@ FilesByPath ByPath(const PatchManifest& manifest) {
 
 class Planner {
  public:
-  Planner(const PatchManifest& manifest, const ContentStore& store, const ArchiveLimits& limits)
-      : manifest_(manifest), store_(store), limits_(limits), files_(ByPath(manifest)) {}
+  Planner(const PatchManifest& manifest, const IsStored& isStored, const ArchiveLimits& limits)
+      : manifest_(manifest), isStored_(isStored), limits_(limits), files_(ByPath(manifest)) {}
 
   void TakePrevious(const Publication& previous) {
     before_ = ByPath(previous.manifest);
@@ -65,7 +65,7 @@ class Planner {
       if (taken_.insert(file->first).second) survivors.push_back(file->second);
     }
     const bool whole = !survivors.empty() && survivors.size() == archive.bundle.files.size();
-    if (whole && store_.Has(archive.bundle.name, archive.bundle.size)) {
+    if (whole && isStored_(archive.bundle)) {
       plan_.push_back({archive.since, &archive.bundle, {}});
     } else {
       auto& loose = loose_[archive.since];
@@ -99,7 +99,7 @@ class Planner {
   }
 
   const PatchManifest& manifest_;
-  const ContentStore& store_;
+  const IsStored& isStored_;
   const ArchiveLimits& limits_;
   const FilesByPath files_;
   FilesByPath before_;
@@ -111,8 +111,8 @@ class Planner {
 }  // namespace
 
 std::vector<PlannedArchive> PlanArchives(const PatchManifest& manifest, const Publication* previous,
-                                         const ContentStore& store, const ArchiveLimits& limits) {
-  Planner planner(manifest, store, limits);
+                                         const IsStored& isStored, const ArchiveLimits& limits) {
+  Planner planner(manifest, isStored, limits);
   if (previous != nullptr) planner.TakePrevious(*previous);
   planner.TakeChanged();
   return planner.Finish();

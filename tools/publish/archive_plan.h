@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
-#include "content_store.h"
 #include "manifest_document.h"
 
 namespace patcher {
@@ -21,11 +21,15 @@ struct PlannedArchive {
   std::vector<const PatchFile*> files;  ///< what is to be packed, sorted by path
 };
 
+/// Whether a published archive is in the store as the manifest describes it.
+using IsStored = std::function<bool(const PatchBundle& archive)>;
+
 /// Decides the archives of a new version. A published archive whose files are all unchanged stays; of one
-/// that lost a file, the others are packed anew in their old group, since the launcher extracts every wanted
-/// name that an archive holds. New and changed files form the group of `manifest.version`. A file that was
-/// published outside of archives stays outside until it changes. The pointers refer to the arguments.
+/// that lost a file or is not stored, the others are packed anew in their old group, since the launcher
+/// extracts every wanted name that an archive holds. New and changed files form the group of
+/// `manifest.version`. A file that was published outside of archives stays outside until it changes. The
+/// pointers refer to the arguments.
 std::vector<PlannedArchive> PlanArchives(const PatchManifest& manifest, const Publication* previous,
-                                         const ContentStore& store, const ArchiveLimits& limits);
+                                         const IsStored& isStored, const ArchiveLimits& limits);
 
 }  // namespace patcher

@@ -1,13 +1,13 @@
 #include "archive_writer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <string>
 
 #include <miniz.h>
 
 #include "archive_contents.h"
-#include "platform/files.h"
 #include "platform/text.h"
 #include "publish_error.h"
 
@@ -53,8 +53,9 @@ bool IsWorthPacking(const fs::path& file, std::uint64_t size) {
 /// An open ZIP writer.
 class Writer {
  public:
-  explicit Writer(const fs::path& archive) {
+  explicit Writer(const fs::path& archive) : archive_(archive) {
     mz_zip_zero_struct(&zip_);
+    errno = 0;
     Require(mz_zip_writer_init_file(&zip_, platform::Utf8FromPath(archive).c_str(), 0) != 0);
   }
   ~Writer() { mz_zip_writer_end(&zip_); }
@@ -63,22 +64,27 @@ class Writer {
 
   void Add(const std::string& name, const fs::path& file, std::uint64_t size) {
     const mz_uint level = IsWorthPacking(file, size) ? kLevel : kStored;
+    errno = 0;
     Require(mz_zip_writer_add_file(&zip_, name.c_str(), platform::Utf8FromPath(file).c_str(), nullptr, 0,
                                    level) != 0);
   }
 
   void Finish() {
+    errno = 0;
     Require(mz_zip_writer_finalize_archive(&zip_) != 0);
     Require(mz_zip_writer_end(&zip_) != 0);
   }
 
  private:
+  /// The library counts a full disk as a failed reading: the system knows better.
   void Require(bool success) {
     if (success) return;
-    const char* reason = mz_zip_get_error_string(mz_zip_get_last_error(&zip_));
-    throw PublishError(std::string("cannot write an archive: ") + reason);
+    if (errno != 0) throw FileError("cannot write", archive_, StreamReason());
+    throw PublishError("cannot write " + platform::Utf8FromPath(archive_) + ": " +
+                       mz_zip_get_error_string(mz_zip_get_last_error(&zip_)));
   }
 
+  const fs::path archive_;
   mz_zip_archive zip_;
 };
 
@@ -97,10 +103,7 @@ PatchBundle WriteArchive(const ContentStore& store, const std::vector<const Patc
   }
   // Players do not hash what they extract, so this is where a damaged content would slip through.
   const std::vector<std::string> findings = ArchiveFindings(unfinished, files, hasher.Digests());
-  if (!findings.empty()) throw PublishError("a new archive " + findings.front() + "; --check tells more");
-  if (platform::FlushToDisk(unfinished) != 0) {
-    throw PublishError("cannot write " + platform::Utf8FromPath(unfinished));
-  }
+  if (!findings.empty()) throw PublishError("a new archive " + findings.front());
   const FileContent content = hasher.ReadUncounted(unfinished);
   PatchBundle bundle{ContentStore::ArchiveName(since, content.digest), content.size, content.digest, {}};
   for (const PatchFile* file : files) bundle.files.push_back(file->path);

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "case_fold.h"
+#include "shared/own_files.h"
 #include "update/manifest_paths.h"
 
 namespace patcher {
@@ -12,27 +13,16 @@ namespace {
 
 /// The launcher reads entry names into a buffer of 1,024 bytes.
 constexpr std::size_t kMaxEntryName = 1023;
+/// Windows allows 260 characters for a whole path, and the install directory comes before these.
+constexpr std::size_t kLongPath = 200;
 constexpr std::size_t kMaxComponentUnits = 255;
 
 constexpr std::array<std::string_view, 6> kDeviceNames{"con", "prn", "aux", "nul", "conin$", "conout$"};
 
-// Top-level names, in lower case.
-constexpr std::array<std::string_view, 11> kOwnFiles{
-    "patcher.ini",     "patch_manifest.json", "patcher_debug.txt", "patcher",           "patcher.exe",
-    "patcher.new.exe", "patcher.old.exe",     "patcher-stdio",     "patcher-stdio.exe", "ostu.ini",
-    "reginfo.dat"};
-constexpr std::array<std::string_view, 6> kOwnDirectories{"webview2data", "log",      "capture",
-                                                          "useraccounts", "powerups", "farmdisplay"};
-
-template <typename Table>
-bool Contains(const Table& table, std::string_view name) {
-  return std::find(table.begin(), table.end(), name) != table.end();
-}
-
 bool IsDeviceName(std::string_view component) {
   std::string name = FoldCase(component.substr(0, component.find('.')));
   while (name.ends_with(' ')) name.pop_back();
-  if (Contains(kDeviceNames, name)) return true;
+  if (HoldsName(kDeviceNames, name)) return true;
   if (!name.starts_with("com") && !name.starts_with("lpt")) return false;
   const std::string_view digit = std::string_view(name).substr(3);
   const bool superscript = digit == "\u00b9" || digit == "\u00b2" || digit == "\u00b3";
@@ -80,12 +70,24 @@ std::string NameProblem(std::string_view path) {
 }
 
 bool BelongsToInstallation(std::string_view path, bool isDirectory) {
-  const std::string name = FoldCase(path);
   const bool topLevel = path.find('/') == std::string_view::npos;
-  if (isDirectory) return topLevel && Contains(kOwnDirectories, name);
+  if (isDirectory) return topLevel && HoldsName(kPlayerDirectories, path);
+  const std::string name = FoldCase(path);
   if (name.ends_with(".part")) return true;
   if (!topLevel) return false;
-  return Contains(kOwnFiles, name) || name.ends_with(".old") || name.starts_with("_bundle");
+  return HoldsName(kLauncherWorkFiles, path) || HoldsName(kLauncherPrograms, path) ||
+         HoldsName(kOtherPrograms, path) || HoldsName(kPlayerFiles, path) || name.ends_with(".old") ||
+         name.starts_with("_bundle");
+}
+
+bool IsLongForWindows(std::string_view path) { return path.size() > kLongPath; }
+
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 128; });
+}
+
+bool IsDigest(std::string_view text) {
+  return text.size() == 64 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
 bool MayStandInArchive(std::string_view path) {
@@ -101,7 +103,7 @@ std::vector<std::string> PathClashes(const std::vector<std::string_view>& paths)
     const auto [other, added] = files.emplace(folded, path);
     if (!added) {
       clashes.push_back(std::string(path) +
-                        (other->second == path ? " stands there twice"
+                        (other->second == path ? " is listed twice"
                                                : " differs only in case from " + std::string(other->second)));
     }
     ForEachDirectory(folded, [&](std::string_view directory) { directories.emplace(directory, path); });

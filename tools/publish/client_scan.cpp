@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "client_names.h"
+#include "platform/links.h"
 #include "platform/text.h"
 #include "publish_error.h"
 
@@ -17,21 +18,22 @@ std::string Printable(std::string_view path) { return platform::WideToUtf8(platf
 
 class Scanner {
  public:
+  explicit Scanner(Exclusions& exclusions) : exclusions_(exclusions) {}
+
   void ScanDirectory(const fs::path& directory, const std::string& prefix) {
     std::error_code error;
     for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
          entry.increment(error)) {
       TakeEntry(*entry, prefix + platform::Utf8FromPath(entry->path().filename()));
     }
-    if (error) {
-      throw PublishError("cannot list " + platform::Utf8FromPath(directory) + ": " + error.message());
-    }
+    if (error) throw FileError("cannot list", directory, error);
   }
 
   ClientScan Finish() {
     std::sort(scan_.files.begin(), scan_.files.end(),
               [](const ClientFile& a, const ClientFile& b) { return a.path < b.path; });
-    std::sort(scan_.skipped.begin(), scan_.skipped.end());
+    std::sort(scan_.skipped.begin(), scan_.skipped.end(),
+              [](const SkippedEntry& a, const SkippedEntry& b) { return a.path < b.path; });
     std::vector<std::string_view> paths;
     for (const ClientFile& file : scan_.files) paths.push_back(file.path);
     for (std::string& clash : PathClashes(paths)) scan_.refused.push_back(std::move(clash));
@@ -43,13 +45,14 @@ class Scanner {
   void TakeEntry(const fs::directory_entry& entry, const std::string& path) {
     std::error_code error;
     const fs::file_status status = entry.symlink_status(error);
-    if (error) throw PublishError("cannot read the status of " + Printable(path) + ": " + error.message());
+    if (error) throw FileError("cannot read the status of", entry.path(), error);
     const bool isDirectory = fs::is_directory(status);
-    if (BelongsToInstallation(path, isDirectory)) {
-      scan_.skipped.push_back(path);
+    std::string reason = exclusions_.Reason(path, isDirectory);
+    if (!reason.empty()) {
+      scan_.skipped.push_back({Printable(path), std::move(reason)});
       return;
     }
-    if (fs::is_symlink(status)) return Refuse(path, "is a symbolic link");
+    if (platform::IsLink(entry.path())) return Refuse(path, "is a link, or cannot be told from one");
     if (!isDirectory && !fs::is_regular_file(status))
       return Refuse(path, "is neither a file nor a directory");
     std::string problem = NameProblem(path);
@@ -57,7 +60,7 @@ class Scanner {
     if (isDirectory) return ScanDirectory(entry.path(), path + '/');
     ClientFile file{path, entry.path(), entry.file_size(error), {}};
     if (!error) file.changed = entry.last_write_time(error);
-    if (error) throw PublishError("cannot read the status of " + path + ": " + error.message());
+    if (error) throw FileError("cannot read the status of", entry.path(), error);
     scan_.files.push_back(std::move(file));
   }
 
@@ -65,17 +68,14 @@ class Scanner {
     scan_.refused.push_back(Printable(path) + " " + reason);
   }
 
+  Exclusions& exclusions_;
   ClientScan scan_;
 };
 
 }  // namespace
 
-ClientScan ScanClient(const fs::path& client) {
-  std::error_code error;
-  if (!fs::is_directory(client, error)) {
-    throw PublishError("the client directory " + platform::Utf8FromPath(client) + " does not exist");
-  }
-  Scanner scanner;
+ClientScan ScanClient(const fs::path& client, Exclusions& exclusions) {
+  Scanner scanner(exclusions);
   scanner.ScanDirectory(client, "");
   return scanner.Finish();
 }

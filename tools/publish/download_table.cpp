@@ -7,9 +7,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "history.h"
 #include "progress.h"
-#include "publish_error.h"
 
 namespace patcher {
 namespace {
@@ -71,20 +69,19 @@ DownloadCost CostOfUpdate(const Publication& current, const PatchManifest* insta
   return cost;
 }
 
-std::string DownloadTable(const ContentStore& store, const Publication& current) {
+std::string DownloadTable(const ContentStore& store, const History& history, const Publication& current) {
   std::string table = "  player                      files  archives   bytes to fetch\n";
   table += Row("new", CostOfUpdate(current, nullptr));
   std::size_t behind = 0;
-  for (const std::int32_t version : PublishedVersions(store)) {
-    if (version >= current.manifest.version || behind == kMaxEarlierVersions) continue;
+  for (const PublishedVersion& version : history) {
+    if (version.version >= current.manifest.version || version.held || behind == kMaxEarlierVersions)
+      continue;
     ++behind;
-    const std::string who = std::to_string(behind) + " behind (version " + std::to_string(version) + ")";
-    try {
-      const auto earlier = ReadPublication(HistoryFile(store, version));
-      if (earlier) table += Row(who, CostOfUpdate(current, &earlier->manifest));
-    } catch (const PublishError& error) {
-      table += "  " + who + ": " + error.what() + "\n";
-    }
+    const std::string who =
+        std::to_string(behind) + " behind (version " + std::to_string(version.version) + ")";
+    const auto earlier = version.problem.empty() ? ReadPublication(HistoryFile(store, version.version))
+                                                 : std::optional<Publication>();
+    if (earlier) table += Row(who, CostOfUpdate(current, &earlier->manifest));
   }
   return table;
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "content_store.h"
+#include "history.h"
 #include "manifest_document.h"
 
 namespace patcher {
@@ -19,7 +20,7 @@ struct DownloadCost {
 /// `installed` is the version that the player has completely, or null for an empty directory.
 DownloadCost CostOfUpdate(const Publication& current, const PatchManifest* installed);
 
-/// Lines of a table: a new player, and players of the newest earlier versions.
-std::string DownloadTable(const ContentStore& store, const Publication& current);
+/// Lines of a table: a new player, and players of the newest earlier versions that were live.
+std::string DownloadTable(const ContentStore& store, const History& history, const Publication& current);
 
 }  // namespace patcher

@@ -1,9 +1,8 @@
 #include "file_hasher.h"
 
+#include <cerrno>
 #include <fstream>
 
-#include "platform/files.h"
-#include "platform/text.h"
 #include "publish_error.h"
 
 namespace patcher {
@@ -27,24 +26,30 @@ FileContent FileHasher::ReadUncounted(const fs::path& file) {
 }
 
 FileContent FileHasher::Copy(const fs::path& file, const fs::path& copy) {
+  errno = 0;
   std::ofstream out(copy, std::ios::binary | std::ios::trunc);
-  FileContent content = Read(file, [&](const char* block, std::streamsize size) { out.write(block, size); });
+  FileContent content = Read(file, [&](const char* block, std::streamsize size) {
+    errno = 0;
+    if (!out.write(block, size)) throw FileError("cannot write", copy, StreamReason());
+  });
+  errno = 0;
   out.close();
-  if (!out || platform::FlushToDisk(copy) != 0) {
-    throw PublishError("cannot write " + platform::Utf8FromPath(copy));
-  }
+  if (!out) throw FileError("cannot write", copy, StreamReason());
   return content;
 }
 
 FileContent FileHasher::Read(const fs::path& file, const BlockTaker& take) {
   std::ifstream in;
   in.rdbuf()->pubsetbuf(nullptr, 0);
+  errno = 0;
   in.open(file, std::ios::binary);
-  if (!in) throw PublishError("cannot open " + platform::Utf8FromPath(file));
+  if (!in) throw FileError("cannot open", file, StreamReason());
   platform::DigestHash hash = sha256_.BeginHash();
   FileContent content;
   while (in) {
+    errno = 0;
     in.read(block_.get(), kBlockSize);
+    if (in.bad()) throw FileError("cannot read", file, StreamReason());
     const std::streamsize count = in.gcount();
     if (count <= 0) break;
     hash.Update(block_.get(), static_cast<std::size_t>(count));
@@ -52,7 +57,6 @@ FileContent FileHasher::Read(const fs::path& file, const BlockTaker& take) {
     content.size += static_cast<std::uint64_t>(count);
   }
   content.digest = sha256_.FinishHex(hash);
-  if (in.bad()) throw PublishError("cannot read " + platform::Utf8FromPath(file));
   return content;
 }
 

@@ -7,18 +7,17 @@
 #include <system_error>
 
 #include "platform/text.h"
+#include "publish_error.h"
 
 namespace patcher {
+namespace {
 
 namespace fs = std::filesystem;
 
-fs::path HistoryFile(const ContentStore& store, std::int32_t version) {
-  return store.HistoryFolder() / (std::to_string(version) + ".json");
-}
-
-std::vector<std::int32_t> PublishedVersions(const ContentStore& store) {
+std::vector<std::int32_t> VersionsInFolder(const ContentStore& store) {
   std::vector<std::int32_t> versions;
   std::error_code error;
+  if (!fs::exists(store.HistoryFolder(), error) && !error) return versions;
   for (fs::directory_iterator entry(store.HistoryFolder(), error), end; !error && entry != end;
        entry.increment(error)) {
     const std::string name = platform::Utf8FromPath(entry->path().stem());
@@ -27,8 +26,94 @@ std::vector<std::int32_t> PublishedVersions(const ContentStore& store) {
     const bool whole = failure == std::errc() && rest == name.data() + name.size();
     if (whole && version > 0 && entry->path() == HistoryFile(store, version)) versions.push_back(version);
   }
+  if (error) throw FileError("cannot list", store.HistoryFolder(), error);
   std::sort(versions.begin(), versions.end(), std::greater<>());
   return versions;
+}
+
+PublishedVersion ReadVersion(const ContentStore& store, std::int32_t version) {
+  PublishedVersion entry;
+  entry.version = version;
+  const fs::path file = HistoryFile(store, version);
+  try {
+    const auto publication = ReadPublication(file);
+    if (!publication) {
+      entry.problem = platform::Utf8FromPath(file) + " has gone";
+    } else if (publication->manifest.version != version) {
+      entry.problem = platform::Utf8FromPath(file) + " is the manifest of version " +
+                      std::to_string(publication->manifest.version);
+    } else {
+      entry.sequence = publication->sequence;
+      entry.held = publication->held;
+      entry.launcher = LauncherOf(*publication);
+    }
+  } catch (const PublishError& error) {
+    entry.problem = error.what();
+  }
+  return entry;
+}
+
+}  // namespace
+
+fs::path HistoryFile(const ContentStore& store, std::int32_t version) {
+  return store.HistoryFolder() / (std::to_string(version) + ".json");
+}
+
+History ReadHistory(const ContentStore& store) {
+  History history;
+  for (const std::int32_t version : VersionsInFolder(store)) history.push_back(ReadVersion(store, version));
+  return history;
+}
+
+const PublishedVersion* FindVersion(const History& history, std::int32_t version) {
+  const auto found = std::find_if(history.begin(), history.end(),
+                                  [version](const PublishedVersion& v) { return v.version == version; });
+  return found != history.end() ? &*found : nullptr;
+}
+
+std::vector<const PublishedVersion*> ByTime(const History& history) {
+  std::vector<const PublishedVersion*> versions;
+  for (const PublishedVersion& version : history) {
+    if (!version.held && version.problem.empty()) versions.push_back(&version);
+  }
+  // Manifests of earlier releases all have the sequence 0: their numbers order them.
+  std::stable_sort(
+      versions.begin(), versions.end(),
+      [](const PublishedVersion* a, const PublishedVersion* b) { return a->sequence > b->sequence; });
+  return versions;
+}
+
+std::uint64_t NextSequence(const History& history, const Publication* live) {
+  // A copy that cannot be read may have had a higher number than the others. Gaps do no harm.
+  constexpr std::uint64_t kRoomForUnknown = 1000;
+  std::uint64_t highest = live != nullptr ? live->sequence : 0;
+  std::uint64_t room = 0;
+  for (const PublishedVersion& version : history) {
+    highest = std::max(highest, version.sequence);
+    if (!version.problem.empty()) room += kRoomForUnknown;
+  }
+  return highest + room + 1;
+}
+
+AnnouncedLauncher NewestLauncher(const History& history, const Publication* live) {
+  AnnouncedLauncher newest = live != nullptr ? LauncherOf(*live) : AnnouncedLauncher();
+  for (const PublishedVersion* version : ByTime(history)) {
+    if (version->launcher.build > newest.build) newest = version->launcher;
+  }
+  return newest;
+}
+
+void KeepCopy(const ContentStore& store, const Publication& live) {
+  if (live.manifest.version < 1) return;
+  const fs::path copy = HistoryFile(store, live.manifest.version);
+  try {
+    const auto kept = ReadPublication(copy);
+    if (kept && kept->text == live.text) return;
+  } catch (const PublishError&) {
+    // A copy that cannot be read is replaced as well.
+  }
+  store.WriteDocument(copy, live.text);
+  store.FlushFolder(store.HistoryFolder());
 }
 
 }  // namespace patcher

@@ -1,6 +1,10 @@
 #include "manifest_document.h"
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <system_error>
 #include <unordered_map>
@@ -8,6 +12,7 @@
 #include "minijson/minijson.h"
 #include "platform/text.h"
 #include "publish_error.h"
+#include "update/manifest_paths.h"
 
 namespace patcher {
 namespace {
@@ -17,29 +22,52 @@ namespace fs = std::filesystem;
 using MiniJson::Value;
 using MiniJson::WriteString;
 
+/// Numbers of JSON are doubles here: above 2^53 they are not exact.
+template <typename Integer>
+constexpr double kHighest = std::min(static_cast<double>(std::numeric_limits<Integer>::max()),
+                                     9007199254740992.0);
+
 std::string ReadText(const fs::path& file) {
+  errno = 0;
   std::ifstream in(file, std::ios::binary);
-  std::ostringstream text;
-  if (in.peek() != std::ifstream::traits_type::eof()) text << in.rdbuf();
-  if (!in.is_open() || in.bad()) throw PublishError("cannot read " + platform::Utf8FromPath(file));
-  return text.str();
+  std::string text;
+  std::array<char, 65536> block;
+  while (in) {
+    errno = 0;
+    in.read(block.data(), block.size());
+    text.append(block.data(), static_cast<std::size_t>(in.gcount()));
+    if (text.size() > kMaxManifestSize) break;
+  }
+  if (!in.is_open() || in.bad()) throw FileError("cannot read", file, StreamReason());
+  return text;
 }
 
-/// The number "since" of each archive, by name. The text has been parsed before.
-std::unordered_map<std::string, std::int32_t> ReadSince(const std::string& text) {
-  std::unordered_map<std::string, std::int32_t> since;
+/// A whole number from 0 to the highest of its type; 0 for anything else.
+template <typename Integer>
+Integer NumberMember(const Value& object, std::string_view key) {
+  const Value* member = object.Find(key);
+  const double number = member != nullptr ? member->AsNumber(0) : 0;
+  return number >= 0 && number <= kHighest<Integer> ? static_cast<Integer>(number) : Integer{0};
+}
+
+/// Reads what only this program needs. The text has been parsed before.
+void ReadOwnKeys(Publication& publication) {
   std::size_t position = 0;
-  const Value document = MiniJson::Parse(text, position);
-  const Value* bundles = document.Find("bundles");
-  if (bundles == nullptr) return since;
-  for (const Value& bundle : bundles->arrayItems) {
-    const Value* name = bundle.Find("name");
-    const Value* number = bundle.Find("since");
-    if (name == nullptr || number == nullptr) continue;
-    const double version = number->AsNumber(0);
-    if (version >= 0 && version <= INT32_MAX) since[name->AsString("")] = static_cast<std::int32_t>(version);
+  const Value document = MiniJson::Parse(publication.text, position);
+  publication.sequence = NumberMember<std::uint64_t>(document, "sequence");
+  const Value* held = document.Find("held");
+  publication.held = held != nullptr && held->boolValue;
+  const Value* digest = document.Find("patcherSha256");
+  if (digest != nullptr) publication.launcherDigest = digest->AsString("");
+
+  std::unordered_map<std::string, std::int32_t> since;
+  if (const Value* bundles = document.Find("bundles")) {
+    for (const Value& bundle : bundles->arrayItems) {
+      const Value* name = bundle.Find("name");
+      if (name != nullptr) since[name->AsString("")] = NumberMember<std::int32_t>(bundle, "since");
+    }
   }
-  return since;
+  for (PublishedArchive& archive : publication.archives) archive.since = since[archive.bundle.name];
 }
 
 void WriteArchive(std::ostream& out, const PublishedArchive& archive) {
@@ -64,32 +92,58 @@ void WriteFile(std::ostream& out, const PatchFile& file) {
   out << "}";
 }
 
+/// Launchers refuse a manifest as a whole; none that they would refuse may be published.
+void RequireAcceptable(const std::string& text) {
+  PatchManifest parsed;
+  std::string reason;
+  if (!ParsePatchManifest(text, parsed, reason)) {
+    throw PublishError("launchers would not accept this manifest: " + reason);
+  }
+  if (!PathsAreUsable(parsed)) throw PublishError("launchers would not accept the paths of this manifest");
+}
+
 }  // namespace
+
+AnnouncedLauncher LauncherOf(const Publication& publication) {
+  const PatchManifest& manifest = publication.manifest;
+  return {manifest.patcherVersion, manifest.patcherUrl, publication.launcherDigest};
+}
+
+void Announce(Publication& publication, const AnnouncedLauncher& launcher) {
+  publication.manifest.patcherVersion = launcher.build;
+  publication.manifest.patcherUrl = launcher.name;
+  publication.launcherDigest = launcher.sha256;
+}
 
 std::optional<Publication> ReadPublication(const fs::path& file) {
   std::error_code error;
   if (!fs::exists(file, error) && !error) return std::nullopt;
+  if (error) throw FileError("cannot read", file, error);
   Publication publication;
   publication.text = ReadText(file);
   std::string reason;
   if (!ParsePatchManifest(publication.text, publication.manifest, reason)) {
     throw PublishError(platform::Utf8FromPath(file) + " is no manifest: " + reason);
   }
-  const auto since = ReadSince(publication.text);
   for (PatchBundle& bundle : publication.manifest.bundles) {
-    const auto number = since.find(bundle.name);
-    publication.archives.push_back({std::move(bundle), number == since.end() ? 0 : number->second});
+    publication.archives.push_back({std::move(bundle), 0});
   }
   publication.manifest.bundles.clear();
+  ReadOwnKeys(publication);
   return publication;
 }
 
 std::string ManifestText(const Publication& publication) {
   const PatchManifest& manifest = publication.manifest;
   std::ostringstream out;
-  out << "{\n  \"version\": " << manifest.version << ",\n  \"patcherVersion\": " << manifest.patcherVersion
-      << ",\n  \"patcherUrl\": ";
+  out << "{\n  \"version\": " << manifest.version << ",\n  \"sequence\": " << publication.sequence;
+  if (publication.held) out << ",\n  \"held\": true";
+  out << ",\n  \"patcherVersion\": " << manifest.patcherVersion << ",\n  \"patcherUrl\": ";
   WriteString(out, manifest.patcherUrl);
+  if (!publication.launcherDigest.empty()) {
+    out << ",\n  \"patcherSha256\": ";
+    WriteString(out, publication.launcherDigest);
+  }
   out << ",\n  \"bundles\": [";
   const char* separator = "\n";
   for (const PublishedArchive& archive : publication.archives) {
@@ -105,7 +159,9 @@ std::string ManifestText(const Publication& publication) {
     separator = ",\n";
   }
   out << "\n  ]\n}\n";
-  return out.str();
+  std::string text = out.str();
+  RequireAcceptable(text);
+  return text;
 }
 
 }  // namespace patcher

@@ -17,18 +17,34 @@ struct PublishedArchive {
   std::int32_t since = 0;
 };
 
+/// The launcher that a manifest announces.
+struct AnnouncedLauncher {
+  std::int32_t build = 0;
+  std::string name;    ///< below "/patch/"; empty: none is announced
+  std::string sha256;  ///< empty in manifests of earlier releases
+};
+
 /// A manifest as it was or will be published. The archives stand in `archives`, not in `manifest.bundles`.
 struct Publication {
   PatchManifest manifest;
   std::vector<PublishedArchive> archives;
-  std::string text;  ///< the document itself
+  std::string launcherDigest;  ///< AnnouncedLauncher::sha256; the other two fields are in `manifest`
+  /// Raised with every document that is published or put live: orders them in time. 0 in manifests of earlier
+  /// releases.
+  std::uint64_t sequence = 0;
+  bool held = false;  ///< published without going live so far
+  std::string text;   ///< the document itself, with whatever follows the JSON value
 };
+
+AnnouncedLauncher LauncherOf(const Publication& publication);
+void Announce(Publication& publication, const AnnouncedLauncher& launcher);
 
 /// Reads a published manifest; nothing if there is no such file. Raises PublishError if it cannot be read or
 /// is no manifest.
 std::optional<Publication> ReadPublication(const std::filesystem::path& file);
 
-/// The document of `manifest` and `archives`.
+/// The JSON value of a publication, with a line feed at the end. Raises PublishError if launchers would not
+/// accept it.
 std::string ManifestText(const Publication& publication);
 
 }  // namespace patcher

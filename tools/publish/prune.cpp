@@ -1,12 +1,18 @@
 #include "prune.h"
 
+#include <set>
 #include <string>
 #include <system_error>
 #include <unordered_set>
 #include <vector>
 
-#include "history.h"
+#include "live_manifest.h"
+#include "platform/standard_streams.h"
 #include "platform/text.h"
+#include "progress.h"
+#include "publish_error.h"
+#include "shared/retry_while_held.h"
+#include "store_session.h"
 
 namespace patcher {
 namespace {
@@ -14,6 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 using Names = std::unordered_set<std::string>;
+using Versions = std::set<std::int32_t>;
 
 void AddNames(const Publication& publication, Names& used) {
   for (const PatchFile& file : publication.manifest.files) used.insert(file.url);
@@ -21,12 +28,31 @@ void AddNames(const Publication& publication, Names& used) {
   used.insert(publication.manifest.patcherUrl);
 }
 
+Versions KeptVersions(const History& history, std::int32_t live, std::optional<std::int32_t> before,
+                      std::size_t keep) {
+  Versions kept{live};
+  if (before && kept.size() < keep) kept.insert(*before);
+  for (const PublishedVersion* version : ByTime(history)) {
+    if (kept.size() < keep) kept.insert(version->version);
+  }
+  for (const PublishedVersion& version : history) {
+    if (version.held && version.version > live) kept.insert(version.version);
+  }
+  return kept;
+}
+
+void AddNamesOf(const ContentStore& store, std::int32_t version, Names& used) {
+  const auto publication = ReadPublication(HistoryFile(store, version));
+  if (!publication) throw PublishError("the copy of version " + std::to_string(version) + " has gone");
+  AddNames(*publication, used);
+}
+
 class Deleter {
  public:
-  Deleter(const ContentStore& store, const Names& used) : store_(store), used_(used) {}
+  explicit Deleter(const ContentStore& store) : store_(store) {}
 
   /// Deletes the unused contents below a folder of the store.
-  void Sweep(const char* folder) {
+  void Sweep(const char* folder, const Names& used) {
     std::vector<fs::path> unused;
     std::error_code error;
     for (fs::recursive_directory_iterator entry(store_.Root() / folder, error), end; !error && entry != end;
@@ -34,50 +60,85 @@ class Deleter {
       if (!entry->is_regular_file(error)) continue;
       const fs::path name = entry->path().lexically_relative(store_.Root());
       const std::u8string generic = name.generic_u8string();
-      if (used_.count(std::string(generic.begin(), generic.end())) == 0) unused.push_back(entry->path());
+      if (used.count(std::string(generic.begin(), generic.end())) == 0) unused.push_back(entry->path());
     }
+    if (error) Fail(store_.Root() / folder, error);
     for (const fs::path& file : unused) Delete(file);
   }
 
   void Delete(const fs::path& file) {
     std::error_code error;
     const std::uint64_t size = fs::file_size(file, error);
-    if (error || !fs::remove(file, error) || error) return;
+    RetryWhileHeld([&] {
+      fs::remove(file, error);
+      return error.value();
+    });
+    if (error) return Fail(file, error);
     ++result_.files;
     result_.bytes += size;
+  }
+
+  void RequireSuccess() const {
+    if (!failure_.empty()) throw PublishError(failure_);
   }
 
   PruneResult Result() const { return result_; }
 
  private:
+  /// Goes on with the others: what is left is deleted by the next pruning.
+  void Fail(const fs::path& place, const std::error_code& error) {
+    if (failure_.empty()) failure_ = FileError("cannot delete", place, error).what();
+  }
+
   const ContentStore& store_;
-  const Names& used_;
   PruneResult result_;
+  std::string failure_;
 };
 
 }  // namespace
 
-PruneResult Prune(const ContentStore& store, const Publication& current, std::size_t keep) {
-  const std::int32_t version = current.manifest.version;
-  Names used;
-  AddNames(current, used);
-  std::size_t kept = 1;
-  std::vector<std::int32_t> dropped;
-  for (const std::int32_t other : PublishedVersions(store)) {
-    if (other == version) continue;
-    if (kept == keep) {
-      dropped.push_back(other);
-      continue;
+PruneResult Prune(const ContentStore& store, const Publication& live, std::optional<std::int32_t> before,
+                  std::size_t keep) {
+  const History history = ReadHistory(store);
+  for (const PublishedVersion& version : history) {
+    if (!version.problem.empty()) {
+      throw PublishError("nothing is pruned, since the history cannot be read: " + version.problem);
     }
-    ++kept;
-    const auto publication = ReadPublication(HistoryFile(store, other));
-    if (publication) AddNames(*publication, used);
   }
-  Deleter deleter(store, used);
-  // The copies first: none of those that stay may name a content that is gone.
-  for (const std::int32_t other : dropped) deleter.Delete(HistoryFile(store, other));
-  for (const char* folder : {"files", "archives", "launcher"}) deleter.Sweep(folder);
+  const Versions kept = KeptVersions(history, live.manifest.version, before, keep);
+  Names used;
+  AddNames(live, used);
+  Deleter deleter(store);
+  std::vector<fs::path> dropped;
+  for (const PublishedVersion& version : history) {
+    if (kept.count(version.version) != 0) {
+      AddNamesOf(store, version.version, used);
+    } else {
+      dropped.push_back(HistoryFile(store, version.version));
+    }
+  }
+  // The copies first: none that stays may name a content that has gone, not even after a power cut.
+  for (const fs::path& copy : dropped) deleter.Delete(copy);
+  deleter.RequireSuccess();
+  store.FlushFolder(store.HistoryFolder());
+  for (const char* folder : {"files", "archives", "launcher"}) deleter.Sweep(folder, used);
+  deleter.RequireSuccess();
   return deleter.Result();
+}
+
+std::string PruneText(const PruneResult& result) {
+  return "pruned " + std::to_string(result.files) + " files, " + ReadableBytes(result.bytes);
+}
+
+void PruneFolder(const fs::path& www, std::size_t keep, bool quiet) {
+  const ContentStore store(www);
+  RequireStore(store);
+  const StoreSession session(store);
+  Progress progress(quiet);
+  const auto live = ReadLive(store, ReadHistory(store), progress);
+  if (!live) throw PublishError("nothing is live: nothing is pruned");
+  const PruneResult pruned = Prune(store, *live, std::nullopt, keep);
+  if (!quiet) platform::WriteLine(PruneText(pruned));
 }
 
 }  // namespace patcher

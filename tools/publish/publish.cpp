@@ -1,45 +1,43 @@
 #include "publish.h"
 
 #include <algorithm>
-#include <fstream>
 #include <system_error>
 
-#include "all_cores.h"
-#include "archive_writer.h"
+#include "archive_set.h"
+#include "client_contents.h"
+#include "client_notices.h"
 #include "client_scan.h"
 #include "content_store.h"
 #include "download_table.h"
+#include "exclusions.h"
+#include "free_space.h"
 #include "history.h"
+#include "launcher_file.h"
+#include "launcher_store.h"
+#include "live_manifest.h"
 #include "manifest_document.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
 #include "progress.h"
 #include "prune.h"
 #include "publish_error.h"
+#include "store_session.h"
 
 namespace patcher {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMaxListed = 20;
-
-/// An empty work folder while it lives.
-class WorkFolder {
- public:
-  explicit WorkFolder(ContentStore& store) : store_(store) { store_.OpenForWriting(); }
-  ~WorkFolder() { store_.RemoveWorkFolder(); }
-  WorkFolder(const WorkFolder&) = delete;
-  WorkFolder& operator=(const WorkFolder&) = delete;
-
- private:
-  ContentStore& store_;
-};
-
-struct ArchiveCount {
-  std::size_t kept = 0;
-  std::size_t built = 0;
-};
+/// Whether `inner` is in `outer` or is the same folder, however the two are spelled.
+bool LiesIn(const fs::path& inner, const fs::path& outer) {
+  std::error_code error;
+  fs::path folder = fs::weakly_canonical(fs::absolute(inner), error);
+  for (;;) {
+    if (fs::equivalent(folder, outer, error) && !error) return true;
+    if (!folder.has_relative_path()) return false;
+    folder = folder.parent_path();
+  }
+}
 
 /// One publication on its way.
 class Publisher {
@@ -48,226 +46,197 @@ class Publisher {
       : request_(request), store_(request.www), progress_(request.quiet) {}
 
   void Run() {
-    RefuseNesting();
-    previous_ = ReadPublication(store_.ManifestFile());
-    RequireNewVersion();
-    const ClientScan scan = Scan();
-    WorkFolder work(store_);
-    KeepHistory();
-    StoreContents(scan);
-    StoreLauncher();
-    BuildArchives();
-    RequireUnchanged(scan);
-    ReplaceManifest();
-    Report();
-    if (request_.keep > 0) ReportPruning(Prune(store_, next_, request_.keep));
+    RequireFolders();
+    if (request_.launcher) {
+      launcherBuild_ = LauncherBuild(request_.launcher->file, request_.launcher->build);
+    }
+    Exclusions exclusions(request_.client, request_.excluded);
+    const StoreSession session(store_);
+    ReadStore();
+    RequireLauncherOrder();
+    const ClientScan scan = ScanClient(request_.client, exclusions);
+    GiveNotices(scan, exclusions, progress_);
+    if (IsPublished(scan)) {
+      Finish("version " + std::to_string(request_.version) + " is already published", Previous());
+      return;
+    }
+    RequireSpace(scan, store_, progress_);
+    if (previous_) KeepCopy(store_, *previous_);
+    Prepare(scan);
+    RequireUnchanged(scan, ScanClient(request_.client, exclusions));
+    Commit();
   }
 
  private:
-  void RefuseNesting() const {
+  void RequireFolders() const {
     std::error_code error;
-    const fs::path client = fs::weakly_canonical(request_.client, error);
-    const fs::path published = fs::weakly_canonical(store_.Root(), error);
-    const auto holds = [](const fs::path& outer, const fs::path& inner) {
-      return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
-    };
-    if (holds(client, published) || holds(published, client)) {
+    if (!fs::is_directory(request_.client, error)) {
+      throw PublishError("the client directory " + platform::Utf8FromPath(request_.client) +
+                         " does not exist");
+    }
+    if (LiesIn(store_.Root(), request_.client) || LiesIn(request_.client, store_.Root())) {
       throw PublishError("the client directory and the published folder must not lie in each other");
     }
   }
 
-  void RequireNewVersion() const {
+  void ReadStore() {
+    history_ = ReadHistory(store_);
+    for (const PublishedVersion& version : history_) {
+      if (!version.problem.empty()) {
+        progress_.Notice("the history is damaged; delete this copy, or get it from a backup: " +
+                         version.problem);
+      }
+    }
+    previous_ = ReadLive(store_, history_, progress_);
+    newestLauncher_ = NewestLauncher(history_, Previous());
+  }
+
+  const Publication* Previous() const { return previous_ ? &*previous_ : nullptr; }
+
+  void RequireLauncherOrder() const {
+    if (!request_.launcher || request_.allowOlderLauncher || launcherBuild_ >= newestLauncher_.build) return;
+    throw PublishError("launcher build " + std::to_string(launcherBuild_) + " is below build " +
+                       std::to_string(newestLauncher_.build) +
+                       ", which has been published, and launchers never go back; --allow-older-launcher "
+                       "announces it nevertheless");
+  }
+
+  /// Whether an earlier run has published this version, from this client. Raises PublishError if the number
+  /// is used up in another way.
+  bool IsPublished(const ClientScan& scan) {
+    const PublishedVersion* copy = FindVersion(history_, request_.version);
+    const bool isHeld = copy != nullptr && copy->held;
+    std::optional<Publication> published;
+    if (previous_ && previous_->manifest.version == request_.version) {
+      if (!request_.hold) published = previous_;
+    } else if (isHeld && request_.hold) {
+      published = ReadPublication(HistoryFile(store_, request_.version));
+    }
+    if (published) {
+      RequireSame(*published, scan);
+      return true;
+    }
+    const std::string number = std::to_string(request_.version);
+    if (isHeld) throw PublishError("version " + number + " is published and held: --live " + number);
     std::int32_t newest = previous_ ? previous_->manifest.version : 0;
-    const std::vector<std::int32_t> published = PublishedVersions(store_);
-    if (!published.empty()) newest = std::max(newest, published.front());
-    if (request_.version <= newest) {
-      throw PublishError("version " + std::to_string(request_.version) + " is not above version " +
-                         std::to_string(newest) + ", which has been published");
+    if (!history_.empty()) newest = std::max(newest, history_.front().version);
+    if (request_.version > newest) return false;
+    throw PublishError("version " + number + " is not above version " + std::to_string(newest) +
+                       ", which has been published");
+  }
+
+  void RequireSame(const Publication& published, const ClientScan& scan) {
+    const std::vector<PatchFile>& before = published.manifest.files;
+    const auto sameSize = [](const PatchFile& a, const ClientFile& b) {
+      return a.path == b.path && a.size == b.size;
+    };
+    bool same = std::equal(before.begin(), before.end(), scan.files.begin(), scan.files.end(), sameSize);
+    if (same) {
+      const std::vector<PatchFile> files = HashContents(scan, progress_);
+      same = std::equal(before.begin(), before.end(), files.begin(), files.end(),
+                        [](const PatchFile& a, const PatchFile& b) { return a.sha256 == b.sha256; });
+    }
+    if (same && request_.launcher) {
+      same = ContentStore::LauncherName(FileHasher(progress_).Read(request_.launcher->file).digest) ==
+             published.manifest.patcherUrl;
+    }
+    if (!same) {
+      throw PublishError("version " + std::to_string(request_.version) +
+                         " has been published with other contents: a new version needs a number above it");
     }
   }
 
-  ClientScan Scan() {
-    ClientScan scan = ScanClient(request_.client);
-    for (const std::string& path : scan.skipped) {
-      progress_.Notice("not published, since it belongs to an installation: " + path);
-    }
-    if (!scan.refused.empty()) throw PublishError(ListRefused(scan.refused));
-    if (scan.files.empty()) {
-      throw PublishError("there is no file to publish in " + platform::Utf8FromPath(request_.client));
-    }
-    const auto isProgram = [](const ClientFile& file) { return file.path == "Tolmira.exe"; };
-    if (std::none_of(scan.files.begin(), scan.files.end(), isProgram)) {
-      progress_.Notice("there is no Tolmira.exe: players could not start this game");
-    }
-    return scan;
-  }
-
-  static std::string ListRefused(const std::vector<std::string>& refused) {
-    std::string text = "these names cannot be published:";
-    for (std::size_t i = 0; i < refused.size() && i < kMaxListed; ++i) text += "\n  " + refused[i];
-    if (refused.size() > kMaxListed) {
-      text += "\n  and " + std::to_string(refused.size() - kMaxListed) + " more";
-    }
-    return text;
-  }
-
-  /// A run that died behind the replacement of the manifest left no copy of it.
-  void KeepHistory() const {
-    if (!previous_) return;
-    std::error_code error;
-    const fs::path copy = HistoryFile(store_, previous_->manifest.version);
-    if (!fs::exists(copy, error)) store_.WriteDocument(copy, previous_->text);
-  }
-
-  void StoreContents(const ClientScan& scan) {
-    std::error_code error;
-    const bool anythingStored = !fs::is_empty(store_.Root() / "files", error);
-    std::uint64_t bytes = 0;
-    for (const ClientFile& file : scan.files) bytes += file.size;
+  void Prepare(const ClientScan& scan) {
+    ContentProof proof(store_);
     next_.manifest.version = request_.version;
-    next_.manifest.files.resize(scan.files.size());
-    progress_.Begin("hashing", scan.files.size(), bytes);
-    RunOnAllCores(scan.files.size(), progress_, [&](std::size_t index, FileHasher& hasher) {
-      const ClientFile& file = scan.files[index];
-      const std::string digest = StoreContent(file, std::to_string(index), anythingStored, hasher);
-      next_.manifest.files[index] = {file.path, file.size, digest, ContentStore::FileName(digest)};
-      progress_.ItemDone();
-    });
-    progress_.End();
+    next_.manifest.files = StoreContents(scan, store_, proof, progress_);
+    Announce(next_, Launcher());
+    ArchiveSet set = MakeArchives(next_.manifest, Previous(), store_, proof, request_.limits, progress_);
+    next_.archives = std::move(set.archives);
+    archivesKept_ = set.kept;
+    archivesBuilt_ = set.built;
+    next_.sequence = NextSequence(history_, Previous());
+    next_.held = request_.hold;
+    next_.text = ManifestText(next_);
   }
 
-  /// Stores a file's content unless it is there; returns its digest. Where contents lie already, most are
-  /// unchanged: they are read only. Otherwise one pass reads, writes and hashes.
-  std::string StoreContent(const ClientFile& file, const std::string& workKey, bool probablyStored,
-                           FileHasher& hasher) const {
-    if (probablyStored) {
-      const FileContent content = hasher.Read(file.place);
-      RequireSize(file, content);
-      if (store_.Has(ContentStore::FileName(content.digest), content.size)) return content.digest;
+  AnnouncedLauncher Launcher() {
+    if (!request_.launcher) {
+      const bool live = request_.allowOlderLauncher && previous_;
+      return ProveLauncher(live ? LauncherOf(*previous_) : newestLauncher_, store_, progress_);
     }
-    const fs::path copy = store_.WorkFile(workKey);
-    const FileContent content = hasher.Copy(file.place, copy);
-    RequireSize(file, content);
-    if (!probablyStored) hasher.Count(content.size);
-    const std::string name = ContentStore::FileName(content.digest);
-    if (store_.Has(name, content.size)) {
-      fs::remove(copy);
-    } else {
-      store_.PutInPlace(copy, store_.Place(name));
+    AnnouncedLauncher launcher = StoreLauncher(request_.launcher->file, launcherBuild_, store_, progress_);
+    if (launcher.build == newestLauncher_.build && launcher.name != newestLauncher_.name) {
+      progress_.Notice("another launcher with the published build number: players who have it keep it");
     }
-    return content.digest;
+    return launcher;
   }
 
-  static void RequireSize(const ClientFile& file, const FileContent& content) {
-    if (content.size != file.size) throw PublishError(file.path + " changed while it was being published");
-  }
-
-  void StoreLauncher() {
-    if (previous_) {
-      next_.manifest.patcherVersion = previous_->manifest.patcherVersion;
-      next_.manifest.patcherUrl = previous_->manifest.patcherUrl;
-    }
-    if (!request_.launcher) return;
-    const NewLauncher& launcher = *request_.launcher;
-    const std::int32_t published = next_.manifest.patcherVersion;
-    if (launcher.build < published) {
-      throw PublishError("launcher build " + std::to_string(launcher.build) +
-                         " is below the published build " + std::to_string(published) +
-                         ": no launcher goes back");
-    }
-    const fs::path copy = store_.WorkFile("launcher");
-    FileHasher hasher(progress_);
-    const FileContent content = hasher.Copy(launcher.file, copy);
-    if (content.size == 0) throw PublishError("the launcher is an empty file");
-    WarnOfLauncher(copy, launcher, content.digest);
-    const std::string name = ContentStore::LauncherName(content.digest);
-    store_.PutInPlace(copy, store_.Place(name));
-    next_.manifest.patcherVersion = launcher.build;
-    next_.manifest.patcherUrl = name;
-  }
-
-  /// Players run what is published here without any test.
-  void WarnOfLauncher(const fs::path& file, const NewLauncher& launcher, const std::string& digest) {
-    char mark[2] = {};
-    std::ifstream(file, std::ios::binary).read(mark, sizeof mark);
-    if (mark[0] != 'M' || mark[1] != 'Z') progress_.Notice("the launcher is no Windows program");
-    const PatchManifest& manifest = next_.manifest;
-    if (launcher.build == manifest.patcherVersion &&
-        ContentStore::LauncherName(digest) != manifest.patcherUrl) {
-      progress_.Notice(
-          "another launcher with the published build number: no player who has it will fetch it");
-    }
-  }
-
-  void BuildArchives() {
-    const Publication* previous = previous_ ? &*previous_ : nullptr;
-    const std::vector<PlannedArchive> plan = PlanArchives(next_.manifest, previous, store_, request_.limits);
-    std::vector<std::size_t> toBuild;
-    std::uint64_t bytes = 0;
-    for (std::size_t i = 0; i < plan.size(); ++i) {
-      next_.archives.push_back({plan[i].kept != nullptr ? *plan[i].kept : PatchBundle{}, plan[i].since});
-      if (plan[i].kept != nullptr) continue;
-      toBuild.push_back(i);
-      for (const PatchFile* file : plan[i].files) bytes += file->size;
-    }
-    progress_.Begin("packing", toBuild.size(), bytes);
-    RunOnAllCores(toBuild.size(), progress_, [&](std::size_t index, FileHasher& hasher) {
-      const std::size_t number = toBuild[index];
-      const std::string workKey = "archive" + std::to_string(number);
-      next_.archives[number].bundle =
-          WriteArchive(store_, plan[number].files, plan[number].since, workKey, hasher);
-      progress_.ItemDone();
-    });
-    progress_.End();
-    archiveCount_ = {plan.size() - toBuild.size(), toBuild.size()};
-  }
-
-  void RequireUnchanged(const ClientScan& scan) const {
-    const std::string path = FirstDifference(scan, ScanClient(request_.client));
+  void RequireUnchanged(const ClientScan& before, const ClientScan& after) const {
+    const std::string path = FirstDifference(before, after);
     if (!path.empty()) {
       throw PublishError("the client directory changed while it was being published: " + path);
     }
-    const auto published = ReadPublication(store_.ManifestFile());
-    if (published.has_value() != previous_.has_value() || (published && published->text != previous_->text)) {
-      throw PublishError("somebody else published at the same time");
+    // By hand, or from a machine that does not share the lock.
+    const auto live = ReadPublication(store_.ManifestFile());
+    if (live && (!previous_ || live->text != previous_->text)) {
+      throw PublishError("somebody else replaced version.json in the meantime");
     }
   }
 
-  void ReplaceManifest() {
-    next_.text = ManifestText(next_);
-    store_.FlushNames();
-    store_.WriteDocument(store_.ManifestFile(), next_.text);
-    store_.WriteDocument(HistoryFile(store_, request_.version), next_.text);
+  void Commit() {
+    std::string done = "published version " + std::to_string(request_.version);
+    if (request_.hold) {
+      store_.FlushNames();
+      store_.WriteDocument(HistoryFile(store_, request_.version), next_.text);
+      done += ", held";
+      DoLaterStep(done, [&] { store_.FlushFolder(store_.HistoryFolder()); });
+    } else {
+      PutLive(store_, next_);
+    }
+    Finish(done, request_.hold ? Previous() : &next_);
   }
 
-  void Report() const {
-    if (request_.quiet) return;
+  /// What follows a publication. `live` is what players get now; null if they get nothing.
+  void Finish(const std::string& done, const Publication* live) {
+    DoLaterStep(done, [&] {
+      if (!request_.quiet) platform::WriteLine(done + Summary());
+      if (live == nullptr) return;
+      KeepCopy(store_, *live);
+      if (request_.keep == 0) return;
+      const bool replaced = live != Previous() && previous_;
+      const PruneResult pruned = Prune(
+          store_, *live, replaced ? std::optional(previous_->manifest.version) : std::nullopt, request_.keep);
+      if (!request_.quiet) platform::WriteLine(PruneText(pruned));
+    });
+  }
+
+  /// What this run has published: the rest of the line, and the table.
+  std::string Summary() const {
+    if (next_.text.empty()) return {};
     std::uint64_t bytes = 0;
     for (const PatchFile& file : next_.manifest.files) bytes += file.size;
     const DownloadCost change = CostOfUpdate(next_, previous_ ? &previous_->manifest : nullptr);
-    platform::WriteLine("published version " + std::to_string(request_.version) + ": " +
-                        std::to_string(next_.manifest.files.size()) + " files, " + ReadableBytes(bytes) +
-                        "; " + std::to_string(change.files) + " new or changed, " +
-                        ReadableBytes(change.fileBytes) + "; " + std::to_string(archiveCount_.built) +
-                        " archives built, " + std::to_string(archiveCount_.kept) + " kept; launcher build " +
-                        std::to_string(next_.manifest.patcherVersion) + "; manifest " +
-                        ReadableBytes(next_.text.size()));
-    std::string table = DownloadTable(store_, next_);
-    table.pop_back();
-    platform::WriteLine(table);
-  }
-
-  void ReportPruning(const PruneResult& result) const {
-    if (request_.quiet) return;
-    platform::WriteLine("pruned " + std::to_string(result.files) + " files, " + ReadableBytes(result.bytes));
+    std::string text = ": " + std::to_string(next_.manifest.files.size()) + " files, " +
+                       ReadableBytes(bytes) + "; " + std::to_string(change.files) + " new or changed, " +
+                       ReadableBytes(change.fileBytes) + "; " + std::to_string(archivesBuilt_) +
+                       " archives built, " + std::to_string(archivesKept_) + " kept; launcher build " +
+                       std::to_string(next_.manifest.patcherVersion) + "; manifest " +
+                       ReadableBytes(next_.text.size()) + "\n" + DownloadTable(store_, history_, next_);
+    text.pop_back();
+    return text;
   }
 
   const PublishRequest& request_;
-  ContentStore store_;
+  const ContentStore store_;
   Progress progress_;
-  std::optional<Publication> previous_;
+  std::int32_t launcherBuild_ = 0;  ///< of the request's launcher
+  History history_;
+  std::optional<Publication> previous_;  ///< what is live
+  AnnouncedLauncher newestLauncher_;
   Publication next_;
-  ArchiveCount archiveCount_;
+  std::size_t archivesKept_ = 0;
+  std::size_t archivesBuilt_ = 0;
 };
 
 }  // namespace
