@@ -55,8 +55,8 @@ class Checker {
     for (const PublishedVersion& version : history) {
       if (!version.problem.empty()) {
         findings_.Add("history", version.problem);
-      } else if (const auto publication = ReadPublication(HistoryFile(store_, version.version))) {
-        contents.Add(*publication, "version " + std::to_string(version.version) + ", ");
+      } else {
+        contents.Add(ReadCopy(store_, version.version), "version " + std::to_string(version.version) + ", ");
       }
     }
   }

@@ -52,7 +52,7 @@ class Scanner {
       scan_.skipped.push_back({Printable(path), std::move(reason)});
       return;
     }
-    if (platform::IsLink(entry.path())) return Refuse(path, "is a link, or cannot be told from one");
+    if (platform::IsLink(entry.path())) return Refuse(path, "is a link, or cannot be examined");
     if (!isDirectory && !fs::is_regular_file(status))
       return Refuse(path, "is neither a file nor a directory");
     std::string problem = NameProblem(path);

@@ -79,9 +79,9 @@ std::string DownloadTable(const ContentStore& store, const History& history, con
     ++behind;
     const std::string who =
         std::to_string(behind) + " behind (version " + std::to_string(version.version) + ")";
-    const auto earlier = version.problem.empty() ? ReadPublication(HistoryFile(store, version.version))
-                                                 : std::optional<Publication>();
-    if (earlier) table += Row(who, CostOfUpdate(current, &earlier->manifest));
+    if (!version.problem.empty()) continue;
+    const Publication earlier = ReadCopy(store, version.version);
+    table += Row(who, CostOfUpdate(current, &earlier.manifest));
   }
   return table;
 }

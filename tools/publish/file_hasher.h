@@ -29,10 +29,10 @@ class FileHasher {
   FileContent ReadUncounted(const std::filesystem::path& file);
 
   /// Reads `file` once, writes what it reads to `copy`, and brings the copy to the disk itself. Does not
-  /// count, since who copies has often read the file before.
+  /// count, since a file is often read before it is copied.
   FileContent Copy(const std::filesystem::path& file, const std::filesystem::path& copy);
 
-  /// Counts bytes that somebody else read for this worker's item.
+  /// Counts bytes that were read elsewhere for this worker's item.
   void Count(std::uint64_t bytes) { progress_.AddBytes(bytes); }
 
   Sha256& Digests() { return sha256_; }

@@ -17,7 +17,7 @@ class Findings {
     findings_.push_back(std::move(finding));
   }
 
-  /// When nobody adds any more.
+  /// Call when all has been added.
   std::vector<std::string> Sorted() const {
     std::vector<std::string> findings = findings_;
     std::sort(findings.begin(), findings.end());

@@ -39,7 +39,7 @@ void RequireSpace(const ClientScan& scan, const ContentStore& store, Progress& p
                                  " are free for " + platform::Utf8FromPath(store.Root());
   if (needed > available) throw PublishError("there is not enough space: " + comparison);
   if (needed > available / 2) {
-    progress.Notice("the space may not be enough: " + comparison + "; archives need as much again at most");
+    progress.Notice("the space may not be enough: " + comparison + ", and archives come on top");
   }
 }
 

@@ -58,12 +58,10 @@ class LiveSwitch {
   }
 
   void ReadNext() {
-    const PublishedVersion* version = FindVersion(history_, request_.version);
-    if (version == nullptr) throw PublishError("the history has no " + Name() + ListOfVersions());
-    if (!version->problem.empty()) throw PublishError(version->problem);
-    auto next = ReadPublication(HistoryFile(store_, request_.version));
-    if (!next) throw PublishError("the copy of " + Name() + " has gone");
-    next_ = std::move(*next);
+    if (FindVersion(history_, request_.version) == nullptr) {
+      throw PublishError("the history has no " + Name() + ListOfVersions());
+    }
+    next_ = ReadCopy(store_, request_.version);
     next_.held = false;
     if (!request_.allowOlderLauncher) {
       const AnnouncedLauncher newest = NewestLauncher(history_, Live());

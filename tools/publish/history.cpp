@@ -34,19 +34,11 @@ std::vector<std::int32_t> VersionsInFolder(const ContentStore& store) {
 PublishedVersion ReadVersion(const ContentStore& store, std::int32_t version) {
   PublishedVersion entry;
   entry.version = version;
-  const fs::path file = HistoryFile(store, version);
   try {
-    const auto publication = ReadPublication(file);
-    if (!publication) {
-      entry.problem = platform::Utf8FromPath(file) + " has gone";
-    } else if (publication->manifest.version != version) {
-      entry.problem = platform::Utf8FromPath(file) + " is the manifest of version " +
-                      std::to_string(publication->manifest.version);
-    } else {
-      entry.sequence = publication->sequence;
-      entry.held = publication->held;
-      entry.launcher = LauncherOf(*publication);
-    }
+    const Publication copy = ReadCopy(store, version);
+    entry.sequence = copy.sequence;
+    entry.held = copy.held;
+    entry.launcher = LauncherOf(copy);
   } catch (const PublishError& error) {
     entry.problem = error.what();
   }
@@ -57,6 +49,17 @@ PublishedVersion ReadVersion(const ContentStore& store, std::int32_t version) {
 
 fs::path HistoryFile(const ContentStore& store, std::int32_t version) {
   return store.HistoryFolder() / (std::to_string(version) + ".json");
+}
+
+Publication ReadCopy(const ContentStore& store, std::int32_t version) {
+  const fs::path file = HistoryFile(store, version);
+  auto copy = ReadPublication(file);
+  if (!copy) throw PublishError(platform::Utf8FromPath(file) + " is missing");
+  if (copy->manifest.version != version) {
+    throw PublishError(platform::Utf8FromPath(file) + " is the manifest of version " +
+                       std::to_string(copy->manifest.version));
+  }
+  return std::move(*copy);
 }
 
 History ReadHistory(const ContentStore& store) {

@@ -13,6 +13,9 @@ namespace patcher {
 /// A copy of each published manifest lies in the store's folder history, named for its version.
 std::filesystem::path HistoryFile(const ContentStore& store, std::int32_t version);
 
+/// The copy of a version. Raises PublishError if it is missing or cannot be read.
+Publication ReadCopy(const ContentStore& store, std::int32_t version);
+
 /// What a copy says, in short.
 struct PublishedVersion {
   std::int32_t version = 0;
@@ -38,7 +41,8 @@ std::vector<const PublishedVersion*> ByTime(const History& history);
 /// The number of the next document. `live` may be null.
 std::uint64_t NextSequence(const History& history, const Publication* live);
 
-/// The highest launcher that players were ever told of. `live` may be null, and wins against an equal build.
+/// The highest launcher that was ever announced to players. `live` may be null, and wins against an equal
+/// build.
 AnnouncedLauncher NewestLauncher(const History& history, const Publication* live);
 
 /// Puts a copy of a live manifest into the history if the one there differs or is missing.

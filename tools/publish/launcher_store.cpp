@@ -32,6 +32,12 @@ AnnouncedLauncher ProveLauncher(const AnnouncedLauncher& launcher, const Content
     const std::string expected = ExpectedDigest(launcher);
     if (expected.empty() || digest == expected) {
       store.MakeReadable(launcher.name);
+      const auto own = OwnLauncherBuild(store.Place(launcher.name));
+      if (own && *own != launcher.build) {
+        progress.Notice("the published launcher is build " + std::to_string(*own) + " and announced as " +
+                        std::to_string(launcher.build) +
+                        ": publish it again with --launcher and --allow-older-launcher");
+      }
       return {launcher.build, launcher.name, digest};
     }
     problem = launcher.name + " has another digest";

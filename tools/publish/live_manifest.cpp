@@ -32,8 +32,7 @@ std::optional<Publication> ReadLive(const ContentStore& store, const History& hi
   const auto lived = ByTime(history);
   if (lived.empty()) return std::nullopt;
   const std::int32_t last = lived.front()->version;
-  live = ReadPublication(HistoryFile(store, last));
-  if (!live) throw PublishError("the copy of version " + std::to_string(last) + " has gone");
+  live = ReadCopy(store, last);
   if (IsThere(store, *live)) {
     store.WriteDocument(store.ManifestFile(), live->text);
     store.FlushFolder(store.Root());

@@ -9,9 +9,9 @@
 
 namespace patcher {
 
-/// Tells on standard error how far long work has come: one line that is rewritten on a terminal, else a line
-/// now and then. Also the place for notices, which must not run into that line. AddBytes, ItemDone and Notice
-/// may be called on any thread, the others on the main thread with no workers active.
+/// Reports on standard error how far long work has come: one line that is rewritten on a terminal, else a
+/// line now and then. Also the place for notices, which must not run into that line. AddBytes, ItemDone and
+/// Notice may be called on any thread, the others on the main thread with no workers active.
 class Progress {
  public:
   /// A quiet one says nothing at all.

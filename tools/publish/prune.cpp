@@ -41,12 +41,6 @@ Versions KeptVersions(const History& history, std::int32_t live, std::optional<s
   return kept;
 }
 
-void AddNamesOf(const ContentStore& store, std::int32_t version, Names& used) {
-  const auto publication = ReadPublication(HistoryFile(store, version));
-  if (!publication) throw PublishError("the copy of version " + std::to_string(version) + " has gone");
-  AddNames(*publication, used);
-}
-
 class Deleter {
  public:
   explicit Deleter(const ContentStore& store) : store_(store) {}
@@ -112,12 +106,12 @@ PruneResult Prune(const ContentStore& store, const Publication& live, std::optio
   std::vector<fs::path> dropped;
   for (const PublishedVersion& version : history) {
     if (kept.count(version.version) != 0) {
-      AddNamesOf(store, version.version, used);
+      AddNames(ReadCopy(store, version.version), used);
     } else {
       dropped.push_back(HistoryFile(store, version.version));
     }
   }
-  // The copies first: none that stays may name a content that has gone, not even after a power cut.
+  // The copies first: none that stays may name a missing content, not even after a power cut.
   for (const fs::path& copy : dropped) deleter.Delete(copy);
   deleter.RequireSuccess();
   store.FlushFolder(store.HistoryFolder());

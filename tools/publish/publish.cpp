@@ -110,7 +110,7 @@ class Publisher {
     if (previous_ && previous_->manifest.version == request_.version) {
       if (!request_.hold) published = previous_;
     } else if (isHeld && request_.hold) {
-      published = ReadPublication(HistoryFile(store_, request_.version));
+      published = ReadCopy(store_, request_.version);
     }
     if (published) {
       RequireSame(*published, scan);
@@ -180,7 +180,7 @@ class Publisher {
     // By hand, or from a machine that does not share the lock.
     const auto live = ReadPublication(store_.ManifestFile());
     if (live && (!previous_ || live->text != previous_->text)) {
-      throw PublishError("somebody else replaced version.json in the meantime");
+      throw PublishError("version.json was replaced by another program in the meantime");
     }
   }
 
@@ -202,7 +202,7 @@ class Publisher {
     DoLaterStep(done, [&] {
       if (!request_.quiet) platform::WriteLine(done + Summary());
       if (live == nullptr) return;
-      KeepCopy(store_, *live);
+      if (live == Previous()) KeepCopy(store_, *live);
       if (request_.keep == 0) return;
       const bool replaced = live != Previous() && previous_;
       const PruneResult pruned = Prune(

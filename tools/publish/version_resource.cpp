@@ -140,7 +140,7 @@ struct Block {
   Block Child(std::string_view wanted) const {
     std::size_t offset = Aligned(value + valueSize);
     while (offset < all.Size()) {
-      const Block child(all.From(offset));
+      Block child(all.From(offset));
       if (wanted.empty() || child.key == wanted) return child;
       offset += Aligned(child.all.Size());
     }
