@@ -166,11 +166,11 @@ class Versions(PublishTest):
         self.publish(1)
         self.assertEqual((self.manifest()["patcherVersion"], self.manifest()["patcherUrl"]), (0, ""))
         new, newer = make_launcher(self.root / "a.exe"), make_launcher(self.root / "b.exe", 28)
-        text, native = self.root / "c", self.root / "d"
-        text.write_bytes(b"MZ launcher")
-        native.write_bytes(b"\x7fELF launcher")
+        cut, native = self.root / "c", pathlib.Path(shutil.which("true"))
+        cut.write_bytes(new.read_bytes()[:-1])
         refused = [
-            ([new, "--launcher-build", 99], "is build 27, not 99"), ([text], "no whole program"),
+            ([new, "--launcher-build", 99], "is build 27, not 99"), ([cut], "no whole program"),
+            ([__file__], "no whole program"),
             ([make_launcher(self.root / "e.exe", name="Other")], "'Other'"), ([native], "--launcher-build"),
             ([make_launcher(self.root / "f.exe", version="2,%d,0,0")], "2.27.0.0"), ([self.root / "g"], "No such file"),
         ]

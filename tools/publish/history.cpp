@@ -31,16 +31,23 @@ std::vector<std::int32_t> VersionsInFolder(const ContentStore& store) {
   return versions;
 }
 
+/// A copy that is not what its name says is no copy.
+void RequireCopyOf(std::int32_t version, std::int32_t present, const fs::path& file) {
+  if (version == present) return;
+  throw PublishError(platform::Utf8FromPath(file) + " is the manifest of version " + std::to_string(present));
+}
+
 PublishedVersion ReadVersion(const ContentStore& store, std::int32_t version) {
+  const fs::path file = HistoryFile(store, version);
   PublishedVersion entry;
-  entry.version = version;
   try {
-    const Publication copy = ReadCopy(store, version);
-    entry.sequence = copy.sequence;
-    entry.held = copy.held;
-    entry.launcher = LauncherOf(copy);
+    const auto head = ReadHead(file);
+    if (!head) throw PublishError(platform::Utf8FromPath(file) + " is missing");
+    RequireCopyOf(version, head->version, file);
+    static_cast<DocumentHead&>(entry) = *head;
   } catch (const PublishError& error) {
     entry.problem = error.what();
+    entry.version = version;
   }
   return entry;
 }
@@ -55,10 +62,7 @@ Publication ReadCopy(const ContentStore& store, std::int32_t version) {
   const fs::path file = HistoryFile(store, version);
   auto copy = ReadPublication(file);
   if (!copy) throw PublishError(platform::Utf8FromPath(file) + " is missing");
-  if (copy->manifest.version != version) {
-    throw PublishError(platform::Utf8FromPath(file) + " is the manifest of version " +
-                       std::to_string(copy->manifest.version));
-  }
+  RequireCopyOf(version, copy->manifest.version, file);
   return std::move(*copy);
 }
 

@@ -17,12 +17,8 @@ std::filesystem::path HistoryFile(const ContentStore& store, std::int32_t versio
 Publication ReadCopy(const ContentStore& store, std::int32_t version);
 
 /// What a copy says, in short.
-struct PublishedVersion {
-  std::int32_t version = 0;
-  std::string problem;  ///< why the copy cannot be read; the fields below are empty then
-  std::uint64_t sequence = 0;
-  bool held = false;
-  AnnouncedLauncher launcher;
+struct PublishedVersion : DocumentHead {
+  std::string problem;  ///< why the copy cannot be read; all but `version` is empty then
 };
 
 /// All versions of which there is a copy, the highest number first.

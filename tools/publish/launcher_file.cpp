@@ -8,6 +8,7 @@
 
 #include "platform/text.h"
 #include "publish_error.h"
+#include "update/program_file.h"
 #include "version_resource.h"
 
 namespace patcher {
@@ -48,7 +49,7 @@ std::string Printed(const ProgramVersion& version) {
 
 std::int32_t BuildOfWindowsProgram(const Program& program) {
   const auto version = ReadProgramVersion(program);
-  if (!version) throw PublishError("the launcher is no whole program with a version resource");
+  if (!version) throw PublishError("the launcher has no version resource");
   if (version->internalName != kInternalName) {
     throw PublishError("the launcher is another program: its internal name is '" + version->internalName +
                        "', not '" + kInternalName + "'");
@@ -64,6 +65,9 @@ std::int32_t BuildOfWindowsProgram(const Program& program) {
 
 std::int32_t LauncherBuild(const fs::path& file, std::optional<std::int32_t> claimed) {
   const Program program = ReadProgram(file);
+  if (ExamineProgram(file) != ProgramFile::kWhole) {
+    throw PublishError("the launcher is no whole program for Windows or Linux");
+  }
   if (IsForLinux(program)) {
     if (claimed) return *claimed;
     throw PublishError("a launcher for Linux does not hold its build number: give it with --launcher-build");

@@ -24,16 +24,23 @@ struct AnnouncedLauncher {
   std::string sha256;  ///< empty in manifests of earlier releases
 };
 
-/// A manifest as it was or will be published. The archives stand in `archives`, not in `manifest.bundles`.
-struct Publication {
-  PatchManifest manifest;
-  std::vector<PublishedArchive> archives;
-  std::string launcherDigest;  ///< AnnouncedLauncher::sha256; the other two fields are in `manifest`
+/// What a manifest says beside its files and archives.
+struct DocumentHead {
+  std::int32_t version = 0;
   /// Raised with every document that is published or put live: orders them in time. 0 in manifests of earlier
   /// releases.
   std::uint64_t sequence = 0;
   bool held = false;  ///< published without going live so far
-  std::string text;   ///< the document itself, with whatever follows the JSON value
+  AnnouncedLauncher launcher;
+};
+
+/// A manifest as it was or will be published. The archives are in `archives`, not in `manifest.bundles`.
+struct Publication {
+  PatchManifest manifest;
+  std::vector<PublishedArchive> archives;
+  std::uint64_t sequence = 0;  ///< as in DocumentHead
+  bool held = false;           ///< as in DocumentHead
+  std::string text;            ///< the document itself, with whatever follows the JSON value
 };
 
 AnnouncedLauncher LauncherOf(const Publication& publication);
@@ -42,6 +49,9 @@ void Announce(Publication& publication, const AnnouncedLauncher& launcher);
 /// Reads a published manifest; nothing if there is no such file. Raises PublishError if it cannot be read or
 /// is no manifest.
 std::optional<Publication> ReadPublication(const std::filesystem::path& file);
+
+/// The same without the files and archives, which costs a fraction.
+std::optional<DocumentHead> ReadHead(const std::filesystem::path& file);
 
 /// The JSON value of a publication, with a line feed at the end. Raises PublishError if launchers would not
 /// accept it.
