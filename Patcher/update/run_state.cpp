@@ -7,9 +7,7 @@
 namespace patcher {
 
 UpdateRun::UpdateRun(HostWindow& hostWindow)
-    : window(hostWindow),
-      record(ExeDir() / kRecordFile),
-      extracting(PatchConfig::Current().connections) {}
+    : window(hostWindow), record(ExeDir() / kRecordFile), extracting(PatchConfig::Current().connections) {}
 
 void EnterInRecord(UpdateRun& run, const std::vector<InstalledFile>& files) {
   std::lock_guard guard(run.stateLock);
