@@ -7,7 +7,7 @@
 #include <fstream>
 #include <string>
 
-#include "control/ui_event.h"
+#include "control/protocol/ui_event.h"
 #include "integrity/verify_files.h"
 #include "platform/text.h"
 #include "shared/program.h"

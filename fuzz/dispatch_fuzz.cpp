@@ -3,7 +3,8 @@
 #include <vector>
 
 #include "control/dispatch.h"
-#include "control/ui_event.h"
+#include "control/host_operations.h"
+#include "control/protocol/ui_event.h"
 #include "fuzz.h"
 #include "minijson/minijson.h"
 #include "options/options_exchange.h"

@@ -4,7 +4,7 @@
 #include <memory>
 #include <system_error>
 
-#include "control/page_messages.h"
+#include "control/protocol/page_messages.h"
 #include "platform/text.h"
 #include "shared/program.h"
 

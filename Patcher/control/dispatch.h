@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "control/host.h"
+#include "control/host_operations.h"
 #include "control/operation_guard.h"
 #include "minijson/minijson.h"
 #include "options/options_exchange.h"

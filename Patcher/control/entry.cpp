@@ -1,6 +1,6 @@
 #include <string>
 
-#include "control/host_window.h"
+#include "control/main_window.h"
 #include "control/wiring.h"
 #include "platform/error_box.h"
 #include "platform/process.h"

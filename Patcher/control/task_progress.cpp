@@ -1,6 +1,6 @@
 #include "control/task_progress.h"
 
-#include "control/ui_event.h"
+#include "control/protocol/ui_event.h"
 
 namespace patcher {
 

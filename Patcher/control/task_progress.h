@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "control/host.h"
+#include "control/protocol/host_window.h"
 #include "platform/window.h"
 
 namespace patcher {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "control/dispatch.h"
-#include "shared/error_box.h"
+#include "shared/show_error.h"
 
 namespace patcher {
 

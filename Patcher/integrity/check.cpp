@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "control/page_messages.h"
-#include "control/ui_event.h"
+#include "control/protocol/page_messages.h"
+#include "control/protocol/ui_event.h"
 #include "integrity/damaged_files.h"
+#include "integrity/digest/sha256.h"
 #include "integrity/retained_check.h"
-#include "integrity/sha256.h"
 #include "integrity/verify_files.h"
 #include "transport/config.h"
 #include "transport/http_session.h"

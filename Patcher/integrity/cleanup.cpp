@@ -9,7 +9,7 @@
 #include <system_error>
 #include <vector>
 
-#include "control/ui_event.h"
+#include "control/protocol/ui_event.h"
 #include "integrity/leftover_downloads.h"
 #include "integrity/protected_path.h"
 #include "integrity/published_paths.h"

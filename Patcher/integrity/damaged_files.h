@@ -1,6 +1,6 @@
 #pragma once
 
-#include "control/page_messages.h"
+#include "control/protocol/page_messages.h"
 
 namespace patcher {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "control/page_messages.h"
+#include "control/protocol/page_messages.h"
 #include "update/patch_manifest.h"
 
 namespace patcher {

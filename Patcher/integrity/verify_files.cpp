@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "control/ui_event.h"
-#include "integrity/sha256.h"
+#include "control/protocol/ui_event.h"
+#include "integrity/digest/sha256.h"
 #include "platform/text.h"
 #include "shared/parallel_run.h"
 #include "shared/program.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "control/host.h"
-#include "control/page_messages.h"
+#include "control/protocol/host_window.h"
+#include "control/protocol/page_messages.h"
 #include "update/patch_manifest.h"
 
 namespace patcher {

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "shared/error_box.h"
+#include "shared/show_error.h"
 
 namespace patcher {
 

@@ -3,8 +3,8 @@
 #include <exception>
 #include <string>
 
-#include "control/page_messages.h"
-#include "control/ui_event.h"
+#include "control/protocol/page_messages.h"
+#include "control/protocol/ui_event.h"
 #include "transport/config.h"
 #include "transport/http_session.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "control/host.h"
+#include "control/protocol/host_window.h"
 
 namespace patcher {
 

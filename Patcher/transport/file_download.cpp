@@ -1,16 +1,17 @@
+#include "transport/file_download.h"
+
 #include <array>
 #include <cerrno>
 #include <fstream>
 #include <system_error>
 
-#include "integrity/sha256.h"
+#include "integrity/digest/sha256.h"
 #include "platform/files.h"
 #include "platform/links.h"
 #include "platform/text.h"
 #include "shared/retry_while_held.h"
 #include "transport/body_reader.h"
 #include "transport/debug_log.h"
-#include "transport/http_session.h"
 
 namespace patcher {
 namespace {
@@ -116,9 +117,8 @@ bool PutInPlace(const fs::path& part, const fs::path& destination) {
 
 }  // namespace
 
-bool HttpSession::DownloadToFile(const std::string& path, const fs::path& destination,
-                                 const DownloadRules& rules, std::string& digest) {
-  std::optional<platform::HttpRequest> request = OpenGet(path);
+bool ReceiveFile(std::optional<platform::HttpRequest> request, const std::string& path,
+                 const fs::path& destination, const DownloadRules& rules, std::string& digest) {
   if (!request) {
     DebugLog::Write("OpenGet-null " + path);
     return false;

@@ -113,4 +113,9 @@ bool HttpSession::GetToString(const std::string& path, std::string& body, std::s
   return true;
 }
 
+bool HttpSession::DownloadToFile(const std::string& path, const std::filesystem::path& destination,
+                                 const DownloadRules& rules, std::string& digest) {
+  return ReceiveFile(OpenGet(path), path, destination, rules, digest);
+}
+
 }  // namespace patcher

@@ -4,7 +4,7 @@
 #include <system_error>
 #include <vector>
 
-#include "control/ui_event.h"
+#include "control/protocol/ui_event.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/config.h"
@@ -24,7 +24,7 @@ bool HasExpectedSize(const fs::path& file, std::uint64_t size) {
 }
 
 /// The archive's files that arrived. What did not is reported.
-std::vector<InstalledFile> InstalledFiles(UpdateRun& run, std::size_t index) {
+std::vector<InstalledFile> InstalledFiles(RunState& run, std::size_t index) {
   const PatchBundle& bundle = *run.chosenBundles[index];
   std::vector<InstalledFile> installed;
   for (const std::string& path : bundle.files) {
@@ -43,7 +43,7 @@ std::vector<InstalledFile> InstalledFiles(UpdateRun& run, std::size_t index) {
 }
 
 /// Brings the files to the disk and then into the record.
-void Record(UpdateRun& run, const std::vector<InstalledFile>& files) {
+void Record(RunState& run, const std::vector<InstalledFile>& files) {
   ParallelRun(files.size(), PatchConfig::Current().connections, [&](std::size_t index, unsigned) {
     run.unflushed.Add(files[index]);
     return true;
@@ -54,7 +54,7 @@ void Record(UpdateRun& run, const std::vector<InstalledFile>& files) {
 }
 
 /// Leaves the archive's wanted files to the single-file stage.
-void GiveUp(UpdateRun& run, const PatchBundle& bundle, const std::string& status) {
+void GiveUp(RunState& run, const PatchBundle& bundle, const std::string& status) {
   PostStatus(run.window, status + " - ses fichiers seront pris un par un.");
   std::lock_guard guard(run.stateLock);
   for (const std::string& path : bundle.files) {
@@ -64,7 +64,7 @@ void GiveUp(UpdateRun& run, const PatchBundle& bundle, const std::string& status
 
 }  // namespace
 
-bool BundleWorker(UpdateRun& run, ProgressTracker& tracker, std::size_t index, unsigned worker) {
+bool BundleWorker(RunState& run, ProgressTracker& tracker, std::size_t index, unsigned worker) {
   const PatchBundle& bundle = *run.chosenBundles[index];
   tracker.SetCurrentFile(bundle.name);
   const fs::path archive = ExeDir() / ("_bundle" + std::to_string(worker) + ".part");

@@ -10,6 +10,6 @@ namespace patcher {
 /// Work item of the archive stage: downloads chosenBundles[index], extracts its wanted files and records
 /// them. The files of an archive that fails go to `retryPaths`. Always true: a failed archive does not stop
 /// the pool.
-bool BundleWorker(UpdateRun& run, ProgressTracker& tracker, std::size_t index, unsigned worker);
+bool BundleWorker(RunState& run, ProgressTracker& tracker, std::size_t index, unsigned worker);
 
 }  // namespace patcher

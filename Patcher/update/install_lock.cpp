@@ -1,6 +1,6 @@
 #include "update/install_lock.h"
 
-#include "control/ui_event.h"
+#include "control/protocol/ui_event.h"
 #include "shared/program.h"
 
 namespace patcher {

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "control/host.h"
+#include "control/protocol/host_window.h"
 #include "platform/directory_lock.h"
 
 namespace patcher {

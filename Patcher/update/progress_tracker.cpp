@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "control/ui_event.h"
+#include "control/protocol/ui_event.h"
 
 namespace patcher {
 namespace {

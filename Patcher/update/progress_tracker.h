@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-#include "control/host.h"
+#include "control/protocol/host_window.h"
 
 namespace patcher {
 

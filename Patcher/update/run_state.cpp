@@ -6,10 +6,10 @@
 
 namespace patcher {
 
-UpdateRun::UpdateRun(HostWindow& hostWindow)
+RunState::RunState(HostWindow& hostWindow)
     : window(hostWindow), record(ExeDir() / kRecordFile), extracting(PatchConfig::Current().connections) {}
 
-void EnterInRecord(UpdateRun& run, const std::vector<InstalledFile>& files) {
+void EnterInRecord(RunState& run, const std::vector<InstalledFile>& files) {
   std::lock_guard guard(run.stateLock);
   for (const InstalledFile& file : files) run.record.Enter(file.path, file.digest);
 }

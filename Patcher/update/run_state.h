@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "control/host.h"
+#include "control/protocol/host_window.h"
 #include "transport/http_session.h"
 #include "update/archive_extraction.h"
 #include "update/local_record.h"
@@ -37,8 +37,8 @@ struct ForgottenFile {
 /// State of one update run. The lists point into `manifest`, which does not change once it is parsed. While a
 /// pool runs, workers read everything freely, but touch `record` and `retryPaths` only under `stateLock`,
 /// which is never held together with a ProgressTracker's lock.
-struct UpdateRun {
-  explicit UpdateRun(HostWindow& hostWindow);
+struct RunState {
+  explicit RunState(HostWindow& hostWindow);
 
   HostWindow& window;
   HttpSession session;
@@ -68,6 +68,6 @@ struct UpdateRun {
 };
 
 /// Enters files that have come out of `unflushed`. Any thread, without `stateLock`.
-void EnterInRecord(UpdateRun& run, const std::vector<InstalledFile>& files);
+void EnterInRecord(RunState& run, const std::vector<InstalledFile>& files);
 
 }  // namespace patcher

@@ -5,8 +5,8 @@
 #include <string>
 #include <system_error>
 
-#include "control/ui_event.h"
-#include "integrity/sha256.h"
+#include "control/protocol/ui_event.h"
+#include "integrity/digest/sha256.h"
 #include "platform/files.h"
 #include "platform/process.h"
 #include "shared/own_files.h"
@@ -53,7 +53,7 @@ enum class Fetched { kNewer, kSame, kNothing };
 /// One fetch of the announced launcher.
 class LauncherFetch {
  public:
-  explicit LauncherFetch(UpdateRun& run) : run_(run), running_(sha256_.HashFile(ExePath())) {}
+  explicit LauncherFetch(RunState& run) : run_(run), running_(sha256_.HashFile(ExePath())) {}
 
   Fetched Run() {
     const fs::path file = NewLauncher();
@@ -97,7 +97,7 @@ class LauncherFetch {
     return nullptr;
   }
 
-  UpdateRun& run_;
+  RunState& run_;
   Sha256 sha256_;
   const std::string running_;  // digest of the running launcher
   bool same_ = false;
@@ -113,7 +113,7 @@ void TakeBack(const fs::path& old, const fs::path& launcher) {
 
 }  // namespace
 
-bool FetchNewLauncher(UpdateRun& run) {
+bool FetchNewLauncher(RunState& run) {
   if (run.manifest.patcherVersion <= launcherBuild || run.manifest.patcherUrl.empty()) return false;
   PostStatus(run.window, "Mise a jour du patcher...");
   switch (LauncherFetch(run).Run()) {

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "shared/error_box.h"
+#include "shared/show_error.h"
 #include "update/run_state.h"
 
 namespace patcher {
@@ -21,7 +21,7 @@ namespace patcher {
 ///
 /// What counts as received: a body that is not empty, has the manifest's patcherSha256 if there is one, is
 /// whole by its own headers if it is a program, and is a program if its length was not announced.
-bool FetchNewLauncher(UpdateRun& run);
+bool FetchNewLauncher(RunState& run);
 
 /// Starts a launcher and does not wait for it. Returns 0, or the system's error number.
 using LauncherStart = std::function<int(const std::filesystem::path& launcher)>;

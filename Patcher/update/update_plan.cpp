@@ -9,8 +9,8 @@
 #include <system_error>
 #include <vector>
 
-#include "control/ui_event.h"
-#include "integrity/sha256.h"
+#include "control/protocol/ui_event.h"
+#include "integrity/digest/sha256.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/config.h"
@@ -63,7 +63,7 @@ bool PathsAscend(const std::vector<PatchFile>& files) {
 
 /// For each file of the manifest whether the record has its digest and something exists in its place. On all
 /// cores: when there is nothing to do, this is the largest part of a start.
-std::vector<char> TrustedFiles(UpdateRun& run) {
+std::vector<char> TrustedFiles(RunState& run) {
   const std::vector<PatchFile>& files = run.manifest.files;
   const bool allNamed = run.record.IsDocument() && PathsAscend(files);
   const LocalState* known = allNamed ? nullptr : &run.record.State();
@@ -83,7 +83,7 @@ std::vector<char> TrustedFiles(UpdateRun& run) {
   return trusted;
 }
 
-void ListExpected(UpdateRun& run) {
+void ListExpected(RunState& run) {
   for (const PatchFile& file : run.manifest.files) {
     // Manifests are mostly sorted by path: the hint saves the search.
     run.expectedDigests.insert_or_assign(run.expectedDigests.end(), file.path, file.sha256);
@@ -104,7 +104,7 @@ std::optional<FileStamp> StampOf(const std::string& path) {
 
 }  // namespace
 
-std::size_t FindWantedFiles(UpdateRun& run) {
+std::size_t FindWantedFiles(RunState& run) {
   DiskProof proof(run.window);
   std::map<std::string_view, std::string_view> found;
   // A run that died may have left them unflushed.
@@ -128,7 +128,7 @@ std::size_t FindWantedFiles(UpdateRun& run) {
   return found.size();
 }
 
-bool ChooseBundles(UpdateRun& run) {
+bool ChooseBundles(RunState& run) {
   for (const PatchFile* file : run.wanted) run.wantedPaths.insert(run.wantedPaths.end(), file->path);
   for (const PatchBundle& bundle : run.manifest.bundles) {
     const bool useful = std::any_of(bundle.files.begin(), bundle.files.end(), [&](const std::string& path) {
@@ -141,7 +141,7 @@ bool ChooseBundles(UpdateRun& run) {
   return !run.chosenBundles.empty() && run.bundleBytes < run.wantedBytes;
 }
 
-bool ForgetWantedFiles(UpdateRun& run) {
+bool ForgetWantedFiles(RunState& run) {
   if (run.wanted.empty()) return false;
   const std::vector<std::string> changing = PathsThatChange(run.record.State(), run.wanted);
   for (const std::string& path : changing) {
@@ -154,7 +154,7 @@ bool ForgetWantedFiles(UpdateRun& run) {
   return !changing.empty();
 }
 
-void RememberUntouchedFiles(UpdateRun& run) {
+void RememberUntouchedFiles(RunState& run) {
   for (const ForgottenFile& file : run.forgotten) {
     if (file.stamp && run.record.State().count(file.path) == 0 && StampOf(file.path) == file.stamp) {
       run.record.Enter(file.path, file.digest);
@@ -162,7 +162,7 @@ void RememberUntouchedFiles(UpdateRun& run) {
   }
 }
 
-void AssignArchivePaths(UpdateRun& run) {
+void AssignArchivePaths(RunState& run) {
   for (std::size_t index = 0; index < run.chosenBundles.size(); ++index) {
     for (const std::string& path : run.chosenBundles[index]->files) {
       if (run.wantedPaths.count(path) != 0) run.archivePaths.emplace(path, index);
@@ -173,7 +173,7 @@ void AssignArchivePaths(UpdateRun& run) {
                 [&](const ForgottenFile& file) { return run.archivePaths.count(file.path) != 0; });
 }
 
-void ListSingles(UpdateRun& run) {
+void ListSingles(RunState& run) {
   std::set<std::string_view> listed;
   for (const PatchFile* file : run.wanted) {
     if (run.archivePaths.count(file->path) != 0) continue;

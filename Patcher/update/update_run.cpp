@@ -6,7 +6,7 @@
 #include <system_error>
 #include <vector>
 
-#include "control/ui_event.h"
+#include "control/protocol/ui_event.h"
 #include "platform/text.h"
 #include "shared/own_files.h"
 #include "shared/program.h"
@@ -193,7 +193,7 @@ class Steps {
   }
 
   InstallLock lock_;
-  UpdateRun run_;
+  RunState run_;
   const UpdateStages& stages_;
 };
 

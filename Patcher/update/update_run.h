@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <functional>
 
-#include "control/host.h"
+#include "control/protocol/host_window.h"
 #include "update/progress_tracker.h"
 #include "update/run_state.h"
 
@@ -14,9 +14,9 @@ namespace patcher {
 struct UpdateStages {
   /// Fetches the newer launcher that the manifest announces. True if the run is to end in favour of the swap;
   /// false if the fetch was not needed or failed.
-  std::function<bool(UpdateRun&)> selfUpdate;
+  std::function<bool(RunState&)> selfUpdate;
   /// Work item of the archive stage: installs chosenBundles[index] as the worker of that number.
-  std::function<bool(UpdateRun&, ProgressTracker&, std::size_t index, unsigned worker)> installBundle;
+  std::function<bool(RunState&, ProgressTracker&, std::size_t index, unsigned worker)> installBundle;
   /// Removes what no longer belongs, after a run that fetched everything.
   std::function<void(HostWindow&, const PatchManifest&)> cleanUp;
   /// Whether the game can be started if the run cannot complete.

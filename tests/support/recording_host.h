@@ -6,7 +6,8 @@
 #include <thread>
 #include <vector>
 
-#include "control/ui_event.h"
+#include "control/host_operations.h"
+#include "control/protocol/ui_event.h"
 
 namespace patcher {
 

@@ -1,4 +1,4 @@
-#include "control/event_backlog.h"
+#include "control/protocol/event_backlog.h"
 
 #include <deque>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "control/page_messages.h"
+#include "control/protocol/page_messages.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "integrity/sha256.h"
+#include "integrity/digest/sha256.h"
 #include "options/option_table.h"
 #include "options/options_exchange.h"
 #include "options/render_tuning.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "integrity/sha256.h"
+#include "integrity/digest/sha256.h"
 #include "support/scratch_directory.h"
 #include "transport/config.h"
 #include "transport/debug_log.h"

@@ -1,0 +1,100 @@
+#include "client_contents.h"
+
+#include <functional>
+#include <string>
+#include <system_error>
+
+#include "all_cores.h"
+#include "file_hasher.h"
+#include "publish_error.h"
+
+namespace patcher::publisher {
+namespace {
+
+namespace fs = std::filesystem;
+
+using TakeFile = std::function<std::string(const ClientFile& file, std::size_t index, FileHasher& hasher)>;
+
+/// Calls `take`, which returns the digest, for each file.
+std::vector<PatchFile> ForEachFile(const ClientScan& scan, Progress& progress, const TakeFile& take) {
+  std::uint64_t bytes = 0;
+  for (const ClientFile& file : scan.files) bytes += file.size;
+  std::vector<PatchFile> files(scan.files.size());
+  progress.Begin("hashing", scan.files.size(), bytes);
+  RunOnAllCores(scan.files.size(), progress, [&](std::size_t index, FileHasher& hasher) {
+    const ClientFile& file = scan.files[index];
+    const std::string digest = take(file, index, hasher);
+    files[index] = {file.path, file.size, digest, ContentStore::FileName(digest)};
+    progress.ItemDone();
+  });
+  progress.End();
+  return files;
+}
+
+void RequireSize(const ClientFile& file, const FileContent& content) {
+  if (content.size != file.size) throw PublishError(file.path + " changed while it was being published");
+}
+
+class Storing {
+ public:
+  Storing(const ContentStore& store, ContentProof& proof, Progress& progress)
+      : store_(store), proof_(proof), progress_(progress) {
+    std::error_code error;
+    probablyStored_ = !fs::is_empty(store_.Root() / "files", error);
+  }
+
+  /// Returns the digest. Where contents lie already, most are unchanged: they are read only. Otherwise one
+  /// pass reads, writes and hashes.
+  std::string Store(const ClientFile& file, std::size_t index, FileHasher& hasher) {
+    if (probablyStored_) {
+      const FileContent content = hasher.Read(file.place);
+      RequireSize(file, content);
+      if (IsSound(content, hasher)) return content.digest;
+    }
+    const fs::path copy = store_.WorkFile(std::to_string(index));
+    const FileContent content = hasher.Copy(file.place, copy);
+    RequireSize(file, content);
+    if (!probablyStored_) hasher.Count(content.size);
+    const std::string name = ContentStore::FileName(content.digest);
+    std::error_code error;
+    const bool present = fs::exists(store_.Place(name), error);
+    if (IsSound(content, hasher)) {
+      fs::remove(copy, error);
+      return content.digest;
+    }
+    if (present) progress_.Notice(name + " was damaged and is written again, from " + file.path);
+    store_.PutInPlace(copy, store_.Place(name));
+    proof_.Written(name);
+    return content.digest;
+  }
+
+ private:
+  bool IsSound(const FileContent& content, FileHasher& hasher) {
+    return proof_.IsSound(ContentStore::FileName(content.digest), content.size, content.digest, hasher);
+  }
+
+  const ContentStore& store_;
+  ContentProof& proof_;
+  Progress& progress_;
+  bool probablyStored_ = false;
+};
+
+}  // namespace
+
+std::vector<PatchFile> StoreContents(const ClientScan& scan, const ContentStore& store, ContentProof& proof,
+                                     Progress& progress) {
+  Storing storing(store, proof, progress);
+  return ForEachFile(scan, progress, [&](const ClientFile& file, std::size_t index, FileHasher& hasher) {
+    return storing.Store(file, index, hasher);
+  });
+}
+
+std::vector<PatchFile> HashContents(const ClientScan& scan, Progress& progress) {
+  return ForEachFile(scan, progress, [](const ClientFile& file, std::size_t, FileHasher& hasher) {
+    const FileContent content = hasher.Read(file.place);
+    RequireSize(file, content);
+    return content.digest;
+  });
+}
+
+}  // namespace patcher::publisher

@@ -1,0 +1,131 @@
+#include "go_live.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "content_check.h"
+#include "content_store.h"
+#include "document_check.h"
+#include "download_table.h"
+#include "findings.h"
+#include "history.h"
+#include "launcher_store.h"
+#include "live_manifest.h"
+#include "platform/standard_streams.h"
+#include "progress_line.h"
+#include "prune.h"
+#include "publish_error.h"
+#include "store_session.h"
+
+namespace patcher::publisher {
+namespace {
+
+class LiveSwitch {
+ public:
+  explicit LiveSwitch(const GoLiveRequest& request)
+      : request_(request), store_(request.www), progress_(request.quiet) {}
+
+  void Run() {
+    RequireStore(store_);
+    const StoreSession session(store_);
+    ReadPresent();
+    if (live_) KeepCopy(store_, *live_);
+    history_ = ReadHistory(store_);
+    ReadNext();
+    Prove();
+    if (IsLive()) {
+      Finish(Name() + " is live already", std::nullopt);
+      return;
+    }
+    next_.sequence = NextSequence(history_, Live());
+    next_.text = ManifestText(next_);
+    PutLive(store_, next_);
+    Finish(Name() + " is live" + Summary(), live_ ? std::optional(live_->manifest.version) : std::nullopt);
+  }
+
+ private:
+  const Publication* Live() const { return live_ ? &*live_ : nullptr; }
+  std::string Name() const { return "version " + std::to_string(request_.version); }
+
+  /// A damaged manifest is one of the reasons to be here.
+  void ReadPresent() {
+    try {
+      live_ = ReadPublication(store_.ManifestFile());
+    } catch (const PublishError& error) {
+      progress_.Notice(std::string("the present manifest is replaced: ") + error.what());
+    }
+  }
+
+  void ReadNext() {
+    if (FindVersion(history_, request_.version) == nullptr) {
+      throw PublishError("the history has no " + Name() + ListOfVersions());
+    }
+    next_ = ReadCopy(store_, request_.version);
+    next_.held = false;
+    if (!request_.allowOlderLauncher) {
+      const AnnouncedLauncher newest = NewestLauncher(history_, Live());
+      if (newest.build > next_.manifest.patcherVersion) Announce(next_, newest);
+    }
+  }
+
+  std::string ListOfVersions() const {
+    std::string text;
+    for (const PublishedVersion& version : history_) {
+      text += (text.empty() ? "; it has " : ", ") + std::to_string(version.version);
+    }
+    return text;
+  }
+
+  /// What archives hold was proven when they were packed: their digests are enough.
+  void Prove() {
+    Findings findings;
+    CheckDocument(next_, findings);
+    ContentCheck contents(store_, progress_, findings);
+    contents.Add(next_, "");
+    contents.Run();
+    const std::vector<std::string> sentences = findings.Sorted();
+    if (!sentences.empty()) {
+      throw PublishError(Name() + " cannot go live, " + std::to_string(sentences.size()) +
+                         " findings: " + sentences.front());
+    }
+    Announce(next_, ProveLauncher(LauncherOf(next_), store_, progress_));
+  }
+
+  /// What follows the JSON value does not count.
+  bool IsLive() {
+    if (!live_ || live_->manifest.version != request_.version) return false;
+    next_.sequence = live_->sequence;
+    return live_->text.starts_with(ManifestText(next_));
+  }
+
+  std::string Summary() const {
+    std::string text = ": launcher build " + std::to_string(next_.manifest.patcherVersion);
+    if (!live_) return text;
+    const DownloadCost cost = CostOfUpdate(next_, &live_->manifest);
+    return text + "; players of version " + std::to_string(live_->manifest.version) + " fetch " +
+           std::to_string(cost.files) + " files, " + ReadableBytes(cost.bytes);
+  }
+
+  void Finish(const std::string& done, std::optional<std::int32_t> before) {
+    if (!request_.quiet) platform::WriteLine(done);
+    if (request_.keep == 0) return;
+    DoLaterStep(done, [&] {
+      const PruneResult pruned = Prune(store_, next_, before, request_.keep);
+      if (!request_.quiet) platform::WriteLine(PruneText(pruned));
+    });
+  }
+
+  const GoLiveRequest& request_;
+  const ContentStore store_;
+  Progress progress_;
+  std::optional<Publication> live_;
+  History history_;
+  Publication next_;
+};
+
+}  // namespace
+
+void GoLive(const GoLiveRequest& request) { LiveSwitch(request).Run(); }
+
+}  // namespace patcher::publisher

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+namespace patcher::publisher {
+
+struct GoLiveRequest {
+  std::filesystem::path www;
+  std::int32_t version = 0;
+  bool allowOlderLauncher = false;  ///< announce the version's own launcher, not the newest
+  std::size_t keep = 0;             ///< versions that pruning keeps; 0: no pruning
+  bool quiet = false;
+};
+
+/// Puts a published version before players: one that was held, or an earlier one. Proves its files, archives
+/// and launcher first. The manifest is replaced in one step. Prints on standard output what was done. Raises
+/// PublishError; LaterStepError if the version is live all the same.
+void GoLive(const GoLiveRequest& request);
+
+}  // namespace patcher::publisher

@@ -1,0 +1,246 @@
+#include "publish.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "archive_set.h"
+#include "client_contents.h"
+#include "client_notices.h"
+#include "client_scan.h"
+#include "content_store.h"
+#include "download_table.h"
+#include "exclusions.h"
+#include "free_space.h"
+#include "history.h"
+#include "launcher_file.h"
+#include "launcher_store.h"
+#include "live_manifest.h"
+#include "manifest_document.h"
+#include "platform/standard_streams.h"
+#include "platform/text.h"
+#include "progress_line.h"
+#include "prune.h"
+#include "publish_error.h"
+#include "store_session.h"
+
+namespace patcher::publisher {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Whether `inner` is in `outer` or is the same folder, however the two are spelled.
+bool LiesIn(const fs::path& inner, const fs::path& outer) {
+  std::error_code error;
+  fs::path folder = fs::weakly_canonical(fs::absolute(inner), error);
+  for (;;) {
+    if (fs::equivalent(folder, outer, error) && !error) return true;
+    if (!folder.has_relative_path()) return false;
+    folder = folder.parent_path();
+  }
+}
+
+/// One publication on its way.
+class Publisher {
+ public:
+  explicit Publisher(const PublishRequest& request)
+      : request_(request), store_(request.www), progress_(request.quiet) {}
+
+  void Run() {
+    RequireFolders();
+    if (request_.launcher) {
+      launcherBuild_ = LauncherBuild(request_.launcher->file, request_.launcher->build);
+    }
+    Exclusions exclusions(request_.client, request_.excluded);
+    const StoreSession session(store_);
+    ReadStore();
+    RequireLauncherOrder();
+    const ClientScan scan = ScanClient(request_.client, exclusions);
+    GiveNotices(scan, exclusions, progress_);
+    if (IsPublished(scan)) {
+      Finish("version " + std::to_string(request_.version) + " is already published", Previous());
+      return;
+    }
+    RequireSpace(scan, store_, progress_);
+    if (previous_) KeepCopy(store_, *previous_);
+    Prepare(scan);
+    RequireUnchanged(scan, ScanClient(request_.client, exclusions));
+    Commit();
+  }
+
+ private:
+  void RequireFolders() const {
+    std::error_code error;
+    if (!fs::is_directory(request_.client, error)) {
+      throw PublishError("the client directory " + platform::Utf8FromPath(request_.client) +
+                         " does not exist");
+    }
+    if (LiesIn(store_.Root(), request_.client) || LiesIn(request_.client, store_.Root())) {
+      throw PublishError("the client directory and the published folder must not lie in each other");
+    }
+  }
+
+  void ReadStore() {
+    history_ = ReadHistory(store_);
+    for (const PublishedVersion& version : history_) {
+      if (!version.problem.empty()) {
+        progress_.Notice("the history is damaged; delete this copy, or get it from a backup: " +
+                         version.problem);
+      }
+    }
+    previous_ = ReadLive(store_, history_, progress_);
+    newestLauncher_ = NewestLauncher(history_, Previous());
+  }
+
+  const Publication* Previous() const { return previous_ ? &*previous_ : nullptr; }
+
+  void RequireLauncherOrder() const {
+    if (!request_.launcher || request_.allowOlderLauncher || launcherBuild_ >= newestLauncher_.build) return;
+    throw PublishError("launcher build " + std::to_string(launcherBuild_) + " is below build " +
+                       std::to_string(newestLauncher_.build) +
+                       ", which has been published, and launchers never go back; --allow-older-launcher "
+                       "announces it nevertheless");
+  }
+
+  /// Whether an earlier run has published this version, from this client. Raises PublishError if the number
+  /// is used up in another way.
+  bool IsPublished(const ClientScan& scan) {
+    const PublishedVersion* copy = FindVersion(history_, request_.version);
+    const bool isHeld = copy != nullptr && copy->held;
+    std::optional<Publication> published;
+    if (previous_ && previous_->manifest.version == request_.version) {
+      if (!request_.hold) published = previous_;
+    } else if (isHeld && request_.hold) {
+      published = ReadCopy(store_, request_.version);
+    }
+    if (published) {
+      RequireSame(*published, scan);
+      return true;
+    }
+    const std::string number = std::to_string(request_.version);
+    if (isHeld) throw PublishError("version " + number + " is published and held: --live " + number);
+    std::int32_t newest = previous_ ? previous_->manifest.version : 0;
+    if (!history_.empty()) newest = std::max(newest, history_.front().version);
+    if (request_.version > newest) return false;
+    throw PublishError("version " + number + " is not above version " + std::to_string(newest) +
+                       ", which has been published");
+  }
+
+  void RequireSame(const Publication& published, const ClientScan& scan) {
+    const std::vector<PatchFile>& before = published.manifest.files;
+    const auto sameSize = [](const PatchFile& a, const ClientFile& b) {
+      return a.path == b.path && a.size == b.size;
+    };
+    bool same = std::equal(before.begin(), before.end(), scan.files.begin(), scan.files.end(), sameSize);
+    if (same) {
+      const std::vector<PatchFile> files = HashContents(scan, progress_);
+      same = std::equal(before.begin(), before.end(), files.begin(), files.end(),
+                        [](const PatchFile& a, const PatchFile& b) { return a.sha256 == b.sha256; });
+    }
+    if (same && request_.launcher) {
+      same = ContentStore::LauncherName(FileHasher(progress_).Read(request_.launcher->file).digest) ==
+             published.manifest.patcherUrl;
+    }
+    if (!same) {
+      throw PublishError("version " + std::to_string(request_.version) +
+                         " has been published with other contents: a new version needs a number above it");
+    }
+  }
+
+  void Prepare(const ClientScan& scan) {
+    ContentProof proof(store_);
+    next_.manifest.version = request_.version;
+    next_.manifest.files = StoreContents(scan, store_, proof, progress_);
+    Announce(next_, Launcher());
+    ArchiveSet set = MakeArchives(next_.manifest, Previous(), store_, proof, request_.limits, progress_);
+    next_.archives = std::move(set.archives);
+    archivesKept_ = set.kept;
+    archivesBuilt_ = set.built;
+    next_.sequence = NextSequence(history_, Previous());
+    next_.held = request_.hold;
+    next_.text = ManifestText(next_);
+  }
+
+  AnnouncedLauncher Launcher() {
+    if (!request_.launcher) {
+      const bool live = request_.allowOlderLauncher && previous_;
+      return ProveLauncher(live ? LauncherOf(*previous_) : newestLauncher_, store_, progress_);
+    }
+    AnnouncedLauncher launcher = StoreLauncher(request_.launcher->file, launcherBuild_, store_, progress_);
+    if (launcher.build == newestLauncher_.build && launcher.name != newestLauncher_.name) {
+      progress_.Notice("another launcher with the published build number: players who have it keep it");
+    }
+    return launcher;
+  }
+
+  void RequireUnchanged(const ClientScan& before, const ClientScan& after) const {
+    const std::string path = FirstDifference(before, after);
+    if (!path.empty()) {
+      throw PublishError("the client directory changed while it was being published: " + path);
+    }
+    // By hand, or from a machine that does not share the lock.
+    const auto live = ReadPublication(store_.ManifestFile());
+    if (live && (!previous_ || live->text != previous_->text)) {
+      throw PublishError("version.json was replaced by another program in the meantime");
+    }
+  }
+
+  void Commit() {
+    std::string done = "published version " + std::to_string(request_.version);
+    if (request_.hold) {
+      store_.FlushNames();
+      store_.WriteDocument(HistoryFile(store_, request_.version), next_.text);
+      done += ", held";
+      DoLaterStep(done, [&] { store_.FlushFolder(store_.HistoryFolder()); });
+    } else {
+      PutLive(store_, next_);
+    }
+    Finish(done, request_.hold ? Previous() : &next_);
+  }
+
+  /// What follows a publication. `live` is what players get now; null if they get nothing.
+  void Finish(const std::string& done, const Publication* live) {
+    DoLaterStep(done, [&] {
+      if (!request_.quiet) platform::WriteLine(done + Summary());
+      if (live == nullptr) return;
+      if (live == Previous()) KeepCopy(store_, *live);
+      if (request_.keep == 0) return;
+      const bool replaced = live != Previous() && previous_;
+      const PruneResult pruned = Prune(
+          store_, *live, replaced ? std::optional(previous_->manifest.version) : std::nullopt, request_.keep);
+      if (!request_.quiet) platform::WriteLine(PruneText(pruned));
+    });
+  }
+
+  /// What this run has published: the rest of the line, and the table.
+  std::string Summary() const {
+    if (next_.text.empty()) return {};
+    std::uint64_t bytes = 0;
+    for (const PatchFile& file : next_.manifest.files) bytes += file.size;
+    const DownloadCost change = CostOfUpdate(next_, previous_ ? &previous_->manifest : nullptr);
+    std::string text = ": " + std::to_string(next_.manifest.files.size()) + " files, " +
+                       ReadableBytes(bytes) + "; " + std::to_string(change.files) + " new or changed, " +
+                       ReadableBytes(change.fileBytes) + "; " + std::to_string(archivesBuilt_) +
+                       " archives built, " + std::to_string(archivesKept_) + " kept; launcher build " +
+                       std::to_string(next_.manifest.patcherVersion) + "; manifest " +
+                       ReadableBytes(next_.text.size()) + "\n" + DownloadTable(store_, history_, next_);
+    text.pop_back();
+    return text;
+  }
+
+  const PublishRequest& request_;
+  const ContentStore store_;
+  Progress progress_;
+  std::int32_t launcherBuild_ = 0;  ///< of the request's launcher
+  History history_;
+  std::optional<Publication> previous_;  ///< what is live
+  AnnouncedLauncher newestLauncher_;
+  Publication next_;
+  std::size_t archivesKept_ = 0;
+  std::size_t archivesBuilt_ = 0;
+};
+
+}  // namespace
+
+void Publish(const PublishRequest& request) { Publisher(request).Run(); }
+
+}  // namespace patcher::publisher

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "archive_plan.h"
+
+namespace patcher::publisher {
+
+/// A launcher that is published along with the game.
+struct NewLauncher {
+  std::filesystem::path file;
+  std::optional<std::int32_t> build;  ///< what the publisher says it is
+};
+
+struct PublishRequest {
+  std::filesystem::path client;
+  std::filesystem::path www;
+  std::int32_t version = 0;
+  std::optional<NewLauncher> launcher;  ///< none: the newest published one stays
+  bool allowOlderLauncher = false;
+  bool hold = false;  ///< everything but the last step: players keep the version they have
+  std::vector<std::string> excluded;
+  ArchiveLimits limits;
+  std::size_t keep = 0;  ///< versions that pruning keeps; 0: no pruning
+  bool quiet = false;
+};
+
+/// Publishes a client directory as the next version. The manifest is replaced last and in one step: until
+/// then players see the version before, whatever happens. If that was done already, by a run that ended
+/// early, only what it left is done. Prints on standard output what was done. Raises PublishError;
+/// LaterStepError if the version is published all the same.
+void Publish(const PublishRequest& request);
+
+}  // namespace patcher::publisher

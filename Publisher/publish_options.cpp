@@ -1,0 +1,145 @@
+#include "publish_options.h"
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+#include "command_line.h"
+
+namespace patcher::publisher {
+namespace {
+
+constexpr char kHelp[] = R"(patch-publish - publishes a game client for the launcher
+
+Usage: patch-publish --client DIR --out WWW --version N [options]
+       patch-publish --out WWW --live N [options]
+       patch-publish --out WWW --prune [--keep K]
+       patch-publish --check WWW
+       patch-publish --help
+
+Turns a client directory into the folder WWW/patch that any static web server
+serves, or publishes the next version over it. The manifest WWW/patch/version.json
+is replaced last and in one step: players see the old version or the new one.
+
+  --client DIR         the game as a player is to have it
+  --out WWW            root of the web server; WWW/patch is made if it is missing
+  --version N          number of the version, above every published one
+  --hold               publish everything but the last step, for a rehearsal
+  --live N             put the published version N before players: one that was
+                       held, or an earlier one to go back to
+  --launcher FILE      also publish this launcher; without it the newest one stays
+  --launcher-build B   its build number, for a launcher for Linux; one for Windows
+                       holds it, and must be B if both are given
+  --allow-older-launcher
+                       announce a launcher below one that has been published
+  --exclude GLOB       leave out files and folders of this name; may be repeated
+  --archive-size MB    content of one archive in units of 1,048,576 bytes,
+                       1 to 2047; 64 if not given
+  --prune              delete what no kept version uses, afterwards or by itself
+  --keep K             versions to keep, the live one included; 3 if not given
+  --check WWW          prove every file, archive and launcher in WWW/patch
+  --quiet              say nothing but errors and findings
+  --help               print this text
+
+Exit codes:
+  0  done, or done before; the check found nothing
+  1  failed, and players get what they got before; or the check found something
+  2  wrong usage
+  3  published or live, but a later step failed: repeat the command
+docs/publishing.md describes the rest.)";
+
+constexpr std::int32_t kAny = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kDefaultKeep = 3;
+constexpr std::int32_t kMaxArchiveSize = 2047;
+
+enum TaskBit : unsigned { kPublish = 1, kGoLive = 2, kPrune = 4, kCheck = 8, kAll = 15 };
+
+const std::vector<OptionRule>& Rules() {
+  using enum OptionRule::Kind;
+  static const std::vector<OptionRule> kRules{
+      {"--client", kValue, kPublish},
+      {"--out", kValue, kPublish | kGoLive | kPrune},
+      {"--version", kValue, kPublish},
+      {"--hold", kSwitch, kPublish},
+      {"--live", kValue, kGoLive},
+      {"--launcher", kValue, kPublish},
+      {"--launcher-build", kValue, kPublish},
+      {"--allow-older-launcher", kSwitch, kPublish | kGoLive},
+      {"--exclude", kList, kPublish},
+      {"--archive-size", kValue, kPublish},
+      {"--prune", kSwitch, kPublish | kGoLive | kPrune},
+      {"--keep", kValue, kPublish | kGoLive | kPrune},
+      {"--check", kValue, kCheck},
+      {"--quiet", kSwitch, kAll},
+      {"--help", kSwitch, kAll},
+  };
+  return kRules;
+}
+
+/// Versions that pruning keeps; 0 without --prune.
+std::size_t ReadKeep(CommandLine& line) {
+  const std::int32_t keep = line.Number("--keep", kAny).value_or(kDefaultKeep);
+  if (line.Has("--prune")) return static_cast<std::size_t>(keep);
+  if (line.Has("--keep")) line.Fail("--keep needs --prune");
+  return 0;
+}
+
+void ReadPublish(CommandLine& line, PublishRequest& request) {
+  request.client = line.Path("--client");
+  request.www = line.Path("--out");
+  if (!line.Has("--version")) line.Fail("--version is missing");
+  request.version = line.Number("--version", kAny).value_or(0);
+  if (line.Has("--launcher")) {
+    request.launcher = NewLauncher{line.Path("--launcher"), line.Number("--launcher-build", kAny)};
+  } else if (line.Has("--launcher-build")) {
+    line.Fail("--launcher-build needs --launcher");
+  }
+  request.allowOlderLauncher = line.Has("--allow-older-launcher");
+  request.hold = line.Has("--hold");
+  request.excluded = line.List("--exclude");
+  if (const auto size = line.Number("--archive-size", kMaxArchiveSize)) {
+    request.limits.content = std::uint64_t{static_cast<std::uint32_t>(*size)} << 20;
+  }
+  request.keep = ReadKeep(line);
+  request.quiet = line.Has("--quiet");
+}
+
+void ReadGoLive(CommandLine& line, GoLiveRequest& request) {
+  request.www = line.Path("--out");
+  request.version = line.Number("--live", kAny).value_or(0);
+  request.allowOlderLauncher = line.Has("--allow-older-launcher");
+  request.keep = ReadKeep(line);
+  request.quiet = line.Has("--quiet");
+}
+
+}  // namespace
+
+Options ReadOptions(const std::vector<std::string>& arguments) {
+  CommandLine line(Rules(), arguments);
+  Options options;
+  options.quiet = line.Has("--quiet");
+  if (line.Has("--help")) {
+    options.task = Options::Task::kHelp;
+  } else if (line.Has("--check")) {
+    options.task = Options::Task::kCheck;
+    line.AllowOnly(kCheck, "--check");
+    options.www = line.Path("--check");
+  } else if (line.Has("--live")) {
+    options.task = Options::Task::kGoLive;
+    line.AllowOnly(kGoLive, "--live");
+    ReadGoLive(line, options.goLive);
+  } else if (line.Has("--prune") && !line.Has("--client") && !line.Has("--version")) {
+    options.task = Options::Task::kPrune;
+    line.AllowOnly(kPrune, "--prune without --client");
+    options.www = line.Path("--out");
+    options.keep = ReadKeep(line);
+  } else {
+    ReadPublish(line, options.publish);
+  }
+  options.error = line.Error();
+  return options;
+}
+
+std::string_view HelpText() { return kHelp; }
+
+}  // namespace patcher::publisher

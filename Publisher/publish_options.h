@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "go_live.h"
+#include "publish.h"
+
+namespace patcher::publisher {
+
+/// What the command line asks for.
+struct Options {
+  enum class Task { kPublish, kGoLive, kPrune, kCheck, kHelp };
+  Task task = Task::kPublish;
+  PublishRequest publish;     ///< of kPublish
+  GoLiveRequest goLive;       ///< of kGoLive
+  std::filesystem::path www;  ///< of kPrune and kCheck: the web server's root
+  std::size_t keep = 0;       ///< of kPrune
+  bool quiet = false;
+  std::string error;  ///< not empty: the command line is wrong, and why
+};
+
+Options ReadOptions(const std::vector<std::string>& arguments);
+
+/// The text of --help.
+std::string_view HelpText();
+
+}  // namespace patcher::publisher

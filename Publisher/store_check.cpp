@@ -1,0 +1,106 @@
+#include "store_check.h"
+
+#include <unordered_map>
+
+#include "all_cores.h"
+#include "archive_contents.h"
+#include "content_check.h"
+#include "content_store.h"
+#include "document_check.h"
+#include "findings.h"
+#include "history.h"
+#include "platform/text.h"
+#include "progress_line.h"
+#include "publish_error.h"
+
+namespace patcher::publisher {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Checker {
+ public:
+  Checker(const fs::path& www, bool quiet) : store_(www), progress_(quiet) {}
+
+  CheckResult Run() {
+    const History history = ReadHistory(store_);
+    ReadLive(history);
+    CheckDocument(live_, findings_);
+    ContentCheck contents(store_, progress_, findings_);
+    contents.Add(live_, "");
+    AddHistory(history, contents);
+    contents.AddTheRest();
+    contents.Run();
+    CheckArchives(contents);
+    return {Summary(history), findings_.Sorted()};
+  }
+
+ private:
+  void ReadLive(const History& history) {
+    auto live = ReadPublication(store_.ManifestFile());
+    if (live) {
+      live_ = std::move(*live);
+      return;
+    }
+    std::string problem =
+        "nothing is published: there is no " + platform::Utf8FromPath(store_.ManifestFile());
+    if (!history.empty()) {
+      problem += "; --live " + std::to_string(history.front().version) + " puts the newest version there";
+    }
+    throw PublishError(problem);
+  }
+
+  /// A version may go live again while a copy of its manifest is there.
+  void AddHistory(const History& history, ContentCheck& contents) {
+    for (const PublishedVersion& version : history) {
+      if (!version.problem.empty()) {
+        findings_.Add("history", version.problem);
+      } else {
+        contents.Add(ReadCopy(store_, version.version), "version " + std::to_string(version.version) + ", ");
+      }
+    }
+  }
+
+  /// Unpacks the archives of the live version.
+  void CheckArchives(const ContentCheck& contents) {
+    std::unordered_map<std::string_view, const PatchFile*> files;
+    std::uint64_t bytes = 0;
+    for (const PatchFile& file : live_.manifest.files) files.emplace(file.path, &file);
+    for (const PublishedArchive& archive : live_.archives) bytes += archive.bundle.size;
+    progress_.Begin("unpacking archives", live_.archives.size(), bytes);
+    RunOnAllCores(live_.archives.size(), progress_, [&](std::size_t index, FileHasher& hasher) {
+      const PatchBundle& bundle = live_.archives[index].bundle;
+      if (contents.IsSound(bundle.name)) {
+        std::vector<const PatchFile*> expected;
+        for (const std::string& path : bundle.files) {
+          if (const auto file = files.find(path); file != files.end()) expected.push_back(file->second);
+        }
+        for (const std::string& finding :
+             ArchiveFindings(store_.Place(bundle.name), expected, hasher.Digests())) {
+          findings_.Add("archive " + bundle.name, "it " + finding);
+        }
+      }
+      hasher.Count(bundle.size);
+      progress_.ItemDone();
+    });
+    progress_.End();
+  }
+
+  std::string Summary(const History& history) const {
+    return "version " + std::to_string(live_.manifest.version) + ": " +
+           std::to_string(live_.manifest.files.size()) + " files, " + std::to_string(live_.archives.size()) +
+           " archives, launcher build " + std::to_string(live_.manifest.patcherVersion) + "; " +
+           std::to_string(history.size()) + " versions in the history";
+  }
+
+  const ContentStore store_;
+  Progress progress_;
+  Findings findings_;
+  Publication live_;
+};
+
+}  // namespace
+
+CheckResult CheckPublication(const fs::path& www, bool quiet) { return Checker(www, quiet).Run(); }
+
+}  // namespace patcher::publisher
