@@ -146,12 +146,14 @@ TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
   Dispatcher playing(host, table);
   ending = &playing;
   playing.HandleUiEvent({0x8003, 1, 0});
-  for (const char16_t* text :
-       {u"{\"action\":\"play\"}", u"{\"action\":\"play\"}", u"{\"action\":\"verify\"}"}) {
+  for (const char16_t* text : {u"{\"action\":\"play\"}", u"{\"action\":\"play\"}", u"{\"action\":\"verify\"}",
+                               u"{\"action\":\"windowMinimize\"}", u"{\"action\":\"getOptions\"}"}) {
     playing.DispatchPageMessage(text);
   }
+  host.JoinWorkers();
   playing.HandleUiEvent({0x8004, 0, 0});  // a new launcher must not appear in front of the game
   EXPECT_EQ(host.calls, (std::vector<std::string>{"launch", "end"}));
+  EXPECT_EQ(Sent(), Texts{u"{\"type\":\"ready\",\"canPlay\":true}"});
   EXPECT_TRUE(checks.empty());
 }
 

@@ -22,8 +22,6 @@ constexpr char kIncomplete[] = "Mise a jour du patcher incomplete, relance annul
 /// An installation whose launchers are texts.
 class SelfUpdateSwapTest : public testing::Test {
  protected:
-  void RunAs(const std::string& name) { SetExePath(directory_ / name); }
-
   /// Returns the boxes. The new launcher's start gives `startError`.
   std::vector<std::string> Swap(int startError = 0) {
     std::vector<std::string> boxes;
@@ -47,47 +45,48 @@ class SelfUpdateSwapTest : public testing::Test {
   std::string started_;
   ScratchDirectory directory_;
   using Boxes = std::vector<std::string>;
+
+  /// Swaps as the launcher `own`, beside a new one.
+  Boxes SwapAs(const std::string& own, const std::string& fetched = "Patcher.new.exe", int startError = 0) {
+    SetExePath(directory_ / own);
+    Put(own, "old");
+    if (!fetched.empty()) Put(fetched, "new");
+    return Swap(startError);
+  }
 };
 
-TEST_F(SelfUpdateSwapTest, TakesThePlaceUnderTheLaunchersOwnName) {
-  RunAs("Mon jeu.exe");
-  Put("Mon jeu.exe", "old");
-  Put("Patcher.new.exe", "new");
-  Put("Patcher.old.exe", "older");
-  fs::permissions(directory_ / "Patcher.old.exe", fs::perms::owner_read);
-  EXPECT_EQ(Swap(), Boxes());
-  EXPECT_EQ(At("Mon jeu.exe"), "new");
-  EXPECT_EQ(At("Patcher.old.exe"), "old");
-  EXPECT_FALSE(Exists("Patcher.new.exe"));
-  EXPECT_EQ(started_, "new");
+TEST_F(SelfUpdateSwapTest, ReplacesTheLauncherUnderWhateverNameItRuns) {
+  const struct {
+    const char *own, *fetched, *aside;
+  } cases[] = {{"Mon jeu.exe", "Patcher.new.exe", "Patcher.old.exe"},
+               {"Patcher.old.exe", "Patcher.new.exe", "Patcher.old.exe.old"},
+               {"Patcher.new.exe", "Patcher.new.exe.new", "Patcher.old.exe"}};
+  for (const auto& [own, fetched, aside] : cases) {
+    Put(aside, "older");
+    fs::permissions(directory_ / aside, fs::perms::owner_read);
+    EXPECT_EQ(SwapAs(own, fetched), Boxes()) << own;
+    EXPECT_EQ(At(own), "new") << own;
+    EXPECT_EQ(At(aside), "old") << own;
+    EXPECT_FALSE(Exists(fetched)) << own;
+    EXPECT_EQ(started_, "new") << own;
+    fs::remove(directory_ / own);
+    fs::remove(directory_ / aside);
+  }
 }
 
 TEST_F(SelfUpdateSwapTest, ARefusedFirstMoveChangesNothing) {
-  RunAs("Patcher.exe");
-  Put("Patcher.exe", "old");
-  Put("Patcher.new.exe", "new");
   fs::create_directory(directory_ / "Patcher.old.exe");
   Put("Patcher.old.exe/mine", "kept");
-  EXPECT_EQ(Swap(), Boxes{kLocked});
+  EXPECT_EQ(SwapAs("Patcher.exe"), Boxes{kLocked});
   EXPECT_EQ(At("Patcher.exe"), "old");
   EXPECT_EQ(At("Patcher.new.exe"), "new");
   EXPECT_EQ(At("Patcher.old.exe/mine"), "kept");
 }
 
-TEST_F(SelfUpdateSwapTest, ARefusedSecondMoveBringsTheOldLauncherBack) {
-  RunAs("Patcher.exe");
-  Put("Patcher.exe", "old");
-  EXPECT_EQ(Swap(), Boxes{kIncomplete});
-  EXPECT_EQ(At("Patcher.exe"), "old");
-  EXPECT_FALSE(Exists("Patcher.old.exe"));
+TEST_F(SelfUpdateSwapTest, ASwapThatFailsBringsTheOldLauncherBack) {
+  EXPECT_EQ(SwapAs("Patcher.exe", ""), Boxes{kIncomplete});
   EXPECT_EQ(started_, "");
-}
-
-TEST_F(SelfUpdateSwapTest, ALauncherThatCannotBeStartedIsTakenBack) {
-  RunAs("Patcher.exe");
-  Put("Patcher.exe", "old");
-  Put("Patcher.new.exe", "new");
-  EXPECT_EQ(Swap(193), Boxes{kIncomplete});
+  EXPECT_EQ(SwapAs("Patcher.exe", "Patcher.new.exe", 193), Boxes{kIncomplete});
   EXPECT_EQ(started_, "new");
   EXPECT_EQ(At("Patcher.exe"), "old");
   EXPECT_EQ(At("Patcher.new.exe"), "new");
@@ -96,7 +95,7 @@ TEST_F(SelfUpdateSwapTest, ALauncherThatCannotBeStartedIsTakenBack) {
 
 /// What a death between the two moves leaves where the file system has hard links.
 TEST_F(SelfUpdateSwapTest, ASecondNameOfTheRunningLauncherMayGo) {
-  RunAs("Patcher.exe");
+  SetExePath(directory_ / "Patcher.exe");
   Put("Patcher.exe", "old");
   std::error_code error;
   fs::create_hard_link(directory_ / "Patcher.exe", directory_ / "Patcher.old.exe", error);
@@ -104,42 +103,21 @@ TEST_F(SelfUpdateSwapTest, ASecondNameOfTheRunningLauncherMayGo) {
   if (error || fs::hard_link_count(directory_ / "Patcher.exe") != 2) return;
   EXPECT_TRUE(IsOwnName(directory_ / "Patcher.exe"));
   EXPECT_FALSE(IsOwnName(directory_ / "Patcher.old.exe"));
-  Put("Patcher.new.exe", "new");
-  EXPECT_EQ(Swap(), Boxes());
+  EXPECT_EQ(SwapAs("Patcher.exe"), Boxes());
   EXPECT_EQ(At("Patcher.exe"), "new");
   EXPECT_EQ(At("Patcher.old.exe"), "old");
 }
 
 TEST_F(SelfUpdateSwapTest, AScannerThatHoldsTheNewLauncherIsWaitedFor) {
-  RunAs("Patcher.exe");
-  Put("Patcher.exe", "old");
   Put("Patcher.new.exe", "new");
-  std::ifstream scanner(directory_ / "Patcher.new.exe");  // on Windows nobody can move it now
+  std::ifstream scanner(directory_ / "Patcher.new.exe");  // on Windows it cannot be moved now
   std::thread release([&scanner] {
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     scanner.close();
   });
-  EXPECT_EQ(Swap(), Boxes());
+  EXPECT_EQ(SwapAs("Patcher.exe", ""), Boxes());
   release.join();
   EXPECT_EQ(At("Patcher.exe"), "new");
-}
-
-TEST_F(SelfUpdateSwapTest, ALauncherStartedUnderTheNameOfTheOldOneMakesWayToo) {
-  RunAs("Patcher.old.exe");
-  Put("Patcher.old.exe", "old");
-  Put("Patcher.new.exe", "new");
-  EXPECT_EQ(Swap(), Boxes());
-  EXPECT_EQ(At("Patcher.old.exe"), "new");
-  EXPECT_EQ(At("Patcher.old.exe.old"), "old");
-}
-
-TEST_F(SelfUpdateSwapTest, ALauncherStartedUnderTheNameOfTheNewOneFindsTheNextBesideIt) {
-  RunAs("Patcher.new.exe");
-  Put("Patcher.new.exe", "new");
-  Put("Patcher.new.exe.new", "newer");
-  EXPECT_EQ(Swap(), Boxes());
-  EXPECT_EQ(At("Patcher.new.exe"), "newer");
-  EXPECT_EQ(At("Patcher.old.exe"), "new");
 }
 
 }  // namespace
