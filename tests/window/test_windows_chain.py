@@ -5,16 +5,16 @@ import subprocess
 import fixture
 from fixture import VERSION, WindowsTest
 from game import Game
+from launcher import setting
 from stand_in import ROOT
 
-ORIGIN = "https://assets.tolmira.example"
 HANDLERS = ["WebResourceRequested", "WebMessageReceived", "NavigationCompleted", "NavigationStarting",
             "NewWindowRequested", "ProcessFailed"]
 
 
 class ChainTest(WindowsTest):
     def test_the_steps_in_their_order(self):
-        data = "Z:" + str(self.place.directory / "WebView2Data").replace("/", "\\")
+        data = "Z:" + str(self.place / "WebView2Data").replace("/", "\\")
         carried = (fixture.BUILD / "Patcher" / "generated" / "page" / "launcher.html").read_text(encoding="utf-8")
         for mode in ("", "at-once"):
             program = self.start(mode)
@@ -25,7 +25,7 @@ class ChainTest(WindowsTest):
                 ["environment", "(null)", data, "no options", "FF0D1426"],
                 ["handler", "environment", "sound"],
                 ["handler", "controller", "sound"],
-                ["filter", ORIGIN + "/*", "0"],
+                ["filter", setting("PATCHER_ASSET_ORIGIN") + "/*", "0"],
                 ["handler", "WebResourceRequested", "sound"],
                 ["bounds", "6", "6", "1274", "794"],
                 *[["handler", name, "sound"] for name in HANDLERS[1:]]])
@@ -53,17 +53,18 @@ class ChainTest(WindowsTest):
 
     def test_images(self):
         program = self.loaded()
+        origin = setting("PATCHER_ASSET_ORIGIN")
         for name in ("background.jpg", "logo.png", "panel.png", "pill-play.png", "separator.png",
                      "nav-icon-sprite.png", "led-green.png", "led-red.png", "led-amber.png"):
             kind = "image/jpeg" if name.endswith(".jpg") else "image/png"
             headers = f"Content-Type: {kind}\r\nCache-Control: max-age=31536000"
             content = (ROOT / "Patcher" / "patcher-assets" / name).read_bytes()
-            self.assertEqual(program.ask("get", f"{ORIGIN}/{name}"), ["done", "200", "OK", headers, content.hex()])
-        for address in (f"{ORIGIN}/LOGO.PNG", f"{ORIGIN}/", f"{ORIGIN}/launcher.html", ""):
+            self.assertEqual(program.ask("get", f"{origin}/{name}"), ["done", "200", "OK", headers, content.hex()])
+        for address in (f"{origin}/LOGO.PNG", f"{origin}/", f"{origin}/launcher.html", ""):
             self.assertEqual(program.ask("get", address), ["done"], address)
         self.assert_nothing_is_held(program)
         program = self.loaded("no-response")
-        self.assertEqual(program.ask("get", f"{ORIGIN}/logo.png"), ["done"])
+        self.assertEqual(program.ask("get", f"{origin}/logo.png"), ["done"])
         self.assert_nothing_is_held(program)
 
     def assert_nothing_is_held(self, program):
@@ -94,7 +95,7 @@ class ChainTest(WindowsTest):
         program.wait_message("ready")
         before = len(program.messages())
         for verb in ("go", "open"):
-            self.assertEqual(program.ask(verb, "https://tolmira.example/"), ["refused"])
+            self.assertEqual(program.ask(verb, setting("PATCHER_SITE_LINK")), ["refused"])
         program.request("getOptions")
         program.wait_message("options")
         self.assertEqual(len(program.messages()), before + 1, "a refused navigation is no loaded page")
@@ -120,41 +121,21 @@ class ChainTest(WindowsTest):
 
 
 class ProgramFileTest(WindowsTest):
-    def test_the_version_is_told_wherever_it_is_asked_for(self):
-        (self.place.directory / "patcher.ini").unlink()
+    def test_the_version_is_printed_wherever_it_is_asked_for(self):
+        (self.place / "patcher.ini").unlink()
+        version = setting("PATCHER_LAUNCHER_BUILD")
         for arguments in (["--print-version"], ["x", "y--print-versionz"]):
-            self.assertEqual(fixture.WINE.run(self.place.program, *arguments), (0, b"26\n"))
+            self.assertEqual(fixture.WINE.run(self.place.program, *arguments), (0, f"{version}\n".encode()))
         odd = self.place.program.with_name("Patcher --print-version.exe")
         self.place.program.rename(odd)
-        self.assertEqual(fixture.WINE.run(odd), (0, b"26\n"))
+        self.assertEqual(fixture.WINE.run(odd), (0, f"{version}\n".encode()))
         self.assertEqual(set(self.installed_files()), {odd.name})
-        self.assertFalse((self.place.directory / "patcher.ini").exists())
+        self.assertFalse((self.place / "patcher.ini").exists())
 
     def test_the_version_reaches_the_console_it_is_asked_from(self):
         """Started by a console program whose output is a terminal: there is nothing to inherit."""
-        ask = self.place.directory / "ask.bat"
+        ask = self.place / "ask.bat"
         ask.write_bytes(b"@\"%~dp0Patcher.exe\" --print-version\r\n")
         done = subprocess.run(["script", "--quiet", "--return", "--command", f"wine cmd /c '{ask}'", "/dev/null"],
                               env=fixture.WINE.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True)
-        self.assertRegex(re.sub(rb"\x1b\[[0-9;?]*[A-Za-z]", b"", done.stdout).decode(errors="replace"), r"\b26\b")
-
-    def test_what_the_program_needs_and_what_it_carries(self):
-        listing = self.output("objdump", "-p", self.place.program)
-        libraries = {name.lower() for name in re.findall(r"DLL Name: (\S+)", listing)}
-        system = {"advapi32.dll", "bcrypt.dll", "dwmapi.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "shell32.dll", "shlwapi.dll",
-                  "user32.dll", "winhttp.dll"}
-        self.assertEqual(libraries - system, {"webview2loader.dll"})
-        for line in ("CreateCoreWebView2EnvironmentWithOptions\n", "SetDefaultDllDirectories\n", "(Windows GUI)"):
-            self.assertIn(line, listing)
-        self.assertNotIn("SetProcessDpiAwarenessContext", listing)  # not in every Windows 10
-        resources = self.output("windres", "-J", "coff", "-O", "rc", self.place.program)
-        for line in ("PerMonitorV2", "supportedOS"):
-            self.assertIn(line, resources)
-        icons = re.findall(r'^ *"\\(\d+)\\\d+\\000\\000", 1, 32, .* Element', resources, re.MULTILINE)
-        self.assertEqual([int(width, 8) for width in icons], [16, 32, 48, 64, 128, 0])
-        carried = {int(number) for number in re.findall(r"^(\d+) RCDATA", resources, re.MULTILINE)}
-        self.assertEqual(carried, {100, *range(200, 209)})
-
-    @staticmethod
-    def output(tool, *arguments):
-        return subprocess.run([f"i686-w64-mingw32-{tool}", *arguments], stdout=subprocess.PIPE, text=True, check=True).stdout
+        self.assertRegex(re.sub(rb"\x1b\[[0-9;?]*[A-Za-z]", b"", done.stdout).decode(errors="replace"), rf"\b{setting('PATCHER_LAUNCHER_BUILD')}\b")

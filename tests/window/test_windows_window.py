@@ -1,12 +1,10 @@
 """The window of the Windows program under real clicks, and what it withstands."""
 import subprocess
 
-import fixture
 from display import HOME, NAVY, SCREEN
 from fixture import VERSION, WindowsTest
 from game import Game
-from launcher import wait_until
-from stand_in import ROOT
+from launcher import setting, wait_until
 
 
 class WindowTest(WindowsTest):
@@ -158,7 +156,7 @@ class EnduranceTest(WindowsTest):
         successor = self.place.program.read_bytes() + b"the next launcher"
         self.server.content["/patch/Patcher.exe"] = successor
         game = Game(4, 10)
-        game.publish(self.server, patcherVersion=27, patcherUrl="Patcher.exe")
+        game.publish(self.server, patcherVersion=int(setting("PATCHER_LAUNCHER_BUILD")) + 1, patcherUrl="Patcher.exe")
         program = self.loaded()
         program.wait_message("status", text="Mise a jour du patcher...")
         program.wait("navigate")  # the successor's
@@ -170,13 +168,3 @@ class EnduranceTest(WindowsTest):
         self.assertEqual(self.place.program.read_bytes(), successor)
         self.assertEqual({name: data for name, data in found.items() if not name.startswith("Patcher.")}, game.files)
         self.assertNotIn("Patcher.new.exe", found)
-
-
-class PageTest(WindowsTest):
-    def test_journeys(self):
-        """The tests of the page in a real browser that need an engine, with the Windows program for one."""
-        journeys = [f"tests/page/{name}.test.mjs" for name in ("install_and_play", "check", "options")]
-        done = subprocess.run(["node", "--test", "--test-concurrency=2", "--test-reporter=tap", *journeys], cwd=ROOT,
-                              env={**fixture.WINE.environment, "PAGE_TEST_WINDOWS": str(fixture.BUILD)},
-                              stdout=subprocess.PIPE, text=True, check=False)
-        self.assertEqual(done.returncode, 0, done.stdout)
