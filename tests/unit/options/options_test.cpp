@@ -123,16 +123,6 @@ TEST_F(ExchangeTest, MessageWithoutAFile) {
   EXPECT_EQ(Json(text).Find("values")->objectMembers.size(), 81u);
 }
 
-TEST_F(ExchangeTest, ABlindMessageMarksItsValues) {
-  EXPECT_FALSE(BuildOptionsMessage(path).blind);
-  WriteWhole(path, "");
-  std::filesystem::resize_file(path, kMaxSettingsSize + 1);
-  EXPECT_TRUE(BuildOptionsMessage(path).blind);
-  EXPECT_TRUE(AreFromBlindMessage(*Json(Message()).Find("values")));
-  std::filesystem::remove(path);
-  EXPECT_FALSE(AreFromBlindMessage(*Json(Message()).Find("values")));
-}
-
 TEST_F(ExchangeTest, AFirstSaveWritesWhatThePageHas) {
   std::string shown = Message();
   std::ostringstream values;
@@ -162,19 +152,16 @@ TEST_F(ExchangeTest, ValuesAreHeldWithinTheirBounds) {
 }
 
 TEST_F(ExchangeTest, ScreenSizes) {
-  const struct {
-    const char* sent;
-    const char* line;
-  } cases[] = {{R"("resWidth":640,"resHeight":480)", "640 480"},
-               {R"("resWidth":16384.9,"resHeight":16384)", "16384 16384"},
-               {R"("resWidth":16385,"resHeight":700)", "1 1"},
-               {R"("resWidth":700,"resHeight":479.9)", "1 1"},
-               {R"("resWidth":700)", "1 1"},
-               {R"("resWidth":"700","resHeight":700)", "1 1"}};
-  for (const auto& c : cases) {
+  const std::pair<const char*, const char*> cases[] = {
+      {R"("resWidth":640,"resHeight":480)", "640 480"},
+      {R"("resWidth":16384.9,"resHeight":16384)", "16384 16384"},
+      {R"("resWidth":16385,"resHeight":700)", "1 1"},
+      {R"("resWidth":700,"resHeight":479.9)", "1 1"},
+      {R"("resWidth":"700","resHeight":700)", "1 1"}};
+  for (const auto& [sent, size] : cases) {
     WriteWhole(path, "resolution 1 1");
-    EXPECT_TRUE(Save(std::string("{") + c.sent + "}"));
-    EXPECT_EQ(ReadWhole(path), std::string("resolution ") + c.line + "\r\n") << c.sent;
+    EXPECT_TRUE(Save(std::string("{") + sent + "}"));
+    EXPECT_EQ(ReadWhole(path), std::string("resolution ") + size + "\r\n") << sent;
   }
   for (const char* line : {"resolution 800 0", "resolution -1 600", "resolution 800"}) {
     WriteWhole(path, line);
