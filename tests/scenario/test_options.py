@@ -46,17 +46,6 @@ class OptionsTest(ScenarioTest):
         self.assertIn(b"\r\nshadowbias 0.0021\r\n", text)
         self.assertEqual(text.count(b"\r\n"), KEPT.count(b"\r\n") + 79)
 
-    def test_refused_saves_change_nothing(self):
-        self.assertEqual(self.answers(b'{"action":"saveOptions"}\n'), [REFUSED])
-        self.settings.write_bytes(FOREIGN)
-        self.settings.chmod(0o444)
-        self.assertEqual(self.answers(save(vsync=1)), [REFUSED])
-        self.assertEqual(self.settings.read_bytes(), FOREIGN)
-        self.settings.unlink()
-        self.settings.mkdir()
-        self.assertEqual(self.answers(save(vsync=1)), [REFUSED])
-        self.assertEqual(set(self.place.files()), set())
-
     def test_a_form_without_the_files_values_is_not_saved(self):
         self.settings.write_bytes(FOREIGN)
         os.truncate(self.settings, (16 << 20) + 1)  # too large to be read

@@ -139,7 +139,7 @@ TEST(ArchiveTest, OutcomesDoNotDependOnThreads) {
     repeated.insert(repeated.end(), {{name, slow.substr(0, 1 << 17)}, {"d", "content"}, {name, "later"}});
   }
   const Entries early{{"a/1", slow.substr(0, 1000000)}, {"a/x", slow}, {"b/x", "y"}, {"b/2", "2"}};
-  using Sizes = std::map<std::string, std::size_t>;
+  using Sizes = std::map<std::string, std::uint64_t>;
   const struct {
     std::string archive, outcome;
     std::size_t leastFiles, mostFiles;
