@@ -39,8 +39,8 @@ OPERATIONS = {
 AHEAD = {"nothing": None, "journal": 0, "journal and document": 1, "journal and half a document": 0.5}
 
 
-def vouched(text):
-    """The files that a record vouches for, read more generously than the launcher does."""
+def recorded(text):
+    """The files that a record names, read more generously than the launcher does."""
     try:
         record, _ = json.JSONDecoder(strict=False).raw_decode(text.decode(errors="surrogateescape"))
         return {entry["path"]: entry["sha256"] for entry in record["files"]}
@@ -192,12 +192,12 @@ class PowerCut(Life):
         self.check_next_start()
 
     def check_record(self):
-        """Returns what the record vouches for. What the test has damaged may still be as it was left."""
+        """Returns what the record names. What the test has damaged may still be as it was left."""
         found = self.place.files()
-        promised = vouched(self.record.read_bytes()) if self.record.exists() else {}
+        promised = recorded(self.record.read_bytes()) if self.record.exists() else {}
         wrong = [path for path, wanted in promised.items() if path not in found or digest(found[path]) != wanted]
         wrong = [path for path in wrong if path not in self.damaged or found.get(path) not in (None, self.damaged[path])]
-        self.expect(not wrong, f"{len(wrong)} of {len(promised)} files that the record vouches for are wrong")
+        self.expect(not wrong, f"{len(wrong)} of {len(promised)} files that the record names are wrong")
         return promised
 
     def check_launcher(self):

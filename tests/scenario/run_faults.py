@@ -152,18 +152,18 @@ class Trial:
         """Runs it to its `ready`, which it returns."""
         if name != "update":
             session.send(name)
-        told = session.until("ready")
-        checks = [m for m in told if m["type"] == "check"]
-        words = {m["text"] for m in told if m["type"] == "status"}
-        self.options = next((m for m in told if m["type"] == "options"), self.options)
+        found = session.until("ready")
+        checks = [m for m in found if m["type"] == "check"]
+        words = {m["text"] for m in found if m["type"] == "status"}
+        self.options = next((m for m in found if m["type"] == "options"), self.options)
         self.expect(len(checks) == (name != "update"), f"{name}: {len(checks)} check messages")
         self.expect(BUSY not in words, f"{name}: refused")
-        found = self.look(name)
-        right = {path for path, data in self.lane.new.items() if found.get(path) == data}
+        files = self.look(name)
+        right = {path for path, data in self.lane.new.items() if files.get(path) == data}
         complete = words & {"A jour.", "Pret a jouer."}
         self.expect(not complete or right >= self.lane.new.keys() - self.damage.keys(), f"{name}: not {complete}")
         self.expect(not checks or checks[0].get("ok", 0) <= len(right), f"{name}: {checks} of {len(right)}")
-        return told[-1]
+        return found[-1]
 
     def save(self, session):
         """As the page does it: all values as they were shown, one of them changed."""
@@ -183,7 +183,7 @@ class Trial:
             for entry in json.loads(found["patch_manifest.json"])["files"]:
                 path, data = entry["path"], found.get(entry["path"])
                 good = data is None or digest(data) == entry["sha256"] or data == self.damage.get(path)
-                self.expect(good, f"{when}: {path} is vouched for")
+                self.expect(good, f"{when}: {path} is recorded")
         spoilt = [path for path in self.right - self.damage.keys() if found.get(path) != self.lane.new[path]]
         self.expect(not spoilt, f"{when}: {len(spoilt)} right files are spoilt or gone: {sorted(spoilt)[:1]}")
         self.right = {path for path, data in self.lane.new.items() if found.get(path) == data}

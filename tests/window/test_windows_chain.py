@@ -19,9 +19,9 @@ class ChainTest(WindowsTest):
         for mode in ("", "at-once"):
             program = self.start(mode)
             self.assertEqual(program.load_page(), carried)
-            icons = [line for line in program.told if line[0] == "icon"]
+            icons = [line for line in program.heard if line[0] == "icon"]
             self.assertEqual(icons, [["icon", "1"], ["icon", "0"]])  # the large one and the small one
-            self.assertEqual([line for line in program.told[:-1] if line not in icons], [
+            self.assertEqual([line for line in program.heard[:-1] if line not in icons], [
                 ["environment", "(null)", data, "no options", "FF0D1426"],
                 ["handler", "environment", "sound"],
                 ["handler", "controller", "sound"],
@@ -31,10 +31,10 @@ class ChainTest(WindowsTest):
                 *[["handler", name, "sound"] for name in HANDLERS[1:]]])
             program.wait_message("ready")
             # The page has the keyboard without a click.
-            self.assertIn(["focus", "0"], program.told)
+            self.assertIn(["focus", "0"], program.heard)
             self.display.mouse("key", "a")
             program.wait("key")
-            program.tell("window", "7", "0")  # WM_SETFOCUS, as after another window was in front
+            program.send("window", "7", "0")  # WM_SETFOCUS, as after another window was in front
             self.assertEqual(program.wait("focus"), ["0"])
             # The form's data come before anything else.
             self.assertEqual([message["type"] for message in program.messages()][:2], ["options", "status"])
@@ -48,7 +48,7 @@ class ChainTest(WindowsTest):
                 # As a player does who sees no button for it.
                 self.display.mouse("mousemove", left + 100, top + 100, "click", 1, "key", "alt+F4")
                 self.assertEqual(program.exit_code(), 0)
-                self.assertLessEqual({line[0] for line in program.told}, {"environment", "handler", "icon"})
+                self.assertLessEqual({line[0] for line in program.heard}, {"environment", "handler", "icon"})
                 self.assertEqual(sum(self.server.requests.values()), 0)
 
     def test_images(self):
@@ -76,11 +76,11 @@ class ChainTest(WindowsTest):
         program = self.loaded()
         program.wait_message("ready")
         before = len(program.messages())
-        program.tell("send-other")
-        program.tell("send-null")
+        program.send("send-other")
+        program.send("send-null")
         for text in ("", "{", "[]", "7", "{}", '{"action":7}', '{"action":"Play"}', '{"action":"play"}', "\U0001f409" * 9,
                      "[" * 100000, '{"action":"openUrl"}', '{"action":"openUrl","url":"file:///C:/windows/system32/calc.exe"}'):
-            program.tell("send", text)
+            program.send("send", text)
         program.request("getOptions")
         program.wait_message("options")
         self.assertEqual(len(program.messages()), before + 1)
@@ -90,7 +90,7 @@ class ChainTest(WindowsTest):
         program = self.start()
         program.wait("navigate")
         self.assertEqual(program.ask("go", "data:text/html;base64,PGh0bWw+"), ["done"])
-        program.tell("complete")
+        program.send("complete")
         self.assertEqual(program.ask("go", "about:blank"), ["done"])
         program.wait_message("ready")
         before = len(program.messages())
@@ -107,14 +107,14 @@ class ChainTest(WindowsTest):
         for harmless in "23456789":
             self.assertEqual(program.ask("fail", harmless), ["done"])
         for kind in "101":
-            program.tell("fail", kind)
+            program.send("fail", kind)
             program.load_page()
             program.wait_message("options")
         self.assertEqual(program.ask("fail", "1"), ["done"])
         self.assert_nothing_is_held(program)
         held.set()
         program.wait_message("ready", canPlay=True)
-        loads = [line[0] for line in program.told if line[0] in ("environment", "navigate")]
+        loads = [line[0] for line in program.heard if line[0] in ("environment", "navigate")]
         self.assertEqual(loads, ["environment", "navigate", "navigate", "environment", "navigate", "navigate"])
         self.assertEqual(self.server.requests[VERSION], 1, "no page started a second run beside the first")
         self.assertEqual(program.close(), 0)

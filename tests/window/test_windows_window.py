@@ -26,13 +26,13 @@ class WindowTest(WindowsTest):
         self.program.request("windowMinimize")
         self.program.request("getOptions")
         self.program.wait_message("options")
-        self.assertEqual(len(self.program.messages()), before + 1, "a minimize tells the page nothing")
+        self.assertEqual(len(self.program.messages()), before + 1, "a minimize sends nothing to the page")
         for maximized in (True, False):
             self.program.request("windowMaximize")
             self.program.wait_message("window", maximized=maximized)
         self.wait_for_bounds(6, 6, 1274, 794)
         self.window.wait_for_place(*HOME)
-        # Last, since nobody tells when the system's own loop for it has ended.
+        # Last, since the end of the system's own loop for it is reported nowhere.
         self.window.drag((1437, 500), (1337, 500), (160, 100, 1180, 800))
         self.wait_for_bounds(6, 6, 1174, 794)
         self.window.drag((1337, 897), (400, 300), (160, 100, 1000, 640))
@@ -89,7 +89,7 @@ class WindowTest(WindowsTest):
     def test_what_the_system_shows_of_it(self):
         self.program.ask("window", "736", "9437328", "100", "50", "1500", "900")  # WM_DPICHANGED, with a place
         self.window.wait_for_place(100, 50, 1400, 850)
-        self.program.tell("window", "TaskbarButtonCreated", "0")
+        self.program.send("window", "TaskbarButtonCreated", "0")
         self.assertEqual([self.program.wait("taskbar") for _ in range(2)], [["state", "4"], ["value", "100", "100"]])
         Game(1, 10).publish(self.server)
         self.program.request("repair")
@@ -99,7 +99,7 @@ class WindowTest(WindowsTest):
 
 class EnduranceTest(WindowsTest):
     def test_a_page_that_floods_the_host(self):
-        """Every refusal comes, and `ready` behind them, though they are more than the system's queue holds."""
+        """Every refusal arrives, and `ready` after them, though they are more than the system's queue holds."""
         Game(2, 20).publish(self.server)
         held = self.hold(VERSION)
         program = self.loaded()
@@ -152,7 +152,7 @@ class EnduranceTest(WindowsTest):
         self.assertEqual(program.close(), 0)
 
     def test_the_launcher_replaces_itself(self):
-        # The same program with bytes behind its end that no loader looks at: another file, that can be told apart.
+        # The same program with bytes after its end that no loader looks at: another file, which can be recognised.
         successor = self.place.program.read_bytes() + b"the next launcher"
         self.server.content["/patch/Patcher.exe"] = successor
         game = Game(4, 10)
@@ -160,8 +160,8 @@ class EnduranceTest(WindowsTest):
         program = self.loaded()
         program.wait_message("status", text="Mise a jour du patcher...")
         program.wait("navigate")  # the successor's
-        self.assertEqual(program.process.wait(), 0)  # so that nobody else reads what the successor is told
-        program.tell("complete")
+        self.assertEqual(program.process.wait(), 0)  # so that only the successor reads what is sent
+        program.send("complete")
         self.assertNotIn("ready", [message["type"] for message in program.messages()])
         program.wait_message("ready", canPlay=True)
         found = self.installed_files()

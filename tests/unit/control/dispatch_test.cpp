@@ -33,8 +33,8 @@ class DispatchTest : public testing::Test {
     table.fetchNews = [](HostWindow&) { throw std::runtime_error("memory"); };
     table.launchClient = [this] { host.calls.emplace_back("launch"); };
     table.openExternalUrl = [this](const std::u16string& url) { urls.push_back(url); };
-    table.buildOptionsMessage = [this](const std::filesystem::path&) {
-      return OptionsMessage{u"options", unreadable};
+    table.buildOptionsMessage = [](const std::filesystem::path&) {
+      return OptionsMessage{u"options", false};
     };
     table.saveOptions = [](const std::filesystem::path&, const MiniJson::Value& values) {
       if (values.AsNumber(0) == 13) throw std::runtime_error("disk");
@@ -50,7 +50,6 @@ class DispatchTest : public testing::Test {
   Texts Sent() { return std::exchange(host.sent, {}); }
 
   std::promise<void> released;
-  bool unreadable = false;
   std::vector<std::string> checks;
   Texts urls;
   RecordingHost host;
@@ -180,24 +179,6 @@ TEST_F(DispatchTest, WindowActionsLinksAndOptions) {
   EXPECT_EQ(Sent(), expected);
   dispatcher.DispatchPageMessage(Action("cancel"));
   EXPECT_EQ(host.calls.back(), "end");
-}
-
-TEST_F(DispatchTest, AFormWithoutTheFilesValuesIsRefusedAndFilledAgain) {
-  const auto sentAfter = [&](const std::u16string& values) {
-    dispatcher.DispatchPageMessage(u"{\"action\":\"saveOptions\",\"values\":" + values + u"}");
-    return Sent();
-  };
-  const Texts refusedAndFilled{u"{\"type\":\"optionsSaved\",\"ok\":false}", u"options"};
-  const Texts saved{u"{\"type\":\"optionsSaved\",\"ok\":true}", u"options"};
-  EXPECT_EQ(sentAfter(u"1"), saved) << "a form that was never filled names what it changes";
-  unreadable = true;
-  dispatcher.DispatchPageMessage(Action("getOptions"));
-  EXPECT_EQ(Sent(), Texts{u"options"});
-  EXPECT_EQ(sentAfter(u"1"), refusedAndFilled);
-  unreadable = false;
-  EXPECT_EQ(sentAfter(u"1"), refusedAndFilled) << "filled blind once more";
-  EXPECT_EQ(sentAfter(u"{\"iniUnread\":1}"), refusedAndFilled) << "sent before the page got the values";
-  EXPECT_EQ(sentAfter(u"1"), saved);
 }
 
 }  // namespace
