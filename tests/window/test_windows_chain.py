@@ -72,14 +72,13 @@ class ChainTest(WindowsTest):
         kept = {"view": "1", "controller": "1", "environment": "1", **{name: "1" for name in HANDLERS}}
         self.assertEqual({name: count for name, count in counts.items() if count != "0"}, kept)
 
-    def test_requests_that_are_none(self):
+    def test_bad_requests_are_ignored(self):
         program = self.loaded()
         program.wait_message("ready")
         before = len(program.messages())
         program.send("send-other")
         program.send("send-null")
-        for text in ("", "{", "[]", "7", "{}", '{"action":7}', '{"action":"Play"}', '{"action":"play"}', "\U0001f409" * 9,
-                     "[" * 100000, '{"action":"openUrl"}', '{"action":"openUrl","url":"file:///C:/windows/system32/calc.exe"}'):
+        for text in ("", "{", '{"action":"play"}', "\U0001f409" * 9, "[" * 100000):
             program.send("send", text)
         program.request("getOptions")
         program.wait_message("options")

@@ -1,6 +1,4 @@
 """The window of the Windows program under real clicks, and what it withstands."""
-import subprocess
-
 from display import HOME, NAVY, SCREEN
 from fixture import VERSION, WindowsTest
 from game import Game
@@ -97,6 +95,7 @@ class WindowTest(WindowsTest):
             self.program.wait("taskbar", lambda fields, state=state: fields == ["state", state])
         self.program.wait_message("ready", canPlay=True)
 
+
 class EnduranceTest(WindowsTest):
     def test_a_page_that_floods_the_host(self):
         """Every refusal arrives, and `ready` after them, though they are more than the system's queue holds."""
@@ -136,20 +135,6 @@ class EnduranceTest(WindowsTest):
         held.set()
         self.loaded().wait_message("ready", canPlay=True)
         self.assertEqual(self.installed_files(), game.files)
-
-    def test_a_directory_in_which_nothing_can_be_written(self):
-        """Not even by root."""
-        root = self.place.root
-        Game(5, 5).publish(self.server)
-        subprocess.run(["mount", "--bind", root, root], check=True)
-        # Wine still holds the place for a moment when the program in it has ended.
-        self.addCleanup(subprocess.run, ["umount", "--lazy", root], check=True)
-        subprocess.run(["mount", "-o", "remount,ro,bind", root], check=True)
-        program = self.loaded()
-        program.wait_message("ready", canPlay=False)
-        program.request("saveOptions", values=program.messages()[0]["values"])
-        program.wait_message("optionsSaved", ok=False)
-        self.assertEqual(program.close(), 0)
 
     def test_the_launcher_replaces_itself(self):
         # The same program with bytes after its end that no loader looks at: another file, which can be recognised.
