@@ -29,27 +29,33 @@ bool IsRefused(std::string_view file) {
   return !refused.empty() && file.ends_with(refused);
 }
 
+int Fail(int error) {
+  Step();
+  errno = error;
+  return -1;
+}
+
+/// Counts a step and calls the library's own function.
+template <typename... Arguments>
+int Do(const char* function, Arguments... arguments) {
+  Step();
+  return reinterpret_cast<int (*)(Arguments...)>(dlsym(RTLD_NEXT, function))(arguments...);
+}
+
 }  // namespace
 
-// Counts the step, then calls the library's own function unless the step is to fail.
-#define STEP(name, parameters, arguments, fails, error)                    \
-  int name parameters {                                                    \
-    Step();                                                                \
-    if (fails) {                                                           \
-      errno = error;                                                       \
-      return -1;                                                           \
-    }                                                                      \
-    using Function = int parameters;                                       \
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, #name)) arguments; \
-  }
-
 extern "C" {
-STEP(rename, (const char* from, const char* to) noexcept, (from, to), IsRefused(from), EACCES)
-STEP(link, (const char* from, const char* to) noexcept, (from, to), *Setting("FAULT_NO_LINKS") != '\0', EPERM)
-STEP(remove, (const char* file) noexcept, (file), false, 0)
-STEP(unlink, (const char* file) noexcept, (file), false, 0)
-STEP(fchmodat, (int folder, const char* file, mode_t mode, int flags) noexcept, (folder, file, mode, flags),
-     false, 0)
-STEP(fsync, (int descriptor), (descriptor), false, 0)
-STEP(execv, (const char* program, char* const argv[]) noexcept, (program, argv), false, 0)
+int rename(const char* from, const char* to) noexcept {
+  return IsRefused(from) ? Fail(EACCES) : Do("rename", from, to);
+}
+int link(const char* from, const char* to) noexcept {
+  return *Setting("FAULT_NO_LINKS") != '\0' ? Fail(EPERM) : Do("link", from, to);
+}
+int remove(const char* file) noexcept { return Do("remove", file); }
+int unlink(const char* file) noexcept { return Do("unlink", file); }
+int fchmodat(int folder, const char* file, mode_t mode, int flags) noexcept {
+  return Do("fchmodat", folder, file, mode, flags);
+}
+int fsync(int descriptor) { return Do("fsync", descriptor); }
+int execv(const char* program, char* const argv[]) noexcept { return Do("execv", program, argv); }
 }

@@ -145,6 +145,7 @@ class FaultServer:
                 self.on_bytes(sent)
 
     def _send(self, peer, status, body, extra=""):
+        body = b"" if status in (204, 304) else body  # which have none: it would disturb the next answer
         self._send_head(peer, status, f"Content-Length: {len(body)}\r\n{extra}")
         self._send_body(peer, body)
         return True

@@ -39,7 +39,7 @@ std::string Extract(
     const std::function<bool(std::string_view path)>& wanted = [](std::string_view) { return true; }) {
   ExtractingThreads extracting(threads);
   std::string failure;
-  const std::string outcome = ExtractArchive(archive, wanted, extracting, failure) ? "ok" : failure;
+  std::string outcome = ExtractArchive(archive, wanted, extracting, failure) ? "ok" : failure;
   for (int left = threads; left > 0; --left) EXPECT_TRUE(extracting.TryJoin()) << "a thread has not left";
   EXPECT_FALSE(extracting.TryJoin());
   return outcome;
