@@ -10,9 +10,12 @@ import { optionsMessage } from "./support/sample_messages.mjs";
 // The style sheet's own values for the first element of each kind.
 const looks = {
   "#hero": { height: "200px", backgroundColor: "rgb(22, 35, 63)" }, "#navbar": { height: "46px", borderBottomColor: "rgb(138, 109, 51)" },
-  "#titlebar": { height: "38px" }, body: { backgroundColor: "rgb(13, 20, 38)", color: "rgb(242, 232, 210)", userSelect: "none" },
-  ".nav-item.active": { boxShadow: "rgb(216, 175, 90) 0px -2px 0px 0px inset" }, "#server-led": { backgroundImage: `url("${assetOrigin}/led-amber.png")` },
-  ".card": { borderImageSource: `url("${assetOrigin}/panel.png")` }, "#btn-play": { width: "190px", filter: "grayscale(1) brightness(0.7)" },
+  "#titlebar": { height: "38px" },
+  body: { backgroundColor: "rgb(13, 20, 38)", color: "rgb(242, 232, 210)", userSelect: "none" },
+  ".nav-item.active": { boxShadow: "rgb(216, 175, 90) 0px -2px 0px 0px inset" },
+  "#server-led": { backgroundImage: `url("${assetOrigin}/led-amber.png")` },
+  ".card": { borderImageSource: `url("${assetOrigin}/panel.png")` },
+  "#btn-play": { width: "190px", filter: "grayscale(1) brightness(0.7)" },
   "#tally-ok": { color: "rgb(143, 227, 180)" }, "#tally-corrupt": { color: "rgb(240, 160, 160)" },
 };
 

@@ -20,12 +20,16 @@ class WindowsUpdateTest(ScenarioTest):
     install = test_archives.ArchiveTest.install
 
 
-for case, tests in ((test_update.UpdateTest, (
+SHARED = {
+    test_update.UpdateTest: (
         "fresh_install_then_nothing_to_do_then_a_lost_record", "archives_are_taken_when_cheaper",
         "failed_archives_fall_back_to_single_files", "transfers_that_fail_and_recover",
-        "a_file_that_cannot_be_fetched_ends_the_run", "a_server_out_of_reach")), (test_server.ServerTest, (
-            "paths_that_leave_are_refused_before_anything_is_touched", "wrong_bytes_are_fetched_three_times",
-            "what_was_on_disk_survives_a_failed_transfer")), (test_archives.ArchiveTest, ("entries_that_leave_or_lead_elsewhere",))):
+        "a_file_that_cannot_be_fetched_ends_the_run", "a_server_out_of_reach"),
+    test_server.ServerTest: (
+        "paths_that_leave_are_refused_before_anything_is_touched", "wrong_bytes_are_fetched_three_times",
+        "what_was_on_disk_survives_a_failed_transfer"),
+    test_archives.ArchiveTest: ("entries_that_leave_or_lead_elsewhere",)}
+for case, tests in SHARED.items():
     for test in tests:
         setattr(WindowsUpdateTest, "test_" + test, getattr(case, "test_" + test))
 

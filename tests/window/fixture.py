@@ -3,7 +3,6 @@ import shutil
 
 from game import digest
 from launcher import wait_until
-from scenario import MANIFEST as VERSION  # noqa: F401
 from scenario import ScenarioTest
 from stand_in import WindowsLauncher
 

@@ -3,9 +3,10 @@ import re
 import subprocess
 
 import fixture
-from fixture import VERSION, WindowsTest
+from fixture import WindowsTest
 from game import Game
 from launcher import setting
+from scenario import MANIFEST
 from stand_in import ROOT
 
 HANDLERS = ["WebResourceRequested", "WebMessageReceived", "NavigationCompleted", "NavigationStarting",
@@ -101,7 +102,7 @@ class ChainTest(WindowsTest):
 
     def test_a_page_whose_process_died_comes_back_three_times(self):
         Game(1, 30).publish(self.server)
-        held = self.hold(VERSION)
+        held = self.hold(MANIFEST)
         program = self.loaded()
         for harmless in "23456789":
             self.assertEqual(program.ask("fail", harmless), ["done"])
@@ -115,7 +116,7 @@ class ChainTest(WindowsTest):
         program.wait_message("ready", canPlay=True)
         loads = [line[0] for line in program.heard if line[0] in ("environment", "navigate")]
         self.assertEqual(loads, ["environment", "navigate", "navigate", "environment", "navigate", "navigate"])
-        self.assertEqual(self.server.requests[VERSION], 1, "no page started a second run beside the first")
+        self.assertEqual(self.server.requests[MANIFEST], 1, "no page started a second run beside the first")
         self.assertEqual(program.close(), 0)
 
 
@@ -137,4 +138,5 @@ class ProgramFileTest(WindowsTest):
         ask.write_bytes(b"@\"%~dp0Patcher.exe\" --print-version\r\n")
         done = subprocess.run(["script", "--quiet", "--return", "--command", f"wine cmd /c '{ask}'", "/dev/null"],
                               env=fixture.WINE.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True)
-        self.assertRegex(re.sub(rb"\x1b\[[0-9;?]*[A-Za-z]", b"", done.stdout).decode(errors="replace"), rf"\b{setting('PATCHER_LAUNCHER_BUILD')}\b")
+        printed = re.sub(rb"\x1b\[[0-9;?]*[A-Za-z]", b"", done.stdout).decode(errors="replace")
+        self.assertRegex(printed, rf"\b{setting('PATCHER_LAUNCHER_BUILD')}\b")

@@ -1,8 +1,9 @@
 """The window of the Windows program under real clicks, and what it withstands."""
 from display import HOME, NAVY, SCREEN
-from fixture import VERSION, WindowsTest
+from fixture import WindowsTest
 from game import Game
 from launcher import setting, wait_until
+from scenario import MANIFEST
 
 
 class WindowTest(WindowsTest):
@@ -44,7 +45,7 @@ class WindowTest(WindowsTest):
 
     def test_it_moves_with_the_mouse_and_goes_on_reporting(self):
         Game(1, 10).publish(self.server)
-        held = self.hold(VERSION)
+        held = self.hold(MANIFEST)
         self.program.request("verify")
         self.program.wait_message("status")
         self.press(500, 150)  # answered while the button is held: the move is not made within the page's event
@@ -100,7 +101,7 @@ class EnduranceTest(WindowsTest):
     def test_a_page_that_floods_the_host(self):
         """Every refusal arrives, and `ready` after them, though they are more than the system's queue holds."""
         Game(2, 20).publish(self.server)
-        held = self.hold(VERSION)
+        held = self.hold(MANIFEST)
         program = self.loaded()
         program.wait_message("status")
         count = 12000
