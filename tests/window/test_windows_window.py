@@ -83,7 +83,7 @@ class WindowTest(WindowsTest):
         left, top, *size = self.window.place()
         self.assertEqual(tuple(size), HOME[2:])
         # The pointer was a quarter of the way along the band.
-        self.assertTrue(310 < 800 - left < 350 and 20 < 300 - top < 50, (left, top))
+        self.assertTrue(310 < 800 - left < 350 and 10 < 300 - top < 50, (left, top))
 
     def test_what_the_system_shows_of_it(self):
         self.program.ask("window", "736", "9437328", "100", "50", "1500", "900")  # WM_DPICHANGED, with a place
