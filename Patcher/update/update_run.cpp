@@ -3,6 +3,7 @@
 #include <exception>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <system_error>
 #include <vector>
 
@@ -25,7 +26,8 @@ constexpr std::int32_t kFilesPerSave = 50;
 constexpr std::int32_t kFilesPerStatus = 200;
 
 /// Leftovers of earlier runs: the launcher that was replaced, files that were in use when they were,
-/// temporary archives. What cannot be deleted stays for the next run.
+/// temporary archives, a record that was not yet moved into place. What cannot be deleted stays for the next
+/// run.
 void SweepLeftovers() {
   std::error_code error;
   const auto remove = [](const fs::path& file) {
@@ -34,6 +36,7 @@ void SweepLeftovers() {
     if (!IsOwnName(file)) fs::remove(file, ignored);
   };
   remove(ExeDir() / kOldLauncherFile);
+  remove(ExeDir() / (std::string(kRecordFile) + ".part"));
   fs::directory_iterator entry(ExeDir(), error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     std::error_code ignored;

@@ -11,8 +11,10 @@ import subprocess
 import sys
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).parent))
+HERE = pathlib.Path(__file__).resolve().parent
+sys.path[:0] = [str(HERE), str(HERE.parent / "support")]
 import launcher  # noqa: E402
+import mounts  # noqa: E402
 import test_archives  # noqa: E402
 import test_check  # noqa: E402
 import test_disk  # noqa: E402
@@ -28,12 +30,6 @@ import test_windows  # noqa: E402
 NATIVE = (test_update, test_server, test_archives, test_disk, test_options, test_check, test_requests,
           test_news, test_self_update, test_kills)
 PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
-
-
-def become_able_to_mount():
-    """Starts this script again as the root of a user namespace, unless it may mount already."""
-    if subprocess.run(["unshare", "--mount", "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
-        os.execvp("unshare", ["unshare", "--map-root-user", "--mount", sys.executable, *sys.argv])
 
 
 def prepare_wine(programs):
@@ -61,7 +57,7 @@ def main():
         atexit.register(keeper.communicate)
         modules = (test_windows,)
     else:
-        become_able_to_mount()
+        mounts.acquire()
     loader = unittest.defaultTestLoader
     cases = {case.__name__: case for module in modules for case in vars(module).values()
              if isinstance(case, type) and issubclass(case, unittest.TestCase) and case.__module__ == module.__name__}

@@ -5,6 +5,7 @@ import subprocess
 import threading
 import unittest.mock
 
+import mounts
 from game import Game, digest
 from launcher import Session, told
 from scenario import CONNECT, ScenarioTest
@@ -212,6 +213,7 @@ class CheckTest(ScenarioTest):
             self.assertEqual((self.place.directory / "patch_manifest.json").read_bytes(), record)
 
     def test_a_repair_that_cannot_change_the_record_deletes_nothing(self):
+        mounts.require(self)
         files = {"a": b"1" * 10, "b": b"2" * 20}
         session = self.installed(files)
         self.damage("a")

@@ -6,6 +6,7 @@ import subprocess
 import tempfile
 import unittest.mock
 
+import mounts
 from game import Game, archive, digest
 from launcher import Installation, told
 from scenario import CONNECT, ScenarioTest
@@ -14,6 +15,7 @@ from scenario import CONNECT, ScenarioTest
 class DiskTest(ScenarioTest):
     def small_disk(self, kilobytes):
         """An installation on a file system of its own."""
+        mounts.require(self)
         folder = pathlib.Path(tempfile.mkdtemp(prefix="patcher-disk-"))
         self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
         self.remount(folder, f"size={kilobytes}k")
@@ -90,6 +92,8 @@ class DiskTest(ScenarioTest):
         self.place.write("sub/left.old", b"kept")
         (self.place.directory / "folder.old").mkdir()
         self.put({"file": b"new"})
+        self.assertEqual(self.told()[-1], True)
+        self.place.write("patch_manifest.json.part", b"cut")
         self.assertEqual(self.told()[-1], True)
         self.assert_files(self.place, {"file": b"new", "file.old/mine": b"kept", "sub/left.old": b"kept"})
         self.assertTrue((self.place.directory / "folder.old").is_dir())

@@ -5,28 +5,21 @@ BUILD is the folder of a build: the tests of its kind run, natively or, for Wind
 that stands in for the web view. A TEST is a name, for example test_windows_chain.ChainTest.test_images. One test
 mounts a directory read-only, which takes root or a user namespace."""
 import argparse
-import os
 import pathlib
-import subprocess
 import sys
 import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
-sys.path[:0] = [str(HERE), str(HERE.parent / "scenario")]
+sys.path[:0] = [str(HERE), str(HERE.parent / "scenario"), str(HERE.parent / "support")]
 import launcher  # noqa: E402
+import mounts  # noqa: E402
 import fixture  # noqa: E402
 from display import Display  # noqa: E402
 from stand_in import Wine  # noqa: E402
 
 
-def become_able_to_mount():
-    """Starts this script again as the root of a user namespace, unless it may mount already."""
-    if subprocess.run(["unshare", "--mount", "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
-        os.execvp("unshare", ["unshare", "--map-root-user", "--mount", sys.executable, *sys.argv])
-
-
 def main():
-    become_able_to_mount()
+    mounts.acquire()
     parser = argparse.ArgumentParser()
     parser.add_argument("--build", required=True, type=pathlib.Path)
     parser.add_argument("tests", nargs="*")

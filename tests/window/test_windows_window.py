@@ -2,6 +2,7 @@
 import subprocess
 
 import fixture
+import mounts
 from display import HOME, NAVY, SCREEN
 from fixture import VERSION, WindowsTest
 from game import Game
@@ -141,6 +142,7 @@ class EnduranceTest(WindowsTest):
 
     def test_a_directory_in_which_nothing_can_be_written(self):
         """Not even by root."""
+        mounts.require(self)
         root = self.place.root
         Game(5, 5).publish(self.server)
         subprocess.run(["mount", "--bind", root, root], check=True)
