@@ -19,6 +19,7 @@ import test_archives  # noqa: E402
 import test_check  # noqa: E402
 import test_disk  # noqa: E402
 import test_kills  # noqa: E402
+import test_messages  # noqa: E402
 import test_news  # noqa: E402
 import test_options  # noqa: E402
 import test_requests  # noqa: E402
@@ -28,7 +29,7 @@ import test_update  # noqa: E402
 import test_windows  # noqa: E402
 
 NATIVE = (test_update, test_server, test_archives, test_disk, test_options, test_check, test_requests,
-          test_news, test_self_update, test_kills)
+          test_messages, test_news, test_self_update, test_kills)
 PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
 
 
