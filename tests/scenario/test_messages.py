@@ -12,22 +12,22 @@ TOKEN = re.compile(r'(?:\\"type\\":\\"|Member\("type", "\\"|string (?=TuneRow\(|
 PARTS = {"TuneRow": "tune", "Values": "values"}
 
 
-def read(path):
-    return (ROOT / path).read_text(encoding="utf-8")
+def names(pattern, text):
+    return re.findall(pattern, text if "\n" in text else (ROOT / text).read_text(encoding="utf-8"), re.M | re.S)
 
 
 def documented(heading):
-    section = read("docs/messages.md").split(f"\n## {heading}\n")[1].split("\n## ")[0]
-    return sorted(re.findall(r"`(\w+)`", "".join(row.split("|")[1:3])) for row in re.findall(r"^\| `.*", section, re.M)[1:])
+    rows = names(r"^\| `[^\n]*", names(rf"\n## {heading}\n(.*?)\n## ", "docs/messages.md")[0])[1:]
+    return sorted(re.findall(r"`(\w+)`", "".join(row.split("|")[1:3])) for row in rows)
 
 
 class MessagesTest(unittest.TestCase):
     def test_actions(self):
-        source = read("Patcher/control/dispatch.cpp")
-        actions = [[name, *re.findall(r'request.Find\("(\w+)"', source.split(f"Dispatcher::{handler}(")[1].split("\n}")[0])]
-                   for name, handler in re.findall(r'\{"(\w+)", &Dispatcher::(\w+)\}', source)]
+        handlers = dict(names(r"^void Dispatcher::(\w+)\([^\n]*\{(.*?)\}\n\n", "Patcher/control/dispatch.cpp"))
+        actions = [[name, *re.findall(r'request.Find\("(\w+)"', handlers[handler])]
+                   for name, handler in names(r'\{"(\w+)", &Dispatcher::(\w+)\}', "Patcher/control/dispatch.cpp")]
         words = subprocess.run([launcher.PROGRAM, "--help"], stdout=subprocess.PIPE, text=True, check=True).stdout
-        listed = [re.findall(r"\w+", row) for row in re.findall(r'^  (\w+(?: "\w+")*)  ', words, re.M)]
+        listed = [re.findall(r"\w+", row) for row in names(r'^  (\w+(?: "\w+")*)  ', words)]
         self.assertEqual([sorted(actions), sorted(listed)], [documented("Requests")] * 2)
 
     def test_messages(self):
@@ -38,8 +38,6 @@ class MessagesTest(unittest.TestCase):
                 found += [[PARTS.get(begin, begin)]] if begin else []
                 found[-1] += [member] if member else []
             messages += found[1:]
-        options = re.findall(r'^    \{"(\w+)", "', read("Patcher/options/option_table.h"), re.M)
-        messages = sorted(m + options if m[0] == "values" else m for m in messages)
-        self.assertEqual(messages, documented("Messages"))
-        received = re.findall(r'^  \["(\w+)", ', read("Patcher/page/launcher.html"), re.M)
-        self.assertLessEqual({m[0] for m in messages}, {*received, *PARTS.values()})
+        next(m for m in messages if m[0] == "values").extend(names(r'^    \{"(\w+)", "', "Patcher/options/option_table.h"))
+        self.assertEqual(sorted(messages), documented("Messages"))
+        self.assertLessEqual({m[0] for m in messages}, {*names(r'^  \["(\w+)", ', "Patcher/page/launcher.html"), *PARTS.values()})
