@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "control/protocol/page_messages.h"
+#include "platform/mutex.h"
 #include "update/patch_manifest.h"
 
 namespace patcher {
@@ -28,13 +28,13 @@ class RetainedCheck {
   void UseUp();
 
  private:
-  mutable std::mutex lock_;  // guards the rest
-  bool valid_ = false;
-  std::int32_t manifestVersion_ = 0;
-  std::vector<std::string> paths_;
-  std::vector<std::string> unproven_;
-  std::int32_t missing_ = 0;
-  std::int32_t corrupt_ = 0;
+  mutable platform::Mutex lock_;
+  bool valid_ PATCHER_GUARDED_BY(lock_) = false;
+  std::int32_t manifestVersion_ PATCHER_GUARDED_BY(lock_) = 0;
+  std::vector<std::string> paths_ PATCHER_GUARDED_BY(lock_);
+  std::vector<std::string> unproven_ PATCHER_GUARDED_BY(lock_);
+  std::int32_t missing_ PATCHER_GUARDED_BY(lock_) = 0;
+  std::int32_t corrupt_ PATCHER_GUARDED_BY(lock_) = 0;
 };
 
 }  // namespace patcher

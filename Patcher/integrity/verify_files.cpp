@@ -4,13 +4,13 @@
 #include <atomic>
 #include <exception>
 #include <filesystem>
-#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
 
 #include "control/protocol/ui_event.h"
 #include "integrity/digest/sha256.h"
+#include "platform/mutex.h"
 #include "platform/text.h"
 #include "shared/parallel_run.h"
 #include "shared/program.h"
@@ -75,7 +75,7 @@ class Pass {
     } else {
       ++(verdict.outcome == Outcome::kMissing ? missing_ : corrupt_);
       bytes_ += file.size;
-      std::lock_guard guard(lock_);
+      const platform::MutexLock guard(lock_);
       samples_.push_back(file.path);
       if (!verdict.proven) unproven_.push_back(file.path);
     }
@@ -84,6 +84,7 @@ class Pass {
 
   /// After the workers have ended.
   void MoveResult(CheckResult& result) {
+    const platform::MutexLock guard(lock_);
     result = {total_, ok_, missing_, corrupt_, bytes_, std::move(samples_), std::move(unproven_)};
     // The workers append as they finish; the lists are the same from one pass to the next.
     std::sort(result.samples.begin(), result.samples.end());
@@ -114,9 +115,9 @@ class Pass {
   std::atomic<std::int32_t> corrupt_{0};
   std::atomic<std::int32_t> done_{0};
   std::atomic<std::uint64_t> bytes_{0};
-  std::mutex lock_;  // guards the ones below
-  std::vector<std::string> samples_;
-  std::vector<std::string> unproven_;
+  platform::Mutex lock_;
+  std::vector<std::string> samples_ PATCHER_GUARDED_BY(lock_);
+  std::vector<std::string> unproven_ PATCHER_GUARDED_BY(lock_);
 };
 
 }  // namespace

@@ -49,14 +49,14 @@ void Record(RunState& run, const std::vector<InstalledFile>& files) {
     return true;
   });
   EnterInRecord(run, run.unflushed.Flush());
-  std::lock_guard guard(run.stateLock);
+  const platform::MutexLock guard(run.stateLock);
   run.record.SaveProgress();
 }
 
 /// Leaves the archive's wanted files to the single-file stage.
 void GiveUp(RunState& run, const PatchBundle& bundle, const std::string& status) {
   PostStatus(run.window, status + " - ses fichiers seront pris un par un.");
-  std::lock_guard guard(run.stateLock);
+  const platform::MutexLock guard(run.stateLock);
   for (const std::string& path : bundle.files) {
     if (run.wantedPaths.count(path) != 0) run.retryPaths.insert(path);
   }

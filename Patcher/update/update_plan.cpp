@@ -61,19 +61,24 @@ bool PathsAscend(const std::vector<PatchFile>& files) {
          }) == files.end();
 }
 
+/// What the record says; null if that is the manifest itself. It does not change while the workers read it.
+const LocalState* ComparableRecord(RunState& run) {
+  const platform::MutexLock guard(run.stateLock);
+  return run.record.IsDocument() && PathsAscend(run.manifest.files) ? nullptr : &run.record.State();
+}
+
 /// For each file of the manifest whether the record has its digest and something exists in its place. On all
 /// cores: when there is nothing to do, this is the largest part of a start.
 std::vector<char> TrustedFiles(RunState& run) {
   const std::vector<PatchFile>& files = run.manifest.files;
-  const bool allNamed = run.record.IsDocument() && PathsAscend(files);
-  const LocalState* known = allNamed ? nullptr : &run.record.State();
+  const LocalState* known = ComparableRecord(run);
   std::vector<char> trusted(files.size());
   const auto examine = [&](std::size_t item, unsigned) {
     const std::size_t begin = item * kFilesPerWorkItem;
     const std::size_t end = std::min(begin + kFilesPerWorkItem, files.size());
     for (std::size_t i = begin; i < end; ++i) {
       std::error_code error;
-      trusted[i] = (allNamed || Names(*known, files[i])) && fs::exists(PlaceOf(files[i]), error);
+      trusted[i] = (known == nullptr || Names(*known, files[i])) && fs::exists(PlaceOf(files[i]), error);
     }
     return true;
   };
@@ -123,7 +128,7 @@ std::size_t FindWantedFiles(RunState& run) {
     run.wanted.push_back(&file);
     run.wantedBytes += file.size;
   }
-  for (const InstalledFile& file : unflushed.Flush()) run.record.Enter(file.path, file.digest);
+  EnterInRecord(run, unflushed.Flush());
   if (!run.wanted.empty()) ListExpected(run);
   return found.size();
 }
@@ -143,6 +148,7 @@ bool ChooseBundles(RunState& run) {
 
 bool ForgetWantedFiles(RunState& run) {
   if (run.wanted.empty()) return false;
+  const platform::MutexLock guard(run.stateLock);
   const std::vector<std::string> changing = PathsThatChange(run.record.State(), run.wanted);
   for (const std::string& path : changing) {
     // Another spelling of a wanted file comes from an older version: it is not remembered.
@@ -155,6 +161,7 @@ bool ForgetWantedFiles(RunState& run) {
 }
 
 void RememberUntouchedFiles(RunState& run) {
+  const platform::MutexLock guard(run.stateLock);
   for (const ForgottenFile& file : run.forgotten) {
     if (file.stamp && run.record.State().count(file.path) == 0 && StampOf(file.path) == file.stamp) {
       run.record.Enter(file.path, file.digest);

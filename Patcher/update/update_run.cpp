@@ -64,8 +64,7 @@ class Steps {
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
     if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
-    run_.record.Load({run_.manifestText, &run_.manifest});
-    PostVersions(run_.window, run_.record.Version(), run_.manifest.version);
+    PostVersions(run_.window, LoadRecord(), run_.manifest.version);
     if (!SaveWhatIsInstalled(FindWantedFiles(run_))) {
       Status("Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.");
       return ClientExists();
@@ -78,8 +77,7 @@ class Steps {
     EnterInRecord(run_, run_.unflushed.Flush());
     if (!fetched) {
       RememberUntouchedFiles(run_);
-      // It is behind at worst: the wanted files left the record before the first of them was touched.
-      static_cast<void>(run_.record.Save());
+      SaveAfterFailure();
       return ClientExists();
     }
     FinishCompleteRun();
@@ -114,11 +112,19 @@ class Steps {
     return std::nullopt;
   }
 
+  /// Returns the version that the record names.
+  std::int32_t LoadRecord() {
+    const platform::MutexLock guard(run_.stateLock);
+    run_.record.Load({run_.manifestText, &run_.manifest});
+    return run_.record.Version();
+  }
+
   /// The record names what was found good, and no longer what is wanted. False if an old record is still
   /// there that may vouch for files which are about to change.
   bool SaveWhatIsInstalled(std::size_t found) {
     if (found > 0) Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");
     const bool forgot = ForgetWantedFiles(run_);
+    const platform::MutexLock guard(run_.stateLock);
     const bool current = found == 0 && !forgot && !run_.record.IsUnread();
     return current || run_.record.Save() || run_.wanted.empty();
   }
@@ -138,12 +144,17 @@ class Steps {
     const bool done = RunPool(run_.chosenBundles.size(), [&](std::size_t index, unsigned worker) {
       return stages_.installBundle(run_, tracker, index, worker);
     });
-    if (!run_.retryPaths.empty()) {
-      for (const std::string& path : run_.retryPaths) run_.archivePaths.erase(path);
-      Status(std::to_string(run_.retryPaths.size()) +
-             " fichier(s) d archive(s) manquante(s) seront pris un par un.");
-    }
+    LeaveFailedArchives();
     return done;
+  }
+
+  /// Hands the files of archives that failed to the next stage.
+  void LeaveFailedArchives() {
+    const platform::MutexLock guard(run_.stateLock);
+    if (run_.retryPaths.empty()) return;
+    for (const std::string& path : run_.retryPaths) run_.archivePaths.erase(path);
+    Status(std::to_string(run_.retryPaths.size()) +
+           " fichier(s) d archive(s) manquante(s) seront pris un par un.");
   }
 
   bool FetchSingles() {
@@ -178,14 +189,26 @@ class Steps {
     const std::vector<InstalledFile> files = run_.unflushed.TryFlush();
     if (files.empty()) return;
     EnterInRecord(run_, files);
-    std::lock_guard guard(run_.stateLock);
+    const platform::MutexLock guard(run_.stateLock);
     run_.record.SaveProgress();
   }
 
-  void FinishCompleteRun() {
-    // A record that lags costs the next start some hashing.
+  void SaveAfterFailure() {
+    const platform::MutexLock guard(run_.stateLock);
+    // An old record names less than is installed at worst: the wanted files left it before the first of them
+    // was touched.
+    static_cast<void>(run_.record.Save());
+  }
+
+  void SaveAfterSuccess() {
+    const platform::MutexLock guard(run_.stateLock);
+    // An old record costs the next start some hashing.
     static_cast<void>(run_.unflushed.IsEmpty() ? run_.record.SaveDocument(run_.manifestText)
                                                : run_.record.Save());
+  }
+
+  void FinishCompleteRun() {
+    SaveAfterSuccess();
     if (stages_.cleanUp) stages_.cleanUp(run_.window, run_.manifest);
     PostVersions(run_.window, run_.manifest.version, run_.manifest.version);
     Status("Pret a jouer.");

@@ -4,12 +4,13 @@
 #include <chrono>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include <curl/curl.h>
+
+#include "platform/mutex.h"
 
 namespace platform {
 namespace {
@@ -82,12 +83,12 @@ std::optional<ServerAddress> CrackUrl(const std::string& text) {
 
 struct HttpClient::Impl {
   std::string userAgent;
-  std::mutex lock;  // guards `idle`
-  std::vector<std::unique_ptr<Engine>> idle;
+  Mutex lock;
+  std::vector<std::unique_ptr<Engine>> idle PATCHER_GUARDED_BY(lock);
 
   std::unique_ptr<Engine> Take() {
     {
-      std::lock_guard guard(lock);
+      const MutexLock guard(lock);
       if (!idle.empty()) {
         // The one used last has the freshest connection.
         auto engine = std::move(idle.back());
@@ -99,7 +100,7 @@ struct HttpClient::Impl {
   }
 
   void GiveBack(std::unique_ptr<Engine> engine) {
-    std::lock_guard guard(lock);
+    const MutexLock guard(lock);
     idle.push_back(std::move(engine));
   }
 };
