@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/process.h"
+#include "shared/ascii.h"
 #include "shared/site.h"
 
 namespace patcher {
@@ -19,10 +20,6 @@ bool IsHostCharacter(char16_t c) {
 }
 
 bool MustNotStandInUrl(char16_t c) { return c < u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
-
-char16_t AsciiLower(char16_t c) {
-  return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
-}
 
 /// `host` in lower case.
 bool BelongsToSite(std::u16string_view host) {
@@ -46,12 +43,13 @@ bool IsSiteLink(std::u16string_view url) {
     const std::u16string_view port = authority.substr(colon + 1);
     if (!std::all_of(port.begin(), port.end(), IsDigit)) return false;
   }
-  std::transform(host.begin(), host.end(), host.begin(), AsciiLower);
+  std::transform(host.begin(), host.end(), host.begin(), AsciiLower<char16_t>);
   return BelongsToSite(host);
 }
 
 void OpenExternalUrl(const std::u16string& url) {
-  if (IsSiteLink(url)) platform::OpenInBrowser(url);
+  // A player whose system opens no browser sees that without a message.
+  if (IsSiteLink(url)) static_cast<void>(platform::OpenInBrowser(url));
 }
 
 }  // namespace patcher

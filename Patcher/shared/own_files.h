@@ -4,6 +4,8 @@
 #include <array>
 #include <string_view>
 
+#include "shared/ascii.h"
+
 namespace patcher {
 
 // Names in the install directory that belong to the launcher or to the player, and to no version of the game.
@@ -32,8 +34,7 @@ inline constexpr std::array<std::string_view, 6> kPlayerDirectories{
 /// Whether the table holds the name; the case of ASCII letters does not count.
 template <std::size_t Size>
 bool HoldsName(const std::array<std::string_view, Size>& table, std::string_view name) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  const auto same = [lower](char a, char b) { return lower(a) == lower(b); };
+  const auto same = [](char a, char b) { return AsciiLower(a) == AsciiLower(b); };
   return std::any_of(table.begin(), table.end(), [&](std::string_view entry) {
     return std::equal(entry.begin(), entry.end(), name.begin(), name.end(), same);
   });

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/file_names.h"
+#include "shared/ascii.h"
 #include "shared/own_files.h"
 
 namespace patcher {
@@ -22,9 +23,8 @@ constexpr std::string_view kSuffixes[] = {".part", ".old"};
 
 bool EndsWith(std::string_view text, std::string_view lowerCaseSuffix) {
   return text.size() >= lowerCaseSuffix.size() &&
-         std::equal(lowerCaseSuffix.rbegin(), lowerCaseSuffix.rend(), text.rbegin(), [](char lower, char c) {
-           return lower == c || (c >= 'A' && c <= 'Z' && lower == c + 32);
-         });
+         std::equal(lowerCaseSuffix.rbegin(), lowerCaseSuffix.rend(), text.rbegin(),
+                    [](char lower, char c) { return lower == AsciiLower(c); });
 }
 
 /// Without the suffixes above, and without what a system may drop in front of them and behind.

@@ -73,8 +73,8 @@ int MoveDurably(const std::filesystem::path& source, const std::filesystem::path
   return Move(source, target, MOVEFILE_COPY_ALLOWED | MOVEFILE_WRITE_THROUGH);
 }
 
-int MoveAside(const std::filesystem::path& file, const std::filesystem::path& aside) {
-  return Move(file, aside, MOVEFILE_WRITE_THROUGH);
+int MoveAside(const std::filesystem::path& file, const std::filesystem::path& newName) {
+  return Move(file, newName, MOVEFILE_WRITE_THROUGH);
 }
 
 bool IsHeldForAMoment(int error) { return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION; }

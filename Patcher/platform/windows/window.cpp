@@ -9,6 +9,7 @@
 #include <dwmapi.h>
 #include <objbase.h>
 
+#include "platform/windows/native_text.h"
 #include "platform/windows/taskbar_button.h"
 
 namespace platform {
@@ -312,7 +313,7 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
       CreateSolidBrush(RGB(look.background.red, look.background.green, look.background.blue));
   windowClass.lpszClassName = kWindowClass;
   RegisterClassW(&windowClass);
-  const std::wstring title(look.title.begin(), look.title.end());
+  const std::wstring title = ToNative(look.title);
   const HWND created = CreateWindowExW(WS_EX_APPWINDOW, kWindowClass, title.c_str(), kStyle, placement.left,
                                        placement.top, placement.Width(), placement.Height(), nullptr, nullptr,
                                        windowClass.hInstance, nullptr);
