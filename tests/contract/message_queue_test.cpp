@@ -58,8 +58,8 @@ TEST(MessageQueueContract, KeepsTheOrderOfEachPoster) {
   std::vector<std::thread> posters;
   for (std::uintptr_t poster = 0; poster < kPosters; ++poster) {
     posters.emplace_back([&queue, poster] {
-      for (std::intptr_t i = 0; i < kEach; ++i) queue.Post({kItem, poster, i});
-      queue.Post({kLast, poster, 0});
+      for (std::intptr_t i = 0; i < kEach; ++i) EXPECT_TRUE(queue.Post({kItem, poster, i}));
+      EXPECT_TRUE(queue.Post({kLast, poster, 0}));
     });
   }
   EXPECT_EQ(queue.Run(), 0);
@@ -73,10 +73,10 @@ TEST(MessageQueueContract, HandlerMayPost) {
   MessageQueue* running = nullptr;
   MessageQueue queue([&](const QueueMessage& message) {
     if (message.wParam == 0) return running->Quit(3);
-    running->Post({kItem, message.wParam - 1, 0});
+    EXPECT_TRUE(running->Post({kItem, message.wParam - 1, 0}));
   });
   running = &queue;
-  queue.Post({kItem, 5, 0});
+  EXPECT_TRUE(queue.Post({kItem, 5, 0}));
   EXPECT_EQ(queue.Run(), 3);
 }
 
