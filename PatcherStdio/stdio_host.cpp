@@ -110,7 +110,7 @@ void StdioHost::ToggleMaximize() { platform::WriteErrorLine("window: maximize or
 
 void StdioHost::AskToClose() {
   platform::WriteErrorLine("window: close");
-  queue_.Post({kCloseRequest, 0, 0});
+  backlog_.Post({kCloseRequest});
 }
 
 void StdioHost::StartThread(std::function<void()> entry) {

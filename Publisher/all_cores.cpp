@@ -16,7 +16,7 @@ void RunOnAllCores(std::size_t itemCount, Progress& progress, const CoreWork& wo
   for (unsigned i = 0; i < threads; ++i) hashers.push_back(std::make_unique<FileHasher>(progress));
   std::mutex lock;
   std::exception_ptr failure;
-  ParallelRun(itemCount, static_cast<int>(threads), [&](std::size_t index, unsigned worker) {
+  const bool ok = ParallelRun(itemCount, static_cast<int>(threads), [&](std::size_t index, unsigned worker) {
     try {
       work(index, *hashers[worker]);
       return true;
@@ -26,7 +26,7 @@ void RunOnAllCores(std::size_t itemCount, Progress& progress, const CoreWork& wo
       return false;
     }
   });
-  if (failure) std::rethrow_exception(failure);
+  if (!ok && failure) std::rethrow_exception(failure);
 }
 
 }  // namespace patcher::publisher

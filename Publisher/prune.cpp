@@ -63,11 +63,11 @@ class Deleter {
   void Delete(const fs::path& file) {
     std::error_code error;
     const std::uint64_t size = fs::file_size(file, error);
-    RetryWhileHeld([&] {
+    const int failure = RetryWhileHeld([&] {
       fs::remove(file, error);
       return error.value();
     });
-    if (error) return Fail(file, error);
+    if (failure != 0) return Fail(file, error);
     ++result_.files;
     result_.bytes += size;
   }

@@ -11,6 +11,7 @@
 #include "integrity/retained_check.h"
 #include "integrity/verify_files.h"
 #include "transport/config.h"
+#include "transport/debug_log.h"
 #include "transport/http_session.h"
 #include "update/install_lock.h"
 #include "update/manifest_paths.h"
@@ -134,12 +135,13 @@ void RunCheckOperation(HostWindow& window, bool repair, const UpdateStages& stag
     CheckOperation operation(window, repair, stages);
     try {
       if (!operation.Run()) return;
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+      DebugLog::WriteException("the check", failure);
       operation.TellUnexpectedFailure();
     }
     // The session is closed when the page hears `ready`.
   }
-  PostReady(window, stages.clientExists && stages.clientExists());
+  PostReady(window, stages.clientExists());
 }
 
 }  // namespace patcher

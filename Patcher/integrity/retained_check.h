@@ -22,7 +22,7 @@ class RetainedCheck {
 
   /// True if a list is held and was made for the manifest's version: `result` then tells it in terms of the
   /// present manifest. What happened to the files meanwhile is not looked at.
-  bool Recall(const PatchManifest& manifest, CheckResult& result) const;
+  [[nodiscard]] bool Recall(const PatchManifest& manifest, CheckResult& result) const;
 
   /// A repair has acted on the list: it serves no other.
   void UseUp();

@@ -12,9 +12,9 @@
 #include "integrity/digest/sha256.h"
 #include "platform/mutex.h"
 #include "platform/text.h"
-#include "shared/parallel_run.h"
 #include "shared/program.h"
 #include "transport/config.h"
+#include "transport/run_pool.h"
 #include "update/progress_tracker.h"
 
 namespace patcher {
@@ -125,11 +125,10 @@ class Pass {
 void VerifyFiles(HostWindow& window, const PatchManifest& manifest, CheckResult& result) {
   const int workers = std::max(PatchConfig::Current().connections, 1);
   Pass pass(window, manifest, static_cast<std::size_t>(workers));
-  const bool complete =
-      ParallelRun(manifest.files.size(), workers, [&pass](std::size_t index, unsigned worker) {
-        pass.VerifyOneFile(index, worker);
-        return true;
-      });
+  const bool complete = RunPool(manifest.files.size(), [&pass](std::size_t index, unsigned worker) {
+    pass.VerifyOneFile(index, worker);
+    return true;
+  });
   // A list that lacks files must not be taken for the whole.
   if (!complete) throw std::runtime_error("the verification was cut short");
   pass.MoveResult(result);

@@ -25,6 +25,6 @@ bool AreFromBlindMessage(const MiniJson::Value& values);
 /// send keeps its line; one that is no number becomes the option's default; a screen size out of range, or
 /// half of one, leaves the resolution alone. True if the file was written; see SettingsFile::Write. Main
 /// thread.
-bool SaveOptions(const std::filesystem::path& path, const MiniJson::Value& values);
+[[nodiscard]] bool SaveOptions(const std::filesystem::path& path, const MiniJson::Value& values);
 
 }  // namespace patcher

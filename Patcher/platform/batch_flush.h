@@ -12,10 +12,10 @@ namespace platform {
 /// First step, once for each file that has its final content and name; best on the thread that wrote it.
 /// Windows does all the work here (a read-only file is writable for that moment), Linux none. Any thread.
 /// Returns 0, or the system's error number: the file may then be lost at a power cut.
-int StartFlush(const std::filesystem::path& file);
+[[nodiscard]] int StartFlush(const std::filesystem::path& file);
 
 /// Second step, once for many files whose first step succeeded. After it has returned 0, their content and
 /// their directory entries survive a power cut. Returns the system's error number otherwise. Any thread.
-int FinishFlush(std::span<const std::filesystem::path> files);
+[[nodiscard]] int FinishFlush(std::span<const std::filesystem::path> files);
 
 }  // namespace platform

@@ -20,7 +20,7 @@ class DirectoryLock {
   /// Waits until the lock is free and takes it; `patience` is below a day. False if another process holds it
   /// for that long. True also where the system offers no such lock (some network file systems): nobody shall
   /// be locked out for that.
-  bool TakeWithin(std::chrono::milliseconds patience);
+  [[nodiscard]] bool TakeWithin(std::chrono::milliseconds patience);
 
  private:
   struct Impl;

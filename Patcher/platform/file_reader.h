@@ -23,7 +23,7 @@ class FileReader {
   /// Reads the next bytes into `block`: as many as fit, or fewer at the end, which is where it was when the
   /// file was opened, or earlier if the file has become shorter. False if the system could not read on;
   /// `count` says in every case how many bytes arrived.
-  bool Read(char* block, std::size_t size, std::size_t& count);
+  [[nodiscard]] bool Read(char* block, std::size_t size, std::size_t& count);
 
  private:
   std::intptr_t handle_;  // the system's

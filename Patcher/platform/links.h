@@ -8,6 +8,6 @@ namespace platform {
 /// point or any other entry that stands for another place. False if nothing stands there. What stands there
 /// but does not tell counts as a link, so that nobody goes through it. The standard library's own queries see
 /// no links on Windows: they must not decide where a walk or a removal goes.
-bool IsLink(const std::filesystem::path& entry);
+[[nodiscard]] bool IsLink(const std::filesystem::path& entry);
 
 }  // namespace platform

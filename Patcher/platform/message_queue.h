@@ -26,7 +26,7 @@ class MessageQueue {
   MessageQueue& operator=(const MessageQueue&) = delete;
 
   /// Any thread; never blocks. False if the message was not taken (Windows: the queue is full or gone).
-  bool Post(const QueueMessage& message) noexcept;
+  [[nodiscard]] bool Post(const QueueMessage& message) noexcept;
 
   /// Handles messages until Quit; returns Quit's code. Messages posted before Quit was called but not yet
   /// handled stay unhandled on Linux and may be handled on Windows.

@@ -19,4 +19,12 @@ void Write(std::string_view message) {
   out.write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 
+void WriteException(std::string_view place, const std::exception& failure) noexcept {
+  try {
+    Write("Exception in " + std::string(place) + " : " + failure.what());
+  } catch (const std::exception&) {
+    // Without memory there is no line.
+  }
+}
+
 }  // namespace patcher::DebugLog

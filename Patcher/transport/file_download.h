@@ -31,12 +31,13 @@ struct DownloadRules {
 
 /// The rest of HttpSession::DownloadToFile once the response is there; `request` is nothing if there is none.
 /// `path` is for the debug log.
-bool ReceiveFile(std::optional<platform::HttpRequest> request, const std::string& path,
-                 const std::filesystem::path& destination, const DownloadRules& rules, std::string& digest);
+[[nodiscard]] bool ReceiveFile(std::optional<platform::HttpRequest> request, const std::string& path,
+                               const std::filesystem::path& destination, const DownloadRules& rules,
+                               std::string& digest);
 
 /// Makes way for a new file: if something stands at `destination` and cannot be opened for exclusive writing,
 /// it is moved to the same name followed by ".old", replacing a file of that name. True unless a needed move
 /// failed.
-bool MoveLockedTargetAside(const std::filesystem::path& destination);
+[[nodiscard]] bool MoveLockedTargetAside(const std::filesystem::path& destination);
 
 }  // namespace patcher

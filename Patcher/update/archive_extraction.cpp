@@ -15,7 +15,8 @@
 #include "platform/links.h"
 #include "platform/text.h"
 #include "shared/program.h"
-#include "transport/http_session.h"
+#include "transport/debug_log.h"
+#include "transport/file_download.h"
 #include "update/archive_directory.h"
 
 namespace patcher {
@@ -117,9 +118,11 @@ bool ExtractEntry(ZipReader& zip, mz_uint entry) {
     fs::create_directories(place.parent_path(), ignored);
     // Whatever a link leads to is not ours to overwrite.
     if (platform::IsLink(place)) fs::remove(place, ignored);
-    MoveLockedTargetAside(place);
+    // If it fails, so does the extraction.
+    static_cast<void>(MoveLockedTargetAside(place));
     return zip.Extract(entry, place);
-  } catch (const std::exception&) {
+  } catch (const std::exception& failure) {
+    DebugLog::WriteException("an extraction", failure);
     return false;
   }
 }
@@ -167,7 +170,8 @@ class Extraction {
       if (!zip.IsOpen()) canBeHelped_ = false;
       while (zip.IsOpen() && !threads_.AreTooMany() && ExtractBatch(zip)) {
       }
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+      DebugLog::WriteException("an extraction", failure);
       canBeHelped_ = false;
     }
     threads_.Leave();

@@ -16,7 +16,7 @@ class ExtractingThreads {
   /// For the one thread that every archive has, whatever the limit.
   void Join() { ++count_; }
   /// For a further thread. False if the limit is reached.
-  bool TryJoin();
+  [[nodiscard]] bool TryJoin();
   void Leave() { --count_; }
 
   /// Whether a further thread should leave, since another archive has begun.
@@ -34,8 +34,8 @@ class ExtractingThreads {
 /// must not both be wanted. `wanted` is called on the caller's thread.
 /// False if the archive cannot be read ("archive illisible") or an entry cannot be extracted (the name of the
 /// first one in the archive's order); files may then stand half-written in their places.
-bool ExtractArchive(const std::filesystem::path& archive,
-                    const std::function<bool(std::string_view path)>& wanted, ExtractingThreads& threads,
-                    std::string& failure);
+[[nodiscard]] bool ExtractArchive(const std::filesystem::path& archive,
+                                  const std::function<bool(std::string_view path)>& wanted,
+                                  ExtractingThreads& threads, std::string& failure);
 
 }  // namespace patcher

@@ -7,7 +7,7 @@
 #include "control/protocol/ui_event.h"
 #include "platform/text.h"
 #include "shared/program.h"
-#include "transport/config.h"
+#include "transport/run_pool.h"
 #include "update/archive_extraction.h"
 #include "update/download_pool.h"
 
@@ -44,10 +44,11 @@ std::vector<InstalledFile> InstalledFiles(RunState& run, std::size_t index) {
 
 /// Brings the files to the disk and then into the record.
 void Record(RunState& run, const std::vector<InstalledFile>& files) {
-  ParallelRun(files.size(), PatchConfig::Current().connections, [&](std::size_t index, unsigned) {
+  // Files that are left out after a failure are not recorded: the next run proves them by their digests.
+  static_cast<void>(RunPool(files.size(), [&](std::size_t index, unsigned) {
     run.unflushed.Add(files[index]);
     return true;
-  });
+  }));
   EnterInRecord(run, run.unflushed.Flush());
   const platform::MutexLock guard(run.stateLock);
   run.record.SaveProgress();

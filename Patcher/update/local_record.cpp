@@ -81,13 +81,12 @@ void LocalRecord::Enter(const std::string& path, const std::string& digest) {
   if (isNew && savedSize_ != 0) changed_.push_back(path);
 }
 
-bool LocalRecord::Forget(std::string_view path) {
+void LocalRecord::Forget(std::string_view path) {
   State();
   const auto entry = state_.find(path);
-  if (entry == state_.end()) return false;
+  if (entry == state_.end()) return;
   state_.erase(entry);
   savedSize_ = 0;
-  return true;
 }
 
 bool LocalRecord::Save() {

@@ -40,8 +40,7 @@ class LocalRecord {
   /// Whether there is a file of which nothing could be read, because another program holds it for example.
   bool IsUnread() const;
   void Enter(const std::string& path, const std::string& digest);
-  /// True if there was an entry.
-  bool Forget(std::string_view path);
+  void Forget(std::string_view path);
 
   /// Replaces the file by the whole state (LocalManifestText). A file that cannot be replaced is removed,
   /// since it may say what is no longer so. False if that failed too: the old file is still there.

@@ -47,6 +47,6 @@ inline constexpr std::size_t kMaxManifestText = 32767;
 /// Reads a manifest leniently: what is absent or of another kind stays at its default. Numbers are truncated
 /// toward zero; one that does not fit its field becomes the nearest that does. False only if the text does
 /// not parse or is above one of the limits (MiniJson::kMaxValues is the third), with the reason in `error`.
-bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::string& error);
+[[nodiscard]] bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::string& error);
 
 }  // namespace patcher

@@ -21,11 +21,11 @@ namespace patcher {
 ///
 /// What counts as received: a body that is not empty, has the manifest's patcherSha256 if there is one, is
 /// whole by its own headers if it is a program, and is a program if its length was not announced.
-bool FetchNewLauncher(RunState& run);
+[[nodiscard]] bool FetchNewLauncher(RunState& run);
 
 /// Starts a launcher and does not wait for it. Returns 0, or the system's error number.
 using LauncherStart = std::function<int(const std::filesystem::path& launcher)>;
-int StartLauncher(const std::filesystem::path& launcher);
+[[nodiscard]] int StartLauncher(const std::filesystem::path& launcher);
 
 /// Moves the running launcher aside and the new one to its place, and starts that. A failed move is shown. If
 /// the new launcher cannot be moved or started, the old one gets its name back and the new one is

@@ -13,7 +13,7 @@
 #include "integrity/digest/sha256.h"
 #include "platform/text.h"
 #include "shared/program.h"
-#include "transport/config.h"
+#include "transport/run_pool.h"
 #include "update/download_pool.h"
 #include "update/manifest_paths.h"
 
@@ -83,8 +83,7 @@ std::vector<char> TrustedFiles(RunState& run) {
     return true;
   };
   // Files that are left out after a failure are not trusted.
-  static_cast<void>(ParallelRun((files.size() + kFilesPerWorkItem - 1) / kFilesPerWorkItem,
-                                PatchConfig::Current().connections, examine));
+  static_cast<void>(RunPool((files.size() + kFilesPerWorkItem - 1) / kFilesPerWorkItem, examine));
   return trusted;
 }
 

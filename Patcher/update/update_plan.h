@@ -18,7 +18,7 @@ bool ChooseBundles(RunState& run);
 /// Takes what the installation of the wanted files may change out of the record, and the wanted files
 /// themselves into `forgotten`; true if the record held any. From here on their content on disk is uncertain,
 /// and after a death a server that goes back to the recorded version must not find them vouched for.
-bool ForgetWantedFiles(RunState& run);
+[[nodiscard]] bool ForgetWantedFiles(RunState& run);
 
 /// When a stage has failed: the files that were forgotten and that nobody has touched since are in the record
 /// as before.

@@ -12,6 +12,8 @@
 #include "shared/own_files.h"
 #include "shared/program.h"
 #include "transport/config.h"
+#include "transport/debug_log.h"
+#include "transport/run_pool.h"
 #include "update/download_pool.h"
 #include "update/install_lock.h"
 #include "update/manifest_paths.h"
@@ -63,7 +65,7 @@ class Steps {
     if (!lock_.IsTaken()) return ClientExists();
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
-    if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
+    if (stages_.selfUpdate(run_)) return std::nullopt;
     PostVersions(run_.window, LoadRecord(), run_.manifest.version);
     if (!SaveWhatIsInstalled(FindWantedFiles(run_))) {
       Status("Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.");
@@ -87,7 +89,7 @@ class Steps {
  private:
   void Status(const std::string& text) { PostStatus(run_.window, text); }
 
-  bool ClientExists() const { return stages_.clientExists && stages_.clientExists(); }
+  bool ClientExists() const { return stages_.clientExists(); }
 
   std::optional<bool> ReachServer() {
     Status("Connexion au serveur de patch...");
@@ -131,8 +133,7 @@ class Steps {
 
   /// False if the stage failed as a whole; a failed archive only hands its files to the next stage.
   bool FetchArchives() {
-    const bool cheaper = ChooseBundles(run_);
-    if (!cheaper || !stages_.installBundle) {
+    if (!ChooseBundles(run_)) {
       Status(std::to_string(run_.wanted.size()) + " fichier(s) a telecharger...");
       return true;
     }
@@ -209,13 +210,9 @@ class Steps {
 
   void FinishCompleteRun() {
     SaveAfterSuccess();
-    if (stages_.cleanUp) stages_.cleanUp(run_.window, run_.manifest);
+    stages_.cleanUp(run_.window, run_.manifest);
     PostVersions(run_.window, run_.manifest.version, run_.manifest.version);
     Status("Pret a jouer.");
-  }
-
-  static bool RunPool(std::size_t itemCount, const WorkItem& work) {
-    return ParallelRun(itemCount, PatchConfig::Current().connections, work);
   }
 
   InstallLock lock_;
@@ -236,9 +233,10 @@ void RunUpdate(HostWindow& window, const UpdateStages& stages) {
       return;
     }
     canPlay = *end;
-  } catch (const std::exception&) {
+  } catch (const std::exception& failure) {
+    DebugLog::WriteException("the update run", failure);
     PostStatus(window, "La mise a jour a rencontre une erreur inattendue.");
-    canPlay = stages.clientExists && stages.clientExists();
+    canPlay = stages.clientExists();
   }
   PostReady(window, canPlay);
 }

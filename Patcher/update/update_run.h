@@ -10,7 +10,7 @@
 
 namespace patcher {
 
-/// Stages that the run passes through if they are there.
+/// What the run asks of layers above it. Every entry is filled.
 struct UpdateStages {
   /// Fetches the newer launcher that the manifest announces. True if the run is to end in favour of the swap;
   /// false if the fetch was not needed or failed.

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "support/recording_host.h"
+#include "support/scratch_directory.h"
 
 namespace patcher {
 namespace {
@@ -35,6 +36,8 @@ class DispatchTest : public testing::Test {
       if (values.AsNumber(0) == 13) throw std::runtime_error("disk");
       return values.AsNumber(0) == 1;
     };
+    table.selfUpdateSwap = [this] { host.calls.emplace_back("swap"); };
+    table.clientExists = [] { return false; };
     return table;
   }
 
@@ -44,6 +47,7 @@ class DispatchTest : public testing::Test {
 
   Texts Sent() { return std::exchange(host.sent, {}); }
 
+  const ScratchDirectory game;
   std::promise<void> released;
   bool unreadable = false;
   std::vector<std::string> checks;
@@ -88,7 +92,7 @@ TEST_F(DispatchTest, OneLongOperationAtATime) {
 TEST_F(DispatchTest, ARequestRightBehindReadyIsAdmitted) {
   std::promise<void> asked;
   const std::shared_future<void> isAsked = asked.get_future().share();
-  OperationTable table;
+  OperationTable table = Table();
   table.runCheckOperation = [&](HostWindow& window, bool) {
     PostReady(window, true);
     isAsked.wait();
@@ -121,6 +125,7 @@ TEST_F(DispatchTest, AWorkerThatCannotStartLeavesTheGuardFree) {
   dispatcher.DispatchPageMessage(u"{\"action\":\"verify\"}");
   host.JoinWorkers();
   EXPECT_EQ(checks.size(), 1u);
+  EXPECT_EQ(ReadWhole(game / "patcher_debug.txt"), "Exception in a worker : memory\r\n");
 }
 
 TEST_F(DispatchTest, PlayNeedsAReadyClient) {
@@ -136,7 +141,6 @@ TEST_F(DispatchTest, PlayNeedsAReadyClient) {
 
 TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
   OperationTable table = Table();
-  table.selfUpdateSwap = [this] { host.calls.emplace_back("swap"); };
   Dispatcher* ending = nullptr;
   table.launchClient = [&] {
     host.calls.emplace_back("launch");
