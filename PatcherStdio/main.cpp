@@ -71,7 +71,7 @@ Options ReadOptions(int argc, char** argv) {
   return options;
 }
 
-void TellError(const std::u16string& text, const std::u16string& title) {
+void PrintError(const std::u16string& text, const std::u16string& title) {
   platform::WriteErrorLine("error box: " + platform::WideToUtf8(title) + ": " + platform::WideToUtf8(text));
 }
 
@@ -99,6 +99,6 @@ int main(int argc, char** argv) {
   using Host = patcher::StdioHost;
   // Never destroyed: workers may outlive the message loop.
   auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson,
-                        patcher::LauncherOperations(TellError));
+                        patcher::LauncherOperations(PrintError));
   platform::EndProcess(host->Run());
 }

@@ -15,7 +15,7 @@
 namespace patcher {
 namespace {
 
-// Messages of this host's own, behind those of the workers.
+// Messages of this host. Their numbers come after those of the workers.
 constexpr std::uint32_t kRequest = 0x8101;  // lParam: std::string, one line of input
 constexpr std::uint32_t kInputEnded = 0x8102;
 constexpr std::uint32_t kWorkerEnded = 0x8103;

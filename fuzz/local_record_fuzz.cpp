@@ -51,8 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     changes = end == changes.npos ? std::string_view() : changes.substr(end + 1);
   }
   patcher::Require(record.Save(), "the record is written");
-  patcher::Require(patcher::ReadWhole(directory / "record") ==
-                       patcher::LocalManifestText(record.State(), record.Version()),
-                   "a save writes the whole state");
+  patcher::Require(
+      patcher::ReadWhole(directory / "record") == patcher::RecordText(record.State(), record.Version()),
+      "a save writes the whole state");
   return 0;
 }

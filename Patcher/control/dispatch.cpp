@@ -23,7 +23,7 @@ std::unique_ptr<Payload> TakePayload(const UiEvent& event) {
   return std::unique_ptr<Payload>(reinterpret_cast<Payload*>(event.lParam));
 }
 
-/// Operations report their own failures and raise nothing. What they raise all the same, for want of memory,
+/// Operations report their own failures and raise nothing. An exception all the same, for lack of memory,
 /// must not end the process.
 template <typename Operation>
 void RunOnWorker(const Operation& operation) {
@@ -74,7 +74,7 @@ Dispatcher::Dispatcher(HostOperations& host, OperationTable operations)
     : host_(host), operations_(std::move(operations)) {}
 
 void Dispatcher::DispatchPageMessage(std::u16string_view text) {
-  // What the page sent before it learnt of the end, or while an error box is open.
+  // The page may have sent this before the end, or while an error box is open.
   if (ending_) return;
   try {
     const std::string narrow = platform::WideToUtf8(text);
@@ -89,7 +89,7 @@ void Dispatcher::DispatchPageMessage(std::u16string_view text) {
       }
     }
   } catch (const std::exception&) {
-    // A bad request is silence.
+    // A bad request is ignored.
   }
 }
 
@@ -128,8 +128,8 @@ void Dispatcher::GetOptions(const MiniJson::Value&) { PushOptions(); }
 
 void Dispatcher::SaveOptions(const MiniJson::Value& request) {
   const MiniJson::Value* values = request.Find("values");
-  // The values say so too: the fresh ones may be on their way to the page while a second click on its button
-  // is on its way here.
+  // The values say so too: when the player clicks twice, the second request may arrive before the page gets
+  // the new values.
   const bool blind = values != nullptr && (formIsBlind_ || AreFromBlindMessage(*values));
   const bool ok = values != nullptr && !blind && operations_.saveOptions(SettingsPath(), *values);
   host_.SendToPage(BuildOptionsSavedMessage(ok));
@@ -183,7 +183,7 @@ void Dispatcher::End(const std::function<void()>& lastOperation) {
   try {
     if (lastOperation) lastOperation();
   } catch (const std::exception&) {
-    // The end comes whatever the last operation did.
+    // The launcher ends whatever the last operation did.
   }
   host_.EndMessageLoop();
 }
@@ -192,7 +192,7 @@ void Dispatcher::NavigationCompleted() {
   try {
     PushOptions();
   } catch (const std::exception&) {
-    // The page keeps its empty form; the run must start all the same.
+    // The page keeps its empty form; the run still starts.
   }
   StartUpdateWorker();
 }

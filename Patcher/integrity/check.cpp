@@ -139,7 +139,7 @@ void RunCheckOperation(HostWindow& window, bool repair, const UpdateStages& stag
       DebugLog::WriteException("the check", failure);
       operation.TellUnexpectedFailure();
     }
-    // The session is closed when the page hears `ready`.
+    // The session is closed before `ready` is posted.
   }
   PostReady(window, stages.clientExists());
 }

@@ -11,7 +11,7 @@
 namespace patcher {
 
 /// The outcome of the latest pass of this process, for a repair that follows it. Never on disk. Any thread;
-/// its lock is a leaf and is not held while files are touched.
+/// no other lock is taken and no file touched while its lock is held.
 class RetainedCheck {
  public:
   /// The process-wide record; holds nothing at start.
@@ -20,11 +20,11 @@ class RetainedCheck {
   /// A pass has ended: what it found replaces what was held.
   void Store(const CheckResult& result, std::int32_t version);
 
-  /// True if a list is held and was made for the manifest's version: `result` then tells it in terms of the
-  /// present manifest. What happened to the files meanwhile is not looked at.
+  /// True if a list is held and was made for the manifest's version: `result` is then that list in terms of
+  /// the present manifest. What happened to the files meanwhile is not looked at.
   [[nodiscard]] bool Recall(const PatchManifest& manifest, CheckResult& result) const;
 
-  /// A repair has acted on the list: it serves no other.
+  /// A repair has used the list: no other repair may.
   void UseUp();
 
  private:

@@ -79,7 +79,7 @@ class Pass {
       samples_.push_back(file.path);
       if (!verdict.proven) unproven_.push_back(file.path);
     }
-    Tell(file, ++done_);
+    Report(file, ++done_);
   }
 
   /// After the workers have ended.
@@ -92,7 +92,7 @@ class Pass {
   }
 
  private:
-  void Tell(const PatchFile& file, std::int32_t done) {
+  void Report(const PatchFile& file, std::int32_t done) {
     if (done % kFilesPerProgress != 0 && done != total_) return;
     ProgressReport report;
     report.percent = PercentDone(static_cast<std::uint64_t>(done), static_cast<std::uint64_t>(total_));
@@ -129,7 +129,7 @@ void VerifyFiles(HostWindow& window, const PatchManifest& manifest, CheckResult&
     pass.VerifyOneFile(index, worker);
     return true;
   });
-  // A list that lacks files must not be taken for the whole.
+  // An incomplete list must not be taken for a complete one.
   if (!complete) throw std::runtime_error("the verification was cut short");
   pass.MoveResult(result);
 }

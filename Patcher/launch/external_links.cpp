@@ -19,7 +19,7 @@ bool IsHostCharacter(char16_t c) {
          c == u'.';
 }
 
-bool MustNotStandInUrl(char16_t c) { return c < u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
+bool IsForbiddenInUrl(char16_t c) { return c < u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
 
 /// `host` in lower case.
 bool BelongsToSite(std::u16string_view host) {
@@ -33,9 +33,9 @@ bool BelongsToSite(std::u16string_view host) {
 
 bool IsSiteLink(std::u16string_view url) {
   if (!url.starts_with(kScheme) || url.size() > kMaxLength) return false;
-  if (std::any_of(url.begin(), url.end(), MustNotStandInUrl)) return false;
-  const std::u16string_view behindScheme = url.substr(kScheme.size());
-  const std::u16string_view authority = behindScheme.substr(0, behindScheme.find_first_of(u"/?#"));
+  if (std::any_of(url.begin(), url.end(), IsForbiddenInUrl)) return false;
+  const std::u16string_view afterScheme = url.substr(kScheme.size());
+  const std::u16string_view authority = afterScheme.substr(0, afterScheme.find_first_of(u"/?#"));
   const std::size_t colon = authority.find(u':');
   std::u16string host(authority.substr(0, colon));
   if (!std::all_of(host.begin(), host.end(), IsHostCharacter)) return false;

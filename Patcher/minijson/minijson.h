@@ -76,7 +76,7 @@ inline constexpr int kMaxDepth = 256;
 inline constexpr std::size_t kMaxValues = 1'500'000;
 
 /// Reads the value that begins at `position` and leaves `position` after it; the text after it is not
-/// looked at. Raises ParseError, or for a number that converts to nothing std::invalid_argument "invalid stod
+/// looked at. Raises ParseError, or for a number without digits std::invalid_argument "invalid stod
 /// argument", or for one out of a double's range std::out_of_range "stod argument out of range".
 Value Parse(std::string_view text, std::size_t& position);
 

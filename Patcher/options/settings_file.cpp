@@ -26,15 +26,15 @@ std::string_view Key(std::string_view line) {
   return line.substr(begin, line.find_first_of(kBlanks, begin) - begin);
 }
 
-/// The line's text behind its key, without the blanks around it.
-std::string_view ValueBehind(std::string_view line, std::string_view key) {
+/// The line's text after its key, without the blanks around it.
+std::string_view ValueAfter(std::string_view line, std::string_view key) {
   line.remove_prefix(static_cast<std::size_t>(key.data() + key.size() - line.data()));
   line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
   return line.substr(0, line.find_last_not_of(kBlanks) + 1);
 }
 
-/// Passes over what stands in front of a number in C and that from_chars does not know: white space and a
-/// plus sign. False if no number can follow.
+/// Skips what C allows before a number and from_chars does not: white space and a plus sign. False if no
+/// number can follow.
 bool SkipLead(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
   if (!text.starts_with('+')) return true;
@@ -184,7 +184,7 @@ void SettingsFile::Load(const fs::path& path, std::chrono::milliseconds patience
 std::string SettingsFile::GetString(std::string_view key) const {
   for (const std::string& line : lines) {
     const std::string_view found = Key(line);
-    if (!found.empty() && found == key) return std::string(ValueBehind(line, found));
+    if (!found.empty() && found == key) return std::string(ValueAfter(line, found));
   }
   return {};
 }

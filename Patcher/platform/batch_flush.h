@@ -5,7 +5,7 @@
 
 namespace platform {
 
-// Many files are brought to the disk in two steps, because what is fast differs: Windows flushes file by
+// Many files are brought to the disk in two steps, because the fast way differs: Windows flushes file by
 // file, best on many threads at once; Linux flushes a whole file system in one call for about the price of a
 // single file.
 

@@ -7,20 +7,20 @@ namespace platform {
 
 enum class ExclusiveWrite {
   kPossible,  ///< the file can be replaced
-  kRefused,   ///< somebody uses it, or it may not be written, or a directory stands there
-  kUnknown,   ///< the question itself failed, for example because nothing is there
+  kRefused,   ///< it is in use, or may not be written, or is a directory
+  kUnknown,   ///< the test itself failed, for example because there is no file
 };
 
-/// Whether `file` could be opened for writing with nobody else having it open. Windows: a sharing violation
-/// or a denied access is a refusal. Linux: there are no sharing violations, so only permissions and
+/// Whether `file` could be opened for writing while no other program has it open. Windows: a sharing
+/// violation or a denied access is a refusal. Linux: there are no sharing violations, so only permissions and
 /// directories refuse; a running program counts as kUnknown, since it can be replaced by a move.
 [[nodiscard]] ExclusiveWrite ProbeExclusiveWrite(const std::filesystem::path& file);
 
 /// Whether an existing file can be opened for writing while others have it open. Windows: not if it is
-/// read-only or if somebody has it open without sharing writing. Linux: permissions decide.
+/// read-only or if another program has it open without sharing writing. Linux: permissions decide.
 [[nodiscard]] bool CanBeWritten(const std::filesystem::path& file);
 
-/// Moves a file (or, within a volume, a directory) over `target`, replacing a file that stands there. With
+/// Moves a file (or, within a volume, a directory) over `target`, replacing a file there. With
 /// `copyAcrossVolumes` a file is copied and deleted where the two lie on different volumes; otherwise that
 /// fails. Returns 0, or the system's error number.
 [[nodiscard]] int MoveReplacing(const std::filesystem::path& source, const std::filesystem::path& target,
@@ -44,7 +44,7 @@ enum class ExclusiveWrite {
 
 /// Gives `to` the owner, the group and the mode of `from`. Both exist. Does nothing on Windows, where the
 /// rights to a file come from its directory. Returns 0, or the system's error number, for example because
-/// only root may give a file to somebody else.
+/// only root may give a file to another user.
 [[nodiscard]] int TakeOverOwner(const std::filesystem::path& from, const std::filesystem::path& to);
 
 enum class Overwriting {

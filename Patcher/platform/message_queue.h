@@ -7,7 +7,7 @@
 namespace platform {
 
 /// One message of the main thread's queue, as the window system of Windows has it: a number and two
-/// parameters. Who posts a pointer gives it away; who takes the message owns it.
+/// parameters. A posted pointer belongs to the code that takes the message.
 struct QueueMessage {
   std::uint32_t number = 0;  ///< 0x8000 (WM_APP) and above
   std::uintptr_t wParam = 0;

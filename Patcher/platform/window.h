@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// How a window stands after its size has changed.
+/// The state of a window after its size has changed.
 enum class SizeKind { kRestored, kMinimized, kMaximized, kOther };
 
 /// What lies under a point of a window. The numbers are the hit codes of Windows.
@@ -25,7 +25,7 @@ enum class WindowPart {
   kBottomRight = 17,
 };
 
-/// Where a maximized window stands, relative to its monitor, and how large it is.
+/// The place and size of a maximized window, relative to its monitor.
 struct MaximizedPlacement {
   Point position;
   Size size;
@@ -118,7 +118,7 @@ class NativeWindow {
 
   /// Calls WindowCreated before it returns. False if the system gives no window.
   [[nodiscard]] bool Create(const WindowLook& look, const Rect& placement);
-  /// Shows the window, on Windows in the way that whoever started the process asked for.
+  /// Shows the window, on Windows in the way that the program which started this process asked for.
   void Show();
 
   /// Any thread; never blocks. Messages are handled in the order of posting. False if the message was not

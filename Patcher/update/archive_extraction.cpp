@@ -116,7 +116,7 @@ bool ExtractEntry(ZipReader& zip, mz_uint entry) {
     const fs::path place = ExeDir() / platform::PathFromBytes(zip.Name(entry));
     std::error_code ignored;
     fs::create_directories(place.parent_path(), ignored);
-    // Whatever a link leads to is not ours to overwrite.
+    // The target of a link must not be overwritten.
     if (platform::IsLink(place)) fs::remove(place, ignored);
     // If it fails, so does the extraction.
     static_cast<void>(MoveLockedTargetAside(place));
@@ -166,7 +166,7 @@ class Extraction {
   void Help() {
     try {
       ZipReader zip(archive_);
-      // Without a reader for each helper the ones there are do the work.
+      // If a helper gets no reader, the others do the work.
       if (!zip.IsOpen()) canBeHelped_ = false;
       while (zip.IsOpen() && !threads_.AreTooMany() && ExtractBatch(zip)) {
       }

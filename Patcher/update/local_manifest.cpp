@@ -55,7 +55,7 @@ LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* ve
   return state;
 }
 
-void AppendLocalManifestEntry(std::string& text, std::string_view path, std::string_view digest) {
+void AppendRecordEntry(std::string& text, std::string_view path, std::string_view digest) {
   text += "    {\n      \"path\": ";
   AppendString(text, path);
   text += ",\n      \"sha256\": ";
@@ -63,16 +63,16 @@ void AppendLocalManifestEntry(std::string& text, std::string_view path, std::str
   text += "\n    }";
 }
 
-std::string LocalManifestText(const LocalState& state, std::int32_t version) {
+std::string RecordText(const LocalState& state, std::int32_t version) {
   std::string text = "{\n  \"version\": " + std::to_string(version) + ",\n  \"files\": [";
   if (state.empty()) return text + "]\n}";
   std::string_view separator = "\n";
   for (const auto& [file, digest] : state) {
     text += separator;
-    AppendLocalManifestEntry(text, file, digest);
-    separator = kLocalManifestSeparator;
+    AppendRecordEntry(text, file, digest);
+    separator = kRecordSeparator;
   }
-  text += kLocalManifestTail;
+  text += kRecordTail;
   return text;
 }
 

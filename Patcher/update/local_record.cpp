@@ -90,7 +90,7 @@ void LocalRecord::Forget(std::string_view path) {
 }
 
 bool LocalRecord::Save() {
-  const std::string text = LocalManifestText(State(), version_);
+  const std::string text = RecordText(State(), version_);
   changed_.clear();
   savedSize_ = 0;
   if (!Replace(text)) return RemoveFile(path_);
@@ -115,21 +115,21 @@ bool LocalRecord::SaveTail() {
   const auto early = static_cast<std::size_t>(later - changed_.begin());
   if (early >= std::max(kFewChanges, state_.size() / kShareOfEntries)) return false;
   std::sort(later, changed_.end());
-  const std::vector<std::string> appended(later, changed_.end());
+  const std::vector<std::string> paths(later, changed_.end());
   changed_.erase(later, changed_.end());
-  return appended.empty() || Append(appended);
+  return paths.empty() || Append(paths);
 }
 
 bool LocalRecord::Append(const std::vector<std::string>& paths) {
   std::string text;
   for (const std::string& path : paths) {
-    text += kLocalManifestSeparator;
-    AppendLocalManifestEntry(text, path, state_.find(path)->second);
+    text += kRecordSeparator;
+    AppendRecordEntry(text, path, state_.find(path)->second);
   }
-  text += kLocalManifestTail;
-  // First what lies behind the old text, which nobody reads as long as that is complete; only when that is on
-  // the disk the few bytes that open the old text towards it.
-  const std::size_t tail = kLocalManifestTail.size();
+  text += kRecordTail;
+  // First what comes after the old text, which is not read while the old text is complete. When that is on
+  // the disk, the few bytes that connect the old text with it.
+  const std::size_t tail = kRecordTail.size();
   if (!WriteAt(path_, savedSize_, std::string_view(text).substr(tail)) || platform::FlushToDisk(path_) != 0 ||
       !WriteAt(path_, savedSize_ - tail, std::string_view(text).substr(0, tail))) {
     return false;

@@ -10,17 +10,17 @@
 
 namespace patcher {
 
-/// A text and what it means, for a caller that has parsed it anyway: after a complete run the local manifest
-/// is the server's document.
+/// A text and what it means, for a caller that has parsed it anyway: after a complete run the record is
+/// the server's document.
 struct ParsedDocument {
   std::string_view text;
   const PatchManifest* manifest = nullptr;
 };
 
-/// The local manifest of one operation, in memory and on disk. A file may be entered only when its content
-/// and its directory entry are on the disk (UnflushedFiles). A death or a power cut during a save leaves the
-/// record of the save before, the new one, or a text that does not parse, which counts as no record; never a
-/// mixture. Not thread-safe: callers hold a lock of their own.
+/// The record (patch_manifest.json) of one operation, in memory and on disk. A file may be entered only when
+/// its content and its directory entry are on the disk (UnflushedFiles). A death or a power cut during a save
+/// leaves the record of the save before, the new one, or a text that does not parse, which counts as no
+/// record; never a mixture. Not thread-safe: callers hold a lock of their own.
 class LocalRecord {
  public:
   explicit LocalRecord(std::filesystem::path path);
@@ -42,12 +42,12 @@ class LocalRecord {
   void Enter(const std::string& path, const std::string& digest);
   void Forget(std::string_view path);
 
-  /// Replaces the file by the whole state (LocalManifestText). A file that cannot be replaced is removed,
-  /// since it may say what is no longer so. False if that failed too: the old file is still there.
+  /// Replaces the file by the whole state (RecordText). A file that cannot be replaced is removed,
+  /// since it may name what is no longer installed. False if that failed too: the old file is still there.
   [[nodiscard]] bool Save();
 
-  /// As Save, for the many saves of one run: entries behind the last saved path are appended, so that a save
-  /// costs what is new; entries in front of it wait until there are enough of them to write everything.
+  /// As Save, for the many saves of one run: entries after the last saved path are appended, so that a save
+  /// costs what is new; entries before it wait until there are enough of them to write everything.
   /// Nothing that the file then says is wrong, but it may lag.
   void SaveProgress();
 
@@ -58,7 +58,7 @@ class LocalRecord {
   [[nodiscard]] bool Replace(std::string_view text) const;
   /// False if everything has to be written instead.
   bool SaveTail();
-  /// `paths` are sorted and lie behind the last saved one.
+  /// `paths` are sorted and come after the last saved one.
   bool Append(const std::vector<std::string>& paths);
 
   std::filesystem::path path_;

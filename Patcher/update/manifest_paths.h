@@ -17,8 +17,8 @@ namespace patcher {
 /// Whether the launcher can install what the manifest lists: every path stays inside and means a file of its
 /// own on this system; no two that differ mean the same file, and none means the place beside another where
 /// that one arrives (".part") or moves when it is in use (".old"); none means a file that only the launcher
-/// writes: its record, its configuration, its log, its other executables. Otherwise the record could vouch
-/// for a file that another one has replaced. The same path may be listed twice: the last entry counts.
+/// writes: its record, its configuration, its log, its other executables. Otherwise the record could name
+/// a file that another one has replaced. The same path may be listed twice: the last entry counts.
 [[nodiscard]] bool PathsAreUsable(const PatchManifest& manifest);
 
 /// Of the paths that the record knows, those whose file may change when `files` are installed: a file of

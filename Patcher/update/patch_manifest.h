@@ -16,7 +16,8 @@ struct PatchFile {
   std::string url;         ///< name below "/patch/"
 };
 
-/// A ZIP archive that holds many files.
+/// A ZIP archive that holds many files. "Bundle" is the manifest's word for it; elsewhere the launcher says
+/// archive.
 struct PatchBundle {
   std::string name;                ///< name below "/patch/"
   std::uint64_t size = 0;          ///< bytes of the archive

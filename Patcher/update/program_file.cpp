@@ -125,15 +125,15 @@ ProgramFile ExamineProgram(const std::filesystem::path& place) {
   FileBytes file(place);
   const auto two = file.Read(0, 2);
   const auto four = file.Read(0, 4);
-  bool whole = false;
+  bool complete = false;
   if (two && (*two)[0] == 'M' && (*two)[1] == 'Z') {
-    whole = IsWholePe(file);
+    complete = IsWholePe(file);
   } else if (four && U32(*four, 0) == 0x464C457F) {
-    whole = IsWholeElf(file);
+    complete = IsWholeElf(file);
   } else {
     return ProgramFile::kNone;
   }
-  return whole ? ProgramFile::kWhole : ProgramFile::kCut;
+  return complete ? ProgramFile::kWhole : ProgramFile::kCut;
 }
 
 }  // namespace patcher

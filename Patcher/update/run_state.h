@@ -43,7 +43,7 @@ struct RunState {
   platform::Mutex stateLock;
   HostWindow& window;
   HttpSession session;
-  std::string manifestText;  ///< the server's document as received; becomes the local manifest at the end
+  std::string manifestText;  ///< the server's document as received; becomes the record at the end
   PatchManifest manifest;
   /// What is known to be installed, and is on the disk.
   LocalRecord record PATCHER_GUARDED_BY(stateLock);
@@ -55,7 +55,7 @@ struct RunState {
   std::vector<const PatchFile*> wanted;  ///< manifest order
   std::uint64_t wantedBytes = 0;
   std::set<std::string, std::less<>> wantedPaths;
-  std::vector<ForgottenFile> forgotten;           ///< to be remembered if nobody touches them
+  std::vector<ForgottenFile> forgotten;           ///< to be remembered if they stay untouched
   std::vector<const PatchBundle*> chosenBundles;  ///< manifest order
   std::uint64_t bundleBytes = 0;
   /// Wanted files that are to arrive through archives, each with the index of the first chosen archive that

@@ -39,7 +39,7 @@ fs::path OldLauncher() {
 }
 
 /// A downloaded file is no program yet on Linux: it gets the running launcher's mode. On Windows the mode is
-/// the read-only attribute alone, which no launcher shall have: the next one could not be put over it.
+/// the read-only attribute alone, which no launcher may have: the next one could not replace it.
 bool MakeExecutable(const fs::path& file) {
   std::error_code error;
   const fs::perms mode = fs::status(ExePath(), error).permissions() & fs::perms::all;
@@ -131,14 +131,14 @@ bool FetchNewLauncher(RunState& run) {
 
 int StartLauncher(const fs::path& launcher) { return platform::StartProgram(launcher, {}, ExeDir()); }
 
-void SelfUpdateSwap(const ErrorBox& showErrorBox, const LauncherStart& start) {
+void SelfUpdateSwap(const ShowError& showError, const LauncherStart& start) {
   const fs::path newLauncher = NewLauncher();
   const fs::path& launcher = ExePath();
   const fs::path old = OldLauncher();
   // If it fails, the move below does.
   static_cast<void>(RemoveFile(old));
   if (RetryWhileHeld([&] { return platform::MoveAside(launcher, old); }) != 0) {
-    showErrorBox(u"Impossible de remplacer le patcher (fichier verrouille).", BuildWindowTitle());
+    showError(u"Impossible de remplacer le patcher (fichier verrouille).", BuildWindowTitle());
     return;
   }
   if (RetryWhileHeld([&] { return platform::MoveDurably(newLauncher, launcher); }) == 0) {
@@ -148,7 +148,7 @@ void SelfUpdateSwap(const ErrorBox& showErrorBox, const LauncherStart& start) {
   }
   // Before the error box, which the player may leave open for long.
   TakeBack(old, launcher);
-  showErrorBox(u"Mise a jour du patcher incomplete, relance annulee.", BuildWindowTitle());
+  showError(u"Mise a jour du patcher incomplete, relance annulee.", BuildWindowTitle());
 }
 
 }  // namespace patcher

@@ -56,12 +56,12 @@ std::vector<InstalledFile> UnflushedFiles::FlushBatch() {
   for (auto entry = ready; entry != batch.end(); ++entry) places.push_back(PlaceOf(entry->file));
   if (platform::FinishFlush(places) != 0) ready = batch.end();
 
-  std::vector<InstalledFile> flushed;
-  flushed.reserve(static_cast<std::size_t>(batch.end() - ready));
-  for (auto entry = ready; entry != batch.end(); ++entry) flushed.push_back(std::move(entry->file));
+  std::vector<InstalledFile> files;
+  files.reserve(static_cast<std::size_t>(batch.end() - ready));
+  for (auto entry = ready; entry != batch.end(); ++entry) files.push_back(std::move(entry->file));
   const platform::MutexLock guard(lock_);
   entries_.insert(entries_.end(), std::make_move_iterator(batch.begin()), std::make_move_iterator(ready));
-  return flushed;
+  return files;
 }
 
 }  // namespace patcher

@@ -25,12 +25,12 @@ namespace fs = std::filesystem;
 constexpr std::size_t kHashedFilesPerStatus = 25;
 constexpr std::size_t kFilesPerWorkItem = 512;
 
-/// Hashes files that the record does not vouch for, and says so now and then.
-class DiskProof {
+/// Hashes files that the record does not name, and reports how many from time to time.
+class HashCheck {
  public:
-  explicit DiskProof(HostWindow& window) : window_(window) {}
+  explicit HashCheck(HostWindow& window) : window_(window) {}
 
-  bool IsGood(const fs::path& file, const PatchFile& expected) {
+  bool IsCorrect(const fs::path& file, const PatchFile& expected) {
     std::error_code error;
     if (!fs::exists(file, error) || error) return false;
     const std::uint64_t size = fs::file_size(file, error);
@@ -109,7 +109,7 @@ std::optional<FileStamp> StampOf(const std::string& path) {
 }  // namespace
 
 std::size_t FindWantedFiles(RunState& run) {
-  DiskProof proof(run.window);
+  HashCheck check(run.window);
   std::map<std::string_view, std::string_view> found;
   // A run that died may have left them unflushed.
   UnflushedFiles unflushed;
@@ -119,7 +119,7 @@ std::size_t FindWantedFiles(RunState& run) {
     const PatchFile& file = run.manifest.files[i];
     const auto known = found.find(file.path);
     if (known != found.end() && known->second == file.sha256) continue;
-    if (proof.IsGood(PlaceOf(file), file)) {
+    if (check.IsCorrect(PlaceOf(file), file)) {
       found.insert_or_assign(file.path, file.sha256);
       unflushed.Add({file.path, file.sha256});
       continue;
@@ -174,17 +174,17 @@ void AssignArchivePaths(RunState& run) {
       if (run.wantedPaths.count(path) != 0) run.archivePaths.emplace(path, index);
     }
   }
-  // A reader of archives may give a file the time that stood there before.
+  // An extracted file may have the time of the file that it replaces.
   std::erase_if(run.forgotten,
                 [&](const ForgottenFile& file) { return run.archivePaths.count(file.path) != 0; });
 }
 
 void ListSingles(RunState& run) {
-  std::set<std::string_view> listed;
+  std::set<std::string_view> paths;
   for (const PatchFile* file : run.wanted) {
     if (run.archivePaths.count(file->path) != 0) continue;
-    const bool superseded = run.expectedDigests.find(file->path)->second != file->sha256;
-    if (superseded || !listed.insert(file->path).second) continue;
+    const bool isEarlierEntry = run.expectedDigests.find(file->path)->second != file->sha256;
+    if (isEarlierEntry || !paths.insert(file->path).second) continue;
     run.singles.push_back(file);
     run.singleBytes += file->size;
   }

@@ -75,9 +75,9 @@ class Steps {
       Status("A jour.");
       return true;
     }
-    const bool fetched = FetchArchives() && FetchSingles();
+    const bool complete = FetchArchives() && FetchSingles();
     EnterInRecord(run_, run_.unflushed.Flush());
-    if (!fetched) {
+    if (!complete) {
       RememberUntouchedFiles(run_);
       SaveAfterFailure();
       return ClientExists();
@@ -143,7 +143,7 @@ class Steps {
     ProgressTracker tracker(run_.window, run_.bundleBytes,
                             static_cast<std::uint32_t>(run_.chosenBundles.size()));
     const bool done = RunPool(run_.chosenBundles.size(), [&](std::size_t index, unsigned worker) {
-      return stages_.installBundle(run_, tracker, index, worker);
+      return stages_.installArchive(run_, tracker, index, worker);
     });
     LeaveFailedArchives();
     return done;
@@ -185,7 +185,7 @@ class Steps {
     return true;
   }
 
-  /// If another worker is at it, the files of this call go with its next one.
+  /// If another worker is saving, the files of this call wait for the next one.
   void SaveProgress() {
     const std::vector<InstalledFile> files = run_.unflushed.TryFlush();
     if (files.empty()) return;
@@ -225,8 +225,7 @@ class Steps {
 void RunUpdate(HostWindow& window, const UpdateStages& stages) {
   bool canPlay = false;
   try {
-    // In a scope of its own: when the page hears `ready`, the run's lists are freed and its session is
-    // closed.
+    // A temporary: before `ready` is posted, the run's lists are freed and its session is closed.
     const std::optional<bool> end = Steps(window, stages).Run();
     if (!end) {
       PostSelfUpdate(window);

@@ -76,7 +76,7 @@ SizeKind KindOf(WPARAM kind) {
   }
 }
 
-/// The show command that whoever started the process asked for.
+/// The show command that the program which started this process asked for.
 int ShowCommand() {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;

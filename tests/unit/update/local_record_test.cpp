@@ -33,8 +33,8 @@ TEST(LocalManifestTest, ProgressFormSurvivesTheRoundTrip) {
   ScratchDirectory directory;
   const LocalState state{{"a \"b\"\\c", "d1"}, {"\xC3\xA9/\n", "d2"}, {"z", ""}};
   for (const LocalState& each : {LocalState{}, state}) {
-    EXPECT_EQ(LocalManifestText(each, -3), ByMiniJson(each, -3));
-    WriteWhole(directory / "m", LocalManifestText(each, -3));
+    EXPECT_EQ(RecordText(each, -3), ByMiniJson(each, -3));
+    WriteWhole(directory / "m", RecordText(each, -3));
     std::int32_t version = 0;
     EXPECT_EQ(LoadLocalManifest(directory / "m", &version), each);
     EXPECT_EQ(version, -3);

@@ -1,4 +1,4 @@
-#include "update/bundle_install.h"
+#include "update/archive_install.h"
 
 #include <filesystem>
 #include <system_error>
@@ -68,26 +68,26 @@ void GiveUp(RunState& run, const PatchBundle& bundle, const std::string& status)
 bool BundleWorker(RunState& run, ProgressTracker& tracker, std::size_t index, unsigned worker) {
   const PatchBundle& bundle = *run.chosenBundles[index];
   tracker.SetCurrentFile(bundle.name);
-  const fs::path archive = ExeDir() / ("_bundle" + std::to_string(worker) + ".part");
+  const fs::path file = ExeDir() / ("_bundle" + std::to_string(worker) + ".part");
   std::error_code ignored;
 
   std::string reason;
-  if (!DownloadVerified(run.session, "/patch/" + bundle.name, archive, {bundle.sha256, bundle.size}, tracker,
+  if (!DownloadVerified(run.session, "/patch/" + bundle.name, file, {bundle.sha256, bundle.size}, tracker,
                         reason)) {
-    fs::remove(archive, ignored);
+    fs::remove(file, ignored);
     GiveUp(run, bundle, "Archive indisponible: " + bundle.name + " (" + reason + ")");
     return true;
   }
 
   std::string failure;
   const bool extracted = ExtractArchive(
-      archive,
+      file,
       [&](std::string_view path) {
         const auto owner = run.archivePaths.find(path);
         return owner != run.archivePaths.end() ? owner->second == index : run.wantedPaths.count(path) != 0;
       },
       run.extracting, failure);
-  fs::remove(archive, ignored);
+  fs::remove(file, ignored);
   if (!extracted) {
     GiveUp(run, bundle, "Archive illisible: " + bundle.name + " (" + failure + ")");
     return true;
