@@ -23,7 +23,7 @@ std::unique_ptr<Payload> TakePayload(const UiEvent& event) {
   return std::unique_ptr<Payload>(reinterpret_cast<Payload*>(event.lParam));
 }
 
-/// Operations report their own failures and raise nothing. An exception all the same, for lack of memory,
+/// Operations report their own failures and raise nothing. One that still raises, for lack of memory,
 /// must not end the process.
 template <typename Operation>
 void RunOnWorker(const Operation& operation) {

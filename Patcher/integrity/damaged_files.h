@@ -10,7 +10,7 @@ namespace patcher {
 /// without its entry the run proves it by its digest.
 ///
 /// Not deleted: a file that could not be examined, what a path names outside the install directory or through
-/// a link, what a directory holds (an empty directory goes), and the running launcher.
+/// a link, what a directory holds (an empty one is deleted), and the running launcher.
 [[nodiscard]] bool DiscardDamagedFiles(const CheckResult& result);
 
 }  // namespace patcher

@@ -27,7 +27,7 @@ enum class ExclusiveWrite {
                                 bool copyAcrossVolumes);
 
 /// Whether an error number of MoveReplacing can mean that a program holds one of the files for a moment.
-/// Windows: access denied and sharing violations, which may also be for good. Linux: never.
+/// Windows: access denied and sharing violations, which may also be permanent. Linux: never.
 [[nodiscard]] bool IsHeldForAMoment(int error);
 /// As MoveReplacing with `copyAcrossVolumes`, and the new entry is on the disk itself when it returns 0.
 [[nodiscard]] int MoveDurably(const std::filesystem::path& source, const std::filesystem::path& target);

@@ -100,8 +100,8 @@ class Transfer {
 /// Puts the finished temporary file in place. The temporary file is gone afterwards in every case.
 bool PutInPlace(const fs::path& part, const fs::path& destination) {
   const int moved = RetryWhileHeld([&] {
-    // A file that stays in use is moved aside at once: only for one that cannot be moved is there a wait. If
-    // this fails, so does the move below.
+    // A file that stays in use is moved aside at once, so that there is a wait only for one that cannot be
+    // moved. If this fails, so does the move below.
     static_cast<void>(MoveLockedTargetAside(destination));
     return platform::MoveReplacing(part, destination, true);
   });

@@ -8,7 +8,7 @@
 
 namespace patcher {
 
-/// Counts the threads that extract, over all archives that are in work. Any thread.
+/// Counts the threads that extract, over all archives that are being extracted. Any thread.
 class ExtractingThreads {
  public:
   explicit ExtractingThreads(int limit) : limit_(limit) {}

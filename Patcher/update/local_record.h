@@ -10,7 +10,7 @@
 
 namespace patcher {
 
-/// A text and what it means, for a caller that has parsed it anyway: after a complete run the record is
+/// A text and its parsed form, for a caller that has both: after a complete run the record is
 /// the server's document.
 struct ParsedDocument {
   std::string_view text;

@@ -31,7 +31,7 @@ struct PatchManifest {
   std::int32_t patcherVersion = 0;  ///< build number of the newest launcher
   std::string patcherUrl;           ///< its name below "/patch/"
   /// The digest that its bytes must have; empty: none was announced. A value that is no text reads as a
-  /// digest that no file has: a publisher's mistake must not pass for leave to install anything.
+  /// digest that no file has: a publisher's mistake must not permit any launcher at all.
   std::string patcherSha256;
   std::vector<PatchFile> files;      ///< document order, nothing removed
   std::vector<PatchBundle> bundles;  ///< document order, without those that lack a name or a digest

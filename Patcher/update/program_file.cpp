@@ -21,7 +21,7 @@ constexpr std::size_t kDirectoryEntrySize = 8;
 constexpr std::size_t kPeSectionSize = 40;
 constexpr std::uint64_t kPeSymbolSize = 18;
 
-/// Where something without bytes is does not matter.
+/// The offset of something without bytes is not checked.
 bool IsInside(const FileBytes& file, std::uint64_t offset, std::uint64_t size) {
   return size == 0 || file.Contains(offset, size);
 }

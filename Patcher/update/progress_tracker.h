@@ -11,7 +11,7 @@
 namespace patcher {
 
 /// Counts bytes and finished items of one download stage across all threads, and reports to the page at most
-/// ten times a second unless forced. Any thread. Its lock is a leaf: nothing else is taken under it.
+/// ten times a second unless forced. Any thread. It takes no other lock while its own is held.
 class ProgressTracker {
  public:
   ProgressTracker(HostWindow& window, std::uint64_t totalBytes, std::uint32_t itemCount);

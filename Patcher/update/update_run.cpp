@@ -122,7 +122,7 @@ class Steps {
   }
 
   /// The record names what was found good, and no longer what is wanted. False if an old record is still
-  /// there that may vouch for files which are about to change.
+  /// there that may name files which are about to change.
   bool SaveWhatIsInstalled(std::size_t found) {
     if (found > 0) Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");
     const bool forgot = ForgetWantedFiles(run_);

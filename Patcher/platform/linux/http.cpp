@@ -237,7 +237,7 @@ struct HttpRequest::Impl {
     return sent > 0 || headersDone;
   }
 
-  /// Lets the transfer go on until `enough` says so, it is done, or `limit` has gone by.
+  /// Lets the transfer go on until `enough` says so, it is done, or `limit` has passed.
   template <typename Condition>
   CURLcode Drive(Condition enough, std::chrono::seconds limit) {
     // Only waiting counts as silence, not the time that the caller took between two calls.

@@ -42,7 +42,7 @@ constexpr wchar_t kBackgroundVariable[] = L"WEBVIEW2_DEFAULT_BACKGROUND_COLOR";
 
 }  // namespace
 
-// Every failure of a step ends the chain there, without a word: the window stays empty and can be closed.
+// A step that fails ends the chain, without a report: the window stays empty and can be closed.
 struct WebView::Impl {
   explicit Impl(WebViewOwner& webViewOwner) : owner(webViewOwner) {}
 

@@ -267,7 +267,7 @@ WindowPart NativeWindow::Impl::HitTest(LPARAM point) const {
 
 namespace {
 
-/// Windows 10 before 1703 has no such function, and takes the manifest's word instead.
+/// Windows 10 before 1703 has no such function: there the program's manifest decides.
 void UsePhysicalPixels() {
   const auto address = reinterpret_cast<void*>(
       GetProcAddress(GetModuleHandleW(L"user32.dll"), "SetProcessDpiAwarenessContext"));
@@ -282,7 +282,7 @@ bool PrepareWindowSystem(int, char**) {
   // A library that is asked for by name comes from the system, never from the game's directory.
   SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
   UsePhysicalPixels();
-  // Without COM the web view fails later, silently; the window works all the same.
+  // Without COM the web view fails later, silently; the window still works.
   [[maybe_unused]] const HRESULT unread = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   return true;
 }
