@@ -59,6 +59,11 @@ enum class Overwriting {
 /// caller keeps the content somewhere else until this has returned.
 [[nodiscard]] Overwriting OverwriteInPlace(const std::filesystem::path& file, std::string_view content);
 
+/// Creates a file that nobody but its owner may read (Windows: its directory decides) and brings it to the
+/// disk. Returns 0, or the system's error number: that something has this name already, for example, which is
+/// left as it is. No unfinished file stays.
+int CreatePrivateFile(const std::filesystem::path& file, std::string_view content);
+
 /// Brings a file's content to the disk itself. Returns 0, or the system's error number.
 [[nodiscard]] int FlushToDisk(const std::filesystem::path& file);
 

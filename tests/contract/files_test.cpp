@@ -41,6 +41,14 @@ TEST(FilesContract, MoveReplacesAFile) {
   }
 }
 
+TEST(FilesContract, APrivateFileReplacesNothing) {
+  const ScratchDirectory directory;
+  EXPECT_EQ(CreatePrivateFile(directory / "file", "content"), 0);
+  EXPECT_NE(CreatePrivateFile(directory / "file", "other"), 0);
+  EXPECT_NE(CreatePrivateFile(directory / "missing/file", "content"), 0);
+  EXPECT_EQ(ReadWhole(directory / "file"), "content");
+}
+
 TEST(FilesContract, AFileThatMakesWayIsThereUnderTheOtherName) {
   const ScratchDirectory directory;
   WriteWhole(directory / "file", "old");

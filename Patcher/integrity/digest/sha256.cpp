@@ -1,6 +1,6 @@
 #include "integrity/digest/sha256.h"
 
-#include "platform/hex_digits.h"
+#include "shared/hex.h"
 
 namespace patcher {
 namespace {
@@ -18,10 +18,7 @@ std::string Sha256::FinishHex(platform::DigestHash& hash) {
   std::vector<std::uint8_t> digest(algorithm_.DigestLength());
   hash.Finish(digest);
   if (!hashObjects_.empty()) hashObjects_.pop_back();
-  std::string hex;
-  hex.reserve(2 * digest.size());
-  for (std::uint8_t byte : digest) hex += platform::HexOf(byte);
-  return hex;
+  return ToHex(digest);
 }
 
 std::string Sha256::HashFile(const std::filesystem::path& file) {

@@ -117,6 +117,19 @@ Overwriting OverwriteInPlace(const fs::path& file, std::string_view content) {
   return done ? Overwriting::kDone : Overwriting::kTorn;
 }
 
+int CreatePrivateFile(const fs::path& file, std::string_view content) {
+  const FileDescriptor created(file, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+  if (created.Get() < 0) return errno;
+  errno = 0;
+  if (WriteAt(created.Get(), content, 0) && fsync(created.Get()) == 0) {
+    FlushDirectory(fs::absolute(file).parent_path());
+    return 0;
+  }
+  const int error = errno != 0 ? errno : EIO;
+  unlink(file.c_str());
+  return error;
+}
+
 int FlushToDisk(const fs::path& file) {
   const FileDescriptor opened(file, O_RDONLY);
   if (opened.Get() < 0 || fsync(opened.Get()) != 0) return errno;

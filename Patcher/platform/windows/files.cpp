@@ -104,6 +104,18 @@ Overwriting OverwriteInPlace(const std::filesystem::path& file, std::string_view
   return done ? Overwriting::kDone : Overwriting::kTorn;
 }
 
+int CreatePrivateFile(const std::filesystem::path& file, std::string_view content) {
+  int error = 0;
+  {
+    const OwnedHandle created(
+        CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!created.IsOpen()) return LastErrorUnless(FALSE);
+    error = LastErrorUnless(WriteAt(created.Get(), content, 0) && FlushFileBuffers(created.Get()));
+  }
+  if (error != 0) DeleteFileW(file.c_str());
+  return error;
+}
+
 int FlushToDisk(const std::filesystem::path& file) { return Flush(file, FILE_ATTRIBUTE_NORMAL); }
 
 int FlushDirectory(const std::filesystem::path& directory) {
