@@ -11,6 +11,8 @@ namespace patcher {
 // Names in the install directory that belong to the launcher or to the player, and to no version of the game.
 
 inline constexpr std::string_view kRecordFile = "patch_manifest.json";
+/// Only of a launcher with keys, and only while the record is not the server's document: see LocalRecord.
+inline constexpr std::string_view kSequenceFile = "patch_sequence.txt";
 inline constexpr std::string_view kConfigFile = "patcher.ini";
 inline constexpr std::string_view kLogFile = "patcher_debug.txt";
 inline constexpr std::string_view kNewLauncherFile = "Patcher.new.exe";
@@ -21,9 +23,9 @@ inline constexpr std::array kLauncherWorkFiles{kRecordFile, kConfigFile, kLogFil
                                                kOldLauncherFile};
 /// What players get before there is a launcher that could fetch it.
 inline constexpr std::array<std::string_view, 2> kLauncherPrograms{"Patcher.exe", "WebView2Loader.dll"};
-/// The launcher's other programs; no game has files of these names.
-inline constexpr std::array<std::string_view, 3> kOtherPrograms{"Patcher", "patcher-stdio",
-                                                                "patcher-stdio.exe"};
+/// The launcher's other programs and files; no game has files of these names.
+inline constexpr std::array<std::string_view, 4> kOtherFiles{"Patcher", "patcher-stdio", "patcher-stdio.exe",
+                                                             kSequenceFile};
 
 /// Settings and accounts.
 inline constexpr std::array<std::string_view, 2> kPlayerFiles{"ostu.ini", "reginfo.dat"};

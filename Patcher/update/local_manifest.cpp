@@ -8,6 +8,8 @@
 #include <system_error>
 
 #include "minijson/minijson.h"
+#include "shared/signing_keys.h"
+#include "update/manifest_signature.h"
 
 namespace patcher {
 namespace {
@@ -41,12 +43,14 @@ std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
 
 }  // namespace
 
-LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version) {
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
+                             std::uint64_t* sequence) {
   LocalState state;
   std::optional<std::string> text = ReadDocument(path);
   PatchManifest own;
   std::string error;
   if (!text || !ParsePatchManifest(*text, own, error)) return state;
+  if (sequence != nullptr && IsSigned(*text, own.valueSize, LauncherKeys())) *sequence = own.sequence;
   text.reset();  // it may have many megabytes
   for (PatchFile& file : own.files) {
     state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));

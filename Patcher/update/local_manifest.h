@@ -17,8 +17,10 @@ using LocalState = std::map<std::string, std::string, std::less<>>;
 
 /// Reads a record in either of its forms: the server's document or the progress form.
 /// A file that cannot be read or does not parse gives an empty state, and `version` is then not written.
-/// `version` may be null.
-LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version);
+/// `version` may be null. So may `sequence`, which is written only if the file is a document that a key of
+/// this launcher has signed.
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
+                             std::uint64_t* sequence = nullptr);
 
 /// The progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's layout.
 std::string RecordText(const LocalState& state, std::int32_t version);

@@ -6,7 +6,9 @@
 #include <system_error>
 
 #include "platform/files.h"
+#include "shared/own_files.h"
 #include "shared/retry_while_held.h"
+#include "shared/signing_keys.h"
 #include "shared/whole_file.h"
 
 namespace patcher {
@@ -22,6 +24,13 @@ bool WriteAt(const std::filesystem::path& path, std::uint64_t offset, std::strin
   file.write(text.data(), static_cast<std::streamsize>(text.size()));
   file.close();
   return !file.fail();
+}
+
+/// 0 if there is none.
+std::uint64_t ReadNumber(const std::filesystem::path& file) {
+  std::uint64_t number = 0;
+  std::ifstream(file) >> number;
+  return number;
 }
 
 /// Block by block: a second copy of the document in memory costs more than the comparison.
@@ -44,15 +53,30 @@ bool FileHolds(const std::filesystem::path& path, std::string_view text) {
 LocalRecord::LocalRecord(std::filesystem::path path) : path_(std::move(path)) {}
 
 void LocalRecord::Load(const ParsedDocument& parsed) {
+  const bool hasKeys = !LauncherKeys().empty();
+  loaded_ = true;
   version_ = 0;
+  sequence_ = 0;
   savedSize_ = 0;
   state_.clear();
   document_ = parsed.manifest != nullptr && FileHolds(path_, parsed.text) ? parsed.manifest : nullptr;
   if (document_ != nullptr) {
     version_ = document_->version;
+    if (hasKeys) sequence_ = document_->sequence;
   } else {
-    state_ = LoadLocalManifest(path_, &version_);
+    state_ = LoadLocalManifest(path_, &version_, hasKeys ? &sequence_ : nullptr);
   }
+  keptSequence_ = hasKeys ? ReadNumber(SequenceFile()) : 0;
+  sequence_ = std::max(sequence_, keptSequence_);
+}
+
+std::filesystem::path LocalRecord::SequenceFile() const { return path_.parent_path() / kSequenceFile; }
+
+void LocalRecord::KeepSequence() {
+  if (sequence_ <= keptSequence_) return;
+  // A disk that does not take the number does not end a run either.
+  const std::string text = std::to_string(sequence_) + "\n";
+  if (RetryWhileHeld([&] { return ReplaceWholeFile(SequenceFile(), text); }) == 0) keptSequence_ = sequence_;
 }
 
 const LocalState& LocalRecord::State() {
@@ -90,6 +114,7 @@ void LocalRecord::Forget(std::string_view path) {
 }
 
 bool LocalRecord::Save() {
+  KeepSequence();
   const std::string text = RecordText(State(), version_);
   changed_.clear();
   savedSize_ = 0;
@@ -146,7 +171,14 @@ bool LocalRecord::Replace(std::string_view text) const {
 bool LocalRecord::SaveDocument(std::string_view document) {
   changed_.clear();
   savedSize_ = 0;
-  return Replace(document) || RemoveFile(path_);
+  if (!Replace(document)) {
+    KeepSequence();
+    return RemoveFile(path_);
+  }
+  // The document says it itself from now on. Left over, the number would be a lower one, and do no harm.
+  if (keptSequence_ != 0) static_cast<void>(RemoveFile(SequenceFile()));
+  keptSequence_ = 0;
+  return true;
 }
 
 }  // namespace patcher

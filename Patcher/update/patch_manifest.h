@@ -28,6 +28,7 @@ struct PatchBundle {
 /// The server's document: what a complete installation is.
 struct PatchManifest {
   std::int32_t version = 0;         ///< shown and stored; decides nothing
+  std::uint64_t sequence = 0;       ///< orders signed documents in time (ServerManifest)
   std::int32_t patcherVersion = 0;  ///< build number of the newest launcher
   std::string patcherUrl;           ///< its name below "/patch/"
   /// The digest that its bytes must have; empty: none was announced. A value that is no text reads as a
@@ -35,6 +36,7 @@ struct PatchManifest {
   std::string patcherSha256;
   std::vector<PatchFile> files;      ///< document order, nothing removed
   std::vector<PatchBundle> bundles;  ///< document order, without those that lack a name or a digest
+  std::size_t valueSize = 0;         ///< bytes of the text up to the end of the JSON value
 };
 
 /// Bytes of the longest document. It is held in memory as text and parsed, for a moment beside the previous

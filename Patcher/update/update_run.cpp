@@ -16,7 +16,7 @@
 #include "transport/run_pool.h"
 #include "update/download_pool.h"
 #include "update/install_lock.h"
-#include "update/manifest_paths.h"
+#include "update/server_manifest.h"
 #include "update/update_plan.h"
 
 namespace patcher {
@@ -99,7 +99,8 @@ class Steps {
       PostServer(run_.window, false);
       return ClientExists();
     }
-    if (!run_.session.GetToString("/patch/version.json", run_.manifestText, kMaxManifestSize + 1)) {
+    const ServerManifest answer = FetchManifest();
+    if (answer == ServerManifest::kUnreachable) {
       Status("Serveur de patch injoignable.");
       PostServer(run_.window, false);
       const bool canPlay = ClientExists();
@@ -107,17 +108,22 @@ class Steps {
       return canPlay;
     }
     PostServer(run_.window, true);
-    if (!ParsePatchManifest(run_.manifestText, run_.manifest, error) || !PathsAreUsable(run_.manifest)) {
+    if (answer == ServerManifest::kUnusable) {
       Status("Manifest de patch invalide.");
       return false;
     }
     return std::nullopt;
   }
 
+  ServerManifest FetchManifest() {
+    const platform::MutexLock guard(run_.stateLock);
+    return FetchServerManifest(run_.session, run_.record, run_.manifestText, run_.manifest);
+  }
+
   /// Returns the version that the record names.
   std::int32_t LoadRecord() {
     const platform::MutexLock guard(run_.stateLock);
-    run_.record.Load({run_.manifestText, &run_.manifest});
+    if (!run_.record.IsLoaded()) run_.record.Load({run_.manifestText, &run_.manifest});
     return run_.record.Version();
   }
 
