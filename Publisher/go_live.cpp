@@ -24,7 +24,7 @@ namespace {
 class LiveSwitch {
  public:
   explicit LiveSwitch(const GoLiveRequest& request)
-      : request_(request), store_(request.www), progress_(request.quiet) {}
+      : request_(request), store_(request.www), progress_(request.quiet), signer_(request.signing) {}
 
   void Run() {
     RequireStore(store_);
@@ -39,7 +39,7 @@ class LiveSwitch {
       return;
     }
     next_.sequence = NextSequence(history_, Live());
-    next_.text = ManifestText(next_);
+    next_.text = signer_.Finished(ManifestText(next_));
     PutLive(store_, next_);
     Finish(Name() + " is live" + Summary(), live_ ? std::optional(live_->manifest.version) : std::nullopt);
   }
@@ -62,6 +62,8 @@ class LiveSwitch {
       throw PublishError("the history has no " + Name() + ListOfVersions());
     }
     next_ = ReadCopy(store_, request_.version);
+    // What is live may be damaged: then the copy has to say whether players are used to signatures.
+    signer_.RequireKeyAfter(live_ ? Live() : &next_);
     next_.held = false;
     if (!request_.allowOlderLauncher) {
       const AnnouncedLauncher newest = NewestLauncher(history_, Live());
@@ -92,11 +94,11 @@ class LiveSwitch {
     Announce(next_, ProveLauncher(LauncherOf(next_), store_, progress_));
   }
 
-  /// What follows the JSON value does not count.
+  /// Of what follows the JSON value only the signature counts.
   bool IsLive() {
     if (!live_ || live_->manifest.version != request_.version) return false;
     next_.sequence = live_->sequence;
-    return live_->text.starts_with(ManifestText(next_));
+    return live_->text.starts_with(ManifestText(next_)) && signer_.IsContentWith(*live_);
   }
 
   std::string Summary() const {
@@ -119,6 +121,7 @@ class LiveSwitch {
   const GoLiveRequest& request_;
   const ContentStore store_;
   Progress progress_;
+  const DocumentSigner signer_;
   std::optional<Publication> live_;
   History history_;
   Publication next_;

@@ -3,13 +3,16 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "signing.h"
+
 namespace patcher::publisher {
 
 struct GoLiveRequest {
   std::filesystem::path www;
   std::int32_t version = 0;
   bool allowOlderLauncher = false;  ///< announce the version's own launcher, not the newest
-  std::size_t keep = 0;             ///< versions that pruning keeps; 0: no pruning
+  SigningRequest signing;
+  std::size_t keep = 0;  ///< versions that pruning keeps; 0: no pruning
   bool quiet = false;
 };
 

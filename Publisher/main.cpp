@@ -8,6 +8,7 @@
 #include "publish.h"
 #include "publish_error.h"
 #include "publish_options.h"
+#include "signing.h"
 #include "store_check.h"
 
 namespace {
@@ -17,8 +18,11 @@ enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2, kLaterStepFailed = 3 };
 void ReportError(const std::string& text) { platform::WriteErrorLine("patch-publish: " + text); }
 
 int Check(const patcher::publisher::Options& options) {
-  const patcher::publisher::CheckResult result =
-      patcher::publisher::CheckPublication(options.www, options.quiet);
+  patcher::publisher::CheckResult result = patcher::publisher::CheckPublication(options.www, options.quiet);
+  if (!options.publicKey.empty()) {
+    const std::string finding = patcher::publisher::SignatureFinding(options.www, options.publicKey);
+    if (!finding.empty()) result.findings.push_back(finding);
+  }
   for (const std::string& finding : result.findings) platform::WriteLine(finding);
   if (!options.quiet) {
     const std::size_t count = result.findings.size();
@@ -36,6 +40,9 @@ int Run(const patcher::publisher::Options& options) {
       break;
     case Task::kCheck:
       return Check(options);
+    case Task::kKeygen:
+      platform::WriteLine(patcher::publisher::MakeKeyFile(options.keyFile));
+      break;
     case Task::kGoLive:
       patcher::publisher::GoLive(options.goLive);
       break;

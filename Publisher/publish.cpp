@@ -43,7 +43,7 @@ bool LiesIn(const fs::path& inner, const fs::path& outer) {
 class Publisher {
  public:
   explicit Publisher(const PublishRequest& request)
-      : request_(request), store_(request.www), progress_(request.quiet) {}
+      : request_(request), store_(request.www), progress_(request.quiet), signer_(request.signing) {}
 
   void Run() {
     RequireFolders();
@@ -54,6 +54,8 @@ class Publisher {
     const StoreSession session(store_);
     ReadStore();
     RequireLauncherOrder();
+    // A held version is signed when it goes live.
+    if (!request_.hold) signer_.RequireKeyAfter(Previous());
     const ClientScan scan = ScanClient(request_.client, exclusions);
     GiveNotices(scan, exclusions, progress_);
     if (IsPublished(scan)) {
@@ -76,6 +78,12 @@ class Publisher {
     }
     if (LiesIn(store_.Root(), request_.client) || LiesIn(request_.client, store_.Root())) {
       throw PublishError("the client directory and the published folder must not lie in each other");
+    }
+    const fs::path& key = request_.signing.keyFile;
+    if (!key.empty() && (LiesIn(key, request_.client) || LiesIn(key, request_.www))) {
+      throw PublishError("everybody would get the private key: it must not lie in " +
+                         platform::Utf8FromPath(request_.client) + " or " +
+                         platform::Utf8FromPath(request_.www));
     }
   }
 
@@ -114,6 +122,7 @@ class Publisher {
     }
     if (published) {
       RequireSame(*published, scan);
+      RequireSignature(*published);
       return true;
     }
     const std::string number = std::to_string(request_.version);
@@ -146,6 +155,14 @@ class Publisher {
     }
   }
 
+  void RequireSignature(const Publication& published) const {
+    if (signer_.IsContentWith(published)) return;
+    const std::string number = std::to_string(request_.version);
+    throw PublishError("version " + number +
+                       " has been published with another signature, or without one: --live " + number +
+                       " publishes it anew");
+  }
+
   void Prepare(const ClientScan& scan) {
     ContentProof proof(store_);
     next_.manifest.version = request_.version;
@@ -157,7 +174,7 @@ class Publisher {
     archivesBuilt_ = set.built;
     next_.sequence = NextSequence(history_, Previous());
     next_.held = request_.hold;
-    next_.text = ManifestText(next_);
+    next_.text = signer_.Finished(ManifestText(next_));
   }
 
   AnnouncedLauncher Launcher() {
@@ -230,6 +247,7 @@ class Publisher {
   const PublishRequest& request_;
   const ContentStore store_;
   Progress progress_;
+  const DocumentSigner signer_;
   std::int32_t launcherBuild_ = 0;  ///< of the request's launcher
   History history_;
   std::optional<Publication> previous_;  ///< what is live

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "archive_plan.h"
+#include "signing.h"
 
 namespace patcher::publisher {
 
@@ -23,6 +24,7 @@ struct PublishRequest {
   std::optional<NewLauncher> launcher;  ///< none: the newest published one stays
   bool allowOlderLauncher = false;
   bool hold = false;  ///< everything but the last step: players keep the version they have
+  SigningRequest signing;
   std::vector<std::string> excluded;
   ArchiveLimits limits;
   std::size_t keep = 0;  ///< versions that pruning keeps; 0: no pruning

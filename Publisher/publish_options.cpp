@@ -14,7 +14,8 @@ constexpr char kHelp[] = R"(patch-publish - publishes a game client for the laun
 Usage: patch-publish --client DIR --out WWW --version N [options]
        patch-publish --out WWW --live N [options]
        patch-publish --out WWW --prune [--keep K]
-       patch-publish --check WWW
+       patch-publish --check WWW [--signed-by PUBLICKEY]
+       patch-publish keygen FILE
        patch-publish --help
 
 Turns a client directory into the folder WWW/patch that any static web server
@@ -38,6 +39,12 @@ is replaced last and in one step: players see the old version or the new one.
   --prune              delete what no kept version uses, afterwards or by itself
   --keep K             versions to keep, the live one included; 3 if not given
   --check WWW          prove every file, archive and launcher in WWW/patch
+  --signed-by PUBLICKEY
+                       and that the manifest is signed by this key
+  --sign FILE          sign the manifest with the key in FILE
+  --unsigned           do not sign it although the one before was signed
+  keygen FILE          make a key to sign with, write it to the new file FILE, and
+                       print the public key, which launchers are built with
   --quiet              say nothing but errors and findings
   --help               print this text
 
@@ -52,7 +59,7 @@ constexpr std::int32_t kAny = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kDefaultKeep = 3;
 constexpr std::int32_t kMaxArchiveSize = 2047;
 
-enum TaskBit : unsigned { kPublish = 1, kGoLive = 2, kPrune = 4, kCheck = 8, kAll = 15 };
+enum TaskBit : unsigned { kPublish = 1, kGoLive = 2, kPrune = 4, kCheck = 8, kKeygen = 16, kAll = 31 };
 
 const std::vector<OptionRule>& Rules() {
   using enum OptionRule::Kind;
@@ -70,6 +77,10 @@ const std::vector<OptionRule>& Rules() {
       {"--prune", kSwitch, kPublish | kGoLive | kPrune},
       {"--keep", kValue, kPublish | kGoLive | kPrune},
       {"--check", kValue, kCheck},
+      {"--signed-by", kValue, kCheck},
+      {"--sign", kValue, kPublish | kGoLive},
+      {"--unsigned", kSwitch, kPublish | kGoLive},
+      {"--keygen", kValue, kKeygen},
       {"--quiet", kSwitch, kAll},
       {"--help", kSwitch, kAll},
   };
@@ -84,6 +95,12 @@ std::size_t ReadKeep(CommandLine& line) {
   return 0;
 }
 
+void ReadSigning(CommandLine& line, SigningRequest& request) {
+  if (line.Has("--sign")) request.keyFile = line.Path("--sign");
+  request.allowUnsigned = line.Has("--unsigned");
+  if (line.Has("--sign") && line.Has("--unsigned")) line.Fail("--unsigned does not go together with --sign");
+}
+
 void ReadPublish(CommandLine& line, PublishRequest& request) {
   request.client = line.Path("--client");
   request.www = line.Path("--out");
@@ -96,6 +113,7 @@ void ReadPublish(CommandLine& line, PublishRequest& request) {
   }
   request.allowOlderLauncher = line.Has("--allow-older-launcher");
   request.hold = line.Has("--hold");
+  ReadSigning(line, request.signing);
   request.excluded = line.List("--exclude");
   if (const auto size = line.Number("--archive-size", kMaxArchiveSize)) {
     request.limits.content = std::uint64_t{static_cast<std::uint32_t>(*size)} << 20;
@@ -107,6 +125,7 @@ void ReadPublish(CommandLine& line, PublishRequest& request) {
 void ReadGoLive(CommandLine& line, GoLiveRequest& request) {
   request.www = line.Path("--out");
   request.version = line.Number("--live", kAny).value_or(0);
+  ReadSigning(line, request.signing);
   request.allowOlderLauncher = line.Has("--allow-older-launcher");
   request.keep = ReadKeep(line);
   request.quiet = line.Has("--quiet");
@@ -114,7 +133,8 @@ void ReadGoLive(CommandLine& line, GoLiveRequest& request) {
 
 }  // namespace
 
-Options ReadOptions(const std::vector<std::string>& arguments) {
+Options ReadOptions(std::vector<std::string> arguments) {
+  if (!arguments.empty() && arguments.front() == "keygen") arguments.front() = "--keygen";
   CommandLine line(Rules(), arguments);
   Options options;
   options.quiet = line.Has("--quiet");
@@ -124,6 +144,11 @@ Options ReadOptions(const std::vector<std::string>& arguments) {
     options.task = Options::Task::kCheck;
     line.AllowOnly(kCheck, "--check");
     options.www = line.Path("--check");
+    if (line.Has("--signed-by")) options.publicKey = line.List("--signed-by").front();
+  } else if (line.Has("--keygen")) {
+    options.task = Options::Task::kKeygen;
+    line.AllowOnly(kKeygen, "keygen");
+    options.keyFile = line.Path("--keygen");
   } else if (line.Has("--live")) {
     options.task = Options::Task::kGoLive;
     line.AllowOnly(kGoLive, "--live");

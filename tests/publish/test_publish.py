@@ -77,7 +77,7 @@ class PublishTest(unittest.TestCase):
         place.write_bytes(data)
 
     def manifest(self):
-        return json.loads((self.patch / "version.json").read_bytes())
+        return json.JSONDecoder().raw_decode((self.patch / "version.json").read_text())[0]
 
     def prove(self, manifest=None):
         """What the launcher relies on, by another implementation of ZIP, JSON and SHA-256."""
@@ -257,6 +257,43 @@ class Versions(PublishTest):
         manifest, _ = self.prove()
         self.assertEqual((manifest["version"], manifest["patcherVersion"]), (2, 27))
         self.assertEqual(sorted(p.name for p in (self.patch / "history").iterdir()), ["2.json", "3.json", "4.json"])
+
+    def test_signatures(self):
+        key = self.root / "key"
+        public = run("keygen", key).stdout.strip()
+        line = key.read_text()
+        self.assertEqual((key.stat().st_mode & 0o777, line.split()[2]), (0o600, public))
+        self.assertEqual((run("keygen", key).returncode, key.read_text()), (1, line))
+
+        def is_signed(expected, by=public):
+            result = run("--check", self.www, "--signed-by", by)
+            self.assertEqual(result.returncode, 0 if expected else 1, result.stdout)
+
+        self.write("a", b"1")
+        self.publish(1, "--sign", key)
+        is_signed(True)
+        is_signed(False, by=run("keygen", self.root / "other").stdout.strip())
+        self.assertIn("already published", self.publish(1, "--sign", key).stdout)
+        self.assertIn("--sign", self.publish(2, code=1).stderr)
+        self.publish(2, "--hold")
+        self.assertIn("--sign", self.command("--live", 2, code=1).stderr)
+        self.command("--live", 2, "--sign", key)
+        is_signed(True)
+        self.assertIn("live already", self.command("--live", 2, "--sign", key).stdout)
+        self.command("--live", 2, "--unsigned")
+        is_signed(False)
+        self.assertIn("--live 2", self.publish(2, "--sign", key, code=1).stderr)
+        self.command("--live", 2, "--sign", self.root / "other")
+        self.command("--live", 2, "--sign", key)
+        is_signed(True)
+        self.assertEqual(self.manifest()["sequence"], 6)
+        for damaged in ("", line.replace("key", "kex"), line[:-2], line.replace(line.split()[1], "1" * 64)):
+            (self.root / "damaged").write_text(damaged)
+            self.publish(3, "--sign", self.root / "damaged", code=1)
+        is_signed(True)
+        for place in (self.client, self.www):
+            shutil.copy(key, place / "key")
+            self.assertIn("private key", self.publish(3, "--sign", place / "key", code=1).stderr)
 
     def test_a_lost_manifest(self):
         self.make_game(3)

@@ -25,11 +25,12 @@ import test_options  # noqa: E402
 import test_requests  # noqa: E402
 import test_self_update  # noqa: E402
 import test_server  # noqa: E402
+import test_signed  # noqa: E402
 import test_update  # noqa: E402
 import test_windows  # noqa: E402
 
 NATIVE = (test_update, test_server, test_archives, test_disk, test_options, test_check, test_requests,
-          test_messages, test_news, test_self_update, test_kills)
+          test_messages, test_news, test_self_update, test_signed, test_kills)
 PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
 
 
