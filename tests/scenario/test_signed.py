@@ -79,6 +79,8 @@ class SignedTest(ScenarioTest):
         back = self.publish("--live", "2")
         self.assertEqual(self.told()[-1], True)
         self.assertEqual((record.read_bytes(), self.place.files()), (back, {"a": b"version 2"}))
+        record.write_bytes(back.replace(b'"sequence": 4', b'"sequence": 9'))
+        self.assertEqual(self.told()[-1], True, "only what is signed counts")
         unkeyed = self.installation()
         self.assertEqual(told(unkeyed.run())[-1], True)
         self.assertEqual(unkeyed.files(), {"a": b"version 2"})
