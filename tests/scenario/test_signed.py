@@ -43,6 +43,12 @@ class SignedTest(ScenarioTest):
         self.server.content[URL] = document
         return self.told()
 
+    def interrupted(self, document):
+        """A run that gets the manifest and nothing else."""
+        contents, self.server.content = self.server.content, {}
+        self.assertIn("a telecharger", self.serve_and_run(document)[-3])
+        self.server.content = contents
+
     def test_nothing_unsigned_and_nothing_replayed(self):
         first, second = self.version(1), self.version(2)
         record = self.place.directory / "patch_manifest.json"
@@ -56,11 +62,9 @@ class SignedTest(ScenarioTest):
             "Manifest refused : sequence 1 is below 2, which was installed"])
         self.assertEqual(record.read_bytes(), second)
 
-        contents = {path: self.server.content.pop(path) for path in list(self.server.content) if path != URL}
-        self.assertIn("a telecharger", self.serve_and_run(third)[-3])
+        self.interrupted(third)
         self.assertNotEqual(record.read_bytes(), second)
         self.assertEqual(self.serve_and_run(first)[-2:], [INVALID, False], "the end of an update is not needed for that")
-        self.server.content.update(contents)
         self.assertEqual(self.serve_and_run(third)[-2:], ["Pret a jouer.", True])
         self.assertEqual((record.read_bytes(), self.place.files()), (third, {"a": b"version 3"}))
 
@@ -74,6 +78,8 @@ class SignedTest(ScenarioTest):
                              [connect, "Impossible de lire le manifeste de patch.", "offline", False])
         self.server.content[URL] = third
         self.assertEqual(told(session.ask("repair"))[-1], True)
+        (self.place.directory / "a").unlink()
+        self.interrupted(third)
         self.assertEqual(self.serve_and_run(second)[-1], False)
 
         back = self.publish("--live", "2")
