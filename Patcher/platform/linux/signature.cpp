@@ -9,6 +9,7 @@
 #include <openssl/core_names.h>
 #include <openssl/ec.h>
 #include <openssl/ecdsa.h>
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/param_build.h>
 
@@ -90,11 +91,16 @@ std::optional<Signature> Decoded(const std::vector<std::uint8_t>& encoded) {
 }  // namespace
 
 bool IsGoodSignature(const PublicKey& publicKey, SignedDigest digest, const Signature& signature) {
+  // What the library notes about a bad one must not look like a failure of this thread's next connection.
+  ERR_set_mark();
   const Key key = ImportKey(publicKey, nullptr);
   const KeyContext context(key ? EVP_PKEY_CTX_new_from_pkey(nullptr, key.get(), nullptr) : nullptr);
   const std::vector<std::uint8_t> encoded = Encoded(signature);
-  return context && !encoded.empty() && EVP_PKEY_verify_init(context.get()) > 0 &&
-         EVP_PKEY_verify(context.get(), encoded.data(), encoded.size(), digest.data(), digest.size()) == 1;
+  const bool isGood =
+      context && !encoded.empty() && EVP_PKEY_verify_init(context.get()) > 0 &&
+      EVP_PKEY_verify(context.get(), encoded.data(), encoded.size(), digest.data(), digest.size()) == 1;
+  ERR_pop_to_mark();
+  return isGood;
 }
 
 std::optional<SigningKey> MakeSigningKey() {
