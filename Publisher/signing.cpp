@@ -50,7 +50,7 @@ bool IsSignedBy(const Publication& document, const platform::PublicKey& key) {
 std::string MakeKeyFile(const fs::path& file) {
   const auto key = platform::MakeSigningKey();
   if (!key) throw PublishError("the system makes no keys");
-  const std::string publicKey = ToHex(key->publicKey);
+  std::string publicKey = ToHex(key->publicKey);
   const std::string line = std::string(kLabel) + " " + ToHex(key->secret) + " " + publicKey + "\n";
   if (const int error = platform::CreatePrivateFile(file, line); error != 0) {
     throw FileError("cannot create", file, SystemReason(error));
