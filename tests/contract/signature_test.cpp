@@ -34,7 +34,7 @@ TEST(SignatureContract, SignaturesOfEverySystemAreGood) {
   for (const std::string& hex : vectors) {
     const Signature signature = FromHex<64>(hex).value();
     EXPECT_TRUE(IsGoodSignature(key, digest, signature)) << hex;
-    for (const std::size_t at : {0, 31, 32, 63}) {
+    for (const std::size_t at : {0U, 31U, 32U, 63U}) {
       Signature otherSignature = signature;
       PublicKey otherKey = key;
       Digest otherDigest = digest;
