@@ -16,6 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kWorkFolder[] = ".publish";
+constexpr std::size_t kFileDigits = 20;
 /// Enough of a digest to tell archives apart for ever.
 constexpr std::size_t kArchiveDigits = 16;
 
@@ -68,6 +69,12 @@ ContentStore::ContentStore(const fs::path& www)
     : root_(www / "patch"), work_(root_ / kWorkFolder / NameOfThisProcess()) {}
 
 std::string ContentStore::FileName(const std::string& digest) {
+  return LongFileName(digest.substr(0, kFileDigits));
+}
+std::string ContentStore::LongFileName(const std::string& digest) {
+  return "f/" + digest.substr(0, 2) + "/" + digest.substr(2);
+}
+std::string ContentStore::OldFileName(const std::string& digest) {
   return "files/" + digest.substr(0, 2) + "/" + digest;
 }
 std::string ContentStore::ArchiveName(std::int32_t since, const std::string& digest) {
@@ -94,7 +101,7 @@ void ContentStore::MakeRoot() const { MakeServedFolder(root_); }
 void ContentStore::OpenForWriting() const {
   std::error_code ignored;
   fs::remove_all(root_ / kWorkFolder, ignored);
-  for (const char* folder : {"files", "archives", "launcher", "history"}) MakeServedFolder(root_ / folder);
+  for (const char* folder : {"f", "archives", "launcher", "history"}) MakeServedFolder(root_ / folder);
   MakeFolder(work_);
 }
 
@@ -129,12 +136,15 @@ void ContentStore::FlushFolder(const fs::path& folder) const {
 
 void ContentStore::FlushNames() const {
   std::error_code error;
-  for (fs::directory_iterator entry(root_ / "files", error), end; !error && entry != end;
-       entry.increment(error)) {
-    if (entry->is_directory(error)) FlushFolder(entry->path());
+  for (const char* name : kContentFolders) {
+    const fs::path folder = root_ / name;
+    if (!fs::exists(folder, error) && !error) continue;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+      if (entry->is_directory(error)) FlushFolder(entry->path());
+    }
+    if (error) throw FileError("cannot list", folder, error);
+    FlushFolder(folder);
   }
-  if (error) throw FileError("cannot list", root_ / "files", error);
-  for (const char* folder : {"files", "archives", "launcher"}) FlushFolder(root_ / folder);
   FlushFolder(root_);
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "report.h"
 #include "signing.h"
 
 namespace patcher::publisher {
@@ -17,8 +18,8 @@ struct GoLiveRequest {
 };
 
 /// Puts a published version before players: one that was held, or an earlier one. Proves its files, archives
-/// and launcher first. The manifest is replaced in one step. Prints on standard output what was done. Raises
-/// PublishError; LaterStepError if the version is live all the same.
-void GoLive(const GoLiveRequest& request);
+/// and launcher first. The manifest is replaced in one step. Raises PublishError; LaterStepError if
+/// the version is live all the same.
+void GoLive(const GoLiveRequest& request, Report& report);
 
 }  // namespace patcher::publisher

@@ -7,6 +7,7 @@
 #include <set>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "control/protocol/ui_event.h"
@@ -14,6 +15,7 @@
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/run_pool.h"
+#include "update/archive_choice.h"
 #include "update/download_pool.h"
 #include "update/manifest_paths.h"
 
@@ -134,15 +136,12 @@ std::size_t FindWantedFiles(RunState& run) {
 
 bool ChooseBundles(RunState& run) {
   for (const PatchFile* file : run.wanted) run.wantedPaths.insert(run.wantedPaths.end(), file->path);
-  for (const PatchBundle& bundle : run.manifest.bundles) {
-    const bool useful = std::any_of(bundle.files.begin(), bundle.files.end(), [&](const std::string& path) {
-      return run.wantedPaths.count(path) != 0;
-    });
-    if (!useful) continue;
-    run.chosenBundles.push_back(&bundle);
-    run.bundleBytes += bundle.size;
-  }
-  return !run.chosenBundles.empty() && run.bundleBytes < run.wantedBytes;
+  std::vector<const PatchBundle*> archives;
+  for (const PatchBundle& bundle : run.manifest.bundles) archives.push_back(&bundle);
+  ArchiveChoice choice = ChooseArchives(archives, run.wantedPaths, run.wantedBytes);
+  run.chosenBundles = std::move(choice.archives);
+  run.bundleBytes = choice.bytes;
+  return choice.isCheaper;
 }
 
 bool ForgetWantedFiles(RunState& run) {

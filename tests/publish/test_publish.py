@@ -27,6 +27,10 @@ def digest(data):
     return hashlib.sha256(data).hexdigest()
 
 
+def content_name(hexadecimal):
+    return f"f/{hexadecimal[:2]}/{hexadecimal[2:20]}"
+
+
 def make_launcher(place, build=27, name="Patcher", version="1,%d,0,0"):
     """A Windows program that is nothing but its version, by the tools that also build the launcher."""
     source, resource = place.with_suffix(".rc"), place.with_suffix(".o")
@@ -69,7 +73,7 @@ class PublishTest(unittest.TestCase):
         return result
 
     def content(self, data):
-        return self.patch / f"files/{digest(data)[:2]}/{digest(data)}"
+        return self.patch / content_name(digest(data))
 
     def damage(self, place):
         data = bytearray(place.read_bytes())
@@ -92,7 +96,7 @@ class PublishTest(unittest.TestCase):
         for f in manifest["files"]:
             data = (self.patch / f["url"]).read_bytes()
             self.assertEqual((len(data), digest(data)), (f["size"], f["sha256"]))
-            self.assertEqual(f["url"], f"files/{f['sha256'][:2]}/{f['sha256']}")
+            self.assertEqual(f["url"], content_name(f["sha256"]))
         packed = [path for b in manifest["bundles"] for path in b["files"]]
         self.assertEqual(len(packed), len(set(packed)))
         for b in manifest["bundles"]:
@@ -326,13 +330,13 @@ class Versions(PublishTest):
         self.check([])
         self.assertEqual(self.prove()[0]["files"], json.loads(sound[self.patch / "version.json"])["files"])
         self.assertEqual(archive.read_bytes(), sound[archive])
-        (self.patch / "files/00").mkdir(exist_ok=True)
-        (self.patch / f"files/00/{'0' * 64}").write_bytes(b"nothing uses this")
-        self.check(["unused: files/00/"])
+        (self.patch / "f/00").mkdir(exist_ok=True)
+        (self.patch / f"f/00/{'0' * 18}").write_bytes(b"nothing uses this")
+        self.check(["unused: f/00/"])
 
     def test_a_server_can_read_everything(self):
         self.make_game(5)
-        (self.www / "patch/files").mkdir(parents=True, mode=0o700)
+        (self.www / "patch/f").mkdir(parents=True, mode=0o700)
         subprocess.run(["bash", "-c", 'umask 077; exec "$@"', "-", PROGRAM, "--client", self.client, "--out", self.www,
                         "--version", "1", "--quiet"], check=True)
         for place in self.patch.rglob("*"):
