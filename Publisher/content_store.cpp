@@ -16,9 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kWorkFolder[] = ".publish";
-constexpr std::size_t kFileDigits = 20;
-/// Enough of a digest to tell archives apart for ever.
-constexpr std::size_t kArchiveDigits = 16;
+/// Hexadecimal digits in names of contents and archives: 64 bits.
+constexpr std::size_t kDigits = 16;
 
 constexpr fs::perms kReadable = fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read;
 constexpr fs::perms kSearchable = fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
@@ -69,7 +68,7 @@ ContentStore::ContentStore(const fs::path& www)
     : root_(www / "patch"), work_(root_ / kWorkFolder / NameOfThisProcess()) {}
 
 std::string ContentStore::FileName(const std::string& digest) {
-  return LongFileName(digest.substr(0, kFileDigits));
+  return LongFileName(digest.substr(0, kDigits));
 }
 std::string ContentStore::LongFileName(const std::string& digest) {
   return "f/" + digest.substr(0, 2) + "/" + digest.substr(2);
@@ -78,7 +77,7 @@ std::string ContentStore::OldFileName(const std::string& digest) {
   return "files/" + digest.substr(0, 2) + "/" + digest;
 }
 std::string ContentStore::ArchiveName(std::int32_t since, const std::string& digest) {
-  return "archives/v" + std::to_string(since) + "-" + digest.substr(0, kArchiveDigits) + ".zip";
+  return "archives/v" + std::to_string(since) + "-" + digest.substr(0, kDigits) + ".zip";
 }
 std::string ContentStore::LauncherName(const std::string& digest) { return "launcher/" + digest + ".exe"; }
 

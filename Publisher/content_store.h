@@ -24,8 +24,8 @@ class ContentStore {
   /// Folders below the root that hold contents; "files" is the one of earlier releases.
   static constexpr std::array<const char*, 4> kContentFolders{"f", "files", "archives", "launcher"};
 
-  /// Names below "/patch/", as the manifest gives them. 80 bits of the digest: among 100 million contents,
-  /// the chance that two share their name is one in 200 million, and ContentNames sees it.
+  /// Names below "/patch/", as the manifest gives them. The first 16 digits of the digest: among a million
+  /// contents, the chance that two share them is one in 37 million, and ContentNames notices it.
   static std::string FileName(const std::string& digest);
   /// For a content whose name has another owner.
   static std::string LongFileName(const std::string& digest);

@@ -90,8 +90,7 @@ std::string UploadText(const Upload& upload, const ArchiveForecast& forecast) {
   if (!forecast.percent) return text + "They are counted as large as their content: an upper bound";
   std::array<char, 80> percent{};
   std::snprintf(percent.data(), percent.size(), "%.1f", *forecast.percent);
-  return text + "They are estimated at " + percent.data() +
-         " % of their content, like the published ones";
+  return text + "They are estimated at " + percent.data() + " % of their content, like the published ones";
 }
 
 Value JsonLargest(const VersionChanges& changes) {

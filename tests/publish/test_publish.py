@@ -6,6 +6,7 @@ import json
 import os
 import pathlib
 import random
+import re
 import shutil
 import signal
 import subprocess
@@ -28,7 +29,7 @@ def digest(data):
 
 
 def content_name(hexadecimal):
-    return f"f/{hexadecimal[:2]}/{hexadecimal[2:20]}"
+    return f"f/{hexadecimal[:2]}/{hexadecimal[2:16]}"
 
 
 def make_launcher(place, build=27, name="Patcher", version="1,%d,0,0"):
@@ -66,6 +67,15 @@ class PublishTest(unittest.TestCase):
 
     def publish(self, version, *more, code=0):
         return self.command("--client", self.client, "--version", version, *more, code=code)
+
+    def report(self, *arguments, code=0):
+        """The JSON object of a command."""
+        report = json.loads(self.command(*arguments, "--json", "--quiet", code=code).stdout)
+        self.assertEqual((report["done"], "error" in report), (code in (0, 3), code != 0))
+        return report
+
+    def tree(self):
+        return {p: (p.stat().st_mtime_ns, p.stat().st_size) for p in self.root.rglob("*")}
 
     def command(self, *arguments, code=0):
         result = run("--out", self.www, *arguments)
@@ -331,8 +341,96 @@ class Versions(PublishTest):
         self.assertEqual(self.prove()[0]["files"], json.loads(sound[self.patch / "version.json"])["files"])
         self.assertEqual(archive.read_bytes(), sound[archive])
         (self.patch / "f/00").mkdir(exist_ok=True)
-        (self.patch / f"f/00/{'0' * 18}").write_bytes(b"nothing uses this")
+        (self.patch / f"f/00/{'0' * 14}").write_bytes(b"nothing uses this")
         self.check(["unused: f/00/"])
+
+    def test_a_store_of_an_earlier_release(self):
+        self.make_game(20)
+        self.publish(1)
+        files, text = self.prove()[0]["files"], (self.patch / "version.json").read_text()
+        old = {f["url"]: f"files/{f['sha256'][:2]}/{f['sha256']}" for f in files}
+        for name, old_name in old.items():
+            (self.patch / old_name).parent.mkdir(parents=True, exist_ok=True)
+            (self.patch / name).rename(self.patch / old_name)
+            text = text.replace(f'"{name}"', f'"{old_name}"')
+        shutil.rmtree(self.patch / "f")
+        for name in ("version.json", "history/1.json"):
+            (self.patch / name).write_text(json.dumps(json.loads(text), indent=2, ensure_ascii=False))
+        self.check([])
+        self.assertIn("live already", self.command("--live", 1).stdout)
+        self.damage(self.patch / old[content_name(digest(b"program"))])
+        self.write("new.txt", b"new")
+        forecast = self.report("--client", self.client, "--version", 2, "--dry-run")["upload"]
+        self.assertEqual((forecast["contents"]["files"], forecast["renamed"]["files"]), (len(old) + 1, len(old)))
+        self.publish(2)
+        self.prove()
+        self.assertEqual({(self.patch / name).stat().st_nlink for name in old}, {1, 2}, "not stored twice")
+        self.check(["version 1, file Tolmira.exe: files/"])
+        self.command("--prune", "--keep", 1)
+        self.assertFalse([p for p in (self.patch / "files").rglob("*") if p.is_file()])
+        self.check([])
+
+    def test_two_contents_of_one_name(self):
+        self.write("first", b"1")
+        self.publish(1)
+        taken = self.content(b"other")
+        taken.parent.mkdir(exist_ok=True)
+        self.content(b"1").rename(taken)
+        for name in ("version.json", "history/1.json"):
+            text = (self.patch / name).read_text()
+            (self.patch / name).write_text(text.replace(content_name(digest(b"1")), content_name(digest(b"other"))))
+        self.write("second", b"other")
+        self.publish(2)
+        urls = {f["path"]: f["url"] for f in self.manifest()["files"]}
+        name = digest(b"other")
+        self.assertEqual(urls, {"first": content_name(digest(b"1")), "second": f"f/{name[:2]}/{name[2:]}"})
+        self.check([])
+
+    def test_forecasts_and_reports(self):
+        self.make_game()
+        publish = ["--client", self.client, "--version=next"]
+        before = self.tree()
+        forecast = self.report(*publish, "--dry-run")
+        self.assertEqual(self.tree(), before)
+        first = self.report(*publish)
+        self.assertEqual((forecast["changes"], forecast["version"]), (first["changes"], first["version"]))
+        self.assertGreater(forecast["downloads"][0]["bytes"], first["downloads"][0]["bytes"])
+        self.assertEqual([forecast["upload"]["upperBound"], forecast["downloads"][0]["estimate"]], [True, True])
+        self.assertAlmostEqual(forecast["upload"]["manifestBytes"], first["manifestBytes"], delta=5)
+        (self.client / "f0.dat").unlink()
+        self.write("f3.dat", b"changed" * 5)
+        for name in ("new", "same content"):
+            self.write(name, b"new content" * 5000)
+        launcher = make_launcher(self.root / "l.exe")
+        before = self.tree()
+        forecast = self.report(*publish, "--dry-run", "--launcher", launcher)
+        self.assertIn("\n  changed           1 files                 35  35 bytes\n",
+                      self.command(*publish, "--dry-run").stdout)
+        self.assertEqual(self.tree(), before)
+        self.assertEqual([f["path"] for f in forecast["largest"]], ["new", "same content", "f3.dat"])
+        upload = forecast["upload"]
+        self.assertEqual((upload["contents"], upload["launcherBytes"]),
+                         ({"files": 2, "bytes": 55035}, launcher.stat().st_size))
+        second = self.report(*publish, "--launcher", launcher)
+        self.assertEqual(forecast["changes"], second["changes"])
+        self.assertEqual((upload["archives"]["files"], upload["estimate"]), (second["archivesBuilt"], True))
+        self.publish(7, "--hold")
+        self.assertEqual(self.report(*publish, "--dry-run")["version"], 8)
+        before = self.tree()
+        status = self.report("--status", "--keep", 1)
+        self.assertEqual(self.tree(), before)
+        self.assertEqual((status["downloads"], status["live"]["version"]), (second["downloads"], 2))
+        self.assertEqual([v["version"] for v in status["history"] if v["held"]], [7])
+        self.assertIn("\nheld:      7\nhistory:   2 1\n", self.command("--status").stdout)
+        self.assertEqual(self.report("--live", 1)["downloads"][0]["version"], 2)
+        self.assertTrue(self.report("--live", 2, "--allow-older-launcher")["done"])
+        status = self.report("--status", "--keep", 1)
+        self.assertEqual({**self.report("--prune", "--keep", 1)["pruned"], "keep": 1}, status["pruning"])
+        self.assertIn("not above", self.report(*publish[:2], "--version", 1, code=1)["error"])
+        self.assertIn("see --help", self.report("--nonsense", code=2)["error"])
+        self.damage(self.content(b"program"))
+        check = run("--check", self.www, "--json")
+        self.assertEqual((check.returncode, len(json.loads(check.stdout)["findings"])), (1, 3))
 
     def test_a_server_can_read_everything(self):
         self.make_game(5)
@@ -439,7 +537,11 @@ class Refusals(PublishTest):
         self.assertIn("nothing is published", run("--check", self.root).stderr)
 
     def test_usage(self):
-        self.assertEqual(run("--help").returncode, 0)
+        help_text = run("-h").stdout
+        self.assertEqual(help_text, run("--help", "--json").stdout)
+        options = set(re.findall(r"(?m)^  (?:-h, )?(--[a-z-]+)", help_text))
+        manual = (pathlib.Path(__file__).parents[2] / "packaging/patch-publish.1").read_text().replace("\\-", "-")
+        self.assertEqual(options, set(re.findall(r'(?m)^\.TP\n\.\w+ (?:-h ", " )?(--[a-z-]+)', manual)))
         base = ["--client", "c", "--out", "w"]
         full = base + ["--version", "1"]
         cases = [
@@ -452,7 +554,9 @@ class Refusals(PublishTest):
             (full + ["--live", "1"], "--client does not go together with --live"), (["--live", "1"], "--out is missing"),
             (base[2:] + ["--prune", "--hold"], "--hold does not go"), (["--prune"], "--out is missing"),
             (["--check"], "needs a value"), (["--check", "w", "--version", "1"], "--version does not go"),
-            (["--nonsense"], "unknown argument '--nonsense'"),
+            (["--nonsense"], "unknown argument '--nonsense';"), (["--verison"], "(did you mean --version?)"),
+            (["--client", "--out", "w"], "--client needs a value; --out is an option"), (["--out="], "needs a value"),
+            (["--hold=1"], "--hold takes no value"), (["--status"], "--out is missing"),
         ]
         for arguments, reason in cases:
             result = run(*arguments)
