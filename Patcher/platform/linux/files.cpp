@@ -122,7 +122,8 @@ int CreatePrivateFile(const fs::path& file, std::string_view content) {
   if (created.Get() < 0) return errno;
   errno = 0;
   if (WriteAt(created.Get(), content, 0) && fsync(created.Get()) == 0) {
-    FlushDirectory(fs::absolute(file).parent_path());
+    // Some file systems cannot flush a directory.
+    static_cast<void>(FlushDirectory(fs::absolute(file).parent_path()));
     return 0;
   }
   const int error = errno != 0 ? errno : EIO;
