@@ -15,20 +15,18 @@ namespace fs = std::filesystem;
 
 using TakeFile = std::function<std::string(const ClientFile& file, std::size_t index, FileHasher& hasher)>;
 
-/// Calls `take`, which returns the digest, for each file.
-std::vector<PatchFile> ForEachFile(const ClientScan& scan, ContentNames& names, Progress& progress,
-                                   const TakeFile& take) {
-  std::uint64_t bytes = 0;
-  for (const ClientFile& file : scan.files) bytes += file.size;
+/// Calls `take`, which returns the digest, for each file. `readings`: how often each is read.
+std::vector<PatchFile> ForEachFile(const ClientScan& scan, std::uint64_t readings, ContentNames& names,
+                                   Progress& progress, const TakeFile& take) {
+  std::vector<std::uint64_t> sizes;
+  for (const ClientFile& file : scan.files) sizes.push_back(readings * file.size);
   std::vector<PatchFile> files(scan.files.size());
-  progress.Begin("hashing", scan.files.size(), bytes);
-  RunOnAllCores(scan.files.size(), progress, [&](std::size_t index, FileHasher& hasher) {
+  const char* const stage = readings == 1 ? "hashing" : "hashing and proving";
+  RunOnAllCores(stage, sizes, progress, [&](std::size_t index, FileHasher& hasher) {
     const ClientFile& file = scan.files[index];
     const std::string digest = take(file, index, hasher);
     files[index] = {file.path, file.size, digest, names.NameOf(digest)};
-    progress.ItemDone();
   });
-  progress.End();
   return files;
 }
 
@@ -45,6 +43,9 @@ class Storing {
     probablyStored_ = !fs::is_empty(root / "f", error) || fs::exists(root / "files", error);
   }
 
+  /// Of a client's file: once, and once more as the stored content or for its copy.
+  std::uint64_t Readings() const { return probablyStored_ ? 2 : 1; }
+
   /// Returns the digest. Where contents lie already, most are unchanged: they are read only. Otherwise one
   /// pass reads, writes and hashes.
   std::string Store(const ClientFile& file, std::size_t index, FileHasher& hasher) {
@@ -56,7 +57,6 @@ class Storing {
     }
     const FileContent content = hasher.Copy(file.place, copy);
     RequireSize(file, content);
-    if (!probablyStored_) hasher.Count(content.size);
     const std::string name = names_.NameOf(content.digest);
     std::error_code error;
     const bool present = fs::exists(store_.Place(name), error);
@@ -104,14 +104,14 @@ class Storing {
 std::vector<PatchFile> StoreContents(const ClientScan& scan, const ContentStore& store, ContentNames& names,
                                      ContentProof& proof, Progress& progress) {
   Storing storing(store, names, proof, progress);
-  return ForEachFile(scan, names, progress,
+  return ForEachFile(scan, storing.Readings(), names, progress,
                      [&](const ClientFile& file, std::size_t index, FileHasher& hasher) {
                        return storing.Store(file, index, hasher);
                      });
 }
 
 std::vector<PatchFile> HashContents(const ClientScan& scan, ContentNames& names, Progress& progress) {
-  return ForEachFile(scan, names, progress, [](const ClientFile& file, std::size_t, FileHasher& hasher) {
+  return ForEachFile(scan, 1, names, progress, [](const ClientFile& file, std::size_t, FileHasher& hasher) {
     const FileContent content = hasher.Read(file.place);
     RequireSize(file, content);
     return content.digest;

@@ -108,21 +108,18 @@ std::string ContentCheck::Problem(const Expected& expected, FileHasher& hasher) 
 }
 
 void ContentCheck::Run() {
-  std::uint64_t bytes = 0;
+  std::vector<std::uint64_t> sizes;
   for (const Expected& expected : contents_) {
     std::error_code error;
     const std::uint64_t size = fs::file_size(store_.Place(expected.name), error);
-    if (!error) bytes += size;
+    sizes.push_back(error ? 0 : size);
   }
-  progress_.Begin("checking contents", contents_.size(), bytes);
-  RunOnAllCores(contents_.size(), progress_, [&](std::size_t index, FileHasher& hasher) {
+  RunOnAllCores("checking contents", sizes, progress_, [&](std::size_t index, FileHasher& hasher) {
     Expected& expected = contents_[index];
     const std::string problem = Problem(expected, hasher);
     expected.sound = problem.empty();
     if (!expected.sound) findings_.Add(expected.subject, problem);
-    progress_.ItemDone();
   });
-  progress_.End();
 }
 
 bool ContentCheck::IsSound(const std::string& name) const {
