@@ -14,8 +14,10 @@
 
 #include "minijson/minijson.h"
 #include "minijson/reader.h"
+#include "platform/file_reader.h"
 #include "platform/text.h"
 #include "publish_error.h"
+#include "shared/retry_while_held.h"
 #include "update/manifest_paths.h"
 
 namespace patcher::publisher {
@@ -37,6 +39,7 @@ std::optional<std::string> ReadText(const fs::path& file) {
   std::error_code error;
   if (!fs::exists(file, error) && !error) return std::nullopt;
   if (error) throw FileError("cannot read", file, error);
+  RetryWhileHeld([&file] { return platform::FileReader(file).OpenError(); });
   errno = 0;
   std::ifstream in(file, std::ios::binary);
   std::string text;
