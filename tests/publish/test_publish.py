@@ -239,6 +239,7 @@ class Versions(PublishTest):
         failed = self.report("--client", self.client, "--version", 7, "--prune", "--keep", 1, code=3)
         self.assertIn("published version 7, but", failed["error"])
         self.assertLessEqual(stored, set(self.patch.rglob("*")), "nothing is deleted")
+        self.assertGreater(self.manifest()["sequence"], 1000, "above what the unreadable copy may have had")
         broken.rmdir()
         broken.write_bytes(whole)
         self.assertIn("already published", self.publish(7, "--prune", "--keep", 1).stdout)
@@ -431,8 +432,28 @@ class Versions(PublishTest):
         (self.www / "patch/f").mkdir(parents=True, mode=0o700)
         subprocess.run(["bash", "-c", 'umask 077; exec "$@"', "-", PROGRAM, "--client", self.client, "--out", self.www,
                         "--version", "1", "--quiet"], check=True)
+        self.content(b"program").chmod(0o600)
+        self.publish(2)
         for place in self.patch.rglob("*"):
             self.assertEqual(place.stat().st_mode & 0o777, 0o755 if place.is_dir() else 0o644, place)
+
+    def test_what_is_deflated(self):
+        """Above 64 MiB samples decide, below that the result. Ends and middles of noise say nothing."""
+        noise, text = random.Random(SEED).randbytes(1 << 20), b"a line of text\n" * 100000
+        hollow = noise[:150000] + text + noise[:150000] + text + noise[:150000]
+        for name, data in [("hollow.bin", hollow), ("noise.bin", noise), ("some.bin", noise[:9000] + bytes(999)),
+                           ("tiny.bin", b"abc"), ("large.noise.bin", noise * 65), ("large.hollow.bin", noise * 33 + text * 20 + noise * 3)]:
+            self.write(name, data)
+        self.publish(1, "--archive-size", 1)
+        kinds = {}
+        for bundle in self.prove()[0]["bundles"]:
+            with zipfile.ZipFile(self.patch / bundle["name"]) as archive:
+                kinds.update((entry.filename, entry.compress_type) for entry in archive.infolist())
+        self.assertEqual({name for name, kind in kinds.items() if kind == zipfile.ZIP_DEFLATED},
+                         {"hollow.bin", "some.bin", "large.hollow.bin"})
+        self.assertEqual([b["files"] for b in self.manifest()["bundles"] if len(b["files"]) > 1 or "noise.bin" in b["files"]],
+                         [["noise.bin"], ["some.bin", "tiny.bin"]])
+        self.check([])
 
     def test_names_that_archives_cannot_carry(self):
         self.write("a..b.txt", b"x" * 5000)
@@ -557,6 +578,7 @@ class Refusals(PublishTest):
             self.assertEqual((result.returncode, result.stdout), (2, ""), arguments)
             self.assertIn(reason, result.stderr)
             self.assertIn("--help", result.stderr)
+        self.assertIn("c does not exist", run(*base, "--version", 2147483647, "--archive-size", 2047).stderr)
 
     def test_a_full_disk(self):
         self.make_game()
@@ -631,6 +653,7 @@ class Deaths(PublishTest):
         self.publish(1)
         self.write("noise.bin", random.Random(SEED).randbytes(1 << 20) * 24)
         first = subprocess.Popen([PROGRAM, "--client", self.client, "--out", self.www, "--version", "2", "--quiet"])
+        self.addCleanup(lambda: first.poll() is None and first.kill())
         while not (self.patch / ".publish").exists() and first.poll() is None:
             time.sleep(0.001)
         first.send_signal(signal.SIGSTOP)
