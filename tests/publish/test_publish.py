@@ -692,20 +692,27 @@ class Deaths(PublishTest):
         self.prove()
         self.assertFalse((self.patch / ".publish").exists())
 
-    def test_a_client_that_changes_meanwhile(self):
+    def test_what_changes_meanwhile(self):
+        """After its content was taken, and the size stays: a file of the client, and a stored content."""
         self.make_game(200)
         self.write("noise.bin", random.Random(SEED).randbytes(1 << 20) * 24)
-        process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version", "1"],
-                                   stderr=subprocess.PIPE, text=True)
-        stored = self.content(b"program")
-        deadline = time.monotonic() + 30
-        while not stored.exists() and time.monotonic() < deadline:
-            time.sleep(0.002)
-        self.write("Tolmira.exe", b"PROGRAM")  # its old content has been taken, and the size stays
-        _, text = process.communicate(timeout=120)
-        self.assertEqual(process.returncode, 1, text)
-        self.assertIn("the client directory changed while it was being published: Tolmira.exe", text)
-        self.assertFalse((self.patch / "version.json").exists())
+        for change, reason in [
+            (lambda stored: self.write("zz", b"THE LAST"), "client directory changed while it was being published: zz"),
+            (self.damage, "a new archive holds the entry zz with another content"),
+        ]:
+            shutil.rmtree(self.www, ignore_errors=True)
+            self.write("zz", b"the last")
+            process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version", "1"],
+                                       stderr=subprocess.PIPE, text=True)
+            stored = self.content(b"the last")
+            deadline = time.monotonic() + 30
+            while not stored.exists() and time.monotonic() < deadline:
+                time.sleep(0.002)
+            change(stored)
+            _, text = process.communicate(timeout=120)
+            self.assertEqual(process.returncode, 1, text)
+            self.assertIn(reason, text)
+            self.assertFalse((self.patch / "version.json").exists())
 
 
 if __name__ == "__main__":
