@@ -39,7 +39,8 @@ std::optional<std::string> ReadText(const fs::path& file) {
   std::error_code error;
   if (!fs::exists(file, error) && !error) return std::nullopt;
   if (error) throw FileError("cannot read", file, error);
-  RetryWhileHeld([&file] { return platform::FileReader(file).OpenError(); });
+  // If it stays held, opening it below fails with the reason.
+  static_cast<void>(RetryWhileHeld([&file] { return platform::FileReader(file).OpenError(); }));
   errno = 0;
   std::ifstream in(file, std::ios::binary);
   std::string text;
