@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
@@ -24,7 +25,7 @@ bool StandardErrorIsTerminal() {
 
 /// "0:07", "12:30", "1:02:03".
 std::string ReadableSeconds(double seconds) {
-  const auto whole = static_cast<long long>(seconds + 0.5);
+  const long long whole = std::llround(seconds);
   std::array<char, 48> text{};
   if (whole < 3600) {
     std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
