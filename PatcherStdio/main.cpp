@@ -16,10 +16,10 @@ constexpr char kHelp[] =
 Usage: patcher-stdio [--readable]
        patcher-stdio --print-version | --help
 
-Brings the directory in which the program stands up to date, as patcher.ini beside
-it says. Requests are read from standard input, one JSON object a line, for example
-{"action":"play"}; messages are written to standard output, one JSON object a line.
-At the end of the input the program ends as soon as nothing is running, so that
+Brings the program's own directory up to date, as patcher.ini in it says. Requests
+are read from standard input, one JSON object a line, for example {"action":"play"};
+messages are written to standard output, one JSON object a line. At the end of the
+input the program ends as soon as nothing is running, so that
 
     patcher-stdio </dev/null
 
@@ -28,6 +28,21 @@ is one unattended update. Its outcome is the last message of type "ready".
   --readable       messages as lines for people instead of JSON
   --print-version  print the launcher's build number
   --help           print this text
+
+Actions, with their further members:
+
+  play                  start the game and end, if the last "ready" allows it
+  cancel                end at once
+  verify                compare every file with the server's manifest
+  repair                fetch what a verification finds missing or damaged
+  getNews               fetch the site's news
+  openUrl "url"         open a link of the site in the browser
+  windowDrag            print a line; only the window moves
+  windowMinimize        print a line
+  windowMaximize        print a line
+  windowClose           print a line and end
+  getOptions            read the game's settings
+  saveOptions "values"  change them
 
 Exit codes: 0 the session ended, 2 wrong usage, 3 no thread could be started.)";
 
@@ -56,7 +71,7 @@ Options ReadOptions(int argc, char** argv) {
   return options;
 }
 
-void TellError(const std::u16string& text, const std::u16string& title) {
+void PrintError(const std::u16string& text, const std::u16string& title) {
   platform::WriteErrorLine("error box: " + platform::WideToUtf8(title) + ": " + platform::WideToUtf8(text));
 }
 
@@ -84,6 +99,6 @@ int main(int argc, char** argv) {
   using Host = patcher::StdioHost;
   // Never destroyed: workers may outlive the message loop.
   auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson,
-                        patcher::LauncherOperations(TellError));
+                        patcher::LauncherOperations(PrintError));
   platform::EndProcess(host->Run());
 }

@@ -92,8 +92,8 @@ std::string ChangedTuning(const Value& message, const Value& values) {
   return line;
 }
 
-/// Basic settings come in front of the rendering ones; the latter are told only where they differ from the
-/// default.
+/// Basic settings come before the rendering ones; of those only the ones that differ from their default are
+/// listed.
 std::string Options(const Value& message) {
   std::string line = Flag(message, "iniExists") ? "settings of ostu.ini:" : "settings (no ostu.ini yet):";
   const Value* values = message.Find("values");

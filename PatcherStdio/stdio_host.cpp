@@ -15,7 +15,7 @@
 namespace patcher {
 namespace {
 
-// Messages of this host's own, behind those of the workers.
+// Messages of this host. Their numbers come after those of the workers.
 constexpr std::uint32_t kRequest = 0x8101;  // lParam: std::string, one line of input
 constexpr std::uint32_t kInputEnded = 0x8102;
 constexpr std::uint32_t kWorkerEnded = 0x8103;
@@ -110,7 +110,7 @@ void StdioHost::ToggleMaximize() { platform::WriteErrorLine("window: maximize or
 
 void StdioHost::AskToClose() {
   platform::WriteErrorLine("window: close");
-  queue_.Post({kCloseRequest, 0, 0});
+  backlog_.Post({kCloseRequest});
 }
 
 void StdioHost::StartThread(std::function<void()> entry) {

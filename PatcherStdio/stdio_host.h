@@ -11,7 +11,7 @@
 namespace patcher {
 
 /// The launcher's host without a window: messages for the page go to standard output, requests come from
-/// standard input, and what would happen to the window is told on standard error. Lives as long as the
+/// standard input, and what would happen to the window is written to standard error. Lives as long as the
 /// process.
 class StdioHost final : public HostOperations {
  public:

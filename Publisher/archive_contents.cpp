@@ -40,14 +40,19 @@ class Reader {
   }
 
   /// Digest of an entry's content; empty if it cannot be extracted.
-  std::string Digest(mz_uint entry, Sha256& digests) {
-    platform::DigestHash hash = digests.BeginHash();
-    const auto feed = [](void* target, mz_uint64, const void* bytes, size_t size) {
-      static_cast<platform::DigestHash*>(target)->Update(bytes, size);
+  std::string Digest(mz_uint entry, FileHasher& hasher) {
+    struct Target {
+      FileHasher& hasher;
+      platform::DigestHash hash;
+    } target{hasher, hasher.Digests().BeginHash()};
+    const auto feed = [](void* opaque, mz_uint64, const void* bytes, size_t size) {
+      auto& [counter, hash] = *static_cast<Target*>(opaque);
+      hash.Update(bytes, size);
+      counter.Count(size);
       return size;
     };
-    const bool extracted = mz_zip_reader_extract_to_callback(&zip_, entry, feed, &hash, 0) != 0;
-    std::string digest = digests.FinishHex(hash);
+    const bool extracted = mz_zip_reader_extract_to_callback(&zip_, entry, feed, &target, 0) != 0;
+    std::string digest = hasher.Digests().FinishHex(target.hash);
     return extracted ? digest : std::string();
   }
 
@@ -59,7 +64,7 @@ class Reader {
 }  // namespace
 
 std::vector<std::string> ArchiveFindings(const fs::path& archive,
-                                         const std::vector<const PatchFile*>& expected, Sha256& digests) {
+                                         const std::vector<const PatchFile*>& expected, FileHasher& hasher) {
   Reader reader(archive);
   if (!reader.IsOpen()) return {"is no readable ZIP archive"};
   std::vector<std::string> findings;
@@ -72,7 +77,7 @@ std::vector<std::string> ArchiveFindings(const fs::path& archive,
       findings.push_back("holds the entry " + name + ", which is not listed or is there twice");
       continue;
     }
-    const std::string digest = reader.Digest(entry, digests);
+    const std::string digest = reader.Digest(entry, hasher);
     if (digest.empty()) {
       findings.push_back("holds the entry " + name + ", which cannot be extracted");
     } else if (digest != file->second->sha256) {

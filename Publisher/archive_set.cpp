@@ -1,7 +1,10 @@
 #include "archive_set.h"
 
+#include <cstdint>
+#include <filesystem>
 #include <mutex>
 #include <string>
+#include <system_error>
 #include <unordered_set>
 
 #include "all_cores.h"
@@ -10,29 +13,33 @@
 namespace patcher::publisher {
 namespace {
 
+namespace fs = std::filesystem;
+
+std::uint64_t ContentSize(const PlannedArchive& archive) {
+  std::uint64_t bytes = 0;
+  for (const PatchFile* file : archive.files) bytes += file->size;
+  return bytes;
+}
+
 /// Names of the planned archives that are published already and are not what they should be.
 std::unordered_set<std::string> DamagedAmong(const std::vector<PlannedArchive>& plan, ContentProof& proof,
                                              Progress& progress) {
   std::vector<const PatchBundle*> kept;
-  std::uint64_t bytes = 0;
+  std::vector<std::uint64_t> sizes;
   for (const PlannedArchive& archive : plan) {
     if (archive.kept == nullptr) continue;
     kept.push_back(archive.kept);
-    bytes += archive.kept->size;
+    sizes.push_back(archive.kept->size);
   }
   std::unordered_set<std::string> damaged;
   std::mutex lock;
-  progress.Begin("proving archives", kept.size(), bytes);
-  RunOnAllCores(kept.size(), progress, [&](std::size_t index, FileHasher& hasher) {
+  RunOnAllCores("proving archives", sizes, progress, [&](std::size_t index, FileHasher& hasher) {
     const PatchBundle& archive = *kept[index];
     if (!proof.IsSound(archive.name, archive.size, archive.sha256, hasher)) {
       std::lock_guard guard(lock);
       damaged.insert(archive.name);
     }
-    hasher.Count(archive.size);
-    progress.ItemDone();
   });
-  progress.End();
   return damaged;
 }
 
@@ -52,31 +59,51 @@ std::vector<PlannedArchive> PlanSoundArchives(const PatchManifest& manifest, con
   return PlanArchives(manifest, previous, isSound, limits);
 }
 
+/// An archive that is being made.
+struct NewArchive {
+  std::size_t number;  ///< in the plan
+  fs::path unfinished;
+};
+
+/// Packs the archives that are not kept, in the work folder.
+std::vector<NewArchive> PackArchives(const std::vector<PlannedArchive>& plan, const ContentStore& store,
+                                     Progress& progress) {
+  std::vector<NewArchive> archives;
+  std::vector<std::uint64_t> sizes;
+  for (std::size_t number = 0; number < plan.size(); ++number) {
+    if (plan[number].kept != nullptr) continue;
+    archives.push_back({number, store.WorkFile("archive" + std::to_string(number))});
+    sizes.push_back(ContentSize(plan[number]));
+  }
+  RunOnAllCores("packing", sizes, progress, [&](std::size_t index, FileHasher& hasher) {
+    WriteArchive(archives[index].unfinished, store, plan[archives[index].number].files, hasher);
+  });
+  return archives;
+}
+
 }  // namespace
 
 ArchiveSet MakeArchives(const PatchManifest& manifest, const Publication* previous, const ContentStore& store,
                         ContentProof& proof, const ArchiveLimits& limits, Progress& progress) {
   const auto plan = PlanSoundArchives(manifest, previous, store, proof, limits, progress);
   ArchiveSet set;
-  std::vector<std::size_t> toBuild;
-  std::uint64_t bytes = 0;
   for (const PlannedArchive& planned : plan) {
     set.archives.push_back({planned.kept != nullptr ? *planned.kept : PatchBundle{}, planned.since});
-    if (planned.kept != nullptr) continue;
-    toBuild.push_back(set.archives.size() - 1);
-    for (const PatchFile* file : planned.files) bytes += file->size;
   }
-  progress.Begin("packing", toBuild.size(), bytes);
-  RunOnAllCores(toBuild.size(), progress, [&](std::size_t index, FileHasher& hasher) {
-    const std::size_t number = toBuild[index];
-    const std::string workKey = "archive" + std::to_string(number);
+  const std::vector<NewArchive> archives = PackArchives(plan, store, progress);
+  std::vector<std::uint64_t> sizes;
+  for (const NewArchive& archive : archives) {
+    std::error_code error;
+    const std::uint64_t packed = fs::file_size(archive.unfinished, error);
+    sizes.push_back(ContentSize(plan[archive.number]) + (error ? 0 : packed));
+  }
+  RunOnAllCores("proving new archives", sizes, progress, [&](std::size_t index, FileHasher& hasher) {
+    const auto& [number, unfinished] = archives[index];
     set.archives[number].bundle =
-        WriteArchive(store, plan[number].files, plan[number].since, workKey, hasher);
-    progress.ItemDone();
+        StoreArchive(unfinished, store, plan[number].files, plan[number].since, hasher);
   });
-  progress.End();
-  set.built = toBuild.size();
-  set.kept = plan.size() - toBuild.size();
+  set.built = archives.size();
+  set.kept = plan.size() - archives.size();
   return set;
 }
 

@@ -8,6 +8,7 @@
 #include <miniz.h>
 
 #include "archive_contents.h"
+#include "archive_packer.h"
 #include "platform/text.h"
 #include "publish_error.h"
 
@@ -16,7 +17,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kSampleSize = 65536;
+constexpr std::uint64_t kSampleSize = 65536;
+constexpr std::uint64_t kMaxSamples = 64;
+
+/// The library reads a file in blocks of this size.
+constexpr std::uint64_t kBlockSize = MZ_ZIP_MAX_IO_BUF_SIZE;
 
 /// Packed once and fetched by every player: time spent here is well spent.
 constexpr mz_uint kLevel = MZ_BEST_COMPRESSION;
@@ -31,21 +36,21 @@ std::size_t PackedSize(const std::vector<char>& sample) {
   return size == 0 ? sample.size() : size;
 }
 
-/// Looks at the beginning, the middle and the end: what is already compressed or encrypted is stored, so that
-/// the player's machine does not unpack it for nothing.
+/// Looks at samples from all over the file: what is already compressed or encrypted is stored, so that the
+/// player's machine does not unpack it for nothing.
 bool IsWorthPacking(const fs::path& file, std::uint64_t size) {
   std::ifstream in(file, std::ios::binary);
   std::size_t plain = 0;
   std::size_t packed = 0;
-  const std::uint64_t sampleSize = std::min<std::uint64_t>(size, kSampleSize);
-  for (const std::uint64_t offset : {std::uint64_t{0}, size / 2, size - sampleSize}) {
-    std::vector<char> sample(static_cast<std::size_t>(std::min(sampleSize, size - offset)));
-    in.seekg(static_cast<std::streamoff>(offset));
+  const std::uint64_t count = std::clamp<std::uint64_t>(size / kSampleSize, 1, kMaxSamples);
+  const std::uint64_t distance = size / count;
+  std::vector<char> sample(static_cast<std::size_t>(std::min(distance, kSampleSize)));
+  for (std::uint64_t number = 0; number < count; ++number) {
+    in.seekg(static_cast<std::streamoff>(number * distance));
     in.read(sample.data(), static_cast<std::streamsize>(sample.size()));
     if (!in) return true;
     plain += sample.size();
     packed += PackedSize(sample);
-    if (size <= kSampleSize) break;
   }
   return packed < plain - plain / 32;
 }
@@ -53,61 +58,117 @@ bool IsWorthPacking(const fs::path& file, std::uint64_t size) {
 /// An open ZIP writer.
 class Writer {
  public:
-  explicit Writer(const fs::path& archive) : archive_(archive) {
-    mz_zip_zero_struct(&zip_);
+  Writer(const fs::path& archive, FileHasher& hasher) : archive_(archive), hasher_(hasher) {
     errno = 0;
-    Require(mz_zip_writer_init_file(&zip_, platform::Utf8FromPath(archive).c_str(), 0) != 0);
+    out_.open(archive, std::ios::binary | std::ios::trunc);
+    if (!out_) throw FileError("cannot write", archive, StreamReason());
+    mz_zip_zero_struct(&zip_);
+    zip_.m_pWrite = Write;
+    zip_.m_pNeeds_keepalive = BlockIsRead;
+    zip_.m_pIO_opaque = this;
+    Require(mz_zip_writer_init(&zip_, 0) != 0, archive_);
   }
   ~Writer() { mz_zip_writer_end(&zip_); }
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;
 
   void Add(const std::string& name, const fs::path& file, std::uint64_t size) {
-    const mz_uint level = IsWorthPacking(file, size) ? kLevel : kStored;
-    errno = 0;
-    Require(mz_zip_writer_add_file(&zip_, name.c_str(), platform::Utf8FromPath(file).c_str(), nullptr, 0,
-                                   level) != 0);
+    uncounted_ = size;
+    if (const auto entry = packer_.Pack(file, size)) {
+      AddPacked(name, *entry, size);
+    } else {
+      const bool deflate = IsWorthPacking(file, size);
+      countsWrites_ = !deflate;
+      Require(mz_zip_writer_add_file(&zip_, name.c_str(), platform::Utf8FromPath(file).c_str(), nullptr, 0,
+                                     deflate ? kLevel : kStored) != 0,
+              file);
+      countsWrites_ = false;
+    }
+    Count(uncounted_);
   }
 
   void Finish() {
+    Require(mz_zip_writer_finalize_archive(&zip_) != 0, archive_);
+    Require(mz_zip_writer_end(&zip_) != 0, archive_);
     errno = 0;
-    Require(mz_zip_writer_finalize_archive(&zip_) != 0);
-    Require(mz_zip_writer_end(&zip_) != 0);
+    out_.close();
+    if (!out_) throw FileError("cannot write", archive_, StreamReason());
   }
 
  private:
-  /// The library counts a full disk as a failed reading: the system knows better.
-  void Require(bool success) {
+  static size_t Write(void* self, mz_uint64 offset, const void* bytes, size_t size) {
+    return static_cast<Writer*>(self)->Append(offset, static_cast<const char*>(bytes), size) ? size : 0;
+  }
+
+  /// The library asks after each block that it has read whether its output is wanted at once.
+  static mz_bool BlockIsRead(void* self) {
+    static_cast<Writer*>(self)->Count(kBlockSize);
+    return MZ_FALSE;
+  }
+
+  bool Append(std::uint64_t offset, const char* bytes, std::size_t size) {
+    errno = 0;
+    if (offset != end_) out_.seekp(static_cast<std::streamoff>(offset));
+    out_.write(bytes, static_cast<std::streamsize>(size));
+    end_ = offset + size;
+    if (!out_ && !writeError_) writeError_ = StreamReason();
+    if (countsWrites_) Count(size);
+    return !writeError_;
+  }
+
+  void AddPacked(const std::string& name, const ArchivePacker::Entry& entry, std::uint64_t size) {
+    const bool added =
+        entry.deflated
+            ? mz_zip_writer_add_mem_ex(&zip_, name.c_str(), entry.bytes.data(), entry.bytes.size(), nullptr,
+                                       0, MZ_ZIP_FLAG_COMPRESSED_DATA, size, entry.crc32) != 0
+            : mz_zip_writer_add_mem(&zip_, name.c_str(), entry.bytes.data(), entry.bytes.size(), kStored) !=
+                  0;
+    Require(added, archive_);
+  }
+
+  /// Counts bytes of the present entry, never more than it has.
+  void Count(std::uint64_t bytes) {
+    const std::uint64_t counted = std::min(bytes, uncounted_);
+    uncounted_ -= counted;
+    hasher_.Count(counted);
+  }
+
+  void Require(bool success, const fs::path& place) {
     if (success) return;
-    if (errno != 0) throw FileError("cannot write", archive_, StreamReason());
-    throw PublishError("cannot write " + platform::Utf8FromPath(archive_) + ": " +
+    if (writeError_) throw FileError("cannot write", archive_, writeError_);
+    throw PublishError("cannot pack " + platform::Utf8FromPath(place) + ": " +
                        mz_zip_get_error_string(mz_zip_get_last_error(&zip_)));
   }
 
   const fs::path archive_;
+  FileHasher& hasher_;
+  ArchivePacker packer_;
+  std::ofstream out_;
+  std::uint64_t end_ = 0;  ///< of what was written last
+  std::error_code writeError_;
+  std::uint64_t uncounted_ = 0;  ///< bytes of the present entry
+  bool countsWrites_ = false;    ///< stored entries are counted as they are written
   mz_zip_archive zip_;
 };
 
 }  // namespace
 
-PatchBundle WriteArchive(const ContentStore& store, const std::vector<const PatchFile*>& files,
-                         std::int32_t since, std::string_view workKey, FileHasher& hasher) {
-  const fs::path unfinished = store.WorkFile(workKey);
-  {
-    Writer writer(unfinished);
-    for (const PatchFile* file : files) {
-      writer.Add(file->path, store.Place(file->url), file->size);
-      hasher.Count(file->size);
-    }
-    writer.Finish();
-  }
+void WriteArchive(const fs::path& archive, const ContentStore& store,
+                  const std::vector<const PatchFile*>& files, FileHasher& hasher) {
+  Writer writer(archive, hasher);
+  for (const PatchFile* file : files) writer.Add(file->path, store.Place(file->url), file->size);
+  writer.Finish();
+}
+
+PatchBundle StoreArchive(const fs::path& archive, const ContentStore& store,
+                         const std::vector<const PatchFile*>& files, std::int32_t since, FileHasher& hasher) {
   // Players do not hash what they extract, so this is where a damaged content would slip through.
-  const std::vector<std::string> findings = ArchiveFindings(unfinished, files, hasher.Digests());
+  const std::vector<std::string> findings = ArchiveFindings(archive, files, hasher);
   if (!findings.empty()) throw PublishError("a new archive " + findings.front());
-  const FileContent content = hasher.ReadUncounted(unfinished);
+  const FileContent content = hasher.Read(archive);
   PatchBundle bundle{ContentStore::ArchiveName(since, content.digest), content.size, content.digest, {}};
   for (const PatchFile* file : files) bundle.files.push_back(file->path);
-  store.PutInPlace(unfinished, store.Place(bundle.name));
+  store.PutInPlace(archive, store.Place(bundle.name));
   return bundle;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
+#include <filesystem>
 #include <vector>
 
 #include "content_store.h"
@@ -10,10 +10,16 @@
 
 namespace patcher::publisher {
 
-/// Packs stored contents into a ZIP archive under their paths, in the given order, proves the result, and
-/// puts it into the store. The same files give the same archive, byte for byte. `since` is the version that
-/// brought the contents. `workKey` is unique among the archives in work. Raises PublishError. Any thread.
-PatchBundle WriteArchive(const ContentStore& store, const std::vector<const PatchFile*>& files,
-                         std::int32_t since, std::string_view workKey, FileHasher& hasher);
+/// Packs stored contents into a ZIP archive under their paths, in the given order. Counts the bytes of the
+/// contents. The same build makes the same archive of the same files, byte for byte. Raises PublishError. Any
+/// thread. Takes up to 128 MiB of memory.
+void WriteArchive(const std::filesystem::path& archive, const ContentStore& store,
+                  const std::vector<const PatchFile*>& files, FileHasher& hasher);
+
+/// Proves that a new archive holds what it should, and puts it into the store. Counts the bytes of the
+/// contents and of the archive. `since` is the version that brought the contents. Raises PublishError. Any
+/// thread.
+PatchBundle StoreArchive(const std::filesystem::path& archive, const ContentStore& store,
+                         const std::vector<const PatchFile*>& files, std::int32_t since, FileHasher& hasher);
 
 }  // namespace patcher::publisher

@@ -15,19 +15,18 @@ namespace fs = std::filesystem;
 
 using TakeFile = std::function<std::string(const ClientFile& file, std::size_t index, FileHasher& hasher)>;
 
-/// Calls `take`, which returns the digest, for each file.
-std::vector<PatchFile> ForEachFile(const ClientScan& scan, Progress& progress, const TakeFile& take) {
-  std::uint64_t bytes = 0;
-  for (const ClientFile& file : scan.files) bytes += file.size;
+/// Calls `take`, which returns the digest, for each file. `readings`: how often each is read.
+std::vector<PatchFile> ForEachFile(const ClientScan& scan, std::uint64_t readings, ContentNames& names,
+                                   Progress& progress, const TakeFile& take) {
+  std::vector<std::uint64_t> sizes;
+  for (const ClientFile& file : scan.files) sizes.push_back(readings * file.size);
   std::vector<PatchFile> files(scan.files.size());
-  progress.Begin("hashing", scan.files.size(), bytes);
-  RunOnAllCores(scan.files.size(), progress, [&](std::size_t index, FileHasher& hasher) {
+  const char* const stage = readings == 1 ? "hashing" : "hashing and proving";
+  RunOnAllCores(stage, sizes, progress, [&](std::size_t index, FileHasher& hasher) {
     const ClientFile& file = scan.files[index];
     const std::string digest = take(file, index, hasher);
-    files[index] = {file.path, file.size, digest, ContentStore::FileName(digest)};
-    progress.ItemDone();
+    files[index] = {file.path, file.size, digest, names.NameOf(digest)};
   });
-  progress.End();
   return files;
 }
 
@@ -37,25 +36,28 @@ void RequireSize(const ClientFile& file, const FileContent& content) {
 
 class Storing {
  public:
-  Storing(const ContentStore& store, ContentProof& proof, Progress& progress)
-      : store_(store), proof_(proof), progress_(progress) {
+  Storing(const ContentStore& store, ContentNames& names, ContentProof& proof, Progress& progress)
+      : store_(store), names_(names), proof_(proof), progress_(progress) {
     std::error_code error;
-    probablyStored_ = !fs::is_empty(store_.Root() / "files", error);
+    const fs::path& root = store_.Root();
+    probablyStored_ = !fs::is_empty(root / "f", error) || fs::exists(root / "files", error);
   }
+
+  /// Of a client's file: once, and once more as the stored content or for its copy.
+  std::uint64_t Readings() const { return probablyStored_ ? 2 : 1; }
 
   /// Returns the digest. Where contents lie already, most are unchanged: they are read only. Otherwise one
   /// pass reads, writes and hashes.
   std::string Store(const ClientFile& file, std::size_t index, FileHasher& hasher) {
+    const fs::path copy = store_.WorkFile(std::to_string(index));
     if (probablyStored_) {
       const FileContent content = hasher.Read(file.place);
       RequireSize(file, content);
-      if (IsSound(content, hasher)) return content.digest;
+      if (IsSound(content, hasher) || LinkOldName(content, copy, hasher)) return content.digest;
     }
-    const fs::path copy = store_.WorkFile(std::to_string(index));
     const FileContent content = hasher.Copy(file.place, copy);
     RequireSize(file, content);
-    if (!probablyStored_) hasher.Count(content.size);
-    const std::string name = ContentStore::FileName(content.digest);
+    const std::string name = names_.NameOf(content.digest);
     std::error_code error;
     const bool present = fs::exists(store_.Place(name), error);
     if (IsSound(content, hasher)) {
@@ -70,10 +72,28 @@ class Storing {
 
  private:
   bool IsSound(const FileContent& content, FileHasher& hasher) {
-    return proof_.IsSound(ContentStore::FileName(content.digest), content.size, content.digest, hasher);
+    return proof_.IsSound(names_.NameOf(content.digest), content.size, content.digest, hasher);
+  }
+
+  /// What an earlier release has stored gets its new name without a second copy, if the file system can do
+  /// that.
+  bool LinkOldName(const FileContent& content, const fs::path& link, FileHasher& hasher) {
+    const std::string name = names_.NameOf(content.digest);
+    const std::string oldName = ContentStore::OldFileName(content.digest);
+    std::error_code error;
+    if (fs::exists(store_.Place(name), error) ||
+        !proof_.IsSound(oldName, content.size, content.digest, hasher)) {
+      return false;
+    }
+    fs::create_hard_link(store_.Place(oldName), link, error);
+    if (error) return false;
+    store_.PutInPlace(link, store_.Place(name));
+    proof_.Written(name);
+    return true;
   }
 
   const ContentStore& store_;
+  ContentNames& names_;
   ContentProof& proof_;
   Progress& progress_;
   bool probablyStored_ = false;
@@ -81,16 +101,17 @@ class Storing {
 
 }  // namespace
 
-std::vector<PatchFile> StoreContents(const ClientScan& scan, const ContentStore& store, ContentProof& proof,
-                                     Progress& progress) {
-  Storing storing(store, proof, progress);
-  return ForEachFile(scan, progress, [&](const ClientFile& file, std::size_t index, FileHasher& hasher) {
-    return storing.Store(file, index, hasher);
-  });
+std::vector<PatchFile> StoreContents(const ClientScan& scan, const ContentStore& store, ContentNames& names,
+                                     ContentProof& proof, Progress& progress) {
+  Storing storing(store, names, proof, progress);
+  return ForEachFile(scan, storing.Readings(), names, progress,
+                     [&](const ClientFile& file, std::size_t index, FileHasher& hasher) {
+                       return storing.Store(file, index, hasher);
+                     });
 }
 
-std::vector<PatchFile> HashContents(const ClientScan& scan, Progress& progress) {
-  return ForEachFile(scan, progress, [](const ClientFile& file, std::size_t, FileHasher& hasher) {
+std::vector<PatchFile> HashContents(const ClientScan& scan, ContentNames& names, Progress& progress) {
+  return ForEachFile(scan, 1, names, progress, [](const ClientFile& file, std::size_t, FileHasher& hasher) {
     const FileContent content = hasher.Read(file.place);
     RequireSize(file, content);
     return content.digest;

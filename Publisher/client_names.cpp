@@ -76,7 +76,7 @@ bool BelongsToInstallation(std::string_view path, bool isDirectory) {
   if (name.ends_with(".part")) return true;
   if (!topLevel) return false;
   return HoldsName(kLauncherWorkFiles, path) || HoldsName(kLauncherPrograms, path) ||
-         HoldsName(kOtherPrograms, path) || HoldsName(kPlayerFiles, path) || name.ends_with(".old") ||
+         HoldsName(kOtherFiles, path) || HoldsName(kPlayerFiles, path) || name.ends_with(".old") ||
          name.starts_with("_bundle");
 }
 

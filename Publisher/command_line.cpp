@@ -2,22 +2,50 @@
 
 #include <algorithm>
 #include <charconv>
+#include <numeric>
+#include <utility>
 
 #include "platform/text.h"
 
 namespace patcher::publisher {
 
+namespace {
+
+/// Letters to insert, delete or replace to make one text of the other.
+std::size_t EditDistance(std::string_view from, std::string_view to) {
+  std::vector<std::size_t> row(to.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < from.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i + 1);
+    for (std::size_t j = 0; j < to.size(); ++j) {
+      const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
 CommandLine::CommandLine(const std::vector<OptionRule>& rules, const std::vector<std::string>& arguments)
     : rules_(rules) {
   for (std::size_t i = 0; i < arguments.size() && error_.empty(); ++i) {
-    const std::string& name = arguments[i];
+    const std::string& argument = arguments[i];
+    const std::size_t equals = argument.starts_with("--") ? argument.find('=') : std::string::npos;
+    const std::string name = argument.substr(0, equals);
     const OptionRule* rule = FindRule(name);
     if (rule == nullptr) {
-      Fail("unknown argument '" + name + "'");
+      FailUnknown(name);
     } else if (rule->kind == OptionRule::Kind::kSwitch) {
+      if (equals != std::string::npos) Fail(name + " takes no value");
       Take(*rule, "");
-    } else if (i + 1 == arguments.size() || arguments[i + 1].empty()) {
+    } else if (equals != std::string::npos) {
+      Take(*rule, argument.substr(equals + 1));
+    } else if (i + 1 == arguments.size()) {
       Fail(name + " needs a value");
+    } else if (FindRule(arguments[i + 1]) != nullptr) {
+      Fail(name + " needs a value; " + arguments[i + 1] + " is an option");
     } else {
       Take(*rule, arguments[++i]);
     }
@@ -63,15 +91,31 @@ void CommandLine::Fail(const std::string& error) {
 }
 
 const OptionRule* CommandLine::FindRule(std::string_view name) const {
-  const auto rule =
-      std::find_if(rules_.begin(), rules_.end(), [name](const OptionRule& r) { return r.name == name; });
+  const auto rule = std::find_if(rules_.begin(), rules_.end(), [name](const OptionRule& r) {
+    return r.name == name || r.shortName == name;
+  });
   return rule != rules_.end() ? &*rule : nullptr;
+}
+
+void CommandLine::FailUnknown(const std::string& argument) {
+  constexpr std::size_t kMaxTypingErrors = 2;
+  std::string error = "unknown argument '" + argument + "'";
+  const auto nearest = std::min_element(rules_.begin(), rules_.end(), [&](const auto& a, const auto& b) {
+    return EditDistance(argument, a.name) < EditDistance(argument, b.name);
+  });
+  if (nearest != rules_.end() && EditDistance(argument, nearest->name) <= kMaxTypingErrors) {
+    error += " (did you mean " + std::string(nearest->name) + "?)";
+  }
+  Fail(error);
 }
 
 void CommandLine::Take(const OptionRule& rule, const std::string& value) {
   std::vector<std::string>& values = values_[rule.name];
   if (!values.empty() && rule.kind != OptionRule::Kind::kList) {
     Fail(std::string(rule.name) + " is given twice");
+  }
+  if (value.empty() && rule.kind != OptionRule::Kind::kSwitch) {
+    Fail(std::string(rule.name) + " needs a value");
   }
   values.push_back(value);
 }

@@ -16,9 +16,11 @@ struct OptionRule {
   std::string_view name;
   Kind kind;
   unsigned tasks;  ///< a bit for each task that it goes together with
+  std::string_view shortName = {};
 };
 
-/// A command line taken apart by rules. Remembers the first thing that is wrong with it.
+/// A command line taken apart by rules: "--option value" or "--option=value". Remembers the first thing that
+/// is wrong with it.
 class CommandLine {
  public:
   /// `rules` outlives the object.
@@ -39,6 +41,7 @@ class CommandLine {
 
  private:
   const OptionRule* FindRule(std::string_view name) const;
+  void FailUnknown(const std::string& argument);
   void Take(const OptionRule& rule, const std::string& value);
 
   const std::vector<OptionRule>& rules_;

@@ -22,6 +22,8 @@ std::string DigestInName(const std::string& name) {
   const std::size_t end = std::min(name.find('.'), name.size());
   const std::size_t begin = name.find_last_of("/-", end) + 1;
   std::string digits = name.substr(begin, end - begin);
+  // The folder has the first digits.
+  if (name.starts_with("f/") && begin > 3) digits.insert(0, name, 2, begin - 3);
   const bool isMade =
       digits.size() >= 16 && digits.find_first_not_of("0123456789abcdef") == std::string::npos;
   return isMade ? digits : std::string();
@@ -74,7 +76,7 @@ void ContentCheck::AddLauncher(const Publication& publication, const std::string
 }
 
 void ContentCheck::AddTheRest() {
-  for (const char* folder : {"files", "archives", "launcher"}) {
+  for (const char* folder : ContentStore::kContentFolders) {
     std::error_code error;
     if (!fs::exists(store_.Root() / folder, error) && !error) continue;
     for (fs::recursive_directory_iterator entry(store_.Root() / folder, error), end; !error && entry != end;
@@ -106,21 +108,18 @@ std::string ContentCheck::Problem(const Expected& expected, FileHasher& hasher) 
 }
 
 void ContentCheck::Run() {
-  std::uint64_t bytes = 0;
+  std::vector<std::uint64_t> sizes;
   for (const Expected& expected : contents_) {
     std::error_code error;
     const std::uint64_t size = fs::file_size(store_.Place(expected.name), error);
-    if (!error) bytes += size;
+    sizes.push_back(error ? 0 : size);
   }
-  progress_.Begin("checking contents", contents_.size(), bytes);
-  RunOnAllCores(contents_.size(), progress_, [&](std::size_t index, FileHasher& hasher) {
+  RunOnAllCores("checking contents", sizes, progress_, [&](std::size_t index, FileHasher& hasher) {
     Expected& expected = contents_[index];
     const std::string problem = Problem(expected, hasher);
     expected.sound = problem.empty();
     if (!expected.sound) findings_.Add(expected.subject, problem);
-    progress_.ItemDone();
   });
-  progress_.End();
 }
 
 bool ContentCheck::IsSound(const std::string& name) const {

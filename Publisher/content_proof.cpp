@@ -12,7 +12,7 @@ bool ContentProof::IsSound(const std::string& name, std::uint64_t size, const st
     if (sound_.count(name) != 0) return true;
   }
   try {
-    if (hasher.ReadUncounted(store_.Place(name)).digest != digest) return false;
+    if (hasher.Read(store_.Place(name)).digest != digest) return false;
   } catch (const PublishError&) {
     return false;
   }

@@ -17,7 +17,7 @@ class ContentProof {
   explicit ContentProof(const ContentStore& store) : store_(store) {}
 
   /// Whether the content is there, whole, and readable for a web server. False also if it cannot be read:
-  /// what is wrong is replaced, if there is something to replace it by.
+  /// what is wrong is replaced, if there is something to replace it by. Counts the bytes that it reads.
   bool IsSound(const std::string& name, std::uint64_t size, const std::string& digest, FileHasher& hasher);
 
   /// The content was just written from bytes of this digest.

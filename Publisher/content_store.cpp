@@ -16,8 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kWorkFolder[] = ".publish";
-/// Enough of a digest to tell archives apart for ever.
-constexpr std::size_t kArchiveDigits = 16;
+/// Hexadecimal digits in names of contents and archives: 64 bits.
+constexpr std::size_t kDigits = 16;
 
 constexpr fs::perms kReadable = fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read;
 constexpr fs::perms kSearchable = fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
@@ -68,10 +68,16 @@ ContentStore::ContentStore(const fs::path& www)
     : root_(www / "patch"), work_(root_ / kWorkFolder / NameOfThisProcess()) {}
 
 std::string ContentStore::FileName(const std::string& digest) {
+  return LongFileName(digest.substr(0, kDigits));
+}
+std::string ContentStore::LongFileName(const std::string& digest) {
+  return "f/" + digest.substr(0, 2) + "/" + digest.substr(2);
+}
+std::string ContentStore::OldFileName(const std::string& digest) {
   return "files/" + digest.substr(0, 2) + "/" + digest;
 }
 std::string ContentStore::ArchiveName(std::int32_t since, const std::string& digest) {
-  return "archives/v" + std::to_string(since) + "-" + digest.substr(0, kArchiveDigits) + ".zip";
+  return "archives/v" + std::to_string(since) + "-" + digest.substr(0, kDigits) + ".zip";
 }
 std::string ContentStore::LauncherName(const std::string& digest) { return "launcher/" + digest + ".exe"; }
 
@@ -94,7 +100,7 @@ void ContentStore::MakeRoot() const { MakeServedFolder(root_); }
 void ContentStore::OpenForWriting() const {
   std::error_code ignored;
   fs::remove_all(root_ / kWorkFolder, ignored);
-  for (const char* folder : {"files", "archives", "launcher", "history"}) MakeServedFolder(root_ / folder);
+  for (const char* folder : {"f", "archives", "launcher", "history"}) MakeServedFolder(root_ / folder);
   MakeFolder(work_);
 }
 
@@ -129,12 +135,15 @@ void ContentStore::FlushFolder(const fs::path& folder) const {
 
 void ContentStore::FlushNames() const {
   std::error_code error;
-  for (fs::directory_iterator entry(root_ / "files", error), end; !error && entry != end;
-       entry.increment(error)) {
-    if (entry->is_directory(error)) FlushFolder(entry->path());
+  for (const char* name : kContentFolders) {
+    const fs::path folder = root_ / name;
+    if (!fs::exists(folder, error) && !error) continue;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+      if (entry->is_directory(error)) FlushFolder(entry->path());
+    }
+    if (error) throw FileError("cannot list", folder, error);
+    FlushFolder(folder);
   }
-  if (error) throw FileError("cannot list", root_ / "files", error);
-  for (const char* folder : {"files", "archives", "launcher"}) FlushFolder(root_ / folder);
   FlushFolder(root_);
 }
 

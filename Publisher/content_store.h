@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -20,8 +21,16 @@ class ContentStore {
   std::filesystem::path ManifestFile() const { return root_ / "version.json"; }
   std::filesystem::path HistoryFolder() const { return root_ / "history"; }
 
-  /// Names below "/patch/", as the manifest gives them.
+  /// Folders below the root that hold contents; "files" is the one of earlier releases.
+  static constexpr std::array<const char*, 4> kContentFolders{"f", "files", "archives", "launcher"};
+
+  /// Names below "/patch/", as the manifest gives them. The first 16 digits of the digest: among a million
+  /// contents, the chance that two share them is one in 37 million, and ContentNames notices it.
   static std::string FileName(const std::string& digest);
+  /// For a content whose name has another owner.
+  static std::string LongFileName(const std::string& digest);
+  /// What earlier releases called the content.
+  static std::string OldFileName(const std::string& digest);
   /// `since` is the version that brought the content. Players read this name in their journal: it is kept
   /// short.
   static std::string ArchiveName(std::int32_t since, const std::string& digest);

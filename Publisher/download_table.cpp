@@ -1,89 +1,93 @@
 #include "download_table.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <functional>
+#include <set>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "progress_line.h"
+#include "update/archive_choice.h"
+#include "version_changes.h"
 
 namespace patcher::publisher {
 namespace {
 
 constexpr std::size_t kMaxEarlierVersions = 5;
 
-using Wanted = std::unordered_map<std::string_view, std::uint64_t>;
-
-Wanted WantedFiles(const PatchManifest& current, const PatchManifest* installed) {
-  std::unordered_map<std::string_view, std::string_view> have;
-  if (installed != nullptr) {
-    for (const PatchFile& file : installed->files) have.emplace(file.path, file.sha256);
-  }
-  Wanted wanted;
-  for (const PatchFile& file : current.files) {
-    const auto found = have.find(file.path);
-    if (found == have.end() || found->second != file.sha256) wanted.emplace(file.path, file.size);
-  }
-  return wanted;
-}
-
-std::string Row(const std::string& who, const DownloadCost& cost) {
+std::string Line(const DownloadRow& row) {
+  const std::string who =
+      row.behind == 0 ? "new"
+                      : std::to_string(row.behind) + " behind (version " + std::to_string(row.version) + ")";
   std::array<char, 160> line{};
-  std::snprintf(line.data(), line.size(), "  %-24s %8zu %9zu %16llu  %s\n", who.c_str(), cost.files,
-                cost.archives, static_cast<unsigned long long>(cost.bytes),
-                ReadableBytes(cost.bytes).c_str());
+  std::snprintf(line.data(), line.size(), "\n  %-24s %8zu %9zu %16llu  %s%s", who.c_str(), row.cost.files,
+                row.cost.archives, static_cast<unsigned long long>(row.cost.bytes),
+                row.cost.isEstimate ? "about " : "", ReadableBytes(row.cost.bytes).c_str());
   return line.data();
 }
 
 }  // namespace
 
 DownloadCost CostOfUpdate(const Publication& current, const PatchManifest* installed) {
-  const Wanted wanted = WantedFiles(current.manifest, installed);
-  DownloadCost cost;
-  cost.files = wanted.size();
-  for (const auto& [path, size] : wanted) cost.fileBytes += size;
-  cost.bytes = cost.fileBytes;
+  std::set<std::string, std::less<>> wanted;
+  std::unordered_map<std::string_view, std::uint64_t> singles;
+  std::uint64_t wantedBytes = 0;
+  for (const auto& [file, isNew] : CompareVersions(installed, current.manifest).files) {
+    wanted.insert(file->path);
+    singles.emplace(file->path, file->size);
+    wantedBytes += file->size;
+  }
+  std::vector<const PatchBundle*> archives;
+  for (const PublishedArchive& archive : current.archives) archives.push_back(&archive.bundle);
+  const ArchiveChoice choice = ChooseArchives(archives, wanted, wantedBytes);
 
-  std::uint64_t archiveBytes = 0;
-  std::uint64_t singleBytes = cost.fileBytes;
-  std::size_t archives = 0;
-  for (const PublishedArchive& archive : current.archives) {
-    bool chosen = false;
-    for (const std::string& path : archive.bundle.files) {
-      const auto file = wanted.find(path);
-      if (file == wanted.end()) continue;
-      chosen = true;
-      singleBytes -= file->second;
-    }
-    if (!chosen) continue;
-    ++archives;
-    archiveBytes += archive.bundle.size;
+  DownloadCost cost{wanted.size(), 0, wantedBytes, false};
+  for (const PatchBundle* archive : choice.archives) cost.isEstimate |= archive->sha256.empty();
+  if (!choice.isCheaper) return cost;
+  cost.archives = choice.archives.size();
+  for (const PatchBundle* archive : choice.archives) {
+    for (const std::string& path : archive->files) singles.erase(path);
   }
-  // The launcher weighs the archives against all wanted files, those in no archive included.
-  if (archives > 0 && archiveBytes < cost.fileBytes) {
-    cost.archives = archives;
-    cost.bytes = archiveBytes + singleBytes;
-  }
+  cost.bytes = choice.bytes;
+  for (const auto& [path, size] : singles) cost.bytes += size;
   return cost;
 }
 
-std::string DownloadTable(const ContentStore& store, const History& history, const Publication& current) {
-  std::string table = "  player                      files  archives   bytes to fetch\n";
-  table += Row("new", CostOfUpdate(current, nullptr));
+std::vector<DownloadRow> DownloadRows(const ContentStore& store, const History& history,
+                                      const Publication& current) {
+  std::vector<DownloadRow> rows{{0, 0, CostOfUpdate(current, nullptr)}};
   std::size_t behind = 0;
   for (const PublishedVersion& version : history) {
-    if (version.version >= current.manifest.version || version.held || behind == kMaxEarlierVersions)
-      continue;
-    ++behind;
-    const std::string who =
-        std::to_string(behind) + " behind (version " + std::to_string(version.version) + ")";
+    if (version.version >= current.manifest.version || version.held) continue;
+    if (++behind > kMaxEarlierVersions) break;
     if (!version.problem.empty()) continue;
     const Publication earlier = ReadCopy(store, version.version);
-    table += Row(who, CostOfUpdate(current, &earlier.manifest));
+    rows.push_back({behind, version.version, CostOfUpdate(current, &earlier.manifest)});
   }
+  return rows;
+}
+
+std::string DownloadTable(const std::vector<DownloadRow>& rows) {
+  std::string table = "  player                      files  archives   bytes to fetch";
+  for (const DownloadRow& row : rows) table += Line(row);
   return table;
+}
+
+MiniJson::Value JsonDownloads(const std::vector<DownloadRow>& rows) {
+  using MiniJson::Value;
+  Value list = Value::MakeArray();
+  for (const DownloadRow& row : rows) {
+    Value value = Value::MakeObject();
+    value.Set("behind", JsonNumber(row.behind));
+    value.Set("version", JsonNumber(static_cast<std::uint64_t>(row.version)));
+    value.Set("files", JsonNumber(row.cost.files));
+    value.Set("archives", JsonNumber(row.cost.archives));
+    value.Set("bytes", JsonNumber(row.cost.bytes));
+    value.Set("estimate", Value::MakeBool(row.cost.isEstimate));
+    list.arrayItems.push_back(std::move(value));
+  }
+  return list;
 }
 
 }  // namespace patcher::publisher

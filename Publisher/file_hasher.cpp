@@ -18,10 +18,6 @@ FileHasher::FileHasher(Progress& progress)
     : progress_(progress), block_(std::make_unique_for_overwrite<char[]>(kBlockSize)) {}
 
 FileContent FileHasher::Read(const fs::path& file) {
-  return Read(file, [this](const char*, std::streamsize size) { Count(static_cast<std::uint64_t>(size)); });
-}
-
-FileContent FileHasher::ReadUncounted(const fs::path& file) {
   return Read(file, [](const char*, std::streamsize) {});
 }
 
@@ -54,6 +50,7 @@ FileContent FileHasher::Read(const fs::path& file, const BlockTaker& take) {
     if (count <= 0) break;
     hash.Update(block_.get(), static_cast<std::size_t>(count));
     take(block_.get(), count);
+    Count(static_cast<std::uint64_t>(count));
     content.size += static_cast<std::uint64_t>(count);
   }
   content.digest = sha256_.FinishHex(hash);

@@ -25,11 +25,8 @@ class FileHasher {
 
   /// Raises PublishError if the file cannot be read to its end. The bytes count in the progress.
   FileContent Read(const std::filesystem::path& file);
-  /// The same without counting: for what was made of bytes that were counted before.
-  FileContent ReadUncounted(const std::filesystem::path& file);
 
-  /// Reads `file` once, writes what it reads to `copy`, and brings the copy to the disk itself. Does not
-  /// count, since a file is often read before it is copied.
+  /// Reads `file` once and writes what it reads to `copy`. The bytes count as well.
   FileContent Copy(const std::filesystem::path& file, const std::filesystem::path& copy);
 
   /// Counts bytes that were read elsewhere for this worker's item.

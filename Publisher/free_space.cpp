@@ -13,27 +13,29 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::unordered_set<std::uint64_t> StoredSizes(const fs::path& folder) {
-  std::unordered_set<std::uint64_t> sizes;
+void AddStoredSizes(const fs::path& folder, std::unordered_set<std::uint64_t>& sizes) {
   std::error_code error;
+  if (!fs::exists(folder, error) && !error) return;
   for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
     if (entry->is_regular_file(error)) sizes.insert(entry->file_size(error));
   }
   if (error) throw FileError("cannot list", folder, error);
-  return sizes;
 }
 
 }  // namespace
 
 void RequireSpace(const ClientScan& scan, const ContentStore& store, Progress& progress) {
-  const std::unordered_set<std::uint64_t> stored = StoredSizes(store.Root() / "files");
+  std::unordered_set<std::uint64_t> stored;
+  for (const char* folder : {"f", "files"}) AddStoredSizes(store.Root() / folder, stored);
   std::uint64_t needed = 0;
   for (const ClientFile& file : scan.files) {
     if (stored.count(file.size) == 0) needed += file.size;
   }
   std::error_code error;
-  const std::uint64_t available = fs::space(store.Root(), error).available;
+  fs::path place = fs::absolute(store.Root(), error);
+  while (!fs::exists(place, error) && place.has_relative_path()) place = place.parent_path();
+  const std::uint64_t available = fs::space(place, error).available;
   if (error) throw FileError("cannot read the free space of", store.Root(), error);
   const std::string comparison = ReadableBytes(needed) + " of new contents, and " + ReadableBytes(available) +
                                  " are free for " + platform::Utf8FromPath(store.Root());

@@ -12,7 +12,6 @@
 #include "history.h"
 #include "launcher_store.h"
 #include "live_manifest.h"
-#include "platform/standard_streams.h"
 #include "progress_line.h"
 #include "prune.h"
 #include "publish_error.h"
@@ -23,8 +22,12 @@ namespace {
 
 class LiveSwitch {
  public:
-  explicit LiveSwitch(const GoLiveRequest& request)
-      : request_(request), store_(request.www), progress_(request.quiet) {}
+  LiveSwitch(const GoLiveRequest& request, Report& report)
+      : request_(request),
+        report_(report),
+        store_(request.www),
+        progress_(request.quiet),
+        signer_(request.signing) {}
 
   void Run() {
     RequireStore(store_);
@@ -34,12 +37,15 @@ class LiveSwitch {
     history_ = ReadHistory(store_);
     ReadNext();
     Prove();
-    if (IsLive()) {
+    const bool already = IsLive();
+    report_.Add("version", static_cast<std::uint64_t>(request_.version));
+    report_.Add("already", MiniJson::Value::MakeBool(already));
+    if (already) {
       Finish(Name() + " is live already", std::nullopt);
       return;
     }
     next_.sequence = NextSequence(history_, Live());
-    next_.text = ManifestText(next_);
+    next_.text = signer_.Finished(ManifestText(next_));
     PutLive(store_, next_);
     Finish(Name() + " is live" + Summary(), live_ ? std::optional(live_->manifest.version) : std::nullopt);
   }
@@ -62,6 +68,8 @@ class LiveSwitch {
       throw PublishError("the history has no " + Name() + ListOfVersions());
     }
     next_ = ReadCopy(store_, request_.version);
+    // What is live may be damaged: then the copy has to say whether players are used to signatures.
+    signer_.RequireKeyAfter(live_ ? Live() : &next_);
     next_.held = false;
     if (!request_.allowOlderLauncher) {
       const AnnouncedLauncher newest = NewestLauncher(history_, Live());
@@ -92,33 +100,34 @@ class LiveSwitch {
     Announce(next_, ProveLauncher(LauncherOf(next_), store_, progress_));
   }
 
-  /// What follows the JSON value does not count.
+  /// Of what follows the JSON value only the signature counts, and the blanks of the value do not.
   bool IsLive() {
     if (!live_ || live_->manifest.version != request_.version) return false;
     next_.sequence = live_->sequence;
-    return live_->text.starts_with(ManifestText(next_));
+    return JsonText(*live_) == JsonText(next_) && signer_.IsContentWith(*live_);
   }
 
-  std::string Summary() const {
+  std::string Summary() {
+    report_.Add("launcherBuild", static_cast<std::uint64_t>(next_.manifest.patcherVersion));
     std::string text = ": launcher build " + std::to_string(next_.manifest.patcherVersion);
     if (!live_) return text;
-    const DownloadCost cost = CostOfUpdate(next_, &live_->manifest);
-    return text + "; players of version " + std::to_string(live_->manifest.version) + " fetch " +
-           std::to_string(cost.files) + " files, " + ReadableBytes(cost.bytes);
+    const DownloadRow row{1, live_->manifest.version, CostOfUpdate(next_, &live_->manifest)};
+    report_.Add("downloads", JsonDownloads({row}));
+    return text + "; players of version " + std::to_string(row.version) + " fetch " +
+           std::to_string(row.cost.files) + " files, " + ReadableBytes(row.cost.bytes);
   }
 
   void Finish(const std::string& done, std::optional<std::int32_t> before) {
-    if (!request_.quiet) platform::WriteLine(done);
+    report_.Line(done);
     if (request_.keep == 0) return;
-    DoLaterStep(done, [&] {
-      const PruneResult pruned = Prune(store_, next_, before, request_.keep);
-      if (!request_.quiet) platform::WriteLine(PruneText(pruned));
-    });
+    DoLaterStep(done, [&] { ReportPruned(Prune(store_, next_, before, request_.keep), report_); });
   }
 
   const GoLiveRequest& request_;
+  Report& report_;
   const ContentStore store_;
   Progress progress_;
+  const DocumentSigner signer_;
   std::optional<Publication> live_;
   History history_;
   Publication next_;
@@ -126,6 +135,6 @@ class LiveSwitch {
 
 }  // namespace
 
-void GoLive(const GoLiveRequest& request) { LiveSwitch(request).Run(); }
+void GoLive(const GoLiveRequest& request, Report& report) { LiveSwitch(request, report).Run(); }
 
 }  // namespace patcher::publisher

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
+#include <system_error>
 
 #include "publish_error.h"
 
@@ -20,7 +22,7 @@ bool IsThere(const ContentStore& store, const Publication& publication) {
 
 }  // namespace
 
-std::optional<Publication> ReadLive(const ContentStore& store, const History& history, Progress& progress) {
+std::optional<Publication> FindLive(const ContentStore& store, const History& history) {
   auto live = ReadPublication(store.ManifestFile());
   if (live) return live;
   for (const PublishedVersion& version : history) {
@@ -31,15 +33,20 @@ std::optional<Publication> ReadLive(const ContentStore& store, const History& hi
   }
   const auto lived = ByTime(history);
   if (lived.empty()) return std::nullopt;
-  const std::int32_t last = lived.front()->version;
-  live = ReadCopy(store, last);
+  return ReadCopy(store, lived.front()->version);
+}
+
+std::optional<Publication> ReadLive(const ContentStore& store, const History& history, Progress& progress) {
+  auto live = FindLive(store, history);
+  std::error_code error;
+  if (!live || std::filesystem::exists(store.ManifestFile(), error) || error) return live;
+  const std::string version = std::to_string(live->manifest.version);
   if (IsThere(store, *live)) {
     store.WriteDocument(store.ManifestFile(), live->text);
     store.FlushFolder(store.Root());
-    progress.Notice("version.json was missing: version " + std::to_string(last) +
-                    " is live again, from the history");
+    progress.Notice("version.json was missing: version " + version + " is live again, from the history");
   } else {
-    progress.Notice("version.json is missing, and so are contents of version " + std::to_string(last) +
+    progress.Notice("version.json is missing, and so are contents of version " + version +
                     ", which was live");
   }
   return live;

@@ -16,6 +16,9 @@ namespace patcher::publisher {
 /// there. Raises PublishError if the manifest is damaged, or if it was lost and the history is damaged too.
 std::optional<Publication> ReadLive(const ContentStore& store, const History& history, Progress& progress);
 
+/// The same without putting anything back.
+std::optional<Publication> FindLive(const ContentStore& store, const History& history);
+
 /// Makes a manifest the live one, in one step, when the names of its contents are on the disk. Raises
 /// PublishError if that failed: then the former one is live. LaterStepError: it is live, but it may not
 /// survive a power cut, or it has no copy in the history.

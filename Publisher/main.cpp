@@ -1,5 +1,6 @@
 #include <exception>
 #include <string>
+#include <utility>
 
 #include "go_live.h"
 #include "platform/process.h"
@@ -8,45 +9,115 @@
 #include "publish.h"
 #include "publish_error.h"
 #include "publish_options.h"
+#include "report.h"
+#include "signing.h"
+#include "status.h"
 #include "store_check.h"
 
 namespace {
 
+using patcher::publisher::Options;
+using patcher::publisher::Report;
+using Task = Options::Task;
+
 enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2, kLaterStepFailed = 3 };
 
-void ReportError(const std::string& text) { platform::WriteErrorLine("patch-publish: " + text); }
-
-int Check(const patcher::publisher::Options& options) {
-  const patcher::publisher::CheckResult result =
-      patcher::publisher::CheckPublication(options.www, options.quiet);
-  for (const std::string& finding : result.findings) platform::WriteLine(finding);
-  if (!options.quiet) {
-    const std::size_t count = result.findings.size();
-    platform::WriteLine(result.summary + "; " +
-                        (count == 0 ? "everything is sound" : std::to_string(count) + " findings"));
+const char* NameOf(const Options& options) {
+  switch (options.task) {
+    case Task::kHelp:
+      return "help";
+    case Task::kCheck:
+      return "check";
+    case Task::kStatus:
+      return "status";
+    case Task::kGoLive:
+      return "live";
+    case Task::kPrune:
+      return "prune";
+    case Task::kKeygen:
+      return "keygen";
+    case Task::kPublish:
+      break;
   }
-  return result.findings.empty() ? kDone : kFailed;
+  return options.publish.dryRun ? "dry-run" : "publish";
 }
 
-int Run(const patcher::publisher::Options& options) {
-  using Task = patcher::publisher::Options::Task;
+int Check(const Options& options, Report& report) {
+  patcher::publisher::CheckResult result =
+      patcher::publisher::CheckPublication(options.www, options.quiet);
+  if (!options.publicKey.empty()) {
+    const std::string finding = patcher::publisher::SignatureFinding(options.www, options.publicKey);
+    if (!finding.empty()) result.findings.push_back(finding);
+  }
+  MiniJson::Value list = MiniJson::Value::MakeArray();
+  for (const std::string& finding : result.findings) {
+    if (!options.json) platform::WriteLine(finding);
+    list.arrayItems.push_back(MiniJson::Value::MakeString(finding));
+  }
+  const std::size_t count = result.findings.size();
+  report.Add("summary", MiniJson::Value::MakeString(result.summary));
+  report.Add("findings", std::move(list));
+  report.Line(result.summary + "; " +
+              (count == 0 ? "everything is sound" : std::to_string(count) + " findings"));
+  return count == 0 ? kDone : kFailed;
+}
+
+/// The public key is printed also when nothing else is to be.
+void MakeKey(const Options& options, Report& report) {
+  const std::string publicKey = patcher::publisher::MakeKeyFile(options.keyFile);
+  if (!options.json) platform::WriteLine(publicKey);
+  report.Add("publicKey", MiniJson::Value::MakeString(publicKey));
+}
+
+int Run(const Options& options, Report& report) {
   switch (options.task) {
     case Task::kHelp:
       platform::WriteLine(patcher::publisher::HelpText());
       break;
     case Task::kCheck:
-      return Check(options);
+      return Check(options, report);
+    case Task::kKeygen:
+      MakeKey(options, report);
+      break;
+    case Task::kStatus:
+      patcher::publisher::ReportStatus(options.www, options.keep, options.quiet, report);
+      break;
     case Task::kGoLive:
-      patcher::publisher::GoLive(options.goLive);
+      patcher::publisher::GoLive(options.goLive, report);
       break;
     case Task::kPrune:
-      patcher::publisher::PruneFolder(options.www, options.keep, options.quiet);
+      patcher::publisher::PruneFolder(options.www, options.keep, options.quiet, report);
       break;
     case Task::kPublish:
-      patcher::publisher::Publish(options.publish);
+      patcher::publisher::Publish(options.publish, report);
       break;
   }
   return kDone;
+}
+
+int Fail(const std::string& error, ExitCode code, const Report& report) {
+  platform::WriteErrorLine("patch-publish: " + error);
+  report.Finish(code == kLaterStepFailed, error);
+  return code;
+}
+
+Report::Form FormOf(const Options& options) {
+  if (options.json) return options.task == Task::kHelp ? Report::Form::kNothing : Report::Form::kJson;
+  return options.quiet ? Report::Form::kNothing : Report::Form::kLines;
+}
+
+int RunReporting(const Options& options) {
+  Report report(FormOf(options), NameOf(options));
+  if (!options.error.empty()) return Fail(options.error + "; see --help", kUsage, report);
+  try {
+    const int code = Run(options, report);
+    report.Finish(true, "");
+    return code;
+  } catch (const patcher::publisher::LaterStepError& failure) {
+    return Fail(failure.what(), kLaterStepFailed, report);
+  } catch (const std::exception& failure) {
+    return Fail(failure.what(), kFailed, report);
+  }
 }
 
 }  // namespace
@@ -55,16 +126,9 @@ int main(int argc, char** argv) {
   platform::SurviveBrokenPipes();
   platform::UseBinaryStandardStreams();
   try {
-    const patcher::publisher::Options options =
-        patcher::publisher::ReadOptions(platform::CommandLineArguments(argc, argv));
-    if (options.error.empty()) return Run(options);
-    ReportError(options.error + "; see --help");
-    return kUsage;
-  } catch (const patcher::publisher::LaterStepError& failure) {
-    ReportError(failure.what());
-    return kLaterStepFailed;
+    return RunReporting(patcher::publisher::ReadOptions(platform::CommandLineArguments(argc, argv)));
   } catch (const std::exception& failure) {
-    ReportError(failure.what());
+    platform::WriteErrorLine(std::string("patch-publish: ") + failure.what());
   }
   return kFailed;
 }

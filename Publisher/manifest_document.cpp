@@ -10,11 +10,14 @@
 #include <sstream>
 #include <system_error>
 #include <unordered_map>
+#include <utility>
 
 #include "minijson/minijson.h"
 #include "minijson/reader.h"
+#include "platform/file_reader.h"
 #include "platform/text.h"
 #include "publish_error.h"
+#include "shared/retry_while_held.h"
 #include "update/manifest_paths.h"
 
 namespace patcher::publisher {
@@ -36,6 +39,8 @@ std::optional<std::string> ReadText(const fs::path& file) {
   std::error_code error;
   if (!fs::exists(file, error) && !error) return std::nullopt;
   if (error) throw FileError("cannot read", file, error);
+  // If it stays held, opening it below fails with the reason.
+  static_cast<void>(RetryWhileHeld([&file] { return platform::FileReader(file).OpenError(); }));
   errno = 0;
   std::ifstream in(file, std::ios::binary);
   std::string text;
@@ -135,26 +140,33 @@ std::unordered_map<std::string, std::int32_t> SinceOf(const std::string& text) {
   return since;
 }
 
-void WriteArchive(std::ostream& out, const PublishedArchive& archive) {
-  out << "    {\"name\": ";
-  WriteString(out, archive.bundle.name);
-  out << ", \"size\": " << archive.bundle.size << ", \"sha256\": \"" << archive.bundle.sha256
-      << "\", \"since\": " << archive.since << ", \"files\": [";
-  const char* separator = "\n      ";
-  for (const std::string& path : archive.bundle.files) {
-    out << separator;
-    WriteString(out, path);
-    separator = ",\n      ";
+/// Writes each item, with commas between them.
+template <typename Items, typename WriteItem>
+void WriteList(std::ostream& out, const Items& items, WriteItem writeItem) {
+  out << '[';
+  bool first = true;
+  for (const auto& item : items) {
+    if (!std::exchange(first, false)) out << ',';
+    writeItem(item);
   }
-  out << "]}";
+  out << ']';
+}
+
+void WriteArchive(std::ostream& out, const PublishedArchive& archive) {
+  out << "{\"name\":";
+  WriteString(out, archive.bundle.name);
+  out << ",\"size\":" << archive.bundle.size << ",\"sha256\":\"" << archive.bundle.sha256
+      << "\",\"since\":" << archive.since << ",\"files\":";
+  WriteList(out, archive.bundle.files, [&](const std::string& path) { WriteString(out, path); });
+  out << '}';
 }
 
 void WriteFile(std::ostream& out, const PatchFile& file) {
-  out << "    {\"path\": ";
+  out << "{\"path\":";
   WriteString(out, file.path);
-  out << ", \"size\": " << file.size << ", \"sha256\": \"" << file.sha256 << "\", \"url\": ";
+  out << ",\"size\":" << file.size << ",\"sha256\":\"" << file.sha256 << "\",\"url\":";
   WriteString(out, file.url);
-  out << "}";
+  out << '}';
 }
 
 /// Launchers refuse a manifest as a whole; none that they would refuse may be published.
@@ -209,33 +221,27 @@ std::optional<DocumentHead> ReadHead(const fs::path& file) {
   }
 }
 
-std::string ManifestText(const Publication& publication) {
+std::string JsonText(const Publication& publication) {
   const PatchManifest& manifest = publication.manifest;
   std::ostringstream out;
-  out << "{\n  \"version\": " << manifest.version << ",\n  \"sequence\": " << publication.sequence;
-  if (publication.held) out << ",\n  \"held\": true";
-  out << ",\n  \"patcherVersion\": " << manifest.patcherVersion << ",\n  \"patcherUrl\": ";
+  out << "{\"version\":" << manifest.version << ",\"sequence\":" << publication.sequence;
+  if (publication.held) out << ",\"held\":true";
+  out << ",\"patcherVersion\":" << manifest.patcherVersion << ",\"patcherUrl\":";
   WriteString(out, manifest.patcherUrl);
   if (!manifest.patcherSha256.empty()) {
-    out << ",\n  \"patcherSha256\": ";
+    out << ",\"patcherSha256\":";
     WriteString(out, manifest.patcherSha256);
   }
-  out << ",\n  \"bundles\": [";
-  const char* separator = "\n";
-  for (const PublishedArchive& archive : publication.archives) {
-    out << separator;
-    WriteArchive(out, archive);
-    separator = ",\n";
-  }
-  out << "\n  ],\n  \"files\": [";
-  separator = "\n";
-  for (const PatchFile& file : manifest.files) {
-    out << separator;
-    WriteFile(out, file);
-    separator = ",\n";
-  }
-  out << "\n  ]\n}\n";
-  std::string text = out.str();
+  out << ",\"bundles\":";
+  WriteList(out, publication.archives, [&](const PublishedArchive& archive) { WriteArchive(out, archive); });
+  out << ",\"files\":";
+  WriteList(out, manifest.files, [&](const PatchFile& file) { WriteFile(out, file); });
+  out << '}';
+  return out.str();
+}
+
+std::string ManifestText(const Publication& publication) {
+  std::string text = JsonText(publication) + "\n";
   RequireAcceptable(text);
   return text;
 }

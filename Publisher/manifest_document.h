@@ -53,8 +53,11 @@ std::optional<Publication> ReadPublication(const std::filesystem::path& file);
 /// The same without the files and archives, which costs a fraction.
 std::optional<DocumentHead> ReadHead(const std::filesystem::path& file);
 
-/// The JSON value of a publication, with a line feed at the end. Raises PublishError if launchers would not
-/// accept it.
+/// The JSON value of a publication, without blanks: each player reads it at every start. The same publication
+/// gives the same bytes.
+std::string JsonText(const Publication& publication);
+
+/// That value and a line feed. Raises PublishError if launchers would not accept it.
 std::string ManifestText(const Publication& publication);
 
 }  // namespace patcher::publisher

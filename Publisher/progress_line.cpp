@@ -1,6 +1,8 @@
 #include "progress_line.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
@@ -9,12 +11,28 @@ namespace patcher::publisher {
 namespace {
 
 constexpr std::chrono::milliseconds kTerminalPause{200};
-constexpr std::chrono::seconds kLogPause{5};
+constexpr std::chrono::seconds kShortestLogPause{5};
+constexpr std::chrono::minutes kLongestLogPause{1};
+
+/// Seconds after which a rate says something.
+constexpr double kFirstRate = 1;
 
 /// Systems that have no such name get the sparse lines.
 bool StandardErrorIsTerminal() {
   std::error_code error;
   return std::filesystem::is_character_file("/dev/stderr", error);
+}
+
+/// "0:07", "12:30", "1:02:03".
+std::string ReadableSeconds(double seconds) {
+  const long long whole = std::llround(seconds);
+  std::array<char, 48> text{};
+  if (whole < 3600) {
+    std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
+  } else {
+    std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
+  }
+  return text.data();
 }
 
 }  // namespace
@@ -32,14 +50,14 @@ std::string ReadableBytes(std::uint64_t bytes) {
 
 Progress::Progress(bool quiet) : quiet_(quiet), terminal_(StandardErrorIsTerminal()) {}
 
-void Progress::Begin(std::string stage, std::size_t items, std::uint64_t bytes) {
-  stage_ = std::move(stage);
+void Progress::Begin(const std::string& stage, std::size_t items, std::uint64_t bytes) {
+  stage_ = stage;
   totalItems_ = items;
   totalBytes_ = bytes;
   items_ = 0;
   bytes_ = 0;
-  const auto pause = terminal_ ? Clock::duration(kTerminalPause) : Clock::duration(kLogPause);
-  due_ = (Clock::now() + pause).time_since_epoch().count();
+  begin_ = Clock::now();
+  due_ = Pause({}).count();
 }
 
 void Progress::AddBytes(std::uint64_t count) {
@@ -53,22 +71,41 @@ void Progress::ItemDone() {
 }
 
 void Progress::EmitIfDue() {
-  const auto now = Clock::now().time_since_epoch();
+  if (totalItems_ == 0) return;
+  const Clock::duration elapsed = Clock::now() - begin_;
   Clock::rep due = due_;
-  if (now.count() < due) return;
-  const auto pause = terminal_ ? Clock::duration(kTerminalPause) : Clock::duration(kLogPause);
+  if (elapsed.count() < due) return;
   // Only one of several workers that see it due says it.
-  if (due_.compare_exchange_strong(due, (now + pause).count())) Emit(false);
+  if (due_.compare_exchange_strong(due, (elapsed + Pause(elapsed)).count())) Emit(false);
 }
 
 void Progress::End() {
   if (totalItems_ > 0) Emit(true);
+  totalItems_ = 0;
+}
+
+Progress::Clock::duration Progress::Pause(Clock::duration elapsed) const {
+  if (terminal_) return kTerminalPause;
+  return std::clamp<Clock::duration>(elapsed, kShortestLogPause, kLongestLogPause);
+}
+
+std::string Progress::Line(Clock::duration elapsed, bool last) const {
+  // Contents that need not be read a second time count less than was expected, damaged ones more.
+  const bool whole = items_ == totalItems_;
+  const std::uint64_t bytes = whole ? totalBytes_ : std::min<std::uint64_t>(bytes_, totalBytes_);
+  std::string line = stage_ + ": " + std::to_string(items_) + "/" + std::to_string(totalItems_) + ", " +
+                     ReadableBytes(bytes) + (whole ? "" : " of " + ReadableBytes(totalBytes_));
+  const double seconds = std::chrono::duration<double>(elapsed).count();
+  if (seconds < kFirstRate || bytes == 0) return line;
+  const double rate = static_cast<double>(bytes) / seconds;
+  line += ", " + ReadableBytes(static_cast<std::uint64_t>(rate)) + "/s, ";
+  if (last) return line + ReadableSeconds(seconds);
+  return line + ReadableSeconds(static_cast<double>(totalBytes_ - bytes) / rate) + " left";
 }
 
 void Progress::Emit(bool last) {
   if (quiet_) return;
-  std::string line = stage_ + ": " + std::to_string(items_) + "/" + std::to_string(totalItems_) + ", " +
-                     ReadableBytes(bytes_) + " of " + ReadableBytes(totalBytes_);
+  std::string line = Line(Clock::now() - begin_, last);
   std::lock_guard guard(lock_);
   const std::size_t length = line.size();
   if (terminal_) {

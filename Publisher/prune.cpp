@@ -7,8 +7,6 @@
 #include <vector>
 
 #include "live_manifest.h"
-#include "platform/standard_streams.h"
-#include "platform/text.h"
 #include "progress_line.h"
 #include "publish_error.h"
 #include "shared/retry_while_held.h"
@@ -41,58 +39,29 @@ Versions KeptVersions(const History& history, std::int32_t live, std::optional<s
   return kept;
 }
 
-class Deleter {
- public:
-  explicit Deleter(const ContentStore& store) : store_(store) {}
-
-  /// Deletes the unused contents below a folder of the store.
-  void Sweep(const char* folder, const Names& used) {
-    std::vector<fs::path> unused;
-    std::error_code error;
-    for (fs::recursive_directory_iterator entry(store_.Root() / folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-      if (!entry->is_regular_file(error)) continue;
-      const fs::path name = entry->path().lexically_relative(store_.Root());
-      const std::u8string generic = name.generic_u8string();
-      if (used.count(std::string(generic.begin(), generic.end())) == 0) unused.push_back(entry->path());
-    }
-    if (error) Fail(store_.Root() / folder, error);
-    for (const fs::path& file : unused) Delete(file);
+std::vector<fs::path> UnusedBelow(const ContentStore& store, const char* folder, const Names& used) {
+  std::vector<fs::path> unused;
+  std::error_code error;
+  if (!fs::exists(store.Root() / folder, error) && !error) return unused;
+  for (fs::recursive_directory_iterator entry(store.Root() / folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    if (!entry->is_regular_file(error)) continue;
+    const fs::path name = entry->path().lexically_relative(store.Root());
+    const std::u8string generic = name.generic_u8string();
+    if (used.count(std::string(generic.begin(), generic.end())) == 0) unused.push_back(entry->path());
   }
+  if (error) throw FileError("cannot list", store.Root() / folder, error);
+  return unused;
+}
 
-  void Delete(const fs::path& file) {
-    std::error_code error;
-    const std::uint64_t size = fs::file_size(file, error);
-    RetryWhileHeld([&] {
-      fs::remove(file, error);
-      return error.value();
-    });
-    if (error) return Fail(file, error);
-    ++result_.files;
-    result_.bytes += size;
-  }
-
-  void RequireSuccess() const {
-    if (!failure_.empty()) throw PublishError(failure_);
-  }
-
-  PruneResult Result() const { return result_; }
-
- private:
-  /// Goes on with the others: what is left is deleted by the next pruning.
-  void Fail(const fs::path& place, const std::error_code& error) {
-    if (failure_.empty()) failure_ = FileError("cannot delete", place, error).what();
-  }
-
-  const ContentStore& store_;
-  PruneResult result_;
-  std::string failure_;
+/// What no kept version uses.
+struct PrunePlan {
+  std::vector<fs::path> copies;
+  std::vector<fs::path> contents;
 };
 
-}  // namespace
-
-PruneResult Prune(const ContentStore& store, const Publication& live, std::optional<std::int32_t> before,
-                  std::size_t keep) {
+PrunePlan PlanPruning(const ContentStore& store, const Publication& live, std::optional<std::int32_t> before,
+                      std::size_t keep) {
   const History history = ReadHistory(store);
   for (const PublishedVersion& version : history) {
     if (!version.problem.empty()) {
@@ -100,39 +69,91 @@ PruneResult Prune(const ContentStore& store, const Publication& live, std::optio
     }
   }
   const Versions kept = KeptVersions(history, live.manifest.version, before, keep);
+  PrunePlan plan;
   Names used;
   AddNames(live, used);
-  Deleter deleter(store);
-  std::vector<fs::path> dropped;
   for (const PublishedVersion& version : history) {
     if (kept.count(version.version) != 0) {
       AddNames(ReadCopy(store, version.version), used);
     } else {
-      dropped.push_back(HistoryFile(store, version.version));
+      plan.copies.push_back(HistoryFile(store, version.version));
     }
   }
+  for (const char* folder : ContentStore::kContentFolders) {
+    for (fs::path& file : UnusedBelow(store, folder, used)) plan.contents.push_back(std::move(file));
+  }
+  return plan;
+}
+
+/// Deletes files. Goes on after a failure: what is left is deleted by the next pruning.
+class Deleter {
+ public:
+  /// Raises PublishError, at the end, if a file could not be deleted.
+  void Delete(const std::vector<fs::path>& files) {
+    std::string failure;
+    for (const fs::path& file : files) {
+      std::error_code error;
+      const std::uint64_t size = fs::file_size(file, error);
+      const int failed = RetryWhileHeld([&] {
+        fs::remove(file, error);
+        return error.value();
+      });
+      if (failed == 0) {
+        ++result_.files;
+        result_.bytes += size;
+      } else if (failure.empty()) {
+        failure = FileError("cannot delete", file, error).what();
+      }
+    }
+    if (!failure.empty()) throw PublishError(failure);
+  }
+
+  PruneResult Result() const { return result_; }
+
+ private:
+  PruneResult result_;
+};
+
+}  // namespace
+
+PruneResult Prune(const ContentStore& store, const Publication& live, std::optional<std::int32_t> before,
+                  std::size_t keep) {
+  const PrunePlan plan = PlanPruning(store, live, before, keep);
+  Deleter deleter;
   // The copies first: none that stays may name a missing content, not even after a power cut.
-  for (const fs::path& copy : dropped) deleter.Delete(copy);
-  deleter.RequireSuccess();
+  deleter.Delete(plan.copies);
   store.FlushFolder(store.HistoryFolder());
-  for (const char* folder : {"files", "archives", "launcher"}) deleter.Sweep(folder, used);
-  deleter.RequireSuccess();
+  deleter.Delete(plan.contents);
   return deleter.Result();
 }
 
-std::string PruneText(const PruneResult& result) {
-  return "pruned " + std::to_string(result.files) + " files, " + ReadableBytes(result.bytes);
+PruneResult ForecastPruning(const ContentStore& store, const Publication& live, std::size_t keep) {
+  const PrunePlan plan = PlanPruning(store, live, std::nullopt, keep);
+  PruneResult result;
+  for (const auto* files : {&plan.copies, &plan.contents}) {
+    for (const fs::path& file : *files) {
+      std::error_code error;
+      const std::uint64_t size = fs::file_size(file, error);
+      ++result.files;
+      if (!error) result.bytes += size;
+    }
+  }
+  return result;
 }
 
-void PruneFolder(const fs::path& www, std::size_t keep, bool quiet) {
+void ReportPruned(const PruneResult& result, Report& report) {
+  report.Line("pruned " + std::to_string(result.files) + " files, " + ReadableBytes(result.bytes));
+  report.Add("pruned", JsonAmount(result.files, result.bytes));
+}
+
+void PruneFolder(const fs::path& www, std::size_t keep, bool quiet, Report& report) {
   const ContentStore store(www);
   RequireStore(store);
   const StoreSession session(store);
   Progress progress(quiet);
   const auto live = ReadLive(store, ReadHistory(store), progress);
   if (!live) throw PublishError("nothing is live: nothing is pruned");
-  const PruneResult pruned = Prune(store, *live, std::nullopt, keep);
-  if (!quiet) platform::WriteLine(PruneText(pruned));
+  ReportPruned(Prune(store, *live, std::nullopt, keep), report);
 }
 
 }  // namespace patcher::publisher

@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <string>
 
 #include "content_store.h"
 #include "history.h"
 #include "manifest_document.h"
+#include "report.h"
 
 namespace patcher::publisher {
 
@@ -25,10 +25,13 @@ struct PruneResult {
 PruneResult Prune(const ContentStore& store, const Publication& live, std::optional<std::int32_t> before,
                   std::size_t keep);
 
-/// "pruned 12 files, 3.4 MB".
-std::string PruneText(const PruneResult& result);
+/// What pruning would delete. Reads only.
+PruneResult ForecastPruning(const ContentStore& store, const Publication& live, std::size_t keep);
 
-/// Prunes a web server's folder by itself. Prints on standard output what was done. Raises PublishError.
-void PruneFolder(const std::filesystem::path& www, std::size_t keep, bool quiet);
+/// Reports what was deleted.
+void ReportPruned(const PruneResult& result, Report& report);
+
+/// Prunes a web server's folder by itself. Raises PublishError.
+void PruneFolder(const std::filesystem::path& www, std::size_t keep, bool quiet, Report& report);
 
 }  // namespace patcher::publisher

@@ -1,14 +1,18 @@
 #include "publish.h"
 
 #include <algorithm>
+#include <limits>
+#include <optional>
 #include <system_error>
 
 #include "archive_set.h"
 #include "client_contents.h"
 #include "client_notices.h"
 #include "client_scan.h"
+#include "content_names.h"
 #include "content_store.h"
 #include "download_table.h"
+#include "dry_run.h"
 #include "exclusions.h"
 #include "free_space.h"
 #include "history.h"
@@ -16,12 +20,12 @@
 #include "launcher_store.h"
 #include "live_manifest.h"
 #include "manifest_document.h"
-#include "platform/standard_streams.h"
 #include "platform/text.h"
 #include "progress_line.h"
 #include "prune.h"
 #include "publish_error.h"
 #include "store_session.h"
+#include "version_changes.h"
 
 namespace patcher::publisher {
 namespace {
@@ -42,8 +46,12 @@ bool LiesIn(const fs::path& inner, const fs::path& outer) {
 /// One publication on its way.
 class Publisher {
  public:
-  explicit Publisher(const PublishRequest& request)
-      : request_(request), store_(request.www), progress_(request.quiet) {}
+  Publisher(const PublishRequest& request, Report& report)
+      : request_(request),
+        report_(report),
+        store_(request.www),
+        progress_(request.quiet),
+        signer_(request.signing) {}
 
   void Run() {
     RequireFolders();
@@ -51,16 +59,26 @@ class Publisher {
       launcherBuild_ = LauncherBuild(request_.launcher->file, request_.launcher->build);
     }
     Exclusions exclusions(request_.client, request_.excluded);
-    const StoreSession session(store_);
+    std::optional<StoreSession> session;
+    if (!request_.dryRun) session.emplace(store_);
     ReadStore();
+    ChooseVersion();
     RequireLauncherOrder();
+    // A held version is signed when it goes live.
+    if (!request_.hold) signer_.RequireKeyAfter(Previous());
     const ClientScan scan = ScanClient(request_.client, exclusions);
     GiveNotices(scan, exclusions, progress_);
     if (IsPublished(scan)) {
-      Finish("version " + std::to_string(request_.version) + " is already published", Previous());
+      report_.Add("already", MiniJson::Value::MakeBool(true));
+      Finish(Name() + " is already published", Previous());
       return;
     }
     RequireSpace(scan, store_, progress_);
+    ReadNames();
+    if (request_.dryRun) {
+      Forecast(scan);
+      return;
+    }
     if (previous_) KeepCopy(store_, *previous_);
     Prepare(scan);
     RequireUnchanged(scan, ScanClient(request_.client, exclusions));
@@ -77,6 +95,12 @@ class Publisher {
     if (LiesIn(store_.Root(), request_.client) || LiesIn(request_.client, store_.Root())) {
       throw PublishError("the client directory and the published folder must not lie in each other");
     }
+    const fs::path& key = request_.signing.keyFile;
+    if (!key.empty() && (LiesIn(key, request_.client) || LiesIn(key, request_.www))) {
+      throw PublishError("everybody would get the private key: it must not lie in " +
+                         platform::Utf8FromPath(request_.client) + " or " +
+                         platform::Utf8FromPath(request_.www));
+    }
   }
 
   void ReadStore() {
@@ -87,9 +111,25 @@ class Publisher {
                          version.problem);
       }
     }
-    previous_ = ReadLive(store_, history_, progress_);
+    previous_ = request_.dryRun ? FindLive(store_, history_) : ReadLive(store_, history_, progress_);
     newestLauncher_ = NewestLauncher(history_, Previous());
   }
+
+  /// The highest number that is known to have been published.
+  std::int32_t HighestVersion() const {
+    const std::int32_t live = previous_ ? previous_->manifest.version : 0;
+    return history_.empty() ? live : std::max(live, history_.front().version);
+  }
+
+  void ChooseVersion() {
+    if (!request_.version && HighestVersion() == std::numeric_limits<std::int32_t>::max()) {
+      throw PublishError("there is no number above the highest version");
+    }
+    version_ = request_.version ? *request_.version : HighestVersion() + 1;
+    report_.Add("version", static_cast<std::uint64_t>(version_));
+  }
+
+  std::string Name() const { return "version " + std::to_string(version_); }
 
   const Publication* Previous() const { return previous_ ? &*previous_ : nullptr; }
 
@@ -104,24 +144,24 @@ class Publisher {
   /// Whether an earlier run has published this version, from this client. Raises PublishError if the number
   /// is used up in another way.
   bool IsPublished(const ClientScan& scan) {
-    const PublishedVersion* copy = FindVersion(history_, request_.version);
+    const PublishedVersion* copy = FindVersion(history_, version_);
     const bool isHeld = copy != nullptr && copy->held;
     std::optional<Publication> published;
-    if (previous_ && previous_->manifest.version == request_.version) {
+    if (previous_ && previous_->manifest.version == version_) {
       if (!request_.hold) published = previous_;
     } else if (isHeld && request_.hold) {
-      published = ReadCopy(store_, request_.version);
+      published = ReadCopy(store_, version_);
     }
     if (published) {
       RequireSame(*published, scan);
+      RequireSignature(*published);
       return true;
     }
-    const std::string number = std::to_string(request_.version);
-    if (isHeld) throw PublishError("version " + number + " is published and held: --live " + number);
-    std::int32_t newest = previous_ ? previous_->manifest.version : 0;
-    if (!history_.empty()) newest = std::max(newest, history_.front().version);
-    if (request_.version > newest) return false;
-    throw PublishError("version " + number + " is not above version " + std::to_string(newest) +
+    if (isHeld) {
+      throw PublishError(Name() + " is published and held: --live " + std::to_string(version_));
+    }
+    if (version_ > HighestVersion()) return false;
+    throw PublishError(Name() + " is not above version " + std::to_string(HighestVersion()) +
                        ", which has been published");
   }
 
@@ -132,7 +172,7 @@ class Publisher {
     };
     bool same = std::equal(before.begin(), before.end(), scan.files.begin(), scan.files.end(), sameSize);
     if (same) {
-      const std::vector<PatchFile> files = HashContents(scan, progress_);
+      const std::vector<PatchFile> files = HashContents(scan, names_, progress_);
       same = std::equal(before.begin(), before.end(), files.begin(), files.end(),
                         [](const PatchFile& a, const PatchFile& b) { return a.sha256 == b.sha256; });
     }
@@ -141,15 +181,29 @@ class Publisher {
              published.manifest.patcherUrl;
     }
     if (!same) {
-      throw PublishError("version " + std::to_string(request_.version) +
+      throw PublishError(Name() +
                          " has been published with other contents: a new version needs a number above it");
+    }
+  }
+
+  void RequireSignature(const Publication& published) const {
+    if (signer_.IsContentWith(published)) return;
+    throw PublishError(Name() + " has been published with another signature, or without one: --live " +
+                       std::to_string(version_) + " publishes it anew");
+  }
+
+  /// A name that has ever been published keeps its meaning.
+  void ReadNames() {
+    if (previous_) names_.Add(*previous_);
+    for (const PublishedVersion& version : history_) {
+      if (version.problem.empty()) names_.Add(ReadCopy(store_, version.version));
     }
   }
 
   void Prepare(const ClientScan& scan) {
     ContentProof proof(store_);
-    next_.manifest.version = request_.version;
-    next_.manifest.files = StoreContents(scan, store_, proof, progress_);
+    next_.manifest.version = version_;
+    next_.manifest.files = StoreContents(scan, store_, names_, proof, progress_);
     Announce(next_, Launcher());
     ArchiveSet set = MakeArchives(next_.manifest, Previous(), store_, proof, request_.limits, progress_);
     next_.archives = std::move(set.archives);
@@ -157,14 +211,30 @@ class Publisher {
     archivesBuilt_ = set.built;
     next_.sequence = NextSequence(history_, Previous());
     next_.held = request_.hold;
-    next_.text = ManifestText(next_);
+    next_.text = signer_.Finished(ManifestText(next_));
+  }
+
+  void Forecast(const ClientScan& scan) {
+    next_.manifest.version = version_;
+    next_.manifest.files = HashContents(scan, names_, progress_);
+    next_.sequence = NextSequence(history_, Previous());
+    Announce(next_, PublishedLauncher());
+    std::uint64_t launcherBytes = 0;
+    if (request_.launcher) {
+      const FileContent content = FileHasher(progress_).Read(request_.launcher->file);
+      Announce(next_, {launcherBuild_, ContentStore::LauncherName(content.digest), content.digest});
+      if (!store_.Has(next_.manifest.patcherUrl, content.size)) launcherBytes = content.size;
+    }
+    ReportDryRun({store_, history_, Previous(), request_.limits, std::move(next_), launcherBytes}, report_);
+  }
+
+  /// The one that stays if no other is published.
+  AnnouncedLauncher PublishedLauncher() const {
+    return request_.allowOlderLauncher && previous_ ? LauncherOf(*previous_) : newestLauncher_;
   }
 
   AnnouncedLauncher Launcher() {
-    if (!request_.launcher) {
-      const bool live = request_.allowOlderLauncher && previous_;
-      return ProveLauncher(live ? LauncherOf(*previous_) : newestLauncher_, store_, progress_);
-    }
+    if (!request_.launcher) return ProveLauncher(PublishedLauncher(), store_, progress_);
     AnnouncedLauncher launcher = StoreLauncher(request_.launcher->file, launcherBuild_, store_, progress_);
     if (launcher.build == newestLauncher_.build && launcher.name != newestLauncher_.name) {
       progress_.Notice("another launcher with the published build number: players who have it keep it");
@@ -185,10 +255,10 @@ class Publisher {
   }
 
   void Commit() {
-    std::string done = "published version " + std::to_string(request_.version);
+    std::string done = "published " + Name();
     if (request_.hold) {
       store_.FlushNames();
-      store_.WriteDocument(HistoryFile(store_, request_.version), next_.text);
+      store_.WriteDocument(HistoryFile(store_, version_), next_.text);
       done += ", held";
       DoLaterStep(done, [&] { store_.FlushFolder(store_.HistoryFolder()); });
     } else {
@@ -200,36 +270,49 @@ class Publisher {
   /// What follows a publication. `live` is what players get now; null if they get nothing.
   void Finish(const std::string& done, const Publication* live) {
     DoLaterStep(done, [&] {
-      if (!request_.quiet) platform::WriteLine(done + Summary());
-      if (live == nullptr) return;
+      report_.Line(done + Summary());
+      if (live == nullptr || request_.dryRun) return;
       if (live == Previous()) KeepCopy(store_, *live);
       if (request_.keep == 0) return;
       const bool replaced = live != Previous() && previous_;
-      const PruneResult pruned = Prune(
-          store_, *live, replaced ? std::optional(previous_->manifest.version) : std::nullopt, request_.keep);
-      if (!request_.quiet) platform::WriteLine(PruneText(pruned));
+      ReportPruned(Prune(store_, *live, replaced ? std::optional(previous_->manifest.version) : std::nullopt,
+                         request_.keep),
+                   report_);
     });
   }
 
   /// What this run has published: the rest of the line, and the table.
-  std::string Summary() const {
+  std::string Summary() {
     if (next_.text.empty()) return {};
-    std::uint64_t bytes = 0;
-    for (const PatchFile& file : next_.manifest.files) bytes += file.size;
-    const DownloadCost change = CostOfUpdate(next_, previous_ ? &previous_->manifest : nullptr);
-    std::string text = ": " + std::to_string(next_.manifest.files.size()) + " files, " +
-                       ReadableBytes(bytes) + "; " + std::to_string(change.files) + " new or changed, " +
-                       ReadableBytes(change.fileBytes) + "; " + std::to_string(archivesBuilt_) +
-                       " archives built, " + std::to_string(archivesKept_) + " kept; launcher build " +
-                       std::to_string(next_.manifest.patcherVersion) + "; manifest " +
-                       ReadableBytes(next_.text.size()) + "\n" + DownloadTable(store_, history_, next_);
-    text.pop_back();
-    return text;
+    Amount all;
+    for (const PatchFile& file : next_.manifest.files) all.Add(file.size);
+    const VersionChanges changes =
+        CompareVersions(previous_ ? &previous_->manifest : nullptr, next_.manifest);
+    const std::vector<DownloadRow> rows = DownloadRows(store_, history_, next_);
+    report_.Add("already", MiniJson::Value::MakeBool(false));
+    report_.Add("held", MiniJson::Value::MakeBool(next_.held));
+    report_.Add("client", JsonAmount(all.files, all.bytes));
+    report_.Add("changes", JsonChanges(changes));
+    report_.Add("archivesBuilt", archivesBuilt_);
+    report_.Add("archivesKept", archivesKept_);
+    report_.Add("launcherBuild", static_cast<std::uint64_t>(next_.manifest.patcherVersion));
+    report_.Add("manifestBytes", next_.text.size());
+    report_.Add("downloads", JsonDownloads(rows));
+    return ": " + std::to_string(all.files) + " files, " + ReadableBytes(all.bytes) + "; " +
+           std::to_string(changes.files.size()) + " new or changed, " +
+           ReadableBytes(changes.added.bytes + changes.changed.bytes) + "; " +
+           std::to_string(archivesBuilt_) + " archives built, " + std::to_string(archivesKept_) +
+           " kept; launcher build " + std::to_string(next_.manifest.patcherVersion) + "; manifest " +
+           ReadableBytes(next_.text.size()) + "\n" + DownloadTable(rows);
   }
 
   const PublishRequest& request_;
+  Report& report_;
   const ContentStore store_;
   Progress progress_;
+  const DocumentSigner signer_;
+  ContentNames names_;
+  std::int32_t version_ = 0;
   std::int32_t launcherBuild_ = 0;  ///< of the request's launcher
   History history_;
   std::optional<Publication> previous_;  ///< what is live
@@ -241,6 +324,6 @@ class Publisher {
 
 }  // namespace
 
-void Publish(const PublishRequest& request) { Publisher(request).Run(); }
+void Publish(const PublishRequest& request, Report& report) { Publisher(request, report).Run(); }
 
 }  // namespace patcher::publisher

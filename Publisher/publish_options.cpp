@@ -1,5 +1,6 @@
 #include "publish_options.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -14,7 +15,9 @@ constexpr char kHelp[] = R"(patch-publish - publishes a game client for the laun
 Usage: patch-publish --client DIR --out WWW --version N [options]
        patch-publish --out WWW --live N [options]
        patch-publish --out WWW --prune [--keep K]
-       patch-publish --check WWW
+       patch-publish --out WWW --status [--keep K]
+       patch-publish --check WWW [--signed-by PUBLICKEY]
+       patch-publish keygen FILE
        patch-publish --help
 
 Turns a client directory into the folder WWW/patch that any static web server
@@ -23,7 +26,10 @@ is replaced last and in one step: players see the old version or the new one.
 
   --client DIR         the game as a player is to have it
   --out WWW            root of the web server; WWW/patch is made if it is missing
-  --version N          number of the version, above every published one
+  --version N          number of the version, above every published one, or the
+                       word next: one above the highest
+  --dry-run            write nothing; report what would change, what players would
+                       download, and what is to be uploaded
   --hold               publish everything but the last step, for a rehearsal
   --live N             put the published version N before players: one that was
                        held, or an earlier one to go back to
@@ -37,9 +43,19 @@ is replaced last and in one step: players see the old version or the new one.
                        1 to 2047; 64 if not given
   --prune              delete what no kept version uses, afterwards or by itself
   --keep K             versions to keep, the live one included; 3 if not given
+  --status             report what is published, and what players download
   --check WWW          prove every file, archive and launcher in WWW/patch
+  --signed-by PUBLICKEY
+                       and that the manifest is signed by this key
+  --sign FILE          sign the manifest with the key in FILE
+  --unsigned           do not sign it although the one before was signed
+  keygen FILE          make a key to sign with, write it to the new file FILE, and
+                       print the public key, which launchers are built with
+  --json               print the result, or the error, as one JSON object
   --quiet              say nothing but errors and findings
-  --help               print this text
+  -h, --help           print this text
+
+A value may also follow its option after an equals sign: --version=next.
 
 Exit codes:
   0  done, or done before; the check found nothing
@@ -52,14 +68,23 @@ constexpr std::int32_t kAny = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kDefaultKeep = 3;
 constexpr std::int32_t kMaxArchiveSize = 2047;
 
-enum TaskBit : unsigned { kPublish = 1, kGoLive = 2, kPrune = 4, kCheck = 8, kAll = 15 };
+enum TaskBit : unsigned {
+  kPublish = 1,
+  kGoLive = 2,
+  kPrune = 4,
+  kCheck = 8,
+  kStatus = 16,
+  kKeygen = 32,
+  kAll = 63
+};
 
 const std::vector<OptionRule>& Rules() {
   using enum OptionRule::Kind;
   static const std::vector<OptionRule> kRules{
       {"--client", kValue, kPublish},
-      {"--out", kValue, kPublish | kGoLive | kPrune},
+      {"--out", kValue, kPublish | kGoLive | kPrune | kStatus},
       {"--version", kValue, kPublish},
+      {"--dry-run", kSwitch, kPublish},
       {"--hold", kSwitch, kPublish},
       {"--live", kValue, kGoLive},
       {"--launcher", kValue, kPublish},
@@ -68,27 +93,42 @@ const std::vector<OptionRule>& Rules() {
       {"--exclude", kList, kPublish},
       {"--archive-size", kValue, kPublish},
       {"--prune", kSwitch, kPublish | kGoLive | kPrune},
-      {"--keep", kValue, kPublish | kGoLive | kPrune},
+      {"--keep", kValue, kPublish | kGoLive | kPrune | kStatus},
+      {"--status", kSwitch, kStatus},
       {"--check", kValue, kCheck},
+      {"--signed-by", kValue, kCheck},
+      {"--sign", kValue, kPublish | kGoLive},
+      {"--unsigned", kSwitch, kPublish | kGoLive},
+      {"--keygen", kValue, kKeygen},
+      {"--json", kSwitch, kAll},
       {"--quiet", kSwitch, kAll},
-      {"--help", kSwitch, kAll},
+      {"--help", kSwitch, kAll, "-h"},
   };
   return kRules;
 }
 
-/// Versions that pruning keeps; 0 without --prune.
+/// Versions that pruning keeps, or would keep; 0 if nothing is pruned.
 std::size_t ReadKeep(CommandLine& line) {
   const std::int32_t keep = line.Number("--keep", kAny).value_or(kDefaultKeep);
-  if (line.Has("--prune")) return static_cast<std::size_t>(keep);
+  if (line.Has("--prune") || line.Has("--status")) return static_cast<std::size_t>(keep);
   if (line.Has("--keep")) line.Fail("--keep needs --prune");
   return 0;
+}
+
+void ReadSigning(CommandLine& line, SigningRequest& request) {
+  if (line.Has("--sign")) request.keyFile = line.Path("--sign");
+  request.allowUnsigned = line.Has("--unsigned");
+  if (line.Has("--sign") && line.Has("--unsigned")) line.Fail("--unsigned does not go together with --sign");
 }
 
 void ReadPublish(CommandLine& line, PublishRequest& request) {
   request.client = line.Path("--client");
   request.www = line.Path("--out");
   if (!line.Has("--version")) line.Fail("--version is missing");
-  request.version = line.Number("--version", kAny).value_or(0);
+  if (line.List("--version") != std::vector<std::string>{"next"}) {
+    request.version = line.Number("--version", kAny);
+  }
+  request.dryRun = line.Has("--dry-run");
   if (line.Has("--launcher")) {
     request.launcher = NewLauncher{line.Path("--launcher"), line.Number("--launcher-build", kAny)};
   } else if (line.Has("--launcher-build")) {
@@ -96,6 +136,7 @@ void ReadPublish(CommandLine& line, PublishRequest& request) {
   }
   request.allowOlderLauncher = line.Has("--allow-older-launcher");
   request.hold = line.Has("--hold");
+  ReadSigning(line, request.signing);
   request.excluded = line.List("--exclude");
   if (const auto size = line.Number("--archive-size", kMaxArchiveSize)) {
     request.limits.content = std::uint64_t{static_cast<std::uint32_t>(*size)} << 20;
@@ -107,6 +148,7 @@ void ReadPublish(CommandLine& line, PublishRequest& request) {
 void ReadGoLive(CommandLine& line, GoLiveRequest& request) {
   request.www = line.Path("--out");
   request.version = line.Number("--live", kAny).value_or(0);
+  ReadSigning(line, request.signing);
   request.allowOlderLauncher = line.Has("--allow-older-launcher");
   request.keep = ReadKeep(line);
   request.quiet = line.Has("--quiet");
@@ -114,16 +156,29 @@ void ReadGoLive(CommandLine& line, GoLiveRequest& request) {
 
 }  // namespace
 
-Options ReadOptions(const std::vector<std::string>& arguments) {
+Options ReadOptions(std::vector<std::string> arguments) {
+  if (!arguments.empty() && arguments.front() == "keygen") arguments.front() = "--keygen";
   CommandLine line(Rules(), arguments);
   Options options;
   options.quiet = line.Has("--quiet");
+  // Also on a command line that is wrong before it gets there: a script wants to read why.
+  options.json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   if (line.Has("--help")) {
     options.task = Options::Task::kHelp;
   } else if (line.Has("--check")) {
     options.task = Options::Task::kCheck;
     line.AllowOnly(kCheck, "--check");
     options.www = line.Path("--check");
+    if (line.Has("--signed-by")) options.publicKey = line.List("--signed-by").front();
+  } else if (line.Has("--keygen")) {
+    options.task = Options::Task::kKeygen;
+    line.AllowOnly(kKeygen, "keygen");
+    options.keyFile = line.Path("--keygen");
+  } else if (line.Has("--status")) {
+    options.task = Options::Task::kStatus;
+    line.AllowOnly(kStatus, "--status");
+    options.www = line.Path("--out");
+    options.keep = ReadKeep(line);
   } else if (line.Has("--live")) {
     options.task = Options::Task::kGoLive;
     line.AllowOnly(kGoLive, "--live");

@@ -12,17 +12,20 @@ namespace patcher::publisher {
 
 /// What the command line asks for.
 struct Options {
-  enum class Task { kPublish, kGoLive, kPrune, kCheck, kHelp };
+  enum class Task { kPublish, kGoLive, kPrune, kStatus, kCheck, kKeygen, kHelp };
   Task task = Task::kPublish;
-  PublishRequest publish;     ///< of kPublish
-  GoLiveRequest goLive;       ///< of kGoLive
-  std::filesystem::path www;  ///< of kPrune and kCheck: the web server's root
-  std::size_t keep = 0;       ///< of kPrune
+  PublishRequest publish;         ///< of kPublish
+  GoLiveRequest goLive;           ///< of kGoLive
+  std::filesystem::path www;      ///< of kPrune, kStatus and kCheck: the web server's root
+  std::size_t keep = 0;           ///< of kPrune and kStatus
+  std::string publicKey;          ///< of kCheck: whose signature is expected; empty: nobody's
+  std::filesystem::path keyFile;  ///< of kKeygen: to be made
   bool quiet = false;
+  bool json = false;
   std::string error;  ///< not empty: the command line is wrong, and why
 };
 
-Options ReadOptions(const std::vector<std::string>& arguments);
+Options ReadOptions(std::vector<std::string> arguments);
 
 /// The text of --help.
 std::string_view HelpText();

@@ -64,26 +64,26 @@ class Checker {
   /// Unpacks the archives of the live version.
   void CheckArchives(const ContentCheck& contents) {
     std::unordered_map<std::string_view, const PatchFile*> files;
-    std::uint64_t bytes = 0;
     for (const PatchFile& file : live_.manifest.files) files.emplace(file.path, &file);
-    for (const PublishedArchive& archive : live_.archives) bytes += archive.bundle.size;
-    progress_.Begin("unpacking archives", live_.archives.size(), bytes);
-    RunOnAllCores(live_.archives.size(), progress_, [&](std::size_t index, FileHasher& hasher) {
-      const PatchBundle& bundle = live_.archives[index].bundle;
-      if (contents.IsSound(bundle.name)) {
-        std::vector<const PatchFile*> expected;
-        for (const std::string& path : bundle.files) {
-          if (const auto file = files.find(path); file != files.end()) expected.push_back(file->second);
-        }
-        for (const std::string& finding :
-             ArchiveFindings(store_.Place(bundle.name), expected, hasher.Digests())) {
-          findings_.Add("archive " + bundle.name, "it " + finding);
-        }
+    std::vector<std::vector<const PatchFile*>> expected;
+    std::vector<std::uint64_t> sizes;
+    for (const PublishedArchive& archive : live_.archives) {
+      expected.emplace_back();
+      sizes.push_back(0);
+      for (const std::string& path : archive.bundle.files) {
+        const auto file = files.find(path);
+        if (file == files.end()) continue;
+        expected.back().push_back(file->second);
+        sizes.back() += file->second->size;
       }
-      hasher.Count(bundle.size);
-      progress_.ItemDone();
+    }
+    RunOnAllCores("unpacking archives", sizes, progress_, [&](std::size_t index, FileHasher& hasher) {
+      const std::string& name = live_.archives[index].bundle.name;
+      if (!contents.IsSound(name)) return;
+      for (const std::string& finding : ArchiveFindings(store_.Place(name), expected[index], hasher)) {
+        findings_.Add("archive " + name, "it " + finding);
+      }
     });
-    progress_.End();
   }
 
   std::string Summary(const History& history) const {

@@ -1,8 +1,13 @@
+option(PATCHER_WARNINGS_AS_ERRORS "Warnings of the compiler are errors (the presets set this)" OFF)
+
 # Compiler settings shared by every target of this project. Link `project_options` to get them.
 add_library(project_options INTERFACE)
 target_compile_features(project_options INTERFACE cxx_std_20)
 target_compile_options(project_options INTERFACE
-  $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion;-Wnon-virtual-dtor;-Woverloaded-virtual;-Werror>
+  $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion;-Wnon-virtual-dtor;-Woverloaded-virtual>
+  # Checks the annotations of platform/mutex.h.
+  $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wthread-safety>
+  $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<BOOL:${PATCHER_WARNINGS_AS_ERRORS}>>:-Werror>
   # g++ 12 sees overlapping copies in its own std::string at -O3.
   $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 

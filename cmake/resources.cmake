@@ -28,7 +28,9 @@ function(embed_resources target)
   else()
     set(source "${PATCHER_RESOURCES_DIR}/${target}_embedded_files.cpp")
     configure_file("${PATCHER_PLATFORM_DIR}/linux/embedded_files.cpp.in" "${source}" @ONLY)
-    set_source_files_properties("${source}" PROPERTIES OBJECT_DEPENDS "${depends}")
+    set_source_files_properties("${source}" PROPERTIES OBJECT_DEPENDS "${depends}"
+      # Link-time optimization splits what the assembler defines from what uses it.
+      COMPILE_OPTIONS -fno-lto)
     target_sources(${target} PRIVATE "${source}")
   endif()
 endfunction()

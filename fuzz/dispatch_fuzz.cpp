@@ -40,6 +40,7 @@ void DispatchAll(std::string_view text) {
   table.openExternalUrl = [](const std::u16string&) {};
   table.buildOptionsMessage = BuildOptionsMessage;
   table.saveOptions = SaveOptions;
+  table.selfUpdateSwap = [] {};
   table.clientExists = [] { return true; };
   Dispatcher dispatcher(host, std::move(table));
 

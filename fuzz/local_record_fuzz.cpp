@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   record.Forget("a");
   patcher::Require(record.Save(), "the record is written");
-  patcher::Require(patcher::ReadWhole(file) == patcher::LocalManifestText(record.State(), record.Version()),
+  patcher::Require(patcher::ReadWhole(file) == patcher::RecordText(record.State(), record.Version()),
                    "a save writes the whole state");
   return 0;
 }

@@ -7,6 +7,7 @@
 #include "control/protocol/page_messages.h"
 #include "platform/text.h"
 #include "shared/program.h"
+#include "transport/debug_log.h"
 
 namespace patcher {
 namespace {
@@ -22,14 +23,14 @@ std::unique_ptr<Payload> TakePayload(const UiEvent& event) {
   return std::unique_ptr<Payload>(reinterpret_cast<Payload*>(event.lParam));
 }
 
-/// Operations report their own failures and raise nothing. What they raise all the same, for want of memory,
+/// Operations report their own failures and raise nothing. One that still raises, for lack of memory,
 /// must not end the process.
 template <typename Operation>
 void RunOnWorker(const Operation& operation) {
   try {
     operation();
-  } catch (const std::exception&) {
-    // There is nothing left to tell it with.
+  } catch (const std::exception& failure) {
+    DebugLog::WriteException("a worker", failure);
   }
 }
 
@@ -73,7 +74,7 @@ Dispatcher::Dispatcher(HostOperations& host, OperationTable operations)
     : host_(host), operations_(std::move(operations)) {}
 
 void Dispatcher::DispatchPageMessage(std::u16string_view text) {
-  // What the page sent before it learnt of the end, or while an error box is open.
+  // The page may have sent this before the end, or while an error box is open.
   if (ending_) return;
   try {
     const std::string narrow = platform::WideToUtf8(text);
@@ -88,13 +89,12 @@ void Dispatcher::DispatchPageMessage(std::u16string_view text) {
       }
     }
   } catch (const std::exception&) {
-    // A bad request is silence.
+    // A bad request is ignored.
   }
 }
 
 void Dispatcher::Play(const MiniJson::Value&) {
-  if (!canPlay_ || !operations_.launchClient) return;
-  End(operations_.launchClient);
+  if (canPlay_) End(operations_.launchClient);
 }
 
 void Dispatcher::Cancel(const MiniJson::Value&) { End(nullptr); }
@@ -104,7 +104,6 @@ void Dispatcher::Verify(const MiniJson::Value&) { StartCheckWorker(false); }
 void Dispatcher::Repair(const MiniJson::Value&) { StartCheckWorker(true); }
 
 void Dispatcher::GetNews(const MiniJson::Value&) {
-  if (!operations_.fetchNews) return;
   try {
     host_.StartThread([this] { RunOnWorker([this] { operations_.fetchNews(host_); }); });
   } catch (const std::system_error&) {
@@ -114,8 +113,7 @@ void Dispatcher::GetNews(const MiniJson::Value&) {
 
 void Dispatcher::OpenUrl(const MiniJson::Value& request) {
   const MiniJson::Value* url = request.Find("url");
-  if (url == nullptr || !operations_.openExternalUrl) return;
-  operations_.openExternalUrl(platform::Utf8ToWide(url->AsString("")));
+  if (url != nullptr) operations_.openExternalUrl(platform::Utf8ToWide(url->AsString("")));
 }
 
 void Dispatcher::WindowDrag(const MiniJson::Value&) { host_.StartDragging(); }
@@ -129,10 +127,9 @@ void Dispatcher::WindowClose(const MiniJson::Value&) { host_.AskToClose(); }
 void Dispatcher::GetOptions(const MiniJson::Value&) { PushOptions(); }
 
 void Dispatcher::SaveOptions(const MiniJson::Value& request) {
-  if (!operations_.saveOptions) return;
   const MiniJson::Value* values = request.Find("values");
-  // The values say so too: the fresh ones may be on their way to the page while a second click on its button
-  // is on its way here.
+  // The values say so too: when the player clicks twice, the second request may arrive before the page gets
+  // the new values.
   const bool blind = values != nullptr && (formIsBlind_ || AreFromBlindMessage(*values));
   const bool ok = values != nullptr && !blind && operations_.saveOptions(SettingsPath(), *values);
   host_.SendToPage(BuildOptionsSavedMessage(ok));
@@ -140,41 +137,43 @@ void Dispatcher::SaveOptions(const MiniJson::Value& request) {
 }
 
 void Dispatcher::PushOptions() {
-  if (!operations_.buildOptionsMessage) return;
   const OptionsMessage message = operations_.buildOptionsMessage(SettingsPath());
   formIsBlind_ = message.blind;
   host_.SendToPage(message.text);
 }
 
+void Dispatcher::StartWorker(OperationLease lease, std::function<void(HostWindow&)> operation) {
+  // Shared, because a std::function can be copied.
+  auto held = std::make_shared<OperationLease>(std::move(lease));
+  host_.StartThread([this, held = std::move(held), operation = std::move(operation)] {
+    OperationWindow window(host_, *held);
+    RunOnWorker([&] { operation(window); });
+  });
+}
+
 void Dispatcher::StartCheckWorker(bool repair) {
-  if (!operations_.runCheckOperation) return;
-  if (!guard_.TryTake()) {
+  std::optional<OperationLease> lease = guard_.TryTake();
+  if (!lease) {
     PostStatus(host_, kRefusal);
     return;
   }
-  auto lease = std::make_shared<OperationLease>(guard_);
   try {
-    host_.StartThread([this, repair, lease = std::move(lease)] {
-      OperationWindow window(host_, *lease);
-      RunOnWorker([&] { operations_.runCheckOperation(window, repair); });
-    });
+    StartWorker(std::move(*lease),
+                [this, repair](HostWindow& window) { operations_.runCheckOperation(window, repair); });
   } catch (const std::system_error&) {
     PostNarrowJson(host_, BuildCheckErrorMessage(repair ? "repair" : "verify", "serveur injoignable"));
-    PostReady(host_, operations_.clientExists && operations_.clientExists());
+    PostReady(host_, operations_.clientExists());
   }
 }
 
 void Dispatcher::StartUpdateWorker() {
-  if (!operations_.runUpdate || !guard_.TryTake()) return;
-  auto lease = std::make_shared<OperationLease>(guard_);
+  std::optional<OperationLease> lease = guard_.TryTake();
+  if (!lease) return;
   try {
-    host_.StartThread([this, lease = std::move(lease)] {
-      OperationWindow window(host_, *lease);
-      RunOnWorker([&] { operations_.runUpdate(window); });
-    });
+    StartWorker(std::move(*lease), operations_.runUpdate);
   } catch (const std::system_error&) {
     PostStatus(host_, kThreadFailure);
-    PostReady(host_, operations_.clientExists && operations_.clientExists());
+    PostReady(host_, operations_.clientExists());
   }
 }
 
@@ -184,7 +183,7 @@ void Dispatcher::End(const std::function<void()>& lastOperation) {
   try {
     if (lastOperation) lastOperation();
   } catch (const std::exception&) {
-    // The end comes whatever the last operation did.
+    // The launcher ends whatever the last operation did.
   }
   host_.EndMessageLoop();
 }
@@ -193,7 +192,7 @@ void Dispatcher::NavigationCompleted() {
   try {
     PushOptions();
   } catch (const std::exception&) {
-    // The page keeps its empty form; the run must start all the same.
+    // The page keeps its empty form; the run still starts.
   }
   StartUpdateWorker();
 }

@@ -12,8 +12,7 @@
 
 namespace patcher {
 
-/// The operations that requests of the page start, filled at start. An empty entry makes its action do
-/// nothing.
+/// The operations that requests of the page start. Every entry is filled.
 struct OperationTable {
   std::function<void(HostWindow&)> runUpdate;                                       ///< on the update worker
   std::function<void(HostWindow&, bool repair)> runCheckOperation;                  ///< on a check worker
@@ -59,9 +58,12 @@ class Dispatcher {
   void GetOptions(const MiniJson::Value& request);
   void SaveOptions(const MiniJson::Value& request);
 
-  /// The one end of the launcher, behind which no request is taken: the last operation may serve the queue
-  /// while it shows an error.
+  /// Ends the launcher. No request is taken any more, since `lastOperation`, which may be empty, may serve
+  /// the queue while it shows an error.
   void End(const std::function<void()>& lastOperation);
+  /// Runs a long operation on a thread of its own. Raises std::system_error, with the guard released, if
+  /// there is no thread.
+  void StartWorker(OperationLease lease, std::function<void(HostWindow&)> operation);
   void StartUpdateWorker();
   void StartCheckWorker(bool repair);
   void PushOptions();

@@ -1,48 +1,56 @@
 #pragma once
 
 #include <atomic>
+#include <optional>
 #include <thread>
+#include <utility>
 
 namespace patcher {
 
-/// Admits one long operation at a time: the update run, a verification or a repair. Any thread.
+class OperationLease;
+
+/// Admits one long operation at a time: the update run, a verification or a repair. Any thread. Outlives its
+/// leases.
 class OperationGuard {
  public:
-  /// True if no operation was running; the caller's one now is. Waits for an operation that is ending: that
-  /// takes it no longer than returning from its worker.
-  bool TryTake() {
-    State seen = State::kFree;
-    while (!state_.compare_exchange_weak(seen, State::kTaken)) {
-      if (seen == State::kTaken) return false;
-      seen = State::kFree;
-      std::this_thread::yield();
-    }
-    return true;
-  }
-
-  /// The running operation is about to say its last word. Who hears it and asks for the next operation at
-  /// once must not be refused.
-  void MarkEnding() { state_.exchange(State::kEnding); }
-
-  void Release() { state_.exchange(State::kFree); }
+  /// The right to run an operation, or nothing if another one is running. Waits for an operation that is
+  /// ending, which takes no longer than the return from its worker.
+  [[nodiscard]] std::optional<OperationLease> TryTake();
 
  private:
+  friend class OperationLease;
   enum class State { kFree, kTaken, kEnding };
   std::atomic<State> state_{State::kFree};
 };
 
-/// A taken guard, released when this goes: on every path out of a worker, and also when no worker could be
-/// started.
+/// The guard is taken while this lives. A worker holds it, so that every way out of the worker releases the
+/// guard, and so does a worker that could not be started.
 class OperationLease {
  public:
-  explicit OperationLease(OperationGuard& taken) : guard_(&taken) {}
-  ~OperationLease() { guard_->Release(); }
-  void MarkEnding() { guard_->MarkEnding(); }
-  OperationLease(const OperationLease&) = delete;
-  OperationLease& operator=(const OperationLease&) = delete;
+  OperationLease(OperationLease&& other) noexcept : guard_(std::exchange(other.guard_, nullptr)) {}
+  OperationLease& operator=(OperationLease&&) = delete;
+  ~OperationLease() {
+    if (guard_ != nullptr) guard_->state_.exchange(OperationGuard::State::kFree);
+  }
+
+  /// The operation is about to post its last event. A page that asks for the next operation as soon as it
+  /// gets that event is not refused.
+  void MarkEnding() { guard_->state_.exchange(OperationGuard::State::kEnding); }
 
  private:
+  friend class OperationGuard;
+  explicit OperationLease(OperationGuard& guard) : guard_(&guard) {}
   OperationGuard* guard_;
 };
+
+inline std::optional<OperationLease> OperationGuard::TryTake() {
+  State seen = State::kFree;
+  while (!state_.compare_exchange_weak(seen, State::kTaken)) {
+    if (seen == State::kTaken) return std::nullopt;
+    seen = State::kFree;
+    std::this_thread::yield();
+  }
+  return OperationLease(*this);
+}
 
 }  // namespace patcher

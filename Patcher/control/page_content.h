@@ -31,8 +31,8 @@ inline constexpr int kIconResource = 300;
 /// The page's darkest navy: what shows before the page and around it.
 inline constexpr platform::Colour kNavy{0x0d, 0x14, 0x26};
 
-/// The row that an address of the page asks for: what stands behind its last slash, query and fragment aside,
-/// decides alone, case included. Null if there is none.
+/// The row that an address of the page asks for: only the text after its last slash counts, without query and
+/// fragment, and with its case. Null if there is none.
 const Asset* FindAsset(std::string_view address);
 
 /// The answer to a request under the asset origin; nothing if it asks for no image.

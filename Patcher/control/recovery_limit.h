@@ -12,7 +12,7 @@ class RecoveryLimit {
   using TimePoint = std::chrono::steady_clock::time_point;
 
   /// Whether the page may be loaded again now; if so, that counts. `now` never goes back.
-  bool Take(TimePoint now);
+  [[nodiscard]] bool Take(TimePoint now);
 
  private:
   std::deque<TimePoint> taken_;  // of the last ten minutes

@@ -14,9 +14,15 @@ std::optional<TaskProgress> TaskProgressAfter(const UiEvent& event) {
     case UiEventKind::UiReady:
       // A full bar: a run that failed before its first percent would show none.
       return event.wParam == 1 ? TaskProgress{} : TaskProgress{TaskProgress::State::kError, 100};
-    default:
-      return std::nullopt;
+    case UiEventKind::UiStatus:
+    case UiEventKind::UiSelfUpdate:
+    case UiEventKind::UiVersions:
+    case UiEventKind::UiServer:
+    case UiEventKind::UiNarrowJson:
+    case UiEventKind::UiWideJson:
+      break;
   }
+  return std::nullopt;
 }
 
 }  // namespace patcher

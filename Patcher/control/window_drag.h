@@ -16,9 +16,9 @@ class WindowDrag {
   };
 
   /// The page asks for a move. False if the primary button is up: there is nothing to wait for.
-  bool Begin(const platform::PointerState& pointer);
+  [[nodiscard]] bool Begin(const platform::PointerState& pointer);
   /// The pointer a moment later, until kMove or kEnd.
-  Step Follow(const platform::PointerState& pointer) const;
+  [[nodiscard]] Step Follow(const platform::PointerState& pointer) const;
 
  private:
   platform::Point pressedAt_;

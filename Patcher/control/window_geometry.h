@@ -4,7 +4,7 @@
 
 namespace patcher {
 
-// Where the main window and the page in it stand. Pure arithmetic.
+// The places of the main window and of the page in it. Pure arithmetic.
 
 /// Width of the band along each edge that sizes the window; the page leaves it free.
 inline constexpr int ResizeBorder = 6;

@@ -6,7 +6,7 @@
 #include "launch/game_launch.h"
 #include "launch/news.h"
 #include "options/options_exchange.h"
-#include "update/bundle_install.h"
+#include "update/archive_install.h"
 #include "update/self_update.h"
 #include "update/update_run.h"
 
@@ -18,7 +18,7 @@ namespace {
 const UpdateStages& Stages() {
   static const auto* stages = new UpdateStages{
       .selfUpdate = FetchNewLauncher,
-      .installBundle = BundleWorker,
+      .installArchive = BundleWorker,
       .cleanUp = CleanUp,
       .clientExists = ClientExists,
   };
@@ -27,18 +27,18 @@ const UpdateStages& Stages() {
 
 }  // namespace
 
-OperationTable LauncherOperations(const ErrorBox& showErrorBox) {
+OperationTable LauncherOperations(const ShowError& showError) {
   OperationTable table;
   table.runUpdate = [](HostWindow& window) { RunUpdate(window, Stages()); };
   table.runCheckOperation = [](HostWindow& window, bool repair) {
     RunCheckOperation(window, repair, Stages());
   };
   table.fetchNews = FetchNews;
-  table.launchClient = [showErrorBox] { LaunchClient(showErrorBox); };
+  table.launchClient = [showError] { LaunchClient(showError); };
   table.openExternalUrl = OpenExternalUrl;
   table.buildOptionsMessage = BuildOptionsMessage;
   table.saveOptions = SaveOptions;
-  table.selfUpdateSwap = [showErrorBox] { SelfUpdateSwap(showErrorBox); };
+  table.selfUpdateSwap = [showError] { SelfUpdateSwap(showError); };
   table.clientExists = ClientExists;
   return table;
 }

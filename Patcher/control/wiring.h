@@ -5,8 +5,7 @@
 
 namespace patcher {
 
-/// Every operation that the launcher has, for whichever host shows it. What they use lives as long as the
-/// process.
-OperationTable LauncherOperations(const ErrorBox& showErrorBox);
+/// Every operation of the launcher, for any host. What the operations use lives as long as the process.
+OperationTable LauncherOperations(const ShowError& showError);
 
 }  // namespace patcher

@@ -10,11 +10,15 @@
 #include "integrity/digest/sha256.h"
 #include "integrity/retained_check.h"
 #include "integrity/verify_files.h"
+#include "shared/own_files.h"
+#include "shared/program.h"
 #include "transport/config.h"
+#include "transport/debug_log.h"
 #include "transport/http_session.h"
 #include "update/install_lock.h"
-#include "update/manifest_paths.h"
+#include "update/local_record.h"
 #include "update/patch_manifest.h"
+#include "update/server_manifest.h"
 
 namespace patcher {
 namespace {
@@ -79,8 +83,8 @@ class CheckOperation {
       return false;
     }
     std::string text;
-    if (!session_.GetToString("/patch/version.json", text, kMaxManifestSize + 1) ||
-        !ParsePatchManifest(text, manifest, error) || !PathsAreUsable(manifest)) {
+    LocalRecord record(ExeDir() / kRecordFile);
+    if (FetchServerManifest(session_, record, text, manifest) != ServerManifest::kGood) {
       TellFailure("Impossible de lire le manifeste de patch.", kUnreadable);
       return false;
     }
@@ -134,12 +138,13 @@ void RunCheckOperation(HostWindow& window, bool repair, const UpdateStages& stag
     CheckOperation operation(window, repair, stages);
     try {
       if (!operation.Run()) return;
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+      DebugLog::WriteException("the check", failure);
       operation.TellUnexpectedFailure();
     }
-    // The session is closed when the page hears `ready`.
+    // The session is closed before `ready` is posted.
   }
-  PostReady(window, stages.clientExists && stages.clientExists());
+  PostReady(window, stages.clientExists());
 }
 
 }  // namespace patcher

@@ -9,7 +9,8 @@
 namespace patcher {
 
 /// The files that a manifest publishes, for comparison with what is on the disk: two paths are equal if the
-/// system takes them for one file, or if these have the same normal form. Both sides go through the same
+/// system takes them for one file, or if they differ only in the kind of separator or in the case of
+/// ASCII letters. Both sides go through the same
 /// function, so what the launcher has installed is always found again.
 class PublishedPaths {
  public:

@@ -23,8 +23,8 @@ RetainedCheck& RetainedCheck::Current() {
 }
 
 void RetainedCheck::Store(const CheckResult& result, std::int32_t version) {
-  std::lock_guard guard(lock_);
-  valid_ = false;  // until the copy is whole
+  const platform::MutexLock guard(lock_);
+  valid_ = false;  // until the copy is complete
   paths_ = result.samples;
   unproven_ = result.unproven;
   missing_ = result.missing;
@@ -34,7 +34,7 @@ void RetainedCheck::Store(const CheckResult& result, std::int32_t version) {
 }
 
 bool RetainedCheck::Recall(const PatchManifest& manifest, CheckResult& result) const {
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   if (!valid_ || manifestVersion_ != manifest.version) return false;
   result.samples = paths_;
   result.unproven = unproven_;
@@ -52,7 +52,7 @@ bool RetainedCheck::Recall(const PatchManifest& manifest, CheckResult& result) c
 }
 
 void RetainedCheck::UseUp() {
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   valid_ = false;
 }
 

@@ -4,17 +4,17 @@
 #include <atomic>
 #include <exception>
 #include <filesystem>
-#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
 
 #include "control/protocol/ui_event.h"
 #include "integrity/digest/sha256.h"
+#include "platform/mutex.h"
 #include "platform/text.h"
-#include "shared/parallel_run.h"
 #include "shared/program.h"
 #include "transport/config.h"
+#include "transport/run_pool.h"
 #include "update/progress_tracker.h"
 
 namespace patcher {
@@ -75,15 +75,16 @@ class Pass {
     } else {
       ++(verdict.outcome == Outcome::kMissing ? missing_ : corrupt_);
       bytes_ += file.size;
-      std::lock_guard guard(lock_);
+      const platform::MutexLock guard(lock_);
       samples_.push_back(file.path);
       if (!verdict.proven) unproven_.push_back(file.path);
     }
-    Tell(file, ++done_);
+    Report(file, ++done_);
   }
 
   /// After the workers have ended.
   void MoveResult(CheckResult& result) {
+    const platform::MutexLock guard(lock_);
     result = {total_, ok_, missing_, corrupt_, bytes_, std::move(samples_), std::move(unproven_)};
     // The workers append as they finish; the lists are the same from one pass to the next.
     std::sort(result.samples.begin(), result.samples.end());
@@ -91,7 +92,7 @@ class Pass {
   }
 
  private:
-  void Tell(const PatchFile& file, std::int32_t done) {
+  void Report(const PatchFile& file, std::int32_t done) {
     if (done % kFilesPerProgress != 0 && done != total_) return;
     ProgressReport report;
     report.percent = PercentDone(static_cast<std::uint64_t>(done), static_cast<std::uint64_t>(total_));
@@ -114,9 +115,9 @@ class Pass {
   std::atomic<std::int32_t> corrupt_{0};
   std::atomic<std::int32_t> done_{0};
   std::atomic<std::uint64_t> bytes_{0};
-  std::mutex lock_;  // guards the ones below
-  std::vector<std::string> samples_;
-  std::vector<std::string> unproven_;
+  platform::Mutex lock_;
+  std::vector<std::string> samples_ PATCHER_GUARDED_BY(lock_);
+  std::vector<std::string> unproven_ PATCHER_GUARDED_BY(lock_);
 };
 
 }  // namespace
@@ -124,12 +125,11 @@ class Pass {
 void VerifyFiles(HostWindow& window, const PatchManifest& manifest, CheckResult& result) {
   const int workers = std::max(PatchConfig::Current().connections, 1);
   Pass pass(window, manifest, static_cast<std::size_t>(workers));
-  const bool complete =
-      ParallelRun(manifest.files.size(), workers, [&pass](std::size_t index, unsigned worker) {
-        pass.VerifyOneFile(index, worker);
-        return true;
-      });
-  // A list that lacks files must not be taken for the whole.
+  const bool complete = RunPool(manifest.files.size(), [&pass](std::size_t index, unsigned worker) {
+    pass.VerifyOneFile(index, worker);
+    return true;
+  });
+  // An incomplete list must not be taken for a complete one.
   if (!complete) throw std::runtime_error("the verification was cut short");
   pass.MoveResult(result);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/process.h"
+#include "shared/ascii.h"
 #include "shared/site.h"
 
 namespace patcher {
@@ -18,11 +19,7 @@ bool IsHostCharacter(char16_t c) {
          c == u'.';
 }
 
-bool MustNotStandInUrl(char16_t c) { return c < u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
-
-char16_t AsciiLower(char16_t c) {
-  return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
-}
+bool IsForbiddenInUrl(char16_t c) { return c < u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
 
 /// `host` in lower case.
 bool BelongsToSite(std::u16string_view host) {
@@ -36,9 +33,9 @@ bool BelongsToSite(std::u16string_view host) {
 
 bool IsSiteLink(std::u16string_view url) {
   if (!url.starts_with(kScheme) || url.size() > kMaxLength) return false;
-  if (std::any_of(url.begin(), url.end(), MustNotStandInUrl)) return false;
-  const std::u16string_view behindScheme = url.substr(kScheme.size());
-  const std::u16string_view authority = behindScheme.substr(0, behindScheme.find_first_of(u"/?#"));
+  if (std::any_of(url.begin(), url.end(), IsForbiddenInUrl)) return false;
+  const std::u16string_view afterScheme = url.substr(kScheme.size());
+  const std::u16string_view authority = afterScheme.substr(0, afterScheme.find_first_of(u"/?#"));
   const std::size_t colon = authority.find(u':');
   std::u16string host(authority.substr(0, colon));
   if (!std::all_of(host.begin(), host.end(), IsHostCharacter)) return false;
@@ -46,12 +43,13 @@ bool IsSiteLink(std::u16string_view url) {
     const std::u16string_view port = authority.substr(colon + 1);
     if (!std::all_of(port.begin(), port.end(), IsDigit)) return false;
   }
-  std::transform(host.begin(), host.end(), host.begin(), AsciiLower);
+  std::transform(host.begin(), host.end(), host.begin(), AsciiLower<char16_t>);
   return BelongsToSite(host);
 }
 
 void OpenExternalUrl(const std::u16string& url) {
-  if (IsSiteLink(url)) platform::OpenInBrowser(url);
+  // A player whose system opens no browser sees that without a message.
+  if (IsSiteLink(url)) static_cast<void>(platform::OpenInBrowser(url));
 }
 
 }  // namespace patcher

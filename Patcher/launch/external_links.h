@@ -6,7 +6,7 @@
 namespace patcher {
 
 /// Whether `url`, which may come from anywhere, is an https link to the site or to a subdomain of it, with or
-/// without a port: at most 2048 UTF-16 units, "https://" in lower case, no user name. What stands behind the
+/// without a port: at most 2048 UTF-16 units, "https://" in lower case, no user name. What follows the
 /// host is not judged, but refused are
 ///  - a host of anything but ASCII letters, digits, '-', '_' and '.', and a port of anything but digits:
 ///    browsers read a backslash as the end of the host, decode percent signs, and map look-alikes and

@@ -8,7 +8,7 @@
 namespace patcher {
 namespace {
 
-/// What the client expects of whoever starts it.
+/// The argument that the client expects from its launcher.
 constexpr char kClientToken[] = "quantel";
 
 }  // namespace
@@ -20,12 +20,12 @@ bool ClientExists() {
   return std::filesystem::exists(ClientPath(), error);
 }
 
-void LaunchClient(const ErrorBox& showErrorBox) {
+void LaunchClient(const ShowError& showError) {
   const int error = platform::StartProgram(ClientPath(), {kClientToken}, ExeDir());
   if (error == 0) return;
-  showErrorBox(error == platform::kErrorBadExeFormat ? u"Tolmira necessite Windows 64 bits."
-                                                     : u"Impossible de lancer le client",
-               BuildWindowTitle());
+  showError(error == platform::kErrorBadExeFormat ? u"Tolmira necessite Windows 64 bits."
+                                                  : u"Impossible de lancer le client",
+            BuildWindowTitle());
 }
 
 }  // namespace patcher

@@ -9,10 +9,10 @@ namespace patcher {
 /// The game client in the install directory.
 std::filesystem::path ClientPath();
 
-/// Whether something stands at ClientPath; a failed query counts as no. Any thread.
+/// Whether there is anything at ClientPath; a failed query counts as no. Any thread.
 bool ClientExists();
 
 /// Starts the client with its fixed token, in the install directory, or shows why it cannot. Main thread.
-void LaunchClient(const ErrorBox& showErrorBox);
+void LaunchClient(const ShowError& showError);
 
 }  // namespace patcher

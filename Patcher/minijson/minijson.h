@@ -9,8 +9,12 @@
 #include <utility>
 #include <vector>
 
-/// The JSON library of the launcher. Text is bytes: UTF-8 passes through unexamined. Lenient in known ways
-/// (see Parse). No shared state; a Value belongs to the thread that built it.
+/// The JSON library of the launcher. Text is bytes: UTF-8 is copied unexamined. Lenient in known ways (see
+/// Parse). No shared state; a Value belongs to the thread that built it.
+///
+/// The programs parse into values, and write their documents as text with WriteString alone, since a tree of
+/// a large manifest would take several times its memory. Value::Make..., Set and Write are there for
+/// completeness: tests and benchmarks build documents with them.
 namespace MiniJson {
 
 /// A text that is no JSON. The message is one of the fixed sentences of the parser.
@@ -21,7 +25,7 @@ class ParseError : public std::runtime_error {
 
 enum class Kind : std::int32_t { Null = 0, Bool = 1, Number = 2, String = 3, Array = 4, Object = 5 };
 
-/// One JSON value. All fields stand side by side; only those of its kind carry meaning.
+/// One JSON value. Every value has all fields; only those of its kind have a meaning.
 struct Value {
   Kind kind = Kind::Null;
   bool boolValue = false;
@@ -56,7 +60,7 @@ struct Value {
   void Write(std::ostream& out, int depth) const;
 };
 
-// Defaulted behind the class: its own member lists need it complete.
+// Defaulted after the class: its own member lists need it complete.
 inline Value::Value() = default;
 inline Value::Value(const Value& other) = default;
 inline Value::Value(Value&& other) noexcept = default;
@@ -72,7 +76,7 @@ inline constexpr int kMaxDepth = 256;
 inline constexpr std::size_t kMaxValues = 1'500'000;
 
 /// Reads the value that begins at `position` and leaves `position` after it; the text after it is not
-/// looked at. Raises ParseError, or for a number that converts to nothing std::invalid_argument "invalid stod
+/// looked at. Raises ParseError, or for a number without digits std::invalid_argument "invalid stod
 /// argument", or for one out of a double's range std::out_of_range "stod argument out of range".
 Value Parse(std::string_view text, std::size_t& position);
 

@@ -223,7 +223,9 @@ void Reader::Skip(Kind kind) {
         Skip(Begin());
       }
       return;
-    default:
+    case Kind::Null:
+    case Kind::Bool:
+    case Kind::Number:
       return;
   }
 }

@@ -2,6 +2,7 @@
 #include <charconv>
 
 #include "minijson/minijson.h"
+#include "platform/hex_digits.h"
 
 namespace MiniJson {
 namespace {
@@ -37,10 +38,8 @@ void WriteEscape(std::ostream& out, unsigned char byte) {
     case '\t':
       out << "\\t";
       break;
-    default: {
-      static constexpr char kDigits[] = "0123456789abcdef";
-      out << "\\u00" << kDigits[byte >> 4] << kDigits[byte & 15];
-    }
+    default:
+      out << "\\u00" << platform::HexOf(byte);
   }
 }
 

@@ -13,8 +13,9 @@ std::int32_t Inverted(std::int32_t value) { return value == 0 ? 1 : 0; }
 
 std::int32_t TruncateToInt(double number) {
   using Limits = std::numeric_limits<std::int32_t>;
-  const double whole = std::trunc(number);
-  return whole >= Limits::min() && whole <= Limits::max() ? static_cast<std::int32_t>(whole) : Limits::min();
+  const double integer = std::trunc(number);
+  return integer >= Limits::min() && integer <= Limits::max() ? static_cast<std::int32_t>(integer)
+                                                              : Limits::min();
 }
 
 std::int32_t OptionToPage(const OptionDef& option, std::int32_t fileValue) {

@@ -21,10 +21,10 @@ OptionsMessage BuildOptionsMessage(const std::filesystem::path& path);
 /// Whether the page has these values from a blind message: saving them would lose the real ones.
 bool AreFromBlindMessage(const MiniJson::Value& values);
 
-/// Merges the page's values into the settings file as it stands on the disk. A value that the page did not
+/// Merges the page's values into the settings file as it is on the disk. A value that the page did not
 /// send keeps its line; one that is no number becomes the option's default; a screen size out of range, or
 /// half of one, leaves the resolution alone. True if the file was written; see SettingsFile::Write. Main
 /// thread.
-bool SaveOptions(const std::filesystem::path& path, const MiniJson::Value& values);
+[[nodiscard]] bool SaveOptions(const std::filesystem::path& path, const MiniJson::Value& values);
 
 }  // namespace patcher

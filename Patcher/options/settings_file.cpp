@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "platform/files.h"
+#include "platform/hex_digits.h"
 
 namespace patcher {
 namespace {
@@ -25,15 +26,15 @@ std::string_view Key(std::string_view line) {
   return line.substr(begin, line.find_first_of(kBlanks, begin) - begin);
 }
 
-/// The line's text behind its key, without the blanks around it.
-std::string_view ValueBehind(std::string_view line, std::string_view key) {
+/// The line's text after its key, without the blanks around it.
+std::string_view ValueAfter(std::string_view line, std::string_view key) {
   line.remove_prefix(static_cast<std::size_t>(key.data() + key.size() - line.data()));
   line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
   return line.substr(0, line.find_last_not_of(kBlanks) + 1);
 }
 
-/// Passes over what stands in front of a number in C and that from_chars does not know: white space and a
-/// plus sign. False if no number can follow.
+/// Skips what C allows before a number and from_chars does not: white space and a plus sign. False if no
+/// number can follow.
 bool SkipLead(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
   if (!text.starts_with('+')) return true;
@@ -64,7 +65,7 @@ bool BeginsHexadecimal(std::string_view text) {
   if (!text.starts_with("0x") && !text.starts_with("0X")) return false;
   text.remove_prefix(2);
   if (text.starts_with('.')) text.remove_prefix(1);
-  return text.find_first_of("0123456789abcdefABCDEF") == 0;
+  return !text.empty() && platform::IsHexDigit(text.front());
 }
 
 /// As strtof: "0x" begins a hexadecimal number if one follows, else only its zero counts.
@@ -77,28 +78,28 @@ std::optional<float> LeadingFloat(std::string_view text) {
   return number && negative ? -*number : number;
 }
 
-/// A name of its own for each writer, so that two launchers never write into one file.
-fs::path NameBeside(const fs::path& file) {
-  fs::path beside = file;
-  beside += "." + std::to_string(std::random_device()()) + ".part";
-  return beside;
+/// A temporary file in the same directory. Each writer has a name of its own, so that two launchers never
+/// write into one file.
+fs::path TemporaryFile(const fs::path& file) {
+  fs::path part = file;
+  part += "." + std::to_string(std::random_device()()) + ".part";
+  return part;
 }
 
-bool IsNameBeside(const fs::path& beside, const fs::path& file) {
-  const fs::path number = beside.stem().extension();
-  return beside.extension() == ".part" && beside.stem().stem() == file.filename() &&
-         number.native().size() > 1 &&
+bool IsTemporaryFile(const fs::path& part, const fs::path& file) {
+  const fs::path number = part.stem().extension();
+  return part.extension() == ".part" && part.stem().stem() == file.filename() && number.native().size() > 1 &&
          number.native().find_first_not_of(fs::path(".0123456789").native()) == fs::path::string_type::npos;
 }
 
-/// What saves left beside the file that died; no living one takes an hour.
+/// Removes the temporary files of saves that died; no save takes an hour.
 void RemoveLeftovers(const fs::path& file) {
   const fs::file_time_type hourAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
   std::error_code error;
   fs::directory_iterator entry(file.parent_path(), error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     std::error_code ignored;
-    if (IsNameBeside(entry->path(), file) && entry->last_write_time(ignored) < hourAgo) {
+    if (IsTemporaryFile(entry->path(), file) && entry->last_write_time(ignored) < hourAgo) {
       fs::remove(entry->path(), ignored);
     }
   }
@@ -150,18 +151,18 @@ bool MayBeChanged(const fs::path& file, bool loaded) {
   return loaded && (status.permissions() & kAnyWrite) != fs::perms::none && platform::CanBeWritten(file);
 }
 
-/// Makes the text the content of `file`, through the new file `beside`, which is gone afterwards if it was
+/// Makes the text the content of `file`, through the new file `part`, which is gone afterwards if it was
 /// moved.
-platform::Overwriting PutText(const std::string& text, const fs::path& beside, const fs::path& file,
+platform::Overwriting PutText(const std::string& text, const fs::path& part, const fs::path& file,
                               bool replaces) {
-  if (!WriteText(beside, text)) return platform::Overwriting::kUntouched;
-  const bool movable = !replaces || platform::TakeOverOwner(file, beside) == 0;
-  if (platform::FlushToDisk(beside) != 0) return platform::Overwriting::kUntouched;
-  if (!movable || platform::MoveReplacing(beside, file, false) != 0) {
+  if (!WriteText(part, text)) return platform::Overwriting::kUntouched;
+  const bool movable = !replaces || platform::TakeOverOwner(file, part) == 0;
+  if (platform::FlushToDisk(part) != 0) return platform::Overwriting::kUntouched;
+  if (!movable || platform::MoveReplacing(part, file, false) != 0) {
     return platform::OverwriteInPlace(file, text);
   }
   // Some file systems cannot flush a directory.
-  platform::FlushDirectory(file.parent_path());
+  static_cast<void>(platform::FlushDirectory(file.parent_path()));
   return platform::Overwriting::kDone;
 }
 
@@ -183,7 +184,7 @@ void SettingsFile::Load(const fs::path& path, std::chrono::milliseconds patience
 std::string SettingsFile::GetString(std::string_view key) const {
   for (const std::string& line : lines) {
     const std::string_view found = Key(line);
-    if (!found.empty() && found == key) return std::string(ValueBehind(line, found));
+    if (!found.empty() && found == key) return std::string(ValueAfter(line, found));
   }
   return {};
 }
@@ -224,10 +225,10 @@ bool SettingsFile::Write(const fs::path& path) const {
   const fs::path file = platform::ResolveLinks(path);
   const std::string text = TextOf(lines);
   if (text.size() > kMaxSettingsSize || !MayBeChanged(file, loaded)) return false;
-  const fs::path beside = NameBeside(file);
-  const platform::Overwriting outcome = PutText(text, beside, file, loaded);
+  const fs::path part = TemporaryFile(file);
+  const platform::Overwriting outcome = PutText(text, part, file, loaded);
   std::error_code ignored;
-  if (outcome != platform::Overwriting::kTorn) fs::remove(beside, ignored);
+  if (outcome != platform::Overwriting::kTorn) fs::remove(part, ignored);
   if (outcome == platform::Overwriting::kDone) RemoveLeftovers(file);
   return outcome == platform::Overwriting::kDone;
 }

@@ -52,7 +52,7 @@ struct SettingsFile {
   /// program that has it open refuses writing, or if it exists but was not loaded: its other lines would be
   /// lost. A symbolic link stays one; the file that it leads to is replaced. Linux: owner, group and mode
   /// stay.
-  bool Write(const std::filesystem::path& path) const;
+  [[nodiscard]] bool Write(const std::filesystem::path& path) const;
 };
 
 }  // namespace patcher

@@ -18,9 +18,9 @@ class DirectoryLock {
   DirectoryLock& operator=(const DirectoryLock&) = delete;
 
   /// Waits until the lock is free and takes it; `patience` is below a day. False if another process holds it
-  /// for that long. True also where the system offers no such lock (some network file systems): nobody shall
-  /// be locked out for that.
-  bool TakeWithin(std::chrono::milliseconds patience);
+  /// for that long. True also where the system offers no such lock (some network file systems): a player must
+  /// not be locked out for that.
+  [[nodiscard]] bool TakeWithin(std::chrono::milliseconds patience);
 
  private:
   struct Impl;

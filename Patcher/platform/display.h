@@ -14,9 +14,9 @@ struct ScreenSize {
 };
 
 /// The largest width and the largest height among the modes that the display offers; the two may come from
-/// different modes. 0 x 0 if there is no telling. Windows: the primary display. Linux: all connected displays
-/// together, as the kernel's graphics drivers list them, since no display is primary without a window system;
-/// where they list none (a server, a container, some drivers), kUsualScreen.
+/// different modes. 0 x 0 if the system does not report any. Windows: the primary display. Linux: all
+/// connected displays together, as the kernel's graphics drivers list them, since no display is primary
+/// without a window system; where they list none (a server, a container, some drivers), kUsualScreen.
 ScreenSize LargestDisplayMode();
 
 /// Size of the primary screen as it is set now. Linux: the preferred mode of the first connected display, or

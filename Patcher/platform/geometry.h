@@ -17,7 +17,7 @@ struct Size {
   bool operator==(const Size&) const = default;
 };
 
-/// `right` and `bottom` stand one behind the last pixel.
+/// `right` and `bottom` are one past the last pixel.
 struct Rect {
   int left = 0;
   int top = 0;

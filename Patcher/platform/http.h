@@ -9,7 +9,8 @@
 /// https to http; the system's certificates and proxy settings hold. A connection that is not made in 60 s, a
 /// head of a response that is not whole 60 s after the request was sent, and a transfer that brings nothing
 /// for 30 s fail; one that brings little is the caller's to judge. Error numbers are those of the system's
-/// HTTP library (WinHTTP or libcurl) and only serve the debug log; the two halves do not share them.
+/// HTTP library (WinHTTP or libcurl) and only serve the debug log; the two halves do not share them. On an
+/// object that was never opened every step fails, and there is no status and no length.
 namespace platform {
 
 struct ServerAddress {
@@ -18,7 +19,7 @@ struct ServerAddress {
   std::uint16_t port = 0;  ///< the scheme's default if the URL names none
 };
 
-/// Scheme, host and port of an http or https URL; anything behind them is ignored. Nothing for any other
+/// Scheme, host and port of an http or https URL; anything after them is ignored. Nothing for any other
 /// text.
 std::optional<ServerAddress> CrackUrl(const std::string& url);
 
@@ -34,7 +35,7 @@ class HttpClient {
   HttpClient& operator=(HttpClient&&) noexcept;
 
   /// False if the system gives no client. Called once.
-  bool Open(const std::string& userAgent);
+  [[nodiscard]] bool Open(const std::string& userAgent);
   /// Parallel connections allowed to one server. A wish: failure is not reported.
   void SetMaxConnectionsPerServer(std::uint32_t count);
 
@@ -54,7 +55,7 @@ class HttpConnection {
   HttpConnection& operator=(HttpConnection&&) noexcept;
 
   /// False if the object cannot be made. No network work.
-  bool Open(HttpClient& client, const ServerAddress& server);
+  [[nodiscard]] bool Open(HttpClient& client, const ServerAddress& server);
 
   struct Impl;
 
@@ -73,21 +74,21 @@ class HttpRequest {
   HttpRequest(HttpRequest&&) noexcept;
   HttpRequest& operator=(HttpRequest&&) noexcept;
 
-  /// `encodedPath` starts with a slash and is sent as it stands.
-  std::uint32_t Open(HttpConnection& connection, const std::string& encodedPath);
+  /// `encodedPath` starts with a slash and is sent unchanged.
+  [[nodiscard]] std::uint32_t Open(HttpConnection& connection, const std::string& encodedPath);
   /// Where a server that is down first fails.
-  std::uint32_t Send();
+  [[nodiscard]] std::uint32_t Send();
   /// Returns when the final response's headers are in, redirects followed.
-  std::uint32_t ReceiveResponse();
+  [[nodiscard]] std::uint32_t ReceiveResponse();
   /// Status code of that response; 0 if there is none.
-  std::uint32_t Status();
+  [[nodiscard]] std::uint32_t Status();
   /// Bytes of the body that this response has announced; nothing if it has not, as with chunks.
   std::optional<std::uint64_t> AnnouncedLength() const;
   /// Blocks until bytes of the body can be read; `available` 0 is the end of the body. A body that ends
   /// before its announced length is an error.
-  std::uint32_t QueryDataAvailable(std::uint32_t& available);
+  [[nodiscard]] std::uint32_t QueryDataAvailable(std::uint32_t& available);
   /// Reads at most `size` of the available bytes, without waiting for more; `read` is never above it.
-  std::uint32_t ReadData(void* buffer, std::uint32_t size, std::uint32_t& read);
+  [[nodiscard]] std::uint32_t ReadData(void* buffer, std::uint32_t size, std::uint32_t& read);
 
   struct Impl;
 

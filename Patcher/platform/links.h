@@ -5,9 +5,9 @@
 namespace platform {
 
 /// Whether the entry itself, not what it leads to, is a symbolic link or, on Windows, a junction, a mount
-/// point or any other entry that stands for another place. False if nothing stands there. What stands there
-/// but does not tell counts as a link, so that nobody goes through it. The standard library's own queries see
+/// point or any other entry that leads to another place. False if there is no entry. An entry that cannot be
+/// examined counts as a link, so that no walk goes through it. The standard library's own queries see
 /// no links on Windows: they must not decide where a walk or a removal goes.
-bool IsLink(const std::filesystem::path& entry);
+[[nodiscard]] bool IsLink(const std::filesystem::path& entry);
 
 }  // namespace platform

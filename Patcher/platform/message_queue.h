@@ -7,7 +7,7 @@
 namespace platform {
 
 /// One message of the main thread's queue, as the window system of Windows has it: a number and two
-/// parameters. Who posts a pointer gives it away; who takes the message owns it.
+/// parameters. A posted pointer belongs to the code that takes the message.
 struct QueueMessage {
   std::uint32_t number = 0;  ///< 0x8000 (WM_APP) and above
   std::uintptr_t wParam = 0;
@@ -26,7 +26,7 @@ class MessageQueue {
   MessageQueue& operator=(const MessageQueue&) = delete;
 
   /// Any thread; never blocks. False if the message was not taken (Windows: the queue is full or gone).
-  bool Post(const QueueMessage& message) noexcept;
+  [[nodiscard]] bool Post(const QueueMessage& message) noexcept;
 
   /// Handles messages until Quit; returns Quit's code. Messages posted before Quit was called but not yet
   /// handled stay unhandled on Linux and may be handled on Windows.

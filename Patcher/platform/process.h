@@ -9,7 +9,7 @@ namespace platform {
 /// Full path of the running executable.
 std::filesystem::path OwnExecutablePath();
 
-/// The arguments behind the program's name, in UTF-8. `argc` and `argv` are those of main; Windows asks the
+/// The arguments after the program's name, in UTF-8. `argc` and `argv` are those of main; Windows asks the
 /// system for the wide command line instead.
 std::vector<std::string> CommandLineArguments(int argc, char** argv);
 
@@ -28,16 +28,17 @@ void SurviveBrokenPipes();
 /// Linux, the standard streams). On Linux a file that is a Windows program is started through `wine` if the
 /// system has it, and a native program is given the permission to run if it lacks it; a file that is no
 /// program for the system gives kErrorBadExeFormat. Returns 0, or the system's error number.
-int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                 const std::filesystem::path& workingDirectory);
+[[nodiscard]] int StartProgram(const std::filesystem::path& program,
+                               const std::vector<std::string>& arguments,
+                               const std::filesystem::path& workingDirectory);
 
-/// Opens an address in the user's browser and does not wait for it. The caller has vetted the address. No
+/// Opens an address in the user's browser and does not wait for it. The caller has checked the address. No
 /// shell reads it, and nothing is inherited but the environment.
 /// Returns whether something was started.
-bool OpenInBrowser(const std::u16string& url);
+[[nodiscard]] bool OpenInBrowser(const std::u16string& url);
 
 /// Ends the process at once with this code: no static object is destroyed, so that workers that are still
-/// running find their world whole. Standard streams are flushed first.
+/// running can use them. Standard streams are flushed first.
 [[noreturn]] void EndProcess(int code);
 
 }  // namespace platform

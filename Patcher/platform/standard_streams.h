@@ -13,7 +13,7 @@ void UseBinaryStandardStreams();
 void UseConsoleOfParent();
 
 /// Next line of standard input without its line end (LF or CR LF). False at the end of the input. Blocks.
-bool ReadLine(std::string& line);
+[[nodiscard]] bool ReadLine(std::string& line);
 
 /// Writes the text and a line feed to standard output at once, as one write.
 void WriteLine(std::string_view line);

@@ -15,7 +15,7 @@ std::u16string Utf8ToWide(std::string_view text);
 /// UTF-16 to UTF-8. Empty stays empty; a lone surrogate becomes U+FFFD.
 std::string WideToUtf8(std::u16string_view text);
 
-/// The one door between byte strings of documents and paths: the system's code page for file names on
+/// The only conversion between byte strings of documents and paths: the system's code page for file names on
 /// Windows (not necessarily UTF-8), the bytes themselves on Linux.
 std::filesystem::path PathFromBytes(std::string_view bytes);
 std::string BytesFromPath(const std::filesystem::path& path);

@@ -20,7 +20,7 @@ struct ResourceAnswer {
   std::span<const std::byte> content;
   std::string mediaType;
   /// Header lines, CR LF between them and none at the end, the media type among them. Linux sends the media
-  /// type only: its web view keeps what comes from the program without being told to.
+  /// type only: its web view caches what comes from the program without such lines.
   std::string headers;
 };
 
@@ -69,7 +69,7 @@ class WebView {
   WebView& operator=(const WebView&) = delete;
 
   /// Begins to bring the page into the window and returns at once. Where a step fails, for example because
-  /// the system has no web view, nothing more happens and nobody is told.
+  /// the system has no web view, nothing more happens, without a report.
   void Start(NativeWindow& window, const WebViewContent& content);
   /// Asks the owner for the bounds and takes them; nothing if there is no web view yet.
   void UpdateBounds();

@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// How a window stands after its size has changed.
+/// The state of a window after its size has changed.
 enum class SizeKind { kRestored, kMinimized, kMaximized, kOther };
 
 /// What lies under a point of a window. The numbers are the hit codes of Windows.
@@ -25,7 +25,7 @@ enum class WindowPart {
   kBottomRight = 17,
 };
 
-/// Where a maximized window stands, relative to its monitor, and how large it is.
+/// The place and size of a maximized window, relative to its monitor.
 struct MaximizedPlacement {
   Point position;
   Size size;
@@ -90,7 +90,7 @@ class WindowOwner {
 /// Prepares this process and the calling thread, the main thread, for a window: the window works in real
 /// pixels, and the web view finds the single-threaded apartment it needs. False if there is no screen
 /// (Linux).
-bool PrepareWindowSystem(int argc, char** argv);
+[[nodiscard]] bool PrepareWindowSystem(int argc, char** argv);
 /// Undoes what PrepareWindowSystem did for the thread. Called when the main loop has ended.
 void FinishWindowSystem();
 
@@ -117,13 +117,13 @@ class NativeWindow {
   NativeWindow& operator=(const NativeWindow&) = delete;
 
   /// Calls WindowCreated before it returns. False if the system gives no window.
-  bool Create(const WindowLook& look, const Rect& placement);
-  /// Shows the window, on Windows in the way that whoever started the process asked for.
+  [[nodiscard]] bool Create(const WindowLook& look, const Rect& placement);
+  /// Shows the window, on Windows in the way that the program which started this process asked for.
   void Show();
 
   /// Any thread; never blocks. Messages are handled in the order of posting. False if the message was not
   /// taken: Windows holds at most 10,000 for a thread, and none for a window that is gone.
-  bool Post(const QueueMessage& message) noexcept;
+  [[nodiscard]] bool Post(const QueueMessage& message) noexcept;
   /// Handles everything that concerns the thread until Quit or until the window is destroyed (code 0).
   int RunMessageLoop();
   /// Ends the loop after the present message.

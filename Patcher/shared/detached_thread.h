@@ -4,8 +4,8 @@
 
 namespace patcher {
 
-/// Runs `entry` on a thread of its own that nobody waits for. Raises std::system_error when no thread is to
-/// be had; `entry` has not run then.
+/// Runs `entry` on a thread of its own, without waiting for it. Raises std::system_error if there is no
+/// thread; `entry` has not run then.
 void StartDetachedThread(std::function<void()> entry);
 
 }  // namespace patcher

@@ -4,11 +4,15 @@
 #include <array>
 #include <string_view>
 
+#include "shared/ascii.h"
+
 namespace patcher {
 
 // Names in the install directory that belong to the launcher or to the player, and to no version of the game.
 
 inline constexpr std::string_view kRecordFile = "patch_manifest.json";
+/// Only of a launcher with keys, and only while the record is not the server's document: see LocalRecord.
+inline constexpr std::string_view kSequenceFile = "patch_sequence.txt";
 inline constexpr std::string_view kConfigFile = "patcher.ini";
 inline constexpr std::string_view kLogFile = "patcher_debug.txt";
 inline constexpr std::string_view kNewLauncherFile = "Patcher.new.exe";
@@ -19,9 +23,9 @@ inline constexpr std::array kLauncherWorkFiles{kRecordFile, kConfigFile, kLogFil
                                                kOldLauncherFile};
 /// What players get before there is a launcher that could fetch it.
 inline constexpr std::array<std::string_view, 2> kLauncherPrograms{"Patcher.exe", "WebView2Loader.dll"};
-/// The launcher's other programs; no game has files of these names.
-inline constexpr std::array<std::string_view, 3> kOtherPrograms{"Patcher", "patcher-stdio",
-                                                                "patcher-stdio.exe"};
+/// The launcher's other programs and files; no game has files of these names.
+inline constexpr std::array<std::string_view, 4> kOtherFiles{"Patcher", "patcher-stdio", "patcher-stdio.exe",
+                                                             kSequenceFile};
 
 /// Settings and accounts.
 inline constexpr std::array<std::string_view, 2> kPlayerFiles{"ostu.ini", "reginfo.dat"};
@@ -32,8 +36,7 @@ inline constexpr std::array<std::string_view, 6> kPlayerDirectories{
 /// Whether the table holds the name; the case of ASCII letters does not count.
 template <std::size_t Size>
 bool HoldsName(const std::array<std::string_view, Size>& table, std::string_view name) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  const auto same = [lower](char a, char b) { return lower(a) == lower(b); };
+  const auto same = [](char a, char b) { return AsciiLower(a) == AsciiLower(b); };
   return std::any_of(table.begin(), table.end(), [&](std::string_view entry) {
     return std::equal(entry.begin(), entry.end(), name.begin(), name.end(), same);
   });

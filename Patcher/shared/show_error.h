@@ -6,6 +6,6 @@
 namespace patcher {
 
 /// Shows a text and blocks until the player has closed it. Main thread.
-using ErrorBox = std::function<void(const std::u16string& text, const std::u16string& title)>;
+using ShowError = std::function<void(const std::u16string& text, const std::u16string& title)>;
 
 }  // namespace patcher

@@ -23,19 +23,20 @@ int WriteFlushed(const fs::path& file, std::string_view text) {
 }  // namespace
 
 int ReplaceWholeFile(const fs::path& file, std::string_view text) {
-  fs::path beside = file;
-  beside += ".part";
+  fs::path part = file;
+  part += ".part";
   std::error_code ignored;
   // What a link leads to is not ours to overwrite.
-  fs::remove(beside, ignored);
-  int error = WriteFlushed(beside, text);
-  if (error == 0) error = platform::MoveReplacing(beside, file, false);
+  fs::remove(part, ignored);
+  int error = WriteFlushed(part, text);
+  if (error == 0) error = platform::MoveReplacing(part, file, false);
   if (error != 0) {
-    fs::remove(beside, ignored);
+    fs::remove(part, ignored);
     return error;
   }
-  // The move is in order with whatever the caller does next; some file systems cannot flush a directory.
-  platform::FlushDirectory(file.parent_path());
+  // Some file systems cannot flush a directory; the move is in order with what the caller does next all the
+  // same.
+  static_cast<void>(platform::FlushDirectory(file.parent_path()));
   return 0;
 }
 
@@ -45,7 +46,8 @@ bool RemoveFile(const fs::path& file) {
     fs::permissions(file, fs::perms::owner_write, fs::perm_options::add, error);
     fs::remove(file, error);
   }
-  platform::FlushDirectory(file.parent_path());
+  // As above.
+  static_cast<void>(platform::FlushDirectory(file.parent_path()));
   const fs::file_type left = fs::symlink_status(file, error).type();
   return left == fs::file_type::not_found || left == fs::file_type::directory;
 }

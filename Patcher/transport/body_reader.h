@@ -16,7 +16,7 @@ class BodyReader {
 
   /// Waits for the next block of at most `size` bytes; `read` 0 is the end of the body. False if the transfer
   /// has failed.
-  bool Read(void* buffer, std::uint32_t size, std::uint32_t& read);
+  [[nodiscard]] bool Read(void* buffer, std::uint32_t size, std::uint32_t& read);
 
   /// Whether it failed because too little came.
   bool IsSilent() const { return silent_; }

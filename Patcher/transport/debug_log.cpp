@@ -1,9 +1,9 @@
 #include "transport/debug_log.h"
 
 #include <fstream>
-#include <mutex>
 #include <string>
 
+#include "platform/mutex.h"
 #include "shared/own_files.h"
 #include "shared/program.h"
 
@@ -11,12 +11,20 @@ namespace patcher::DebugLog {
 
 void Write(std::string_view message) {
   // Never destroyed: a worker may log while the process ends.
-  static auto* lock = new std::mutex;
+  static auto* lock = new platform::Mutex;
   std::string line(message);
   line += "\r\n";
-  std::lock_guard guard(*lock);
+  const platform::MutexLock guard(*lock);
   std::ofstream out(ExeDir() / kLogFile, std::ios::binary | std::ios::app);
   out.write(line.data(), static_cast<std::streamsize>(line.size()));
+}
+
+void WriteException(std::string_view place, const std::exception& failure) noexcept {
+  try {
+    Write("Exception in " + std::string(place) + " : " + failure.what());
+  } catch (const std::exception&) {
+    // Without memory there is no line.
+  }
 }
 
 }  // namespace patcher::DebugLog

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <string_view>
 
 namespace patcher::DebugLog {
@@ -8,5 +9,8 @@ namespace patcher::DebugLog {
 /// is closed between lines and grows without limit. A message that cannot be written is lost. Any thread;
 /// lines never interleave.
 void Write(std::string_view message);
+
+/// A line that says where an exception ended and what it says: "Exception in" and both. Raises nothing.
+void WriteException(std::string_view place, const std::exception& failure) noexcept;
 
 }  // namespace patcher::DebugLog

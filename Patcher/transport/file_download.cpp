@@ -51,15 +51,15 @@ class Transfer {
       DebugLog::Write("ofstream " + platform::BytesFromPath(part) + " mkdir_ec=" + directoryError.message());
       return false;
     }
-    bool whole = ReceiveBlocks(part, file);
+    bool complete = ReceiveBlocks(part, file);
     errno = 0;
     file.close();
-    if (whole && file.fail()) {
+    if (complete && file.fail()) {
       LogWriteFailure(part, errno);
-      whole = false;
+      complete = false;
     }
     received_.digest = sha256_.FinishHex(hash_);
-    return whole;
+    return complete;
   }
 
   const ReceivedFile& Received() const { return received_; }
@@ -100,8 +100,9 @@ class Transfer {
 /// Puts the finished temporary file in place. The temporary file is gone afterwards in every case.
 bool PutInPlace(const fs::path& part, const fs::path& destination) {
   const int moved = RetryWhileHeld([&] {
-    // What is in use for good steps aside at once, so that only what cannot is waited for.
-    MoveLockedTargetAside(destination);
+    // A file that stays in use is moved aside at once, so that there is a wait only for one that cannot be
+    // moved. If this fails, so does the move below.
+    static_cast<void>(MoveLockedTargetAside(destination));
     return platform::MoveReplacing(part, destination, true);
   });
   if (moved == 0) return true;
@@ -128,13 +129,13 @@ bool ReceiveFile(std::optional<platform::HttpRequest> request, const std::string
     return false;
   }
 
-  // Before the file: what it may raise must not leave one behind.
+  // Made before the file: if it raises, there is no file to remove.
   Transfer transfer(*request, path, rules);
   const fs::path part = WithSuffix(destination, ".part");
   std::error_code directoryError;
   fs::create_directories(destination.parent_path(), directoryError);
   std::error_code ignored;
-  // Whatever a link leads to is not ours to overwrite.
+  // The target of a link must not be overwritten.
   if (platform::IsLink(part)) fs::remove(part, ignored);
   const bool received = transfer.ReceiveTo(part, directoryError);
   request.reset();
@@ -150,9 +151,9 @@ bool MoveLockedTargetAside(const fs::path& destination) {
   std::error_code error;
   if (!fs::exists(destination, error)) return true;
   if (platform::ProbeExclusiveWrite(destination) != platform::ExclusiveWrite::kRefused) return true;
-  const fs::path aside = WithSuffix(destination, ".old");
-  fs::remove(aside, error);
-  return platform::MoveReplacing(destination, aside, false) == 0;
+  const fs::path oldFile = WithSuffix(destination, ".old");
+  fs::remove(oldFile, error);
+  return platform::MoveReplacing(destination, oldFile, false) == 0;
 }
 
 }  // namespace patcher

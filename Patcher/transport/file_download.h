@@ -20,7 +20,7 @@ struct ReceivedFile {
   bool announced = false;  ///< by the response; if not, a cut body may pass for a whole one
 };
 
-/// What a download does beside the transfer itself.
+/// What a download does apart from the transfer.
 struct DownloadRules {
   std::uint64_t maxSize = 0;  ///< bytes; a longer body, or the announcement of one, is a failed transfer
   ByteCallback onBytes = {};
@@ -31,12 +31,13 @@ struct DownloadRules {
 
 /// The rest of HttpSession::DownloadToFile once the response is there; `request` is nothing if there is none.
 /// `path` is for the debug log.
-bool ReceiveFile(std::optional<platform::HttpRequest> request, const std::string& path,
-                 const std::filesystem::path& destination, const DownloadRules& rules, std::string& digest);
+[[nodiscard]] bool ReceiveFile(std::optional<platform::HttpRequest> request, const std::string& path,
+                               const std::filesystem::path& destination, const DownloadRules& rules,
+                               std::string& digest);
 
-/// Makes way for a new file: if something stands at `destination` and cannot be opened for exclusive writing,
+/// Makes way for a new file: if there is a file at `destination` that cannot be opened for exclusive writing,
 /// it is moved to the same name followed by ".old", replacing a file of that name. True unless a needed move
 /// failed.
-bool MoveLockedTargetAside(const std::filesystem::path& destination);
+[[nodiscard]] bool MoveLockedTargetAside(const std::filesystem::path& destination);
 
 }  // namespace patcher

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/hex_digits.h"
 #include "transport/body_reader.h"
 #include "transport/config.h"
 #include "transport/debug_log.h"
@@ -32,7 +33,6 @@ void Append(std::string& body, const char* block, std::size_t size, std::size_t 
 }  // namespace
 
 std::string PercentEncodePath(std::string_view path) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
   std::string encoded;
   encoded.reserve(path.size());
   for (char c : path) {
@@ -40,10 +40,7 @@ std::string PercentEncodePath(std::string_view path) {
       encoded += c;
       continue;
     }
-    auto byte = static_cast<unsigned char>(c);
-    encoded += '%';
-    encoded += kDigits[byte >> 4];
-    encoded += kDigits[byte & 15];
+    encoded += '%' + platform::HexOf(static_cast<std::uint8_t>(c), platform::kUpperHexDigits);
   }
   return encoded;
 }

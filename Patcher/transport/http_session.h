@@ -22,7 +22,7 @@ std::string PercentEncodePath(std::string_view path);
 class HttpSession {
  public:
   /// No byte goes over the network yet. On false `error` is a text for the player.
-  bool Connect(const std::string& baseUrl, std::string& error);
+  [[nodiscard]] bool Connect(const std::string& baseUrl, std::string& error);
 
   /// Safe after a failed Connect, and more than once.
   void Close();
@@ -33,7 +33,8 @@ class HttpSession {
   /// The body of a document. False, with `body` untouched, if there is no response with status 200. A
   /// transfer that breaks midway or goes silent (TransferPace) gives true and what came until then. Reading
   /// ends when `enough` bytes are there, so that a document of no use costs no memory.
-  bool GetToString(const std::string& path, std::string& body, std::size_t enough = std::string::npos);
+  [[nodiscard]] bool GetToString(const std::string& path, std::string& body,
+                                 std::size_t enough = std::string::npos);
 
   /// Streams a body to `destination` followed by ".part" while hashing it, then puts it in place, replacing
   /// what is there even if it is in use. `digest` is the hexadecimal SHA-256 of what arrived; judging it is
@@ -41,8 +42,8 @@ class HttpSession {
   /// allow or not accepted by them, or the disk refuses it. On false no .part file stays, and `destination`
   /// is untouched unless everything arrived and could not be put in place: a file in use then has its name
   /// followed by ".old".
-  bool DownloadToFile(const std::string& path, const std::filesystem::path& destination,
-                      const DownloadRules& rules, std::string& digest);
+  [[nodiscard]] bool DownloadToFile(const std::string& path, const std::filesystem::path& destination,
+                                    const DownloadRules& rules, std::string& digest);
 
  private:
   platform::HttpClient session_;

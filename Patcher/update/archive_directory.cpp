@@ -110,7 +110,7 @@ std::optional<std::size_t> CheckEntry(Bytes bytes, std::uint64_t directoryOffset
     return std::nullopt;
   }
   if (extent.packedSize > directoryOffset - kLocalHeaderSize - extent.localOffset) return std::nullopt;
-  // From some broken code tables the reader unpacks zeros without reading, up to the size that stands here.
+  // From some broken code tables the reader unpacks zeros without reading, up to the size that is given here.
   if (extent.unpackedSize / kMaxExpansion > extent.packedSize) return std::nullopt;
   return size;
 }

@@ -8,6 +8,6 @@ namespace patcher {
 /// entry's name, extra fields and 64-bit sizes lie inside the directory, and every entry's data lies before
 /// it and can unpack to the size that the entry states. The reader itself trusts parts of this. Names are not
 /// judged. Format: the ZIP appnote, one disk, with or without Zip64.
-bool ArchiveDirectoryIsSound(const std::filesystem::path& archive);
+[[nodiscard]] bool ArchiveDirectoryIsSound(const std::filesystem::path& archive);
 
 }  // namespace patcher

@@ -15,7 +15,8 @@
 #include "platform/links.h"
 #include "platform/text.h"
 #include "shared/program.h"
-#include "transport/http_session.h"
+#include "transport/debug_log.h"
+#include "transport/file_download.h"
 #include "update/archive_directory.h"
 
 namespace patcher {
@@ -115,11 +116,13 @@ bool ExtractEntry(ZipReader& zip, mz_uint entry) {
     const fs::path place = ExeDir() / platform::PathFromBytes(zip.Name(entry));
     std::error_code ignored;
     fs::create_directories(place.parent_path(), ignored);
-    // Whatever a link leads to is not ours to overwrite.
+    // The target of a link must not be overwritten.
     if (platform::IsLink(place)) fs::remove(place, ignored);
-    MoveLockedTargetAside(place);
+    // If it fails, so does the extraction.
+    static_cast<void>(MoveLockedTargetAside(place));
     return zip.Extract(entry, place);
-  } catch (const std::exception&) {
+  } catch (const std::exception& failure) {
+    DebugLog::WriteException("an extraction", failure);
     return false;
   }
 }
@@ -163,11 +166,12 @@ class Extraction {
   void Help() {
     try {
       ZipReader zip(archive_);
-      // Without a reader for each helper the ones there are do the work.
+      // If a helper gets no reader, the others do the work.
       if (!zip.IsOpen()) canBeHelped_ = false;
       while (zip.IsOpen() && !threads_.AreTooMany() && ExtractBatch(zip)) {
       }
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+      DebugLog::WriteException("an extraction", failure);
       canBeHelped_ = false;
     }
     threads_.Leave();

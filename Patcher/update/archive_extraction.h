@@ -8,7 +8,7 @@
 
 namespace patcher {
 
-/// Counts the threads that extract, over all archives that are in work. Any thread.
+/// Counts the threads that extract, over all archives that are being extracted. Any thread.
 class ExtractingThreads {
  public:
   explicit ExtractingThreads(int limit) : limit_(limit) {}
@@ -16,7 +16,7 @@ class ExtractingThreads {
   /// For the one thread that every archive has, whatever the limit.
   void Join() { ++count_; }
   /// For a further thread. False if the limit is reached.
-  bool TryJoin();
+  [[nodiscard]] bool TryJoin();
   void Leave() { --count_; }
 
   /// Whether a further thread should leave, since another archive has begun.
@@ -29,13 +29,13 @@ class ExtractingThreads {
 
 /// Extracts the wanted entries of a ZIP archive to their places below the install directory, on the caller's
 /// thread and on as many more as `threads` lets join. Directories, nameless entries and names that could
-/// leave the install directory are passed over. Every entry in front of a failed one is tried, and none that
-/// follows it is begun any more. Of two entries with the same name the later one stays. Two names of one file
+/// leave the install directory are skipped. Every entry before a failed one is tried, and none after it is
+/// begun any more. Of two entries with the same name the later one stays. Two names of one file
 /// must not both be wanted. `wanted` is called on the caller's thread.
 /// False if the archive cannot be read ("archive illisible") or an entry cannot be extracted (the name of the
-/// first one in the archive's order); files may then stand half-written in their places.
-bool ExtractArchive(const std::filesystem::path& archive,
-                    const std::function<bool(std::string_view path)>& wanted, ExtractingThreads& threads,
-                    std::string& failure);
+/// first one in the archive's order); files may then be half-written in their places.
+[[nodiscard]] bool ExtractArchive(const std::filesystem::path& archive,
+                                  const std::function<bool(std::string_view path)>& wanted,
+                                  ExtractingThreads& threads, std::string& failure);
 
 }  // namespace patcher

@@ -22,7 +22,8 @@ inline constexpr std::uint64_t kMaxExcess = std::uint64_t{256} << 20;
 
 /// Downloads one file with up to three attempts, until it has the expected digest. On false `reason` says in
 /// the player's words how the last attempt failed.
-bool DownloadVerified(HttpSession& session, const std::string& path, const std::filesystem::path& destination,
-                      const ExpectedFile& expected, ProgressTracker& tracker, std::string& reason);
+[[nodiscard]] bool DownloadVerified(HttpSession& session, const std::string& path,
+                                    const std::filesystem::path& destination, const ExpectedFile& expected,
+                                    ProgressTracker& tracker, std::string& reason);
 
 }  // namespace patcher

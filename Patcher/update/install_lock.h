@@ -9,7 +9,7 @@ namespace patcher {
 
 /// The install directory for as long as this lives. A player may have started two launchers: they would write
 /// the same temporary files, and one of them could record a file that the other is still writing. Waits for
-/// the other one, after telling the player, but not without end: the other one may hang. Used by one thread.
+/// the other one, after a status line, but not without end: the other one may hang. Used by one thread.
 class InstallLock {
  public:
   InstallLock(HostWindow& window, std::chrono::milliseconds patience);

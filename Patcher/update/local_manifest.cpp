@@ -8,6 +8,8 @@
 #include <system_error>
 
 #include "minijson/minijson.h"
+#include "shared/signing_keys.h"
+#include "update/manifest_signature.h"
 
 namespace patcher {
 namespace {
@@ -41,12 +43,14 @@ std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
 
 }  // namespace
 
-LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version) {
+LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
+                             std::uint64_t* sequence) {
   LocalState state;
   std::optional<std::string> text = ReadDocument(path);
   PatchManifest own;
   std::string error;
   if (!text || !ParsePatchManifest(*text, own, error)) return state;
+  if (sequence != nullptr && IsSigned(*text, own.valueSize, LauncherKeys())) *sequence = own.sequence;
   text.reset();  // it may have many megabytes
   for (PatchFile& file : own.files) {
     state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));
@@ -55,7 +59,7 @@ LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* ve
   return state;
 }
 
-void AppendLocalManifestEntry(std::string& text, std::string_view path, std::string_view digest) {
+void AppendRecordEntry(std::string& text, std::string_view path, std::string_view digest) {
   text += "    {\n      \"path\": ";
   AppendString(text, path);
   text += ",\n      \"sha256\": ";
@@ -63,16 +67,16 @@ void AppendLocalManifestEntry(std::string& text, std::string_view path, std::str
   text += "\n    }";
 }
 
-std::string LocalManifestText(const LocalState& state, std::int32_t version) {
+std::string RecordText(const LocalState& state, std::int32_t version) {
   std::string text = "{\n  \"version\": " + std::to_string(version) + ",\n  \"files\": [";
   if (state.empty()) return text + "]\n}";
   std::string_view separator = "\n";
   for (const auto& [file, digest] : state) {
     text += separator;
-    AppendLocalManifestEntry(text, file, digest);
-    separator = kLocalManifestSeparator;
+    AppendRecordEntry(text, file, digest);
+    separator = kRecordSeparator;
   }
-  text += kLocalManifestTail;
+  text += kRecordTail;
   return text;
 }
 

@@ -6,7 +6,9 @@
 #include <system_error>
 
 #include "platform/files.h"
+#include "shared/own_files.h"
 #include "shared/retry_while_held.h"
+#include "shared/signing_keys.h"
 #include "shared/whole_file.h"
 
 namespace patcher {
@@ -22,6 +24,13 @@ bool WriteAt(const std::filesystem::path& path, std::uint64_t offset, std::strin
   file.write(text.data(), static_cast<std::streamsize>(text.size()));
   file.close();
   return !file.fail();
+}
+
+/// 0 if there is none.
+std::uint64_t ReadNumber(const std::filesystem::path& file) {
+  std::uint64_t number = 0;
+  std::ifstream(file) >> number;
+  return number;
 }
 
 /// Block by block: a second copy of the document in memory costs more than the comparison.
@@ -44,15 +53,30 @@ bool FileHolds(const std::filesystem::path& path, std::string_view text) {
 LocalRecord::LocalRecord(std::filesystem::path path) : path_(std::move(path)) {}
 
 void LocalRecord::Load(const ParsedDocument& parsed) {
+  const bool hasKeys = !LauncherKeys().empty();
+  loaded_ = true;
   version_ = 0;
+  sequence_ = 0;
   savedSize_ = 0;
   state_.clear();
   document_ = parsed.manifest != nullptr && FileHolds(path_, parsed.text) ? parsed.manifest : nullptr;
   if (document_ != nullptr) {
     version_ = document_->version;
+    if (hasKeys) sequence_ = document_->sequence;
   } else {
-    state_ = LoadLocalManifest(path_, &version_);
+    state_ = LoadLocalManifest(path_, &version_, hasKeys ? &sequence_ : nullptr);
   }
+  keptSequence_ = hasKeys ? ReadNumber(SequenceFile()) : 0;
+  sequence_ = std::max(sequence_, keptSequence_);
+}
+
+std::filesystem::path LocalRecord::SequenceFile() const { return path_.parent_path() / kSequenceFile; }
+
+void LocalRecord::KeepSequence() {
+  if (sequence_ <= keptSequence_) return;
+  // A disk that does not take the number does not end a run either.
+  const std::string text = std::to_string(sequence_) + "\n";
+  if (RetryWhileHeld([&] { return ReplaceWholeFile(SequenceFile(), text); }) == 0) keptSequence_ = sequence_;
 }
 
 const LocalState& LocalRecord::State() {
@@ -81,17 +105,17 @@ void LocalRecord::Enter(const std::string& path, const std::string& digest) {
   if (isNew && savedSize_ != 0) changed_.push_back(path);
 }
 
-bool LocalRecord::Forget(std::string_view path) {
+void LocalRecord::Forget(std::string_view path) {
   State();
   const auto entry = state_.find(path);
-  if (entry == state_.end()) return false;
+  if (entry == state_.end()) return;
   state_.erase(entry);
   savedSize_ = 0;
-  return true;
 }
 
 bool LocalRecord::Save() {
-  const std::string text = LocalManifestText(State(), version_);
+  KeepSequence();
+  const std::string text = RecordText(State(), version_);
   changed_.clear();
   savedSize_ = 0;
   if (!Replace(text)) return RemoveFile(path_);
@@ -116,21 +140,21 @@ bool LocalRecord::SaveTail() {
   const auto early = static_cast<std::size_t>(later - changed_.begin());
   if (early >= std::max(kFewChanges, state_.size() / kShareOfEntries)) return false;
   std::sort(later, changed_.end());
-  const std::vector<std::string> appended(later, changed_.end());
+  const std::vector<std::string> paths(later, changed_.end());
   changed_.erase(later, changed_.end());
-  return appended.empty() || Append(appended);
+  return paths.empty() || Append(paths);
 }
 
 bool LocalRecord::Append(const std::vector<std::string>& paths) {
   std::string text;
   for (const std::string& path : paths) {
-    text += kLocalManifestSeparator;
-    AppendLocalManifestEntry(text, path, state_.find(path)->second);
+    text += kRecordSeparator;
+    AppendRecordEntry(text, path, state_.find(path)->second);
   }
-  text += kLocalManifestTail;
-  // First what lies behind the old text, which nobody reads as long as that is complete; only when that is on
-  // the disk the few bytes that open the old text towards it.
-  const std::size_t tail = kLocalManifestTail.size();
+  text += kRecordTail;
+  // First what comes after the old text, which is not read while the old text is complete. When that is on
+  // the disk, the few bytes that connect the old text with it.
+  const std::size_t tail = kRecordTail.size();
   if (!WriteAt(path_, savedSize_, std::string_view(text).substr(tail)) || platform::FlushToDisk(path_) != 0 ||
       !WriteAt(path_, savedSize_ - tail, std::string_view(text).substr(0, tail))) {
     return false;
@@ -147,7 +171,14 @@ bool LocalRecord::Replace(std::string_view text) const {
 bool LocalRecord::SaveDocument(std::string_view document) {
   changed_.clear();
   savedSize_ = 0;
-  return Replace(document) || RemoveFile(path_);
+  if (!Replace(document)) {
+    KeepSequence();
+    return RemoveFile(path_);
+  }
+  // The document says it itself from now on. Left over, the number would be a lower one, and do no harm.
+  if (keptSequence_ != 0) static_cast<void>(RemoveFile(SequenceFile()));
+  keptSequence_ = 0;
+  return true;
 }
 
 }  // namespace patcher

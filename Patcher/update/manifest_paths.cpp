@@ -12,22 +12,22 @@
 #include <vector>
 
 #include "platform/file_names.h"
+#include "shared/ascii.h"
 #include "shared/own_files.h"
 
 namespace patcher {
 namespace {
 
-/// A file arrives beside its place under the first suffix; one that is in use moves aside to the second.
+/// A file arrives under its name and the first suffix; one that is in use is renamed with the second.
 constexpr std::string_view kSuffixes[] = {".part", ".old"};
 
 bool EndsWith(std::string_view text, std::string_view lowerCaseSuffix) {
   return text.size() >= lowerCaseSuffix.size() &&
-         std::equal(lowerCaseSuffix.rbegin(), lowerCaseSuffix.rend(), text.rbegin(), [](char lower, char c) {
-           return lower == c || (c >= 'A' && c <= 'Z' && lower == c + 32);
-         });
+         std::equal(lowerCaseSuffix.rbegin(), lowerCaseSuffix.rend(), text.rbegin(),
+                    [](char lower, char c) { return lower == AsciiLower(c); });
 }
 
-/// Without the suffixes above, and without what a system may drop in front of them and behind.
+/// Without the suffixes above, and without what a system may drop before and after them.
 std::string_view WithoutSuffixes(std::string_view path) {
   for (;;) {
     path = path.substr(0, path.find_last_not_of("./\\ ") + 1);
@@ -38,7 +38,7 @@ std::string_view WithoutSuffixes(std::string_view path) {
   }
 }
 
-/// A number that is the same for ASCII paths of one file on any system, and for the names beside it: case,
+/// A number that is the same for ASCII paths of one file on any system, and for its suffixed names: case,
 /// dots, blanks and the kind of separator do not count. (FNV-1a.) `ascii` says whether the path is one.
 std::uint64_t HashOfAscii(std::string_view path, bool& ascii) {
   std::uint64_t hash = 0xcbf29ce484222325;
@@ -91,8 +91,8 @@ std::vector<std::string_view> Suspects(const std::vector<PatchFile>& files) {
   return suspects;
 }
 
-/// The names beside the file that the launcher may use.
-std::vector<std::string> NamesBeside(std::string_view path) {
+/// The names of temporary and replaced files that the launcher may use for this file.
+std::vector<std::string> SuffixedNames(std::string_view path) {
   std::vector<std::string> names;
   for (const std::string_view suffix : kSuffixes) {
     names.push_back(platform::FileIdentity(std::string(path).append(suffix)));
@@ -107,13 +107,13 @@ bool TwoMeanOneFile(const std::vector<std::string_view>& paths) {
     if (!added && owner->second != path) return true;
   }
   const auto isTaken = [&owners](const std::string& identity) { return owners.count(identity) != 0; };
-  const auto namesBesideAreTaken = [&isTaken](std::string_view path) {
-    const std::vector<std::string> names = NamesBeside(path);
+  const auto suffixedNamesAreTaken = [&isTaken](std::string_view path) {
+    const std::vector<std::string> names = SuffixedNames(path);
     return std::any_of(names.begin(), names.end(), isTaken);
   };
-  return std::any_of(paths.begin(), paths.end(), namesBesideAreTaken) ||
+  return std::any_of(paths.begin(), paths.end(), suffixedNamesAreTaken) ||
          std::any_of(kLauncherWorkFiles.begin(), kLauncherWorkFiles.end(), [&](std::string_view name) {
-           return isTaken(platform::FileIdentity(name)) || namesBesideAreTaken(name);
+           return isTaken(platform::FileIdentity(name)) || suffixedNamesAreTaken(name);
          });
 }
 
@@ -170,7 +170,7 @@ std::vector<std::string> PathsThatChange(const LocalState& known,
   std::unordered_set<std::string> identities;
   for (const std::string_view path : paths) {
     identities.insert(platform::FileIdentity(path));
-    for (std::string& beside : NamesBeside(path)) identities.insert(std::move(beside));
+    for (std::string& name : SuffixedNames(path)) identities.insert(std::move(name));
   }
   std::copy_if(suspects.begin(), suspects.end(), std::back_inserter(changing),
                [&](const std::string& path) { return identities.count(platform::FileIdentity(path)) != 0; });

@@ -111,6 +111,7 @@ void ReadFiles(Reader& reader, Kind kind, PatchManifest& manifest) {
 
 constexpr Field<PatchManifest> kManifestFields[] = {
     {"version", ReadNumber<&PatchManifest::version>},
+    {"sequence", ReadNumber<&PatchManifest::sequence>},
     {"patcherVersion", ReadNumber<&PatchManifest::patcherVersion>},
     {"patcherUrl", ReadText<&PatchManifest::patcherUrl>},
     {"patcherSha256", ReadLauncherDigest},
@@ -128,6 +129,7 @@ bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::str
     // Without a tree of values in between, which would need several times the memory of the manifest.
     Reader reader(text, 0);
     ReadRecord(reader, kManifestFields, manifest);
+    manifest.valueSize = reader.Position();
     return true;
   } catch (const std::exception& failure) {
     error = failure.what();

@@ -21,7 +21,7 @@ constexpr std::size_t kDirectoryEntrySize = 8;
 constexpr std::size_t kPeSectionSize = 40;
 constexpr std::uint64_t kPeSymbolSize = 18;
 
-/// Where something without bytes is does not matter.
+/// The offset of something without bytes is not checked.
 bool IsInside(const FileBytes& file, std::uint64_t offset, std::uint64_t size) {
   return size == 0 || file.Contains(offset, size);
 }
@@ -125,15 +125,15 @@ ProgramFile ExamineProgram(const std::filesystem::path& place) {
   FileBytes file(place);
   const auto two = file.Read(0, 2);
   const auto four = file.Read(0, 4);
-  bool whole = false;
+  bool complete = false;
   if (two && (*two)[0] == 'M' && (*two)[1] == 'Z') {
-    whole = IsWholePe(file);
+    complete = IsWholePe(file);
   } else if (four && U32(*four, 0) == 0x464C457F) {
-    whole = IsWholeElf(file);
+    complete = IsWholeElf(file);
   } else {
     return ProgramFile::kNone;
   }
-  return whole ? ProgramFile::kWhole : ProgramFile::kCut;
+  return complete ? ProgramFile::kWhole : ProgramFile::kCut;
 }
 
 }  // namespace patcher

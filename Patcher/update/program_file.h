@@ -13,6 +13,6 @@ enum class ProgramFile {
 /// Examines a program by its own headers. Windows (PE/COFF): headers, sections, certificates, symbols with
 /// their names. Linux (ELF, little-endian, 32 or 64 bits, "Tool Interface Standard Executable and Linking
 /// Format"): both tables, segments, sections. Bytes after all of these cannot be missed.
-ProgramFile ExamineProgram(const std::filesystem::path& file);
+[[nodiscard]] ProgramFile ExamineProgram(const std::filesystem::path& file);
 
 }  // namespace patcher

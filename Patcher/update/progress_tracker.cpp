@@ -27,7 +27,7 @@ ProgressTracker::ProgressTracker(HostWindow& window, std::uint64_t totalBytes, s
       lastEmit_(startTime_) {}
 
 void ProgressTracker::SetCurrentFile(const std::string& name) {
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   currentFile_ = name;
 }
 
@@ -47,7 +47,7 @@ std::int32_t ProgressTracker::ItemDone() {
 void ProgressTracker::Emit(bool force) {
   ProgressReport report;
   {
-    std::lock_guard guard(lock_);
+    const platform::MutexLock guard(lock_);
     const Clock::time_point now = Clock::now();
     if (!force && now - lastEmit_ < kEmitInterval) return;
     lastEmit_ = now;

@@ -3,15 +3,15 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 #include "control/protocol/host_window.h"
+#include "platform/mutex.h"
 
 namespace patcher {
 
-/// Counts bytes and finished items of one download stage across all threads, and tells the page at most ten
-/// times a second unless forced. Any thread. Its lock is a leaf: nothing else is taken under it.
+/// Counts bytes and finished items of one download stage across all threads, and reports to the page at most
+/// ten times a second unless forced. Any thread. It takes no other lock while its own is held.
 class ProgressTracker {
  public:
   ProgressTracker(HostWindow& window, std::uint64_t totalBytes, std::uint32_t itemCount);
@@ -34,9 +34,9 @@ class ProgressTracker {
   const Clock::time_point startTime_;
   std::atomic<std::uint64_t> downloadedBytes_{0};
   std::atomic<std::uint64_t> itemsDone_{0};
-  std::mutex lock_;  // guards the two below
-  Clock::time_point lastEmit_;
-  std::string currentFile_;
+  platform::Mutex lock_;
+  Clock::time_point lastEmit_ PATCHER_GUARDED_BY(lock_);
+  std::string currentFile_ PATCHER_GUARDED_BY(lock_);
 };
 
 /// Whole percent of `done` in `total`, truncated, at most 100; 100 for a total of 0.

@@ -10,7 +10,7 @@ RunState::RunState(HostWindow& hostWindow)
     : window(hostWindow), record(ExeDir() / kRecordFile), extracting(PatchConfig::Current().connections) {}
 
 void EnterInRecord(RunState& run, const std::vector<InstalledFile>& files) {
-  std::lock_guard guard(run.stateLock);
+  const platform::MutexLock guard(run.stateLock);
   for (const InstalledFile& file : files) run.record.Enter(file.path, file.digest);
 }
 

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "control/protocol/host_window.h"
+#include "platform/mutex.h"
 #include "transport/http_session.h"
 #include "update/archive_extraction.h"
 #include "update/local_record.h"
@@ -35,16 +35,18 @@ struct ForgottenFile {
 };
 
 /// State of one update run. The lists point into `manifest`, which does not change once it is parsed. While a
-/// pool runs, workers read everything freely, but touch `record` and `retryPaths` only under `stateLock`,
-/// which is never held together with a ProgressTracker's lock.
+/// pool runs, workers read everything that `stateLock` does not guard. That lock is never held together with
+/// a ProgressTracker's lock.
 struct RunState {
   explicit RunState(HostWindow& hostWindow);
 
+  platform::Mutex stateLock;
   HostWindow& window;
   HttpSession session;
-  std::string manifestText;  ///< the server's document as received; becomes the local manifest at the end
+  std::string manifestText;  ///< the server's document as received; becomes the record at the end
   PatchManifest manifest;
-  LocalRecord record;        ///< what is known to be installed, and is on the disk
+  /// What is known to be installed, and is on the disk.
+  LocalRecord record PATCHER_GUARDED_BY(stateLock);
   UnflushedFiles unflushed;  ///< what is to enter the record
 
   // By path, once something is wanted; the text is the manifest's own.
@@ -53,18 +55,17 @@ struct RunState {
   std::vector<const PatchFile*> wanted;  ///< manifest order
   std::uint64_t wantedBytes = 0;
   std::set<std::string, std::less<>> wantedPaths;
-  std::vector<ForgottenFile> forgotten;           ///< to be remembered if nobody touches them
+  std::vector<ForgottenFile> forgotten;           ///< to be remembered if they stay untouched
   std::vector<const PatchBundle*> chosenBundles;  ///< manifest order
   std::uint64_t bundleBytes = 0;
   /// Wanted files that are to arrive through archives, each with the index of the first chosen archive that
   /// lists it: that one alone extracts the file, so that two workers never write the same one.
   std::map<std::string, std::size_t, std::less<>> archivePaths;
-  ExtractingThreads extracting;                   ///< of the archive stage: as many as connections
-  std::set<std::string, std::less<>> retryPaths;  ///< wanted files of archives that failed
-  std::vector<const PatchFile*> singles;          ///< manifest order
+  ExtractingThreads extracting;  ///< of the archive stage: as many as connections
+  /// Wanted files of archives that failed.
+  std::set<std::string, std::less<>> retryPaths PATCHER_GUARDED_BY(stateLock);
+  std::vector<const PatchFile*> singles;  ///< manifest order
   std::uint64_t singleBytes = 0;
-
-  std::mutex stateLock;
 };
 
 /// Enters files that have come out of `unflushed`. Any thread, without `stateLock`.

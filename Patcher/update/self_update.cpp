@@ -24,14 +24,14 @@ namespace fs = std::filesystem;
 /// No launcher comes near this.
 constexpr std::uint64_t kMaxLauncherSize = std::uint64_t{256} << 20;
 
-/// Where the new launcher waits for the swap. A player may start that file itself after a swap that died.
+/// The new launcher until the swap. A player may start that file itself after a swap that died.
 fs::path NewLauncher() {
-  fs::path fetched = ExeDir() / kNewLauncherFile;
-  if (IsOwnName(fetched)) fetched += ".new";
-  return fetched;
+  fs::path file = ExeDir() / kNewLauncherFile;
+  if (IsOwnName(file)) file += ".new";
+  return file;
 }
 
-/// Where the running launcher makes way to. Either name is swept by the next run.
+/// The replaced launcher. The next run removes a file of either name.
 fs::path OldLauncher() {
   fs::path old = ExeDir() / kOldLauncherFile;
   if (IsOwnName(old)) old += ".old";
@@ -39,7 +39,7 @@ fs::path OldLauncher() {
 }
 
 /// A downloaded file is no program yet on Linux: it gets the running launcher's mode. On Windows the mode is
-/// the read-only attribute alone, which no launcher shall have: the next one could not be put over it.
+/// the read-only attribute alone, which no launcher may have: the next one could not replace it.
 bool MakeExecutable(const fs::path& file) {
   std::error_code error;
   const fs::perms mode = fs::status(ExePath(), error).permissions() & fs::perms::all;
@@ -105,7 +105,8 @@ class LauncherFetch {
 
 /// Gives the old launcher its name back.
 void TakeBack(const fs::path& old, const fs::path& launcher) {
-  RetryWhileHeld([&] { return platform::MoveDurably(old, launcher); });
+  // If it fails, the player starts the launcher under its old name.
+  static_cast<void>(RetryWhileHeld([&] { return platform::MoveDurably(old, launcher); }));
   // Where both names are one file, nothing was moved.
   std::error_code error;
   if (fs::equivalent(old, launcher, error) && !error) fs::remove(old, error);
@@ -130,22 +131,24 @@ bool FetchNewLauncher(RunState& run) {
 
 int StartLauncher(const fs::path& launcher) { return platform::StartProgram(launcher, {}, ExeDir()); }
 
-void SelfUpdateSwap(const ErrorBox& showErrorBox, const LauncherStart& start) {
-  const fs::path fetched = NewLauncher();
+void SelfUpdateSwap(const ShowError& showError, const LauncherStart& start) {
+  const fs::path newLauncher = NewLauncher();
   const fs::path& launcher = ExePath();
   const fs::path old = OldLauncher();
+  // If it fails, the move below does.
   static_cast<void>(RemoveFile(old));
   if (RetryWhileHeld([&] { return platform::MoveAside(launcher, old); }) != 0) {
-    showErrorBox(u"Impossible de remplacer le patcher (fichier verrouille).", BuildWindowTitle());
+    showError(u"Impossible de remplacer le patcher (fichier verrouille).", BuildWindowTitle());
     return;
   }
-  if (RetryWhileHeld([&] { return platform::MoveDurably(fetched, launcher); }) == 0) {
+  if (RetryWhileHeld([&] { return platform::MoveDurably(newLauncher, launcher); }) == 0) {
     if (start(launcher) == 0) return;
-    RetryWhileHeld([&] { return platform::MoveAside(launcher, fetched); });
+    // If it fails, the next run fetches the new launcher again.
+    static_cast<void>(RetryWhileHeld([&] { return platform::MoveAside(launcher, newLauncher); }));
   }
-  // Before the box, which may stay for long.
+  // Before the error box, which the player may leave open for long.
   TakeBack(old, launcher);
-  showErrorBox(u"Mise a jour du patcher incomplete, relance annulee.", BuildWindowTitle());
+  showError(u"Mise a jour du patcher incomplete, relance annulee.", BuildWindowTitle());
 }
 
 }  // namespace patcher

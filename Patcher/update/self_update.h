@@ -16,21 +16,21 @@ namespace patcher {
 /// one's. One attempt. True if Patcher.new.exe is whole, on the disk itself and as executable as the running
 /// launcher; the run is then to end in favour of SelfUpdateSwap. False if there is nothing to fetch, if that
 /// failed (a status line says so), or if what came is the running launcher itself: a server that announces a
-/// number above its file's would otherwise restart the launcher for ever. The player reads nothing more then,
-/// and the run goes on.
+/// number above its file's would otherwise restart the launcher for ever. The run then goes on without a
+/// further status line.
 ///
 /// What counts as received: a body that is not empty, has the manifest's patcherSha256 if there is one, is
 /// whole by its own headers if it is a program, and is a program if its length was not announced.
-bool FetchNewLauncher(RunState& run);
+[[nodiscard]] bool FetchNewLauncher(RunState& run);
 
 /// Starts a launcher and does not wait for it. Returns 0, or the system's error number.
 using LauncherStart = std::function<int(const std::filesystem::path& launcher)>;
-int StartLauncher(const std::filesystem::path& launcher);
+[[nodiscard]] int StartLauncher(const std::filesystem::path& launcher);
 
 /// Moves the running launcher aside and the new one to its place, and starts that. A failed move is shown. If
 /// the new launcher cannot be moved or started, the old one gets its name back and the new one is
 /// Patcher.new.exe again, so that the player still has a launcher. The process ends after this, whatever the
 /// outcome. Main thread.
-void SelfUpdateSwap(const ErrorBox& showErrorBox, const LauncherStart& start = StartLauncher);
+void SelfUpdateSwap(const ShowError& showError, const LauncherStart& start = StartLauncher);
 
 }  // namespace patcher

@@ -22,29 +22,30 @@ bool StartFlush(const InstalledFile& file) { return platform::StartFlush(PlaceOf
 
 void UnflushedFiles::Add(InstalledFile file) {
   const bool started = StartFlush(file);
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   entries_.push_back({std::move(file), started});
 }
 
 std::vector<InstalledFile> UnflushedFiles::Flush() {
-  std::lock_guard flushing(flushLock_);
+  const platform::MutexLock flushing(flushLock_);
   return FlushBatch();
 }
 
 std::vector<InstalledFile> UnflushedFiles::TryFlush() {
-  std::unique_lock flushing(flushLock_, std::try_to_lock);
-  return flushing ? FlushBatch() : std::vector<InstalledFile>();
+  if (!flushLock_.TryLock()) return {};
+  const platform::MutexLock flushing(flushLock_, std::adopt_lock);
+  return FlushBatch();
 }
 
 bool UnflushedFiles::IsEmpty() {
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   return entries_.empty();
 }
 
 std::vector<InstalledFile> UnflushedFiles::FlushBatch() {
   std::vector<Entry> batch;
   {
-    std::lock_guard guard(lock_);
+    const platform::MutexLock guard(lock_);
     batch.swap(entries_);
   }
   // Another program may have held a file when it was added.
@@ -55,12 +56,12 @@ std::vector<InstalledFile> UnflushedFiles::FlushBatch() {
   for (auto entry = ready; entry != batch.end(); ++entry) places.push_back(PlaceOf(entry->file));
   if (platform::FinishFlush(places) != 0) ready = batch.end();
 
-  std::vector<InstalledFile> flushed;
-  flushed.reserve(static_cast<std::size_t>(batch.end() - ready));
-  for (auto entry = ready; entry != batch.end(); ++entry) flushed.push_back(std::move(entry->file));
-  std::lock_guard guard(lock_);
+  std::vector<InstalledFile> files;
+  files.reserve(static_cast<std::size_t>(batch.end() - ready));
+  for (auto entry = ready; entry != batch.end(); ++entry) files.push_back(std::move(entry->file));
+  const platform::MutexLock guard(lock_);
   entries_.insert(entries_.end(), std::make_move_iterator(batch.begin()), std::make_move_iterator(ready));
-  return flushed;
+  return files;
 }
 
 }  // namespace patcher

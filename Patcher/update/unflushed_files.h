@@ -1,8 +1,9 @@
 #pragma once
 
-#include <mutex>
 #include <string>
 #include <vector>
+
+#include "platform/mutex.h"
 
 namespace patcher {
 
@@ -35,11 +36,11 @@ class UnflushedFiles {
     bool started;  // the first step of its flush has succeeded
   };
 
-  std::vector<InstalledFile> FlushBatch();
+  std::vector<InstalledFile> FlushBatch() PATCHER_REQUIRES(flushLock_);
 
-  std::mutex flushLock_;
-  std::mutex lock_;  // guards the one below
-  std::vector<Entry> entries_;
+  platform::Mutex flushLock_;
+  platform::Mutex lock_;
+  std::vector<Entry> entries_ PATCHER_GUARDED_BY(lock_);
 };
 
 }  // namespace patcher

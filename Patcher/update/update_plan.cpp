@@ -7,13 +7,15 @@
 #include <set>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "control/protocol/ui_event.h"
 #include "integrity/digest/sha256.h"
 #include "platform/text.h"
 #include "shared/program.h"
-#include "transport/config.h"
+#include "transport/run_pool.h"
+#include "update/archive_choice.h"
 #include "update/download_pool.h"
 #include "update/manifest_paths.h"
 
@@ -25,12 +27,12 @@ namespace fs = std::filesystem;
 constexpr std::size_t kHashedFilesPerStatus = 25;
 constexpr std::size_t kFilesPerWorkItem = 512;
 
-/// Hashes files that the record does not vouch for, and says so now and then.
-class DiskProof {
+/// Hashes files that the record does not name, and reports how many from time to time.
+class HashCheck {
  public:
-  explicit DiskProof(HostWindow& window) : window_(window) {}
+  explicit HashCheck(HostWindow& window) : window_(window) {}
 
-  bool IsGood(const fs::path& file, const PatchFile& expected) {
+  bool IsCorrect(const fs::path& file, const PatchFile& expected) {
     std::error_code error;
     if (!fs::exists(file, error) || error) return false;
     const std::uint64_t size = fs::file_size(file, error);
@@ -61,25 +63,29 @@ bool PathsAscend(const std::vector<PatchFile>& files) {
          }) == files.end();
 }
 
+/// What the record says; null if that is the manifest itself. It does not change while the workers read it.
+const LocalState* ComparableRecord(RunState& run) {
+  const platform::MutexLock guard(run.stateLock);
+  return run.record.IsDocument() && PathsAscend(run.manifest.files) ? nullptr : &run.record.State();
+}
+
 /// For each file of the manifest whether the record has its digest and something exists in its place. On all
 /// cores: when there is nothing to do, this is the largest part of a start.
 std::vector<char> TrustedFiles(RunState& run) {
   const std::vector<PatchFile>& files = run.manifest.files;
-  const bool allNamed = run.record.IsDocument() && PathsAscend(files);
-  const LocalState* known = allNamed ? nullptr : &run.record.State();
+  const LocalState* known = ComparableRecord(run);
   std::vector<char> trusted(files.size());
   const auto examine = [&](std::size_t item, unsigned) {
     const std::size_t begin = item * kFilesPerWorkItem;
     const std::size_t end = std::min(begin + kFilesPerWorkItem, files.size());
     for (std::size_t i = begin; i < end; ++i) {
       std::error_code error;
-      trusted[i] = (allNamed || Names(*known, files[i])) && fs::exists(PlaceOf(files[i]), error);
+      trusted[i] = (known == nullptr || Names(*known, files[i])) && fs::exists(PlaceOf(files[i]), error);
     }
     return true;
   };
   // Files that are left out after a failure are not trusted.
-  static_cast<void>(ParallelRun((files.size() + kFilesPerWorkItem - 1) / kFilesPerWorkItem,
-                                PatchConfig::Current().connections, examine));
+  static_cast<void>(RunPool((files.size() + kFilesPerWorkItem - 1) / kFilesPerWorkItem, examine));
   return trusted;
 }
 
@@ -105,7 +111,7 @@ std::optional<FileStamp> StampOf(const std::string& path) {
 }  // namespace
 
 std::size_t FindWantedFiles(RunState& run) {
-  DiskProof proof(run.window);
+  HashCheck check(run.window);
   std::map<std::string_view, std::string_view> found;
   // A run that died may have left them unflushed.
   UnflushedFiles unflushed;
@@ -115,7 +121,7 @@ std::size_t FindWantedFiles(RunState& run) {
     const PatchFile& file = run.manifest.files[i];
     const auto known = found.find(file.path);
     if (known != found.end() && known->second == file.sha256) continue;
-    if (proof.IsGood(PlaceOf(file), file)) {
+    if (check.IsCorrect(PlaceOf(file), file)) {
       found.insert_or_assign(file.path, file.sha256);
       unflushed.Add({file.path, file.sha256});
       continue;
@@ -123,26 +129,24 @@ std::size_t FindWantedFiles(RunState& run) {
     run.wanted.push_back(&file);
     run.wantedBytes += file.size;
   }
-  for (const InstalledFile& file : unflushed.Flush()) run.record.Enter(file.path, file.digest);
+  EnterInRecord(run, unflushed.Flush());
   if (!run.wanted.empty()) ListExpected(run);
   return found.size();
 }
 
 bool ChooseBundles(RunState& run) {
   for (const PatchFile* file : run.wanted) run.wantedPaths.insert(run.wantedPaths.end(), file->path);
-  for (const PatchBundle& bundle : run.manifest.bundles) {
-    const bool useful = std::any_of(bundle.files.begin(), bundle.files.end(), [&](const std::string& path) {
-      return run.wantedPaths.count(path) != 0;
-    });
-    if (!useful) continue;
-    run.chosenBundles.push_back(&bundle);
-    run.bundleBytes += bundle.size;
-  }
-  return !run.chosenBundles.empty() && run.bundleBytes < run.wantedBytes;
+  std::vector<const PatchBundle*> archives;
+  for (const PatchBundle& bundle : run.manifest.bundles) archives.push_back(&bundle);
+  ArchiveChoice choice = ChooseArchives(archives, run.wantedPaths, run.wantedBytes);
+  run.chosenBundles = std::move(choice.archives);
+  run.bundleBytes = choice.bytes;
+  return choice.isCheaper;
 }
 
 bool ForgetWantedFiles(RunState& run) {
   if (run.wanted.empty()) return false;
+  const platform::MutexLock guard(run.stateLock);
   const std::vector<std::string> changing = PathsThatChange(run.record.State(), run.wanted);
   for (const std::string& path : changing) {
     // Another spelling of a wanted file comes from an older version: it is not remembered.
@@ -155,6 +159,7 @@ bool ForgetWantedFiles(RunState& run) {
 }
 
 void RememberUntouchedFiles(RunState& run) {
+  const platform::MutexLock guard(run.stateLock);
   for (const ForgottenFile& file : run.forgotten) {
     if (file.stamp && run.record.State().count(file.path) == 0 && StampOf(file.path) == file.stamp) {
       run.record.Enter(file.path, file.digest);
@@ -168,17 +173,17 @@ void AssignArchivePaths(RunState& run) {
       if (run.wantedPaths.count(path) != 0) run.archivePaths.emplace(path, index);
     }
   }
-  // A reader of archives may give a file the time that stood there before.
+  // An extracted file may have the time of the file that it replaces.
   std::erase_if(run.forgotten,
                 [&](const ForgottenFile& file) { return run.archivePaths.count(file.path) != 0; });
 }
 
 void ListSingles(RunState& run) {
-  std::set<std::string_view> listed;
+  std::set<std::string_view> paths;
   for (const PatchFile* file : run.wanted) {
     if (run.archivePaths.count(file->path) != 0) continue;
-    const bool superseded = run.expectedDigests.find(file->path)->second != file->sha256;
-    if (superseded || !listed.insert(file->path).second) continue;
+    const bool isEarlierEntry = run.expectedDigests.find(file->path)->second != file->sha256;
+    if (isEarlierEntry || !paths.insert(file->path).second) continue;
     run.singles.push_back(file);
     run.singleBytes += file->size;
   }

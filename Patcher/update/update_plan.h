@@ -17,10 +17,10 @@ bool ChooseBundles(RunState& run);
 
 /// Takes what the installation of the wanted files may change out of the record, and the wanted files
 /// themselves into `forgotten`; true if the record held any. From here on their content on disk is uncertain,
-/// and after a death a server that goes back to the recorded version must not find them vouched for.
-bool ForgetWantedFiles(RunState& run);
+/// and after a death a server that goes back to the recorded version must not find them in the record.
+[[nodiscard]] bool ForgetWantedFiles(RunState& run);
 
-/// When a stage has failed: the files that were forgotten and that nobody has touched since are in the record
+/// When a stage has failed: the files that were forgotten and have not been touched since are in the record
 /// as before.
 void RememberUntouchedFiles(RunState& run);
 
@@ -28,7 +28,7 @@ void RememberUntouchedFiles(RunState& run);
 void AssignArchivePaths(RunState& run);
 
 /// Fills `singles` and `singleBytes`: the wanted files that do not come through archives. Of a
-/// path that stands twice in the manifest the last entry counts.
+/// path that the manifest lists twice the last entry counts.
 void ListSingles(RunState& run);
 
 }  // namespace patcher

@@ -3,6 +3,7 @@
 #include <exception>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <system_error>
 #include <vector>
 
@@ -11,9 +12,11 @@
 #include "shared/own_files.h"
 #include "shared/program.h"
 #include "transport/config.h"
+#include "transport/debug_log.h"
+#include "transport/run_pool.h"
 #include "update/download_pool.h"
 #include "update/install_lock.h"
-#include "update/manifest_paths.h"
+#include "update/server_manifest.h"
 #include "update/update_plan.h"
 
 namespace patcher {
@@ -25,7 +28,8 @@ constexpr std::int32_t kFilesPerSave = 50;
 constexpr std::int32_t kFilesPerStatus = 200;
 
 /// Leftovers of earlier runs: the launcher that was replaced, files that were in use when they were,
-/// temporary archives. What cannot be deleted stays for the next run.
+/// temporary archives, a record that was not yet moved into place. What cannot be deleted stays for the next
+/// run.
 void SweepLeftovers() {
   std::error_code error;
   const auto remove = [](const fs::path& file) {
@@ -34,6 +38,7 @@ void SweepLeftovers() {
     if (!IsOwnName(file)) fs::remove(file, ignored);
   };
   remove(ExeDir() / kOldLauncherFile);
+  remove(ExeDir() / (std::string(kRecordFile) + ".part"));
   fs::directory_iterator entry(ExeDir(), error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     std::error_code ignored;
@@ -60,9 +65,8 @@ class Steps {
     if (!lock_.IsTaken()) return ClientExists();
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
-    if (stages_.selfUpdate && stages_.selfUpdate(run_)) return std::nullopt;
-    run_.record.Load({run_.manifestText, &run_.manifest});
-    PostVersions(run_.window, run_.record.Version(), run_.manifest.version);
+    if (stages_.selfUpdate(run_)) return std::nullopt;
+    PostVersions(run_.window, LoadRecord(), run_.manifest.version);
     if (!SaveWhatIsInstalled(FindWantedFiles(run_))) {
       Status("Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.");
       return ClientExists();
@@ -71,12 +75,11 @@ class Steps {
       Status("A jour.");
       return true;
     }
-    const bool fetched = FetchArchives() && FetchSingles();
+    const bool complete = FetchArchives() && FetchSingles();
     EnterInRecord(run_, run_.unflushed.Flush());
-    if (!fetched) {
+    if (!complete) {
       RememberUntouchedFiles(run_);
-      // It is behind at worst: the wanted files left the record before the first of them was touched.
-      static_cast<void>(run_.record.Save());
+      SaveAfterFailure();
       return ClientExists();
     }
     FinishCompleteRun();
@@ -86,7 +89,7 @@ class Steps {
  private:
   void Status(const std::string& text) { PostStatus(run_.window, text); }
 
-  bool ClientExists() const { return stages_.clientExists && stages_.clientExists(); }
+  bool ClientExists() const { return stages_.clientExists(); }
 
   std::optional<bool> ReachServer() {
     Status("Connexion au serveur de patch...");
@@ -96,7 +99,8 @@ class Steps {
       PostServer(run_.window, false);
       return ClientExists();
     }
-    if (!run_.session.GetToString("/patch/version.json", run_.manifestText, kMaxManifestSize + 1)) {
+    const ServerManifest answer = FetchManifest();
+    if (answer == ServerManifest::kUnreachable) {
       Status("Serveur de patch injoignable.");
       PostServer(run_.window, false);
       const bool canPlay = ClientExists();
@@ -104,26 +108,38 @@ class Steps {
       return canPlay;
     }
     PostServer(run_.window, true);
-    if (!ParsePatchManifest(run_.manifestText, run_.manifest, error) || !PathsAreUsable(run_.manifest)) {
+    if (answer == ServerManifest::kUnusable) {
       Status("Manifest de patch invalide.");
       return false;
     }
     return std::nullopt;
   }
 
+  ServerManifest FetchManifest() {
+    const platform::MutexLock guard(run_.stateLock);
+    return FetchServerManifest(run_.session, run_.record, run_.manifestText, run_.manifest);
+  }
+
+  /// Returns the version that the record names.
+  std::int32_t LoadRecord() {
+    const platform::MutexLock guard(run_.stateLock);
+    if (!run_.record.IsLoaded()) run_.record.Load({run_.manifestText, &run_.manifest});
+    return run_.record.Version();
+  }
+
   /// The record names what was found good, and no longer what is wanted. False if an old record is still
-  /// there that may vouch for files which are about to change.
+  /// there that may name files which are about to change.
   bool SaveWhatIsInstalled(std::size_t found) {
     if (found > 0) Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");
     const bool forgot = ForgetWantedFiles(run_);
+    const platform::MutexLock guard(run_.stateLock);
     const bool current = found == 0 && !forgot && !run_.record.IsUnread();
     return current || run_.record.Save() || run_.wanted.empty();
   }
 
   /// False if the stage failed as a whole; a failed archive only hands its files to the next stage.
   bool FetchArchives() {
-    const bool cheaper = ChooseBundles(run_);
-    if (!cheaper || !stages_.installBundle) {
+    if (!ChooseBundles(run_)) {
       Status(std::to_string(run_.wanted.size()) + " fichier(s) a telecharger...");
       return true;
     }
@@ -133,14 +149,19 @@ class Steps {
     ProgressTracker tracker(run_.window, run_.bundleBytes,
                             static_cast<std::uint32_t>(run_.chosenBundles.size()));
     const bool done = RunPool(run_.chosenBundles.size(), [&](std::size_t index, unsigned worker) {
-      return stages_.installBundle(run_, tracker, index, worker);
+      return stages_.installArchive(run_, tracker, index, worker);
     });
-    if (!run_.retryPaths.empty()) {
-      for (const std::string& path : run_.retryPaths) run_.archivePaths.erase(path);
-      Status(std::to_string(run_.retryPaths.size()) +
-             " fichier(s) d archive(s) manquante(s) seront pris un par un.");
-    }
+    LeaveFailedArchives();
     return done;
+  }
+
+  /// Hands the files of archives that failed to the next stage.
+  void LeaveFailedArchives() {
+    const platform::MutexLock guard(run_.stateLock);
+    if (run_.retryPaths.empty()) return;
+    for (const std::string& path : run_.retryPaths) run_.archivePaths.erase(path);
+    Status(std::to_string(run_.retryPaths.size()) +
+           " fichier(s) d archive(s) manquante(s) seront pris un par un.");
   }
 
   bool FetchSingles() {
@@ -170,26 +191,34 @@ class Steps {
     return true;
   }
 
-  /// If another worker is at it, the files of this call go with its next one.
+  /// If another worker is saving, the files of this call wait for the next one.
   void SaveProgress() {
     const std::vector<InstalledFile> files = run_.unflushed.TryFlush();
     if (files.empty()) return;
     EnterInRecord(run_, files);
-    std::lock_guard guard(run_.stateLock);
+    const platform::MutexLock guard(run_.stateLock);
     run_.record.SaveProgress();
   }
 
-  void FinishCompleteRun() {
-    // A record that lags costs the next start some hashing.
-    static_cast<void>(run_.unflushed.IsEmpty() ? run_.record.SaveDocument(run_.manifestText)
-                                               : run_.record.Save());
-    if (stages_.cleanUp) stages_.cleanUp(run_.window, run_.manifest);
-    PostVersions(run_.window, run_.manifest.version, run_.manifest.version);
-    Status("Pret a jouer.");
+  void SaveAfterFailure() {
+    const platform::MutexLock guard(run_.stateLock);
+    // An old record names less than is installed at worst: the wanted files left it before the first of them
+    // was touched.
+    static_cast<void>(run_.record.Save());
   }
 
-  static bool RunPool(std::size_t itemCount, const WorkItem& work) {
-    return ParallelRun(itemCount, PatchConfig::Current().connections, work);
+  void SaveAfterSuccess() {
+    const platform::MutexLock guard(run_.stateLock);
+    // An old record costs the next start some hashing.
+    static_cast<void>(run_.unflushed.IsEmpty() ? run_.record.SaveDocument(run_.manifestText)
+                                               : run_.record.Save());
+  }
+
+  void FinishCompleteRun() {
+    SaveAfterSuccess();
+    stages_.cleanUp(run_.window, run_.manifest);
+    PostVersions(run_.window, run_.manifest.version, run_.manifest.version);
+    Status("Pret a jouer.");
   }
 
   InstallLock lock_;
@@ -202,17 +231,17 @@ class Steps {
 void RunUpdate(HostWindow& window, const UpdateStages& stages) {
   bool canPlay = false;
   try {
-    // In a scope of its own: when the page hears `ready`, the run's lists are freed and its session is
-    // closed.
+    // A temporary: before `ready` is posted, the run's lists are freed and its session is closed.
     const std::optional<bool> end = Steps(window, stages).Run();
     if (!end) {
       PostSelfUpdate(window);
       return;
     }
     canPlay = *end;
-  } catch (const std::exception&) {
+  } catch (const std::exception& failure) {
+    DebugLog::WriteException("the update run", failure);
     PostStatus(window, "La mise a jour a rencontre une erreur inattendue.");
-    canPlay = stages.clientExists && stages.clientExists();
+    canPlay = stages.clientExists();
   }
   PostReady(window, canPlay);
 }

@@ -59,8 +59,9 @@ struct Session {
   platform::HttpConnection connection;
 
   explicit Session(const platform::ServerAddress& server = ContractServer()) {
-    client.Open("Contract/1.0");
+    // Without either, every request fails.
+    static_cast<void>(client.Open("Contract/1.0"));
     client.SetMaxConnectionsPerServer(8);
-    connection.Open(client, server);
+    static_cast<void>(connection.Open(client, server));
   }
 };

@@ -51,6 +51,14 @@ TEST(FilesContract, AMoveReplacesAFileOrLeavesBothSides) {
   EXPECT_TRUE(fs::is_directory(directory / "moved"));
 }
 
+TEST(FilesContract, APrivateFileReplacesNothing) {
+  const ScratchDirectory directory;
+  EXPECT_EQ(CreatePrivateFile(directory / "file", "content"), 0);
+  EXPECT_NE(CreatePrivateFile(directory / "file", "other"), 0);
+  EXPECT_NE(CreatePrivateFile(directory / "missing/file", "content"), 0);
+  EXPECT_EQ(ReadWhole(directory / "file"), "content");
+}
+
 TEST(FilesContract, AFileThatMakesWayIsThereUnderTheOtherName) {
   const ScratchDirectory directory;
   WriteWhole(directory / "file", "old");

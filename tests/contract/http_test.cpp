@@ -127,6 +127,23 @@ TEST(HttpContract, DeadServerFailsInSend) {
   EXPECT_NE(request.Send(), 0u);
 }
 
+TEST(HttpContract, ObjectsThatWereNeverOpenedFail) {
+  HttpClient client;
+  client.SetMaxConnectionsPerServer(4);
+  HttpConnection connection;
+  EXPECT_FALSE(connection.Open(client, {false, "127.0.0.1", 1}));
+  HttpRequest request;
+  EXPECT_NE(request.Open(connection, "/"), 0u);
+  EXPECT_NE(request.Send(), 0u);
+  EXPECT_NE(request.ReceiveResponse(), 0u);
+  EXPECT_EQ(request.Status(), 0u);
+  EXPECT_FALSE(request.AnnouncedLength());
+  std::uint32_t count = 1;
+  EXPECT_NE(request.QueryDataAvailable(count), 0u);
+  EXPECT_NE(request.ReadData(nullptr, 1, count), 0u);
+  EXPECT_EQ(count, 0u);
+}
+
 TEST(HttpContract, AnAbandonedTransferDoesNotDisturbTheNext) {
   Session session;
   for (int i = 0; i < 5; ++i) {

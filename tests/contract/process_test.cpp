@@ -68,7 +68,7 @@ TEST(ProcessContract, WhatIsNoProgramSaysSo) {
   std::thread([&reading] {
     reading = true;
     std::string line;
-    ReadLine(line);
+    static_cast<void>(ReadLine(line));
   }).detach();
   while (!reading) std::this_thread::yield();
   WriteErrorLine("last words");

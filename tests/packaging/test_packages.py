@@ -48,6 +48,7 @@ class LinuxInstallTest(unittest.TestCase):
             command = folder / "usr/bin" / entry["Desktop Entry"]["Exec"]
             icon = folder / f"usr/share/icons/hicolor/256x256/apps/{entry['Desktop Entry']['Icon']}.png"
             self.assertTrue(icon.read_bytes().startswith(b"\x89PNG"))
+            (folder / "usr/share/doc/tolmira/LISEZMOI.txt").read_text(encoding="ascii")
             environment = {**os.environ, "HOME": str(folder), "XDG_DATA_HOME": str(folder / "donn\u00e9es du joueur")}
             ask = [command, "--print-version"]
             self.assertEqual(subprocess.run(ask, env=environment, stdout=subprocess.PIPE, check=True).stdout, self.build_number())

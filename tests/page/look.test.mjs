@@ -71,6 +71,7 @@ journey("every page has its words, and every setting its default", {}, async (la
   assert.deepEqual(await page.locator(".btn").evaluateAll((all) => all.map((button) => button.title)), ["Reduire", "Agrandir", "Fermer"]);
   assert.deepEqual(await page.locator(".opt-range").evaluateAll((all) => all.map(({ min, max, step }) => [min, max, step].join(" "))),
     ["0 255 1", "0.2 3 0.01", "1 16 1", "0 0.02 0.0001"]);
+  /* global MOIS, TAGS_CONNUS */
   assert.deepEqual(await page.evaluate(() => [MOIS.join(" "), TAGS_CONNUS.join(" ")]), ["janvier fevrier mars avril mai juin juillet aout " +
     "septembre octobre novembre decembre", "contenu correctif evenement maintenance annonce"]);
   await launcher.open("Parametres");

@@ -8,6 +8,7 @@ import subprocess
 import sys
 import tempfile
 
+import mounts
 from launcher import wait_until
 
 SIZE = 400 << 20  # mkfs.xfs takes 300 MiB at least
@@ -26,7 +27,8 @@ def run(*command):
 def hide_mounts():
     """Gives this process mounts of its own. They and their loop devices end with it, however it ends."""
     if libc.unshare(CLONE_NEWNS) != 0:
-        sys.exit(f"power: only root can mount file systems: {os.strerror(ctypes.get_errno())}")
+        print(f"not run: power cuts, without the right to mount: {os.strerror(ctypes.get_errno())}")
+        sys.exit(1 if mounts.EVERY_TEST else 77)
     run("mount", "--make-rprivate", "/")
 
 

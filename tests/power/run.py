@@ -9,7 +9,8 @@ import signal
 import sys
 import tempfile
 
-sys.path[:0] = [str(pathlib.Path(__file__).parent), str(pathlib.Path(__file__).parents[1] / "scenario")]
+sys.path[:0] = [str(pathlib.Path(__file__).parent), str(pathlib.Path(__file__).parents[1] / "scenario"),
+                str(pathlib.Path(__file__).parents[1] / "support")]
 import disk  # noqa: E402
 import launcher  # noqa: E402
 from power_cut import PowerCut  # noqa: E402

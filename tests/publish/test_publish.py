@@ -6,6 +6,7 @@ import json
 import os
 import pathlib
 import random
+import re
 import shutil
 import signal
 import subprocess
@@ -25,6 +26,10 @@ def run(*arguments):
 
 def digest(data):
     return hashlib.sha256(data).hexdigest()
+
+
+def content_name(hexadecimal):
+    return f"f/{hexadecimal[:2]}/{hexadecimal[2:16]}"
 
 
 def make_launcher(place, build=27, name="Patcher", version="1,%d,0,0"):
@@ -63,13 +68,22 @@ class PublishTest(unittest.TestCase):
     def publish(self, version, *more, code=0):
         return self.command("--client", self.client, "--version", version, *more, code=code)
 
+    def report(self, *arguments, code=0):
+        """The JSON object of a command."""
+        report = json.loads(self.command(*arguments, "--json", "--quiet", code=code).stdout)
+        self.assertEqual((report["done"], "error" in report), (code in (0, 3), code != 0))
+        return report
+
+    def tree(self):
+        return {p: (p.stat().st_mtime_ns, p.stat().st_size) for p in self.root.rglob("*")}
+
     def command(self, *arguments, code=0):
         result = run("--out", self.www, *arguments)
         self.assertEqual(result.returncode, code, result.stderr)
         return result
 
     def content(self, data):
-        return self.patch / f"files/{digest(data)[:2]}/{digest(data)}"
+        return self.patch / content_name(digest(data))
 
     def damage(self, place):
         data = bytearray(place.read_bytes())
@@ -77,7 +91,7 @@ class PublishTest(unittest.TestCase):
         place.write_bytes(data)
 
     def manifest(self):
-        return json.loads((self.patch / "version.json").read_bytes())
+        return json.JSONDecoder().raw_decode((self.patch / "version.json").read_text())[0]
 
     def prove(self, manifest=None):
         """What the launcher relies on, by another implementation of ZIP, JSON and SHA-256."""
@@ -92,7 +106,7 @@ class PublishTest(unittest.TestCase):
         for f in manifest["files"]:
             data = (self.patch / f["url"]).read_bytes()
             self.assertEqual((len(data), digest(data)), (f["size"], f["sha256"]))
-            self.assertEqual(f["url"], f"files/{f['sha256'][:2]}/{f['sha256']}")
+            self.assertEqual(f["url"], content_name(f["sha256"]))
         packed = [path for b in manifest["bundles"] for path in b["files"]]
         self.assertEqual(len(packed), len(set(packed)))
         for b in manifest["bundles"]:
@@ -146,11 +160,10 @@ class Versions(PublishTest):
     def test_nothing_is_built_again_without_need(self):
         self.make_game()
         self.publish(1)
-        stamps = {p: p.stat().st_mtime_ns for p in self.patch.rglob("*") if p.is_file()}
+        stamps = self.tree()
         self.publish(2)
-        for place, stamp in stamps.items():
-            if place.name != "version.json":
-                self.assertEqual(place.stat().st_mtime_ns, stamp, place)
+        after = self.tree()
+        self.assertEqual([p.name for p in stamps if p.is_file() and after[p] != stamps[p]], ["version.json"])
 
     def test_same_client_same_publication(self):
         self.make_game()
@@ -223,8 +236,10 @@ class Versions(PublishTest):
         stored = set(self.patch.rglob("*"))
         self.assertIn("Is a directory", self.command("--prune", "--keep", 1, code=1).stderr)
         self.write("changing.txt", b"version 7")
-        self.assertIn("published version 7, but", self.publish(7, "--prune", "--keep", 1, code=3).stderr)
+        failed = self.report("--client", self.client, "--version", 7, "--prune", "--keep", 1, code=3)
+        self.assertIn("published version 7, but", failed["error"])
         self.assertLessEqual(stored, set(self.patch.rglob("*")), "nothing is deleted")
+        self.assertGreater(self.manifest()["sequence"], 1000, "above what the unreadable copy may have had")
         broken.rmdir()
         broken.write_bytes(whole)
         self.assertIn("already published", self.publish(7, "--prune", "--keep", 1).stdout)
@@ -258,6 +273,43 @@ class Versions(PublishTest):
         self.assertEqual((manifest["version"], manifest["patcherVersion"]), (2, 27))
         self.assertEqual(sorted(p.name for p in (self.patch / "history").iterdir()), ["2.json", "3.json", "4.json"])
 
+    def test_signatures(self):
+        key = self.root / "key"
+        public = run("keygen", key).stdout.strip()
+        line = key.read_text()
+        self.assertEqual((key.stat().st_mode & 0o777, line.split()[2]), (0o600, public))
+        self.assertEqual((run("keygen", key).returncode, key.read_text()), (1, line))
+
+        def is_signed(expected, by=public):
+            result = run("--check", self.www, "--signed-by", by)
+            self.assertEqual(result.returncode, 0 if expected else 1, result.stdout)
+
+        self.write("a", b"1")
+        self.publish(1, "--sign", key)
+        is_signed(True)
+        is_signed(False, by=run("keygen", self.root / "other").stdout.strip())
+        self.assertIn("already published", self.publish(1, "--sign", key).stdout)
+        self.assertIn("--sign", self.publish(2, code=1).stderr)
+        self.publish(2, "--hold")
+        self.assertIn("--sign", self.command("--live", 2, code=1).stderr)
+        self.command("--live", 2, "--sign", key)
+        is_signed(True)
+        self.assertIn("live already", self.command("--live", 2, "--sign", key).stdout)
+        self.command("--live", 2, "--unsigned")
+        is_signed(False)
+        self.assertIn("--live 2", self.publish(2, "--sign", key, code=1).stderr)
+        self.command("--live", 2, "--sign", self.root / "other")
+        self.command("--live", 2, "--sign", key)
+        is_signed(True)
+        self.assertEqual(self.manifest()["sequence"], 6)
+        for damaged in ("", line.replace("key", "kex"), line[:-2], line.replace(line.split()[1], "1" * 64)):
+            (self.root / "damaged").write_text(damaged)
+            self.publish(3, "--sign", self.root / "damaged", code=1)
+        is_signed(True)
+        for place in (self.client, self.www):
+            shutil.copy(key, place / "key")
+            self.assertIn("private key", self.publish(3, "--sign", place / "key", code=1).stderr)
+
     def test_a_lost_manifest(self):
         self.make_game(3)
         self.publish(1)
@@ -289,17 +341,119 @@ class Versions(PublishTest):
         self.check([])
         self.assertEqual(self.prove()[0]["files"], json.loads(sound[self.patch / "version.json"])["files"])
         self.assertEqual(archive.read_bytes(), sound[archive])
-        (self.patch / "files/00").mkdir(exist_ok=True)
-        (self.patch / f"files/00/{'0' * 64}").write_bytes(b"nothing uses this")
-        self.check(["unused: files/00/"])
+        (self.patch / "f/00").mkdir(exist_ok=True)
+        (self.patch / f"f/00/{'0' * 14}").write_bytes(b"nothing uses this")
+        self.check(["unused: f/00/"])
+
+    def test_a_store_of_an_earlier_release(self):
+        self.make_game(20)
+        self.publish(1)
+        files, text = self.prove()[0]["files"], (self.patch / "version.json").read_text()
+        old = {f["url"]: f"files/{f['sha256'][:2]}/{f['sha256']}" for f in files}
+        for name, old_name in old.items():
+            (self.patch / old_name).parent.mkdir(parents=True, exist_ok=True)
+            (self.patch / name).rename(self.patch / old_name)
+            text = text.replace(f'"{name}"', f'"{old_name}"')
+        shutil.rmtree(self.patch / "f")
+        for name in ("version.json", "history/1.json"):
+            (self.patch / name).write_text(json.dumps(json.loads(text), indent=2, ensure_ascii=False))
+        self.check([])
+        self.assertIn("live already", self.command("--live", 1).stdout)
+        self.damage(self.patch / old[content_name(digest(b"program"))])
+        self.write("new.txt", b"new")
+        forecast = self.report("--client", self.client, "--version", 2, "--dry-run")["upload"]
+        self.assertEqual((forecast["contents"]["files"], forecast["renamed"]["files"]), (len(old) + 1, len(old)))
+        self.publish(2)
+        self.prove()
+        self.assertEqual({(self.patch / name).stat().st_nlink for name in old}, {1, 2}, "not stored twice")
+        self.check(["version 1, file Tolmira.exe: files/"])
+        self.command("--prune", "--keep", 1)
+        self.assertFalse([p for p in (self.patch / "files").rglob("*") if p.is_file()])
+        self.check([])
+
+    def test_two_contents_of_one_name(self):
+        self.write("first", b"1")
+        self.publish(1)
+        taken = self.content(b"other")
+        taken.parent.mkdir(exist_ok=True)
+        self.content(b"1").rename(taken)
+        for name in ("version.json", "history/1.json"):
+            text = (self.patch / name).read_text()
+            (self.patch / name).write_text(text.replace(content_name(digest(b"1")), content_name(digest(b"other"))))
+        self.write("second", b"other")
+        self.publish(2)
+        urls = {f["path"]: f["url"] for f in self.manifest()["files"]}
+        name = digest(b"other")
+        self.assertEqual(urls, {"first": content_name(digest(b"1")), "second": f"f/{name[:2]}/{name[2:]}"})
+        self.check([])
+
+    def test_forecasts_and_reports(self):
+        self.make_game()
+        publish = ["--client", self.client, "--version=next"]
+        launcher = make_launcher(self.root / "l.exe")
+        before = self.tree()
+        forecast = self.report(*publish, "--dry-run")
+        self.assertEqual(self.tree(), before)
+        first = self.report(*publish)
+        self.assertGreater(forecast["downloads"][0]["bytes"], first["downloads"][0]["bytes"])
+        self.assertEqual([forecast["upload"]["upperBound"], forecast["downloads"][0]["estimate"]], [True, True])
+        self.assertAlmostEqual(forecast["upload"]["manifestBytes"], first["manifestBytes"], delta=5)
+        (self.client / "f0.dat").unlink()
+        self.write("f3.dat", b"changed" * 5)
+        for name in ("new", "same content"):
+            self.write(name, b"new content" * 5000)
+        before = self.tree()
+        forecast = self.report(*publish, "--dry-run", "--launcher", launcher)
+        self.assertIn("\n  changed           1 files                 35  35 bytes\n",
+                      self.command(*publish, "--dry-run").stdout)
+        self.assertEqual(self.tree(), before)
+        self.assertEqual([f["path"] for f in forecast["largest"]], ["new", "same content", "f3.dat"])
+        upload = forecast["upload"]
+        second = self.report(*publish, "--launcher", launcher)
+        self.assertEqual([upload["contents"], upload["launcherBytes"], upload["archives"]["files"], forecast["changes"]],
+                         [{"files": 2, "bytes": 55035}, launcher.stat().st_size, second["archivesBuilt"], second["changes"]])
+        self.publish(7, "--hold")
+        self.assertEqual(self.report(*publish, "--dry-run")["version"], 8)
+        status = self.report("--status")
+        self.assertEqual((status["downloads"], status["live"]["version"]), (second["downloads"], 2))
+        self.assertIn("\nheld:      7\nhistory:   2 1\n", self.command("--status").stdout)
+        self.assertEqual(self.report("--live", 1)["downloads"][0]["version"], 2)
+        before = self.tree()
+        status = self.report("--status", "--keep", 1)
+        self.assertEqual(self.tree(), before)
+        self.assertEqual({**self.report("--prune", "--keep", 1)["pruned"], "keep": 1}, status["pruning"])
+        self.assertIn("see --help", self.report("--nonsense", code=2)["error"])
+        self.damage(self.content(b"program"))
+        check = run("--check", self.www, "--json")
+        self.assertEqual((check.returncode, len(json.loads(check.stdout)["findings"])), (1, 1))
 
     def test_a_server_can_read_everything(self):
         self.make_game(5)
-        (self.www / "patch/files").mkdir(parents=True, mode=0o700)
+        (self.www / "patch/f").mkdir(parents=True, mode=0o700)
         subprocess.run(["bash", "-c", 'umask 077; exec "$@"', "-", PROGRAM, "--client", self.client, "--out", self.www,
                         "--version", "1", "--quiet"], check=True)
+        self.content(b"program").chmod(0o600)
+        self.publish(2)
         for place in self.patch.rglob("*"):
             self.assertEqual(place.stat().st_mode & 0o777, 0o755 if place.is_dir() else 0o644, place)
+
+    def test_what_is_deflated(self):
+        """Above 64 MiB samples decide, below that the result. Ends and middles of noise say nothing."""
+        noise, text = random.Random(SEED).randbytes(1 << 20), b"a line of text\n" * 100000
+        hollow = noise[:150000] + text + noise[:150000] + text + noise[:150000]
+        for name, data in [("hollow.bin", hollow), ("noise.bin", noise), ("some.bin", noise[:9000] + bytes(999)),
+                           ("tiny.bin", b"abc"), ("large.noise.bin", noise * 65), ("large.hollow.bin", noise * 33 + text * 20 + noise * 3)]:
+            self.write(name, data)
+        self.publish(1, "--archive-size", 1)
+        kinds = {}
+        for bundle in self.prove()[0]["bundles"]:
+            with zipfile.ZipFile(self.patch / bundle["name"]) as archive:
+                kinds.update((entry.filename, entry.compress_type) for entry in archive.infolist())
+        self.assertEqual({name for name, kind in kinds.items() if kind == zipfile.ZIP_DEFLATED},
+                         {"hollow.bin", "some.bin", "large.hollow.bin"})
+        self.assertEqual([b["files"] for b in self.manifest()["bundles"] if len(b["files"]) > 1 or "noise.bin" in b["files"]],
+                         [["noise.bin"], ["some.bin", "tiny.bin"]])
+        self.check([])
 
     def test_names_that_archives_cannot_carry(self):
         self.write("a..b.txt", b"x" * 5000)
@@ -398,7 +552,11 @@ class Refusals(PublishTest):
         self.assertIn("nothing is published", run("--check", self.root).stderr)
 
     def test_usage(self):
-        self.assertEqual(run("--help").returncode, 0)
+        help_text = run("-h").stdout
+        self.assertEqual(help_text, run("--help", "--json").stdout)
+        options = set(re.findall(r"(?m)^  (?:-h, )?(--[a-z-]+)", help_text))
+        manual = (pathlib.Path(__file__).parents[2] / "packaging/patch-publish.1").read_text().replace("\\-", "-")
+        self.assertEqual(options, set(re.findall(r'(?m)^\.TP\n\.\w+ (?:-h ", " )?(--[a-z-]+)', manual)))
         base = ["--client", "c", "--out", "w"]
         full = base + ["--version", "1"]
         cases = [
@@ -411,13 +569,16 @@ class Refusals(PublishTest):
             (full + ["--live", "1"], "--client does not go together with --live"), (["--live", "1"], "--out is missing"),
             (base[2:] + ["--prune", "--hold"], "--hold does not go"), (["--prune"], "--out is missing"),
             (["--check"], "needs a value"), (["--check", "w", "--version", "1"], "--version does not go"),
-            (["--nonsense"], "unknown argument '--nonsense'"),
+            (["--nonsense"], "unknown argument '--nonsense';"), (["--verison"], "(did you mean --version?)"),
+            (["--client", "--out", "w"], "--client needs a value; --out is an option"), (["--out="], "needs a value"),
+            (["--hold=1"], "--hold takes no value"), (["--status"], "--out is missing"),
         ]
         for arguments, reason in cases:
             result = run(*arguments)
             self.assertEqual((result.returncode, result.stdout), (2, ""), arguments)
             self.assertIn(reason, result.stderr)
             self.assertIn("--help", result.stderr)
+        self.assertIn("c does not exist", run(*base, "--version", 2147483647, "--archive-size", 2047).stderr)
 
     def test_a_full_disk(self):
         self.make_game()
@@ -427,7 +588,6 @@ class Refusals(PublishTest):
         self.assertEqual(result.returncode, 1)
         self.assertRegex(result.stderr, "cannot write .*: File too large")
         self.assertFalse((self.patch / "version.json").exists() or (self.patch / ".publish").exists())
-
 
     def test_not_enough_space(self):
         self.make_game(3)
@@ -493,6 +653,7 @@ class Deaths(PublishTest):
         self.publish(1)
         self.write("noise.bin", random.Random(SEED).randbytes(1 << 20) * 24)
         first = subprocess.Popen([PROGRAM, "--client", self.client, "--out", self.www, "--version", "2", "--quiet"])
+        self.addCleanup(lambda: first.poll() is None and first.kill())
         while not (self.patch / ".publish").exists() and first.poll() is None:
             time.sleep(0.001)
         first.send_signal(signal.SIGSTOP)
@@ -501,7 +662,6 @@ class Deaths(PublishTest):
         first.send_signal(signal.SIGCONT)
         self.assertEqual(first.wait(120), 0)
         self.prove()
-
 
     def test_the_old_version_stays_until_the_new_one_is_whole(self):
         chance = random.Random(SEED)
@@ -532,20 +692,27 @@ class Deaths(PublishTest):
         self.prove()
         self.assertFalse((self.patch / ".publish").exists())
 
-    def test_a_client_that_changes_meanwhile(self):
+    def test_what_changes_meanwhile(self):
+        """After its content was taken, and the size stays: a file of the client, and a stored content."""
         self.make_game(200)
         self.write("noise.bin", random.Random(SEED).randbytes(1 << 20) * 24)
-        process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version", "1"],
-                                   stderr=subprocess.PIPE, text=True)
-        stored = self.content(b"program")
-        deadline = time.monotonic() + 30
-        while not stored.exists() and time.monotonic() < deadline:
-            time.sleep(0.002)
-        self.write("Tolmira.exe", b"PROGRAM")  # its old content has been taken, and the size stays
-        _, text = process.communicate(timeout=120)
-        self.assertEqual(process.returncode, 1, text)
-        self.assertIn("the client directory changed while it was being published: Tolmira.exe", text)
-        self.assertFalse((self.patch / "version.json").exists())
+        for change, reason in [
+            (lambda stored: self.write("zz", b"THE LAST"), "client directory changed while it was being published: zz"),
+            (self.damage, "a new archive holds the entry zz with another content"),
+        ]:
+            shutil.rmtree(self.www, ignore_errors=True)
+            self.write("zz", b"the last")
+            process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version", "1"],
+                                       stderr=subprocess.PIPE, text=True)
+            stored = self.content(b"the last")
+            deadline = time.monotonic() + 30
+            while not stored.exists() and time.monotonic() < deadline:
+                time.sleep(0.002)
+            change(stored)
+            _, text = process.communicate(timeout=120)
+            self.assertEqual(process.returncode, 1, text)
+            self.assertIn(reason, text)
+            self.assertFalse((self.patch / "version.json").exists())
 
 
 if __name__ == "__main__":

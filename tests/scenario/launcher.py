@@ -7,7 +7,6 @@ import re
 import shutil
 import signal
 import subprocess
-import sys
 import tempfile
 import threading
 import time
@@ -55,12 +54,6 @@ def wait_until(condition, complaint=lambda: "it does not come"):
             return result
         time.sleep(0.02)
     raise AssertionError(complaint())
-
-
-def become_able_to_mount():
-    """Starts this script again as the root of a user namespace, unless it may mount already."""
-    if subprocess.run(["unshare", "--mount", "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
-        os.execvp("unshare", ["unshare", "--map-root-user", "--mount", sys.executable, *sys.argv])
 
 
 def messages(output):

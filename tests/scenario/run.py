@@ -12,12 +12,15 @@ import subprocess
 import sys
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).parent))
+HERE = pathlib.Path(__file__).resolve().parent
+sys.path[:0] = [str(HERE), str(HERE.parent / "support")]
 import launcher  # noqa: E402
+import mounts  # noqa: E402
 import test_kills  # noqa: E402
 
-NATIVE = ("update", "server", "archives", "disk", "options", "check", "news", "self_update", "kills")
-PREFIX = pathlib.Path(__file__).resolve().parents[2] / "build" / "wineprefix"
+NATIVE = ("update", "server", "archives", "disk", "options", "check", "messages", "news", "self_update",
+          "signed", "kills")
+PREFIX = HERE.parents[1] / "build" / "wineprefix"
 
 
 def prepare_wine():
@@ -42,7 +45,7 @@ def main():
     if launcher.is_windows():
         prepare_wine()
     else:
-        launcher.become_able_to_mount()
+        mounts.acquire()
     modules = [importlib.import_module("test_" + name) for name in (["windows"] if launcher.is_windows() else NATIVE)]
     cases = {case.__name__: case for module in modules for case in vars(module).values()
              if isinstance(case, type) and issubclass(case, unittest.TestCase) and case.__module__ == module.__name__}

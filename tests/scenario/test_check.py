@@ -4,6 +4,7 @@ import os
 import subprocess
 import unittest.mock
 
+import mounts
 from launcher import summary
 from scenario import CONNECT, MANIFEST, READY, UP_TO_DATE, ScenarioTest, failed
 
@@ -180,6 +181,7 @@ class CheckTest(ScenarioTest):
             self.assertEqual(self.place.record_file.read_bytes(), record)
 
     def test_a_repair_that_cannot_change_the_record_deletes_nothing(self):
+        mounts.require(self)
         session = self.installed(FILES)
         self.damage("a")
         session.ask("verify")

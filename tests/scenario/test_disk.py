@@ -7,6 +7,7 @@ import tempfile
 import unittest.mock
 
 import launcher
+import mounts
 from game import Game, archive, digest
 from scenario import CONNECT, MANIFEST, READY, UP_TO_DATE, ScenarioTest, failed
 
@@ -14,6 +15,7 @@ from scenario import CONNECT, MANIFEST, READY, UP_TO_DATE, ScenarioTest, failed
 class DiskTest(ScenarioTest):
     def small_disk(self, kilobytes):
         """An installation on a file system of its own, with this much room beside the launcher."""
+        mounts.require(self)
         folder = pathlib.Path(tempfile.mkdtemp(prefix="patcher-disk-"))
         self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
         size = launcher.PROGRAM.stat().st_size // 1024 + 64 + kilobytes
@@ -70,6 +72,8 @@ class DiskTest(ScenarioTest):
         (self.place / "folder.old").mkdir()
         files = {"file": b"new", **packed}
         self.put(files, {"z": (archive(packed), list(packed))})
+        self.assertEqual(self.update()[-1], True)
+        self.place.write("patch_manifest.json.part", b"cut")
         self.assertEqual(self.update()[-1], True)
         self.assert_files(self.place, {**files, "file.old/mine": b"kept", "packed.old/mine": b"kept", "sub/left.old": b"kept"})
         self.assertTrue((self.place / "folder.old").is_dir())

@@ -9,7 +9,7 @@ import sys
 import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
-sys.path[:0] = [str(HERE), str(HERE.parent / "scenario")]
+sys.path[:0] = [str(HERE), str(HERE.parent / "scenario"), str(HERE.parent / "support")]
 import launcher  # noqa: E402
 import fixture  # noqa: E402
 from display import Display  # noqa: E402

@@ -3,13 +3,13 @@
 namespace patcher {
 
 void EventBacklog::Post(const UiEvent& event) {
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   if (waiting_.empty() && postToQueue_(event)) return;
   waiting_.push_back(event);
 }
 
 void EventBacklog::Advance() {
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   while (!waiting_.empty() && postToQueue_(waiting_.front())) waiting_.pop_front();
 }
 

@@ -2,9 +2,9 @@
 
 #include <deque>
 #include <functional>
-#include <mutex>
 
 #include "control/protocol/host_window.h"
+#include "platform/mutex.h"
 
 namespace patcher {
 
@@ -24,8 +24,8 @@ class EventBacklog {
 
  private:
   const PostToQueue postToQueue_;
-  std::mutex lock_;  // guards `waiting_`, and the order of posts
-  std::deque<UiEvent> waiting_;
+  platform::Mutex lock_;  // also keeps the order of posts
+  std::deque<UiEvent> waiting_ PATCHER_GUARDED_BY(lock_);
 };
 
 }  // namespace patcher

@@ -5,7 +5,7 @@
 namespace patcher {
 
 /// One message of the main thread's queue. The kind's number and the two parameters are its whole content; a
-/// payload behind `lParam` changes owner when the event is posted.
+/// payload that `lParam` points to changes owner when the event is posted.
 struct UiEvent {
   std::uint32_t number = 0;
   std::uintptr_t wParam = 0;

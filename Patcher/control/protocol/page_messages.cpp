@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/hex_digits.h"
 #include "platform/text.h"
 
 namespace patcher {
@@ -18,11 +19,6 @@ std::u16string Decimal(Integer value) {
 }
 
 std::u16string Boolean(bool value) { return value ? u"true" : u"false"; }
-
-std::u16string HexEscape(char16_t unit) {
-  static constexpr char16_t kDigits[] = u"0123456789abcdef";
-  return {u'\\', u'u', u'0', u'0', kDigits[(unit >> 4) & 15], kDigits[unit & 15]};
-}
 
 void AppendEscapedFully(std::u16string& out, char16_t unit) {
   switch (unit) {
@@ -49,7 +45,7 @@ void AppendEscapedFully(std::u16string& out, char16_t unit) {
       break;
     default:
       if (unit < 32) {
-        out += HexEscape(unit);
+        out += u"\\u00" + Ascii(platform::HexOf(static_cast<std::uint8_t>(unit)));
       } else {
         out += unit;
       }

@@ -39,7 +39,7 @@ struct CheckResult {
   std::int32_t corrupt = 0;
   std::uint64_t bytes = 0;           ///< what a repair has to fetch
   std::vector<std::string> samples;  ///< every missing or damaged path, ascending by bytes
-  /// Those of them whose file could not be examined: what it holds is unknown. Not told to the page.
+  /// Those of them whose file could not be examined: what it holds is unknown. Not part of the message.
   std::vector<std::string> unproven = {};
 };
 

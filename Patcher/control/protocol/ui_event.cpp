@@ -56,7 +56,10 @@ void ReleasePayload(const UiEvent& event) {
     case UiEventKind::UiWideJson:
       delete reinterpret_cast<std::u16string*>(event.lParam);
       break;
-    default:
+    case UiEventKind::UiReady:
+    case UiEventKind::UiSelfUpdate:
+    case UiEventKind::UiVersions:
+    case UiEventKind::UiServer:
       break;
   }
 }

@@ -19,7 +19,7 @@ enum class UiEventKind : std::uint32_t {
   UiWideJson = 0x8008,    ///< lParam: std::u16string, a finished message
 };
 
-/// The numbers behind the progress bar.
+/// What the progress bar shows.
 struct ProgressReport {
   std::int32_t percent = 0;  ///< 0 to 100
   std::uint64_t downloadedBytes = 0;
@@ -30,7 +30,7 @@ struct ProgressReport {
   std::int32_t fileCount = 0;
 };
 
-// The posters. Any thread; none waits, none reports.
+// Any thread; none of these functions waits or reports a failure.
 
 void PostStatus(HostWindow& window, const std::string& text);
 void PostProgress(HostWindow& window, const ProgressReport& report);
@@ -41,7 +41,7 @@ void PostServer(HostWindow& window, bool online);
 void PostNarrowJson(HostWindow& window, const std::string& json);
 void PostWideJson(HostWindow& window, const std::u16string& json);
 
-/// Frees the payload of an event that nobody will handle.
+/// Frees the payload of an event that will not be handled.
 void ReleasePayload(const UiEvent& event);
 
 }  // namespace patcher

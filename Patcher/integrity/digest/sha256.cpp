@@ -1,5 +1,7 @@
 #include "integrity/digest/sha256.h"
 
+#include "shared/hex.h"
+
 namespace patcher {
 namespace {
 
@@ -13,17 +15,10 @@ platform::DigestHash Sha256::BeginHash() {
 }
 
 std::string Sha256::FinishHex(platform::DigestHash& hash) {
-  static constexpr char kDigits[] = "0123456789abcdef";
   std::vector<std::uint8_t> digest(algorithm_.DigestLength());
   hash.Finish(digest);
   if (!hashObjects_.empty()) hashObjects_.pop_back();
-  std::string hex;
-  hex.reserve(2 * digest.size());
-  for (std::uint8_t byte : digest) {
-    hex += kDigits[byte >> 4];
-    hex += kDigits[byte & 15];
-  }
-  return hex;
+  return ToHex(digest);
 }
 
 std::string Sha256::HashFile(const std::filesystem::path& file) {

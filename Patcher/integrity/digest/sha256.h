@@ -24,7 +24,7 @@ class Sha256 {
   std::string FinishHex(platform::DigestHash& hash);
 
   /// Digest of a file's content. A file that cannot be opened gives the digest of the empty message, and a
-  /// read failure midway that of what was read: a digest that does not match tells the caller.
+  /// read failure midway that of what was read: such a digest does not match the expected one.
   std::string HashFile(const std::filesystem::path& file);
 
   /// The same of a file that was just opened. `complete` says whether the file was open and could be read to

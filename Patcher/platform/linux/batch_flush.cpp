@@ -27,13 +27,13 @@ int FinishFlush(std::span<const fs::path> files) {
   // By directory: a file may be unreadable, and neighbours share theirs.
   std::set<fs::path> directories;
   for (const fs::path& file : files) directories.insert(file.parent_path());
-  std::set<dev_t> flushed;
+  std::set<dev_t> devices;
   for (const fs::path& directory : directories) {
     struct stat status {};
     if (stat(directory.c_str(), &status) != 0) return errno;
-    if (flushed.count(status.st_dev) != 0) continue;
+    if (devices.count(status.st_dev) != 0) continue;
     if (const int error = FlushFileSystemOf(directory); error != 0) return error;
-    flushed.insert(status.st_dev);
+    devices.insert(status.st_dev);
   }
   return 0;
 }

@@ -11,8 +11,9 @@ namespace platform {
 /// not be opened.
 class FileDescriptor {
  public:
-  FileDescriptor(const std::filesystem::path& file, int flags)
-      : descriptor_(open(file.c_str(), flags | O_CLOEXEC)) {}
+  /// `mode` is that of a file which the flags let it create.
+  FileDescriptor(const std::filesystem::path& file, int flags, mode_t mode = 0)
+      : descriptor_(open(file.c_str(), flags | O_CLOEXEC, mode)) {}
   ~FileDescriptor() {
     if (descriptor_ >= 0) close(descriptor_);
   }

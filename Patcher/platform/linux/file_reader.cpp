@@ -12,6 +12,7 @@ namespace platform {
 // A pipe without a writer would wait for one; regular files do not know O_NONBLOCK.
 FileReader::FileReader(const std::filesystem::path& file)
     : handle_(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+  if (handle_ < 0) openError_ = errno;
   struct stat status {};
   if (handle_ >= 0 && fstat(static_cast<int>(handle_), &status) == 0 && S_ISREG(status.st_mode)) {
     size_ = static_cast<std::uint64_t>(status.st_size);

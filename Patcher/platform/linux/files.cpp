@@ -33,13 +33,13 @@ bool SetSize(int descriptor, std::uint64_t size) {
 }
 
 int MoveByCopy(const fs::path& source, const fs::path& target) {
-  fs::path beside = target;
-  beside += ".part";
-  if (beside == source) return EXDEV;
-  int error = CopyOver(source, beside);
-  if (error == 0 && rename(beside.c_str(), target.c_str()) != 0) error = errno;
+  fs::path part = target;
+  part += ".part";
+  if (part == source) return EXDEV;
+  int error = CopyOver(source, part);
+  if (error == 0 && rename(part.c_str(), target.c_str()) != 0) error = errno;
   std::error_code ignored;
-  fs::remove(error != 0 ? beside : source, ignored);
+  fs::remove(error != 0 ? part : source, ignored);
   return error;
 }
 
@@ -70,13 +70,15 @@ int MoveReplacing(const fs::path& source, const fs::path& target, bool copyAcros
 bool IsHeldForAMoment(int) { return false; }
 int MoveDurably(const fs::path& source, const fs::path& target) {
   const int error = MoveReplacing(source, target, true);
-  if (error == 0) FlushDirectory(target.parent_path());
+  // Some file systems cannot flush a directory.
+  if (error == 0) static_cast<void>(FlushDirectory(target.parent_path()));
   return error;
 }
 
-int MoveAside(const fs::path& file, const fs::path& aside) {
-  if (link(file.c_str(), aside.c_str()) != 0) return MoveDurably(file, aside);
-  FlushDirectory(aside.parent_path());
+int MoveAside(const fs::path& file, const fs::path& newName) {
+  if (link(file.c_str(), newName.c_str()) != 0) return MoveDurably(file, newName);
+  // As above.
+  static_cast<void>(FlushDirectory(newName.parent_path()));
   return 0;
 }
 
@@ -113,6 +115,20 @@ Overwriting OverwriteInPlace(const fs::path& file, std::string_view content) {
   if (tail.empty() && !SetSize(opened.Get(), content.size())) return Overwriting::kUntouched;
   const bool done = WriteAt(opened.Get(), head, 0) && fsync(opened.Get()) == 0;
   return done ? Overwriting::kDone : Overwriting::kTorn;
+}
+
+int CreatePrivateFile(const fs::path& file, std::string_view content) {
+  const FileDescriptor created(file, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+  if (created.Get() < 0) return errno;
+  errno = 0;
+  if (WriteAt(created.Get(), content, 0) && fsync(created.Get()) == 0) {
+    // Some file systems cannot flush a directory.
+    static_cast<void>(FlushDirectory(fs::absolute(file).parent_path()));
+    return 0;
+  }
+  const int error = errno != 0 ? errno : EIO;
+  unlink(file.c_str());
+  return error;
 }
 
 int FlushToDisk(const fs::path& file) {

@@ -4,12 +4,13 @@
 #include <chrono>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include <curl/curl.h>
+
+#include "platform/mutex.h"
 
 namespace platform {
 namespace {
@@ -38,8 +39,8 @@ std::optional<std::string> UrlPart(CURLU* url, CURLUPart part, unsigned flags = 
   return copy;
 }
 
-/// One transfer engine. Its connection cache is what makes connections live on from request to request:
-/// whoever takes the engine next finds the connection open.
+/// One transfer engine. Its connection cache keeps connections open from one request to the next, which takes
+/// the engine over.
 struct Engine {
   CURLM* multi = curl_multi_init();
   CURL* easy = curl_easy_init();
@@ -67,8 +68,8 @@ void InitialiseLibrary() {
 std::optional<ServerAddress> CrackUrl(const std::string& text) {
   InitialiseLibrary();
   const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
-  // Blanks are forgiven behind the host, which nobody reads; in the host the library refuses them all the
-  // same.
+  // Blanks are allowed after the host, since that part is ignored; in the host the library still refuses
+  // them.
   if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_ALLOW_SPACE) != CURLUE_OK) {
     return std::nullopt;
   }
@@ -82,12 +83,12 @@ std::optional<ServerAddress> CrackUrl(const std::string& text) {
 
 struct HttpClient::Impl {
   std::string userAgent;
-  std::mutex lock;  // guards `idle`
-  std::vector<std::unique_ptr<Engine>> idle;
+  Mutex lock;
+  std::vector<std::unique_ptr<Engine>> idle PATCHER_GUARDED_BY(lock);
 
   std::unique_ptr<Engine> Take() {
     {
-      std::lock_guard guard(lock);
+      const MutexLock guard(lock);
       if (!idle.empty()) {
         // The one used last has the freshest connection.
         auto engine = std::move(idle.back());
@@ -99,7 +100,7 @@ struct HttpClient::Impl {
   }
 
   void GiveBack(std::unique_ptr<Engine> engine) {
-    std::lock_guard guard(lock);
+    const MutexLock guard(lock);
     idle.push_back(std::move(engine));
   }
 };
@@ -229,14 +230,14 @@ struct HttpRequest::Impl {
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
   }
 
-  /// The request is on its way as soon as the connection stands.
+  /// The request is on its way as soon as there is a connection.
   bool IsSent() const {
     curl_off_t sent = 0;
     curl_easy_getinfo(engine->easy, CURLINFO_PRETRANSFER_TIME_T, &sent);
     return sent > 0 || headersDone;
   }
 
-  /// Lets the transfer go on until `enough` says so, it is done, or `limit` has gone by.
+  /// Lets the transfer go on until `enough` says so, it is done, or `limit` has passed.
   template <typename Condition>
   CURLcode Drive(Condition enough, std::chrono::seconds limit) {
     // Only waiting counts as silence, not the time that the caller took between two calls.
@@ -284,22 +285,25 @@ std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& e
 }
 
 std::uint32_t HttpRequest::Send() {
+  if (!impl_) return CURLE_FAILED_INIT;
   if (curl_multi_add_handle(impl_->engine->multi, impl_->engine->easy) != CURLM_OK) return CURLE_FAILED_INIT;
   const auto isSent = [this] { return impl_->IsSent(); };
   const CURLcode error = impl_->Drive(isSent, kLongestSend);
-  // What broke behind the request, even in the same step, is the matter of who reads the answer.
+  // What broke after the request, even in the same step, ReceiveResponse reports.
   return isSent() ? 0 : error;
 }
 
 std::uint32_t HttpRequest::ReceiveResponse() {
+  if (!impl_) return CURLE_FAILED_INIT;
   const CURLcode error = impl_->Drive([this] { return impl_->headersDone; }, kLongestWait);
-  // A body that broke after the headers is the reader's matter.
+  // A body that broke after the headers: QueryDataAvailable reports that.
   return impl_->headersDone ? 0 : error;
 }
 
-std::uint32_t HttpRequest::Status() { return impl_->Code(); }
+std::uint32_t HttpRequest::Status() { return impl_ ? impl_->Code() : 0; }
 
 std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const {
+  if (!impl_) return std::nullopt;
   curl_off_t length = -1;
   curl_easy_getinfo(impl_->engine->easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   if (length < 0) return std::nullopt;
@@ -308,6 +312,7 @@ std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const {
 
 std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
   available = 0;
+  if (!impl_) return CURLE_FAILED_INIT;
   if (impl_->Available() == 0 && impl_->paused) {
     impl_->paused = false;
     curl_easy_pause(impl_->engine->easy, CURLPAUSE_CONT);
@@ -318,6 +323,8 @@ std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
 }
 
 std::uint32_t HttpRequest::ReadData(void* buffer, std::uint32_t size, std::uint32_t& read) {
+  read = 0;
+  if (!impl_) return CURLE_FAILED_INIT;
   read = static_cast<std::uint32_t>(std::min<std::size_t>(size, impl_->Available()));
   std::memcpy(buffer, impl_->engine->pending.data() + impl_->consumed, read);
   impl_->consumed += read;

@@ -2,23 +2,24 @@
 
 #include <condition_variable>
 #include <deque>
-#include <mutex>
 #include <optional>
+
+#include "platform/mutex.h"
 
 namespace platform {
 
 struct MessageQueue::Impl {
   Handler handler;
   std::optional<int> exitCode;  // the queue's own thread only
-  std::mutex lock;              // guards `messages`
+  Mutex lock;
   std::condition_variable arrived;
-  std::deque<QueueMessage> messages;
+  std::deque<QueueMessage> messages PATCHER_GUARDED_BY(lock);
   std::deque<QueueMessage> taken;  // the queue's own thread only
 
   QueueMessage Next() {
     if (taken.empty()) {
-      std::unique_lock guard(lock);
-      arrived.wait(guard, [this] { return !messages.empty(); });
+      MutexLock guard(lock);
+      while (messages.empty()) guard.Wait(arrived);
       taken.swap(messages);
     }
     const QueueMessage message = taken.front();
@@ -36,9 +37,9 @@ MessageQueue::~MessageQueue() = default;
 bool MessageQueue::Post(const QueueMessage& message) noexcept {
   try {
     // Notified under the lock: the queue may be gone as soon as its thread can see the message.
-    std::lock_guard guard(impl_->lock);
+    const MutexLock guard(impl_->lock);
     impl_->messages.push_back(message);
-    // The thread waits only while the queue is empty; behind a first message it needs no second call.
+    // The thread waits only while the queue is empty: after a first message it needs no second notification.
     if (impl_->messages.size() == 1) impl_->arrived.notify_one();
     return true;
   } catch (const std::bad_alloc&) {

@@ -25,7 +25,7 @@ bool IsWindowsProgram(const fs::path& file) {
   return magic[0] == 'M' && magic[1] == 'Z';
 }
 
-/// A file that was downloaded, or lay in an archive, may not be run until somebody says so.
+/// A file that was downloaded, or lay in an archive, has no permission to run yet.
 void AllowRunning(const fs::path& program) {
   if (access(program.c_str(), X_OK) == 0) return;
   std::error_code ignored;
@@ -45,7 +45,7 @@ void DropStandardStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, stream);
 }
 
-/// In the grandchild: becomes the program, or tells why not through `report`.
+/// In the grandchild: becomes the program, or reports the error number through `report`.
 [[noreturn]] void BecomeProgram(char* const* argv, const char* directory, Streams streams, int report) {
   if (chdir(directory) != 0) FailInChild(errno, report);
   if (streams == Streams::kNone) DropStandardStreams();
@@ -60,8 +60,7 @@ void DropStandardStreams() {
   FailInChild(errno, report);
 }
 
-/// Starts a program that is nobody's child afterwards, so that none is ever left unwaited for. Returns 0 or
-/// errno.
+/// Starts a program as a grandchild, which the system's first process waits for. Returns 0 or errno.
 int StartDetached(std::vector<std::string> words, const fs::path& directory,
                   Streams streams = Streams::kInherited) {
   std::vector<char*> argv;

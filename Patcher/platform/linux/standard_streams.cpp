@@ -15,7 +15,7 @@ void WriteWhole(int descriptor, std::string_view line) {
   while (!rest.empty()) {
     const ssize_t written = write(descriptor, rest.data(), rest.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return;  // nobody listens any more
+    if (written < 0) return;  // the reader is gone
     rest.remove_prefix(static_cast<std::size_t>(written));
   }
 }

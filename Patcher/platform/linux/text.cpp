@@ -7,7 +7,7 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-/// Decodes the character at `at` and moves behind it; a broken sequence gives one replacement for its longest
+/// Decodes the character at `at` and moves past it; a broken sequence gives one replacement for its longest
 /// valid beginning.
 char32_t NextCharacter(std::string_view text, std::size_t& at) {
   const auto lead = static_cast<std::uint8_t>(text[at++]);

@@ -14,7 +14,7 @@ constexpr char kScheme[] = "launcher";
 constexpr char kPageAddress[] = "launcher://page/";
 constexpr char kAssetOrigin[] = "launcher://assets";
 
-/// Nobody listens there: what the page might ask of the network goes nowhere.
+/// No program listens there: a request of the page to the network fails.
 constexpr char kDeadProxy[] = "http://127.0.0.1:1";
 
 /// What the page finds in place before its own script runs.

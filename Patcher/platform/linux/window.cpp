@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
-#include <mutex>
 #include <new>
 #include <optional>
 #include <utility>
@@ -15,6 +14,7 @@
 #include <gdk/gdkx.h>
 #include <gtk/gtk.h>
 
+#include "platform/mutex.h"
 #include "platform/resources.h"
 #include "platform/text.h"
 
@@ -82,9 +82,9 @@ struct NativeWindow::Impl {
   GtkGesture* press = nullptr;  // the primary button, from its press to its release
   bool pointerWatched = false;
 
-  std::mutex lock;  // guards the two below
-  std::deque<QueueMessage> messages;
-  bool turnScheduled = false;
+  Mutex lock;
+  std::deque<QueueMessage> messages PATCHER_GUARDED_BY(lock);
+  bool turnScheduled PATCHER_GUARDED_BY(lock) = false;
 
   GdkWindow* Surface() const { return window != nullptr ? gtk_widget_get_window(window) : nullptr; }
   GdkWindowState State() const {
@@ -178,7 +178,7 @@ void NativeWindow::Impl::PaintBackground(const WindowLook& look) const {
 }
 
 std::optional<QueueMessage> NativeWindow::Impl::NextMessage() {
-  std::lock_guard guard(lock);
+  const MutexLock guard(lock);
   if (messages.empty()) {
     turnScheduled = false;
     return std::nullopt;
@@ -310,10 +310,10 @@ void NativeWindow::Show() { gtk_widget_show_all(impl_->window); }
 
 bool NativeWindow::Post(const QueueMessage& message) noexcept {
   try {
-    std::lock_guard guard(impl_->lock);
+    const MutexLock guard(impl_->lock);
     impl_->messages.push_back(message);
     if (!std::exchange(impl_->turnScheduled, true)) {
-      // Behind what the player does and sees: a flood of messages must not freeze the window.
+      // After what the player does and sees: a flood of messages must not freeze the window.
       g_idle_add_full(G_PRIORITY_DEFAULT_IDLE, &Impl::HandleMessages, impl_.get(), nullptr);
     }
     return true;

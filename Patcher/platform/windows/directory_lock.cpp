@@ -12,7 +12,7 @@
 namespace platform {
 namespace {
 
-/// A name that is the same however the directory's path is spelled; empty if there is no telling.
+/// A name that is the same however the directory's path is spelled; empty if the system does not report one.
 std::wstring NameOf(const std::filesystem::path& directory) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const OwnedHandle opened(CreateFileW(directory.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
@@ -53,7 +53,7 @@ struct DirectoryLock::Impl {
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
 
-  /// False only if the time passed. A holder that died has left the lock to whoever comes next.
+  /// False only if the time passed. A holder that died has released the lock.
   bool Wait(DWORD milliseconds) {
     if (!mutex.IsOpen()) return true;
     const DWORD outcome = WaitForSingleObject(mutex.Get(), milliseconds);

@@ -2,11 +2,12 @@
 
 #include "platform/error_box.h"
 
+#include "platform/windows/native_text.h"
+
 namespace platform {
 
 void ShowErrorBox(const std::u16string& text, const std::u16string& title) {
-  const auto native = [](const std::u16string& wide) { return std::wstring(wide.begin(), wide.end()); };
-  MessageBoxW(nullptr, native(text).c_str(), native(title).c_str(), MB_ICONERROR | MB_OK);
+  MessageBoxW(nullptr, ToNative(text).c_str(), ToNative(title).c_str(), MB_ICONERROR | MB_OK);
 }
 
 }  // namespace platform

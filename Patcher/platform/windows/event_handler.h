@@ -41,12 +41,12 @@ template <>
 inline constexpr IID kInterfaceId<ICoreWebView2ProcessFailedEventHandler> = {
     0x79e0aea4, 0x990b, 0x42d9, {0xaa, 0x1d, 0x0f, 0xcc, 0x2e, 0x5b, 0xc7, 0xf1}};
 
-// Nobody deletes a handler through its interface.
+// A handler is never deleted through its interface.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-/// A callback object. Whoever makes it owns the first reference. Invoke reports success whatever the function
-/// did: the web view has no use for a failure, and nothing may be raised through its frames.
+/// A callback object. Its maker owns the first reference. Invoke reports success whatever the function
+/// did: the web view ignores failures, and no exception may pass through its frames.
 template <typename Interface>
 class EventHandler final : public Interface {
  public:

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/text.h"
+#include "platform/windows/native_text.h"
 
 namespace platform {
 namespace {
@@ -39,7 +40,7 @@ std::string FileIdentity(std::string_view path) {
   while (name.ends_with(L'\\')) name.pop_back();
   std::replace(name.begin(), name.end(), L'\\', L'/');
   MakeUpperCase(name);
-  return WideToUtf8(std::u16string(name.begin(), name.end()));
+  return WideToUtf8(FromNative(name));
 }
 
 bool NamesAFile(std::string_view path) {

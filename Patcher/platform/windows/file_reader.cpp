@@ -15,6 +15,7 @@ FileReader::FileReader(const std::filesystem::path& file)
     : handle_(reinterpret_cast<std::intptr_t>(
           CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                       nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr))) {
+  if (Handle(handle_) == INVALID_HANDLE_VALUE) openError_ = static_cast<int>(GetLastError());
   LARGE_INTEGER size{};
   if (Handle(handle_) != INVALID_HANDLE_VALUE && GetFileType(Handle(handle_)) == FILE_TYPE_DISK &&
       GetFileSizeEx(Handle(handle_), &size)) {

@@ -39,7 +39,7 @@ int Move(const std::filesystem::path& source, const std::filesystem::path& targe
   return LastErrorUnless(MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | flags));
 }
 
-/// The form in which players and the standard library know a path.
+/// The usual form of a path.
 std::wstring WithoutLongPathPrefix(const std::wstring& path) {
   const std::wstring server = L"\\\\?\\UNC\\";
   const std::wstring local = L"\\\\?\\";
@@ -73,8 +73,8 @@ int MoveDurably(const std::filesystem::path& source, const std::filesystem::path
   return Move(source, target, MOVEFILE_COPY_ALLOWED | MOVEFILE_WRITE_THROUGH);
 }
 
-int MoveAside(const std::filesystem::path& file, const std::filesystem::path& aside) {
-  return Move(file, aside, MOVEFILE_WRITE_THROUGH);
+int MoveAside(const std::filesystem::path& file, const std::filesystem::path& newName) {
+  return Move(file, newName, MOVEFILE_WRITE_THROUGH);
 }
 
 bool IsHeldForAMoment(int error) { return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION; }
@@ -95,13 +95,25 @@ Overwriting OverwriteInPlace(const std::filesystem::path& file, std::string_view
       content.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(oldSize, content.size())));
   const std::string_view tail = content.substr(head.size());
   // Steps that can be refused come first, while the old content can still be kept: the disk may be full, and
-  // a file that somebody has mapped into memory gets no shorter.
+  // a file that a program has mapped into memory cannot be made shorter.
   if (!tail.empty() && (!WriteAt(opened.Get(), tail, oldSize) || !FlushFileBuffers(opened.Get()))) {
     return SetSize(opened.Get(), oldSize) ? Overwriting::kUntouched : Overwriting::kTorn;
   }
   if (tail.empty() && !SetSize(opened.Get(), content.size())) return Overwriting::kUntouched;
   const bool done = WriteAt(opened.Get(), head, 0) && FlushFileBuffers(opened.Get());
   return done ? Overwriting::kDone : Overwriting::kTorn;
+}
+
+int CreatePrivateFile(const std::filesystem::path& file, std::string_view content) {
+  int error = 0;
+  {
+    const OwnedHandle created(
+        CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!created.IsOpen()) return LastErrorUnless(FALSE);
+    error = LastErrorUnless(WriteAt(created.Get(), content, 0) && FlushFileBuffers(created.Get()));
+  }
+  if (error != 0) DeleteFileW(file.c_str());
+  return error;
 }
 
 int FlushToDisk(const std::filesystem::path& file) { return Flush(file, FILE_ATTRIBUTE_NORMAL); }

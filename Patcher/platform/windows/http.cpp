@@ -9,6 +9,7 @@
 #include <winhttp.h>
 
 #include "platform/text.h"
+#include "platform/windows/native_text.h"
 
 namespace platform {
 namespace {
@@ -22,15 +23,10 @@ constexpr std::size_t kSchemeBuffer = 16;
 constexpr std::size_t kHostBuffer = 256;
 constexpr DWORD kHeadMilliseconds = 60'000;
 
-std::wstring ToNative(const std::string& text) {
-  const std::u16string wide = Utf8ToWide(text);
-  return {wide.begin(), wide.end()};
-}
-
 }  // namespace
 
 std::optional<ServerAddress> CrackUrl(const std::string& url) {
-  const std::wstring wide = ToNative(url);
+  const std::wstring wide = ToNative(Utf8ToWide(url));
   wchar_t scheme[kSchemeBuffer] = {};
   wchar_t host[kHostBuffer] = {};
   URL_COMPONENTS parts{};
@@ -44,8 +40,7 @@ std::optional<ServerAddress> CrackUrl(const std::string& url) {
   if (!WinHttpCrackUrl(wide.c_str(), static_cast<DWORD>(wide.size()), 0, &parts)) return std::nullopt;
   const std::wstring name = host;
   if (name.empty()) return std::nullopt;
-  return ServerAddress{parts.nScheme == INTERNET_SCHEME_HTTPS,
-                       WideToUtf8(std::u16string(name.begin(), name.end())), parts.nPort};
+  return ServerAddress{parts.nScheme == INTERNET_SCHEME_HTTPS, WideToUtf8(FromNative(name)), parts.nPort};
 }
 
 struct HttpClient::Impl {
@@ -59,14 +54,16 @@ HttpClient& HttpClient::operator=(HttpClient&&) noexcept = default;
 
 bool HttpClient::Open(const std::string& userAgent) {
   impl_ = std::make_unique<Impl>();
-  impl_->session.reset(WinHttpOpen(ToNative(userAgent).c_str(), WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY,
-                                   WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0));
+  impl_->session.reset(WinHttpOpen(ToNative(Utf8ToWide(userAgent)).c_str(),
+                                   WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY, WINHTTP_NO_PROXY_NAME,
+                                   WINHTTP_NO_PROXY_BYPASS, 0));
   DWORD limit = kHeadMilliseconds;
   WinHttpSetOption(impl_->session.get(), WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, &limit, sizeof limit);
   return impl_->session != nullptr;
 }
 
 void HttpClient::SetMaxConnectionsPerServer(std::uint32_t count) {
+  if (!impl_) return;
   DWORD value = count;
   WinHttpSetOption(impl_->session.get(), WINHTTP_OPTION_MAX_CONNS_PER_SERVER, &value, sizeof value);
   WinHttpSetOption(impl_->session.get(), WINHTTP_OPTION_MAX_CONNS_PER_1_0_SERVER, &value, sizeof value);
@@ -83,10 +80,11 @@ HttpConnection::HttpConnection(HttpConnection&&) noexcept = default;
 HttpConnection& HttpConnection::operator=(HttpConnection&&) noexcept = default;
 
 bool HttpConnection::Open(HttpClient& client, const ServerAddress& server) {
+  if (!client.impl_) return false;
   impl_ = std::make_unique<Impl>();
   impl_->secure = server.secure;
   impl_->connection.reset(
-      WinHttpConnect(client.impl_->session.get(), ToNative(server.host).c_str(), server.port, 0));
+      WinHttpConnect(client.impl_->session.get(), ToNative(Utf8ToWide(server.host)).c_str(), server.port, 0));
   return impl_->connection != nullptr;
 }
 
@@ -121,25 +119,29 @@ HttpRequest::HttpRequest(HttpRequest&&) noexcept = default;
 HttpRequest& HttpRequest::operator=(HttpRequest&&) noexcept = default;
 
 std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& encodedPath) {
+  if (!connection.impl_) return ERROR_INVALID_HANDLE;
   impl_ = std::make_unique<Impl>();
   impl_->request.reset(WinHttpOpenRequest(
-      connection.impl_->connection.get(), L"GET", ToNative(encodedPath).c_str(), nullptr, WINHTTP_NO_REFERER,
-      WINHTTP_DEFAULT_ACCEPT_TYPES, connection.impl_->secure ? WINHTTP_FLAG_SECURE : 0));
+      connection.impl_->connection.get(), L"GET", ToNative(Utf8ToWide(encodedPath)).c_str(), nullptr,
+      WINHTTP_NO_REFERER, WINHTTP_DEFAULT_ACCEPT_TYPES, connection.impl_->secure ? WINHTTP_FLAG_SECURE : 0));
   return Impl::ErrorUnless(impl_->request != nullptr);
 }
 
 std::uint32_t HttpRequest::Send() {
+  if (!impl_) return ERROR_INVALID_HANDLE;
   return Impl::ErrorUnless(WinHttpSendRequest(impl_->request.get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
                                               WINHTTP_NO_REQUEST_DATA, 0, 0, 0));
 }
 
 std::uint32_t HttpRequest::ReceiveResponse() {
+  if (!impl_) return ERROR_INVALID_HANDLE;
   const std::uint32_t error = Impl::ErrorUnless(WinHttpReceiveResponse(impl_->request.get(), nullptr));
   if (error == 0) impl_->ReadAnnouncedLength();
   return error;
 }
 
 std::uint32_t HttpRequest::Status() {
+  if (!impl_) return 0;
   DWORD status = 0;
   DWORD size = sizeof status;
   WinHttpQueryHeaders(impl_->request.get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
@@ -147,9 +149,13 @@ std::uint32_t HttpRequest::Status() {
   return status;
 }
 
-std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const { return impl_->announced; }
+std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const {
+  return impl_ ? impl_->announced : std::nullopt;
+}
 
 std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
+  available = 0;
+  if (!impl_) return ERROR_INVALID_HANDLE;
   impl_->available = 0;
   const std::uint32_t error =
       Impl::ErrorUnless(WinHttpQueryDataAvailable(impl_->request.get(), &impl_->available));
@@ -159,6 +165,8 @@ std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
 }
 
 std::uint32_t HttpRequest::ReadData(void* buffer, std::uint32_t size, std::uint32_t& read) {
+  read = 0;
+  if (!impl_) return ERROR_INVALID_HANDLE;
   // No more than is there: the system waits until it has as many bytes as it is asked for, however long that
   // takes.
   const DWORD wanted = std::min<DWORD>(size, impl_->available);

@@ -8,12 +8,11 @@
 #include <shellapi.h>
 
 #include "platform/text.h"
+#include "platform/windows/native_text.h"
 #include "platform/windows/owned_handle.h"
 
 namespace platform {
 namespace {
-
-std::wstring Native(std::u16string_view text) { return {text.begin(), text.end()}; }
 
 struct LocalDeleter {
   void operator()(wchar_t** memory) const { LocalFree(memory); }
@@ -42,7 +41,7 @@ void SurviveBrokenPipes() {}
 int StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                  const std::filesystem::path& workingDirectory) {
   std::wstring commandLine = L'"' + program.native() + L'"';
-  for (const std::string& argument : arguments) commandLine += L' ' + Native(Utf8ToWide(argument));
+  for (const std::string& argument : arguments) commandLine += L' ' + ToNative(Utf8ToWide(argument));
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
@@ -57,7 +56,7 @@ int StartProgram(const std::filesystem::path& program, const std::vector<std::st
 
 bool OpenInBrowser(const std::u16string& url) {
   const HINSTANCE result =
-      ShellExecuteW(nullptr, L"open", Native(url).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+      ShellExecuteW(nullptr, L"open", ToNative(url).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
   // Above 32 is success, by the function's own rule.
   return reinterpret_cast<INT_PTR>(result) > 32;
 }

@@ -2,6 +2,8 @@
 
 #include "platform/text.h"
 
+#include "platform/windows/native_text.h"
+
 namespace platform {
 namespace {
 
@@ -26,14 +28,9 @@ std::string ToNarrow(UINT codePage, std::wstring_view text) {
 
 }  // namespace
 
-std::u16string Utf8ToWide(std::string_view text) {
-  const std::wstring wide = ToWide(CP_UTF8, text);
-  return {wide.begin(), wide.end()};
-}
+std::u16string Utf8ToWide(std::string_view text) { return FromNative(ToWide(CP_UTF8, text)); }
 
-std::string WideToUtf8(std::u16string_view text) {
-  return ToNarrow(CP_UTF8, std::wstring(text.begin(), text.end()));
-}
+std::string WideToUtf8(std::u16string_view text) { return ToNarrow(CP_UTF8, ToNative(text)); }
 
 std::filesystem::path PathFromBytes(std::string_view bytes) { return ToWide(FileNameCodePage(), bytes); }
 
@@ -45,8 +42,6 @@ std::filesystem::path PathFromUtf8(std::string_view text) { return ToWide(CP_UTF
 
 std::string Utf8FromPath(const std::filesystem::path& path) { return ToNarrow(CP_UTF8, path.native()); }
 
-std::u16string WideFromPath(const std::filesystem::path& path) {
-  return {path.native().begin(), path.native().end()};
-}
+std::u16string WideFromPath(const std::filesystem::path& path) { return FromNative(path.native()); }
 
 }  // namespace platform

@@ -12,6 +12,7 @@
 #include "platform/window.h"
 #include "platform/windows/com_reference.h"
 #include "platform/windows/event_handler.h"
+#include "platform/windows/native_text.h"
 
 namespace platform {
 namespace {
@@ -35,15 +36,13 @@ class TaskString {
   wchar_t* text_ = nullptr;
 };
 
-std::wstring Native(std::u16string_view text) { return {text.begin(), text.end()}; }
-
 /// Read when a web view is created: what it shows before its page. A call would come too late, after a flash
 /// of white.
 constexpr wchar_t kBackgroundVariable[] = L"WEBVIEW2_DEFAULT_BACKGROUND_COLOR";
 
 }  // namespace
 
-// Every failure of a step ends the chain there, without a word: the window stays empty and can be closed.
+// A step that fails ends the chain, without a report: the window stays empty and can be closed.
 struct WebView::Impl {
   explicit Impl(WebViewOwner& webViewOwner) : owner(webViewOwner) {}
 
@@ -107,12 +106,12 @@ void WebView::Impl::OnControllerCreated(ICoreWebView2Controller* made) {
   if (GetForegroundWindow() == window) FocusPage();
 }
 
-void WebView::Impl::LoadPage() { view->NavigateToString(Native(content.page).c_str()); }
+void WebView::Impl::LoadPage() { view->NavigateToString(ToNative(content.page).c_str()); }
 
 void WebView::Impl::FocusPage() { controller->MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC); }
 
 void WebView::Impl::ConnectPage() {
-  const std::wstring pattern = Native(Utf8ToWide(content.assetOrigin)) + L"/*";
+  const std::wstring pattern = ToNative(Utf8ToWide(content.assetOrigin)) + L"/*";
   view->AddWebResourceRequestedFilter(pattern.c_str(), COREWEBVIEW2_WEB_RESOURCE_CONTEXT_ALL);
   EventRegistrationToken unused{};
   const auto requested = MakeHandler<ICoreWebView2WebResourceRequestedEventHandler>(
@@ -161,7 +160,7 @@ void WebView::Impl::ServeAsset(ICoreWebView2WebResourceRequestedEventArgs* args)
   if (!stream) return;
   ComReference<ICoreWebView2WebResourceResponse> response;
   const HRESULT result = environment->CreateWebResourceResponse(
-      stream.Get(), 200, L"OK", Native(Utf8ToWide(answer->headers)).c_str(), response.Receive());
+      stream.Get(), 200, L"OK", ToNative(Utf8ToWide(answer->headers)).c_str(), response.Receive());
   if (SUCCEEDED(result) && response) args->put_Response(response.Get());
 }
 
@@ -240,7 +239,7 @@ void WebView::TakeFocus() {
 }
 
 void WebView::Deliver(const std::u16string& text) {
-  if (impl_->view) impl_->view->PostWebMessageAsString(Native(text).c_str());
+  if (impl_->view) impl_->view->PostWebMessageAsString(ToNative(text).c_str());
 }
 
 }  // namespace platform

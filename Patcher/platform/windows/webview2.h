@@ -7,10 +7,9 @@
 #include <unknwn.h>
 
 /// The part of the WebView2 interfaces that this program uses, as their binary interface has it: the order of
-/// the methods is the order of the slots. A method that is never called stands as `Unused`, with its slot's
-/// number, only to fill its place.
+/// the methods is the order of the slots. A method that is never called is `Unused` and its slot's number.
 
-// Nobody deletes an interface: IUnknown counts references.
+// Interfaces are never deleted: IUnknown counts references.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
@@ -76,7 +75,7 @@ struct ICoreWebView2ProcessFailedEventArgs : IUnknown {
 /// By the program's own decision: COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC.
 enum COREWEBVIEW2_MOVE_FOCUS_REASON : int { COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC = 0 };
 
-/// A callback that the program implements: one method behind those of IUnknown.
+/// A callback that the program implements: one method after those of IUnknown.
 #define WEBVIEW2_HANDLER(name, first, second)              \
   struct name : IUnknown {                                 \
     using First = first;                                   \

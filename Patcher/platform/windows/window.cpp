@@ -9,6 +9,7 @@
 #include <dwmapi.h>
 #include <objbase.h>
 
+#include "platform/windows/native_text.h"
 #include "platform/windows/taskbar_button.h"
 
 namespace platform {
@@ -75,7 +76,7 @@ SizeKind KindOf(WPARAM kind) {
   }
 }
 
-/// The show command that whoever started the process asked for.
+/// The show command that the program which started this process asked for.
 int ShowCommand() {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
@@ -266,7 +267,7 @@ WindowPart NativeWindow::Impl::HitTest(LPARAM point) const {
 
 namespace {
 
-/// Windows 10 before 1703 has no such function, and takes the manifest's word instead.
+/// Windows 10 before 1703 has no such function: there the program's manifest decides.
 void UsePhysicalPixels() {
   const auto address = reinterpret_cast<void*>(
       GetProcAddress(GetModuleHandleW(L"user32.dll"), "SetProcessDpiAwarenessContext"));
@@ -281,7 +282,7 @@ bool PrepareWindowSystem(int, char**) {
   // A library that is asked for by name comes from the system, never from the game's directory.
   SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
   UsePhysicalPixels();
-  // Without COM the web view fails later, silently; the window works all the same.
+  // Without COM the web view fails later, silently; the window still works.
   [[maybe_unused]] const HRESULT unread = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   return true;
 }
@@ -312,7 +313,7 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
       CreateSolidBrush(RGB(look.background.red, look.background.green, look.background.blue));
   windowClass.lpszClassName = kWindowClass;
   RegisterClassW(&windowClass);
-  const std::wstring title(look.title.begin(), look.title.end());
+  const std::wstring title = ToNative(look.title);
   const HWND created = CreateWindowExW(WS_EX_APPWINDOW, kWindowClass, title.c_str(), kStyle, placement.left,
                                        placement.top, placement.Width(), placement.Height(), nullptr, nullptr,
                                        windowClass.hInstance, nullptr);

@@ -8,6 +8,7 @@
 
 #include "platform/text.h"
 #include "support/recording_host.h"
+#include "support/scratch_directory.h"
 
 namespace patcher {
 namespace {
@@ -40,6 +41,8 @@ class DispatchTest : public testing::Test {
       if (values.AsNumber(0) == 13) throw std::runtime_error("disk");
       return values.AsNumber(0) == 1;
     };
+    table.selfUpdateSwap = [this] { host.calls.emplace_back("swap"); };
+    table.clientExists = [] { return false; };
     return table;
   }
 
@@ -49,6 +52,7 @@ class DispatchTest : public testing::Test {
 
   Texts Sent() { return std::exchange(host.sent, {}); }
 
+  const ScratchDirectory game;
   std::promise<void> released;
   std::vector<std::string> checks;
   Texts urls;
@@ -92,7 +96,7 @@ TEST_F(DispatchTest, OneLongOperationAtATime) {
 TEST_F(DispatchTest, ARequestRightAfterReadyIsAdmitted) {
   std::promise<void> asked;
   const std::shared_future<void> isAsked = asked.get_future().share();
-  OperationTable table;
+  OperationTable table = Table();
   table.runCheckOperation = [&](HostWindow& window, bool) {
     PostReady(window, true);
     isAsked.wait();
@@ -125,6 +129,7 @@ TEST_F(DispatchTest, AWorkerThatCannotStartLeavesTheGuardFree) {
   dispatcher.DispatchPageMessage(Action("verify"));
   host.JoinWorkers();
   EXPECT_EQ(checks.size(), 1u);
+  EXPECT_EQ(ReadWhole(game / "patcher_debug.txt"), "Exception in a worker : memory\r\n");
 }
 
 TEST_F(DispatchTest, PlayNeedsAReadyClient) {
@@ -140,7 +145,6 @@ TEST_F(DispatchTest, PlayNeedsAReadyClient) {
 
 TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
   OperationTable table = Table();
-  table.selfUpdateSwap = [this] { host.calls.emplace_back("swap"); };
   Dispatcher* ending = nullptr;
   table.launchClient = [&] {
     host.calls.emplace_back("launch");

@@ -62,7 +62,7 @@ TEST(DamagedFilesTest, OnlyListedFilesOfTheInstallationGo) {
                                         "absent/x",  (root / "victim").string()};
   LocalState state{{"kept", "1"}};
   for (const std::string& path : listed) state[path] = "2";
-  WriteWhole(root / "game" / "patch_manifest.json", LocalManifestText(state, 7));
+  WriteWhole(root / "game" / "patch_manifest.json", RecordText(state, 7));
 
   EXPECT_TRUE(DiscardDamagedFiles({0, 0, 0, 0, 0, listed, {"unread"}}));
   for (const char* name : {"victim", "game/Patcher", "game/kept", "game/unread", "game/folder/mine",

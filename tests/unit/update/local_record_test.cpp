@@ -13,7 +13,7 @@ TEST(LocalManifestTest, ProgressFormSurvivesTheRoundTrip) {
   ScratchDirectory directory;
   const LocalState state{{"a \"b\"\\c", "d1"}, {"\xC3\xA9/\n", "d2"}, {"z", ""}};
   for (const LocalState& each : {LocalState{}, state}) {
-    WriteWhole(directory / "m", LocalManifestText(each, -3));
+    WriteWhole(directory / "m", RecordText(each, -3));
     std::int32_t version = 0;
     EXPECT_EQ(LoadLocalManifest(directory / "m", &version), each);
     EXPECT_EQ(version, -3);
@@ -72,7 +72,7 @@ TEST(LocalRecordTest, ProgressNamesNothingWrongAndASaveIsWhole) {
       ASSERT_TRUE(std::includes(state.begin(), state.end(), saved.begin(), saved.end())) << step;
     }
     ASSERT_TRUE(record.Save());
-    EXPECT_EQ(ReadWhole(directory / "m"), LocalManifestText(record.State(), 0));
+    EXPECT_EQ(ReadWhole(directory / "m"), RecordText(record.State(), 0));
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "minijson/minijson.h"
 #include "platform/file_names.h"
+#include "update/archive_choice.h"
 #include "update/manifest_paths.h"
 #include "update/patch_manifest.h"
 
@@ -46,6 +47,22 @@ TEST(PatchManifestTest, OnlyAMissingOrEmptyLauncherDigestIsNone) {
        {R"({"patcherSha256":"ab"})", R"({"patcherSha256":null})", R"({"patcherSha256":5})"}) {
     EXPECT_NE(Parsed(one).patcherSha256, "") << one;
   }
+}
+
+TEST(ArchiveChoiceTest, UsefulArchivesAreTakenOnlyIfTheyAreCheaperThanAllWantedFiles) {
+  const PatchBundle first{"1", 60, "", {"a", "b"}};
+  const PatchBundle other{"2", 5, "", {"c"}};
+  const PatchBundle last{"3", 40, "", {"b", "d"}};
+  const std::vector<const PatchBundle*> all{&first, &other, &last};
+  const auto choice = [&](std::set<std::string, std::less<>> wanted, std::uint64_t bytes) {
+    const ArchiveChoice chosen = ChooseArchives(all, wanted, bytes);
+    std::string names = chosen.isCheaper ? "cheaper " : "dearer ";
+    for (const PatchBundle* archive : chosen.archives) names += archive->name;
+    return names + " " + std::to_string(chosen.bytes);
+  };
+  EXPECT_EQ(choice({"b", "in no archive"}, 101), "cheaper 13 100");
+  EXPECT_EQ(choice({"b"}, 100), "dearer 13 100");
+  EXPECT_EQ(choice({"in no archive"}, 1), "dearer  0");
 }
 
 TEST(PatchManifestTest, DocumentsThatAreRefusedGetAReason) {

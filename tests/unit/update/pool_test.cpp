@@ -6,6 +6,8 @@
 
 #include "shared/parallel_run.h"
 #include "support/recording_host.h"
+#include "support/scratch_directory.h"
+#include "transport/run_pool.h"
 #include "update/progress_tracker.h"
 
 namespace patcher {
@@ -43,6 +45,12 @@ TEST(ParallelRunTest, AFailureStopsTheQueue) {
     EXPECT_GE(begun, 4u);
     EXPECT_LE(begun, 5u);
   }
+}
+
+TEST(RunPoolTest, AnExceptionLeavesALogLine) {
+  const ScratchDirectory game;
+  EXPECT_FALSE(RunPool(1, [](std::size_t, unsigned) -> bool { throw std::bad_alloc(); }));
+  EXPECT_EQ(ReadWhole(game / "patcher_debug.txt"), "Exception in a pool : std::bad_alloc\r\n");
 }
 
 TEST(ProgressTrackerTest, ForcedEventsCountAndRollBack) {

@@ -1,4 +1,4 @@
-#include "update/bundle_install.h"
+#include "update/archive_install.h"
 
 #include <filesystem>
 #include <system_error>
@@ -7,7 +7,7 @@
 #include "control/protocol/ui_event.h"
 #include "platform/text.h"
 #include "shared/program.h"
-#include "transport/config.h"
+#include "transport/run_pool.h"
 #include "update/archive_extraction.h"
 #include "update/download_pool.h"
 
@@ -44,19 +44,20 @@ std::vector<InstalledFile> InstalledFiles(RunState& run, std::size_t index) {
 
 /// Brings the files to the disk and then into the record.
 void Record(RunState& run, const std::vector<InstalledFile>& files) {
-  ParallelRun(files.size(), PatchConfig::Current().connections, [&](std::size_t index, unsigned) {
+  // Files that are left out after a failure are not recorded: the next run proves them by their digests.
+  static_cast<void>(RunPool(files.size(), [&](std::size_t index, unsigned) {
     run.unflushed.Add(files[index]);
     return true;
-  });
+  }));
   EnterInRecord(run, run.unflushed.Flush());
-  std::lock_guard guard(run.stateLock);
+  const platform::MutexLock guard(run.stateLock);
   run.record.SaveProgress();
 }
 
 /// Leaves the archive's wanted files to the single-file stage.
 void GiveUp(RunState& run, const PatchBundle& bundle, const std::string& status) {
   PostStatus(run.window, status + " - ses fichiers seront pris un par un.");
-  std::lock_guard guard(run.stateLock);
+  const platform::MutexLock guard(run.stateLock);
   for (const std::string& path : bundle.files) {
     if (run.wantedPaths.count(path) != 0) run.retryPaths.insert(path);
   }
@@ -67,26 +68,26 @@ void GiveUp(RunState& run, const PatchBundle& bundle, const std::string& status)
 bool BundleWorker(RunState& run, ProgressTracker& tracker, std::size_t index, unsigned worker) {
   const PatchBundle& bundle = *run.chosenBundles[index];
   tracker.SetCurrentFile(bundle.name);
-  const fs::path archive = ExeDir() / ("_bundle" + std::to_string(worker) + ".part");
+  const fs::path file = ExeDir() / ("_bundle" + std::to_string(worker) + ".part");
   std::error_code ignored;
 
   std::string reason;
-  if (!DownloadVerified(run.session, "/patch/" + bundle.name, archive, {bundle.sha256, bundle.size}, tracker,
+  if (!DownloadVerified(run.session, "/patch/" + bundle.name, file, {bundle.sha256, bundle.size}, tracker,
                         reason)) {
-    fs::remove(archive, ignored);
+    fs::remove(file, ignored);
     GiveUp(run, bundle, "Archive indisponible: " + bundle.name + " (" + reason + ")");
     return true;
   }
 
   std::string failure;
   const bool extracted = ExtractArchive(
-      archive,
+      file,
       [&](std::string_view path) {
         const auto owner = run.archivePaths.find(path);
         return owner != run.archivePaths.end() ? owner->second == index : run.wantedPaths.count(path) != 0;
       },
       run.extracting, failure);
-  fs::remove(archive, ignored);
+  fs::remove(file, ignored);
   if (!extracted) {
     GiveUp(run, bundle, "Archive illisible: " + bundle.name + " (" + failure + ")");
     return true;

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platform/hex_digits.h"
+
+namespace patcher {
+
+/// Two lower-case digits a byte.
+inline std::string ToHex(std::span<const std::uint8_t> bytes) {
+  std::string hex;
+  hex.reserve(2 * bytes.size());
+  for (const std::uint8_t byte : bytes) hex += platform::HexOf(byte);
+  return hex;
+}
+
+/// Nothing unless the text is just the digits of that many bytes. The case of letters does not count.
+template <std::size_t Size>
+constexpr std::optional<std::array<std::uint8_t, Size>> FromHex(std::string_view hex) {
+  if (hex.size() != 2 * Size) return std::nullopt;
+  std::array<std::uint8_t, Size> bytes{};
+  for (std::size_t i = 0; i < hex.size(); ++i) {
+    const char c = hex[i];
+    const bool letter = (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+    if (!letter && (c < '0' || c > '9')) return std::nullopt;
+    const int digit = letter ? (c | 32) - 'a' + 10 : c - '0';
+    bytes[i / 2] = static_cast<std::uint8_t>(bytes[i / 2] << 4 | digit);
+  }
+  return bytes;
+}
+
+}  // namespace patcher

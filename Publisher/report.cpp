@@ -1,0 +1,40 @@
+#include "report.h"
+
+#include <sstream>
+
+#include "platform/standard_streams.h"
+
+namespace patcher::publisher {
+
+using MiniJson::Value;
+
+void Report::Line(std::string_view line) const {
+  if (form_ == Form::kLines) platform::WriteLine(line);
+}
+
+void Report::Add(std::string_view key, Value value) { members_.Set(key, std::move(value)); }
+
+void Report::Add(std::string_view key, std::uint64_t number) { Add(key, JsonNumber(number)); }
+
+void Report::Finish(bool done, const std::string& error) const {
+  if (form_ != Form::kJson) return;
+  Value object = Value::MakeObject();
+  object.Set("task", Value::MakeString(task_));
+  object.Set("done", Value::MakeBool(done));
+  if (!error.empty()) object.Set("error", Value::MakeString(error));
+  for (const auto& [key, value] : members_.objectMembers) object.Set(key, value);
+  std::ostringstream out;
+  object.Write(out, 0);
+  platform::WriteLine(out.str());
+}
+
+Value JsonNumber(std::uint64_t number) { return Value::MakeNumber(static_cast<double>(number)); }
+
+Value JsonAmount(std::size_t files, std::uint64_t bytes) {
+  Value amount = Value::MakeObject();
+  amount.Set("files", JsonNumber(files));
+  amount.Set("bytes", JsonNumber(bytes));
+  return amount;
+}
+
+}  // namespace patcher::publisher

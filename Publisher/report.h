@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "minijson/minijson.h"
+
+namespace patcher::publisher {
+
+/// The result of a task, on standard output: lines for people as they come, or one JSON object for scripts at
+/// the end. One thread.
+class Report {
+ public:
+  enum class Form { kLines, kJson, kNothing };
+
+  /// `task` is the name of the task in the JSON object.
+  Report(Form form, std::string task) : form_(form), task_(std::move(task)) {}
+
+  /// Only for people. One or several lines, without the last line feed.
+  void Line(std::string_view line) const;
+  /// Only for scripts.
+  void Add(std::string_view key, MiniJson::Value value);
+  void Add(std::string_view key, std::uint64_t number);
+
+  /// Ends the report. `done`: what was asked for has happened. `error` is empty if all went well.
+  void Finish(bool done, const std::string& error) const;
+
+ private:
+  const Form form_;
+  const std::string task_;
+  MiniJson::Value members_ = MiniJson::Value::MakeObject();
+};
+
+MiniJson::Value JsonNumber(std::uint64_t number);
+
+/// {"files": 2, "bytes": 345}
+MiniJson::Value JsonAmount(std::size_t files, std::uint64_t bytes);
+
+}  // namespace patcher::publisher

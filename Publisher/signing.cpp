@@ -1,0 +1,99 @@
+#include "signing.h"
+
+#include <exception>
+#include <fstream>
+#include <system_error>
+
+#include "content_store.h"
+#include "platform/files.h"
+#include "platform/text.h"
+#include "publish_error.h"
+#include "shared/hex.h"
+#include "update/manifest_signature.h"
+
+namespace patcher::publisher {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kLabel[] = "patch-publish-key";
+
+platform::SigningKey ReadKeyFile(const fs::path& file) {
+  std::error_code error;
+  if (!fs::exists(file, error)) {
+    throw FileError("cannot read", file,
+                    error ? error : std::make_error_code(std::errc::no_such_file_or_directory));
+  }
+  std::ifstream in(file, std::ios::binary);
+  std::string label;
+  std::string secret;
+  std::string publicKey;
+  in >> label >> secret >> publicKey;
+  const auto secretBytes = FromHex<sizeof(platform::SigningKey::secret)>(secret);
+  const auto publicBytes = FromHex<sizeof(platform::PublicKey)>(publicKey);
+  if (label != kLabel || !secretBytes || !publicBytes) {
+    throw PublishError(platform::Utf8FromPath(file) + " is no key file of patch-publish keygen");
+  }
+  return {*secretBytes, *publicBytes};
+}
+
+bool HasSignature(const Publication& document) {
+  return ReadSignature(std::string_view(document.text).substr(document.manifest.valueSize)).has_value();
+}
+
+bool IsSignedBy(const Publication& document, const platform::PublicKey& key) {
+  return IsSigned(document.text, document.manifest.valueSize, {&key, 1});
+}
+
+}  // namespace
+
+std::string MakeKeyFile(const fs::path& file) {
+  const auto key = platform::MakeSigningKey();
+  if (!key) throw PublishError("the system makes no keys");
+  std::string publicKey = ToHex(key->publicKey);
+  const std::string line = std::string(kLabel) + " " + ToHex(key->secret) + " " + publicKey + "\n";
+  if (const int error = platform::CreatePrivateFile(file, line); error != 0) {
+    throw FileError("cannot create", file, SystemReason(error));
+  }
+  return publicKey;
+}
+
+DocumentSigner::DocumentSigner(const SigningRequest& request) : allowUnsigned_(request.allowUnsigned) {
+  if (!request.keyFile.empty()) key_ = ReadKeyFile(request.keyFile);
+}
+
+void DocumentSigner::RequireKeyAfter(const Publication* present) const {
+  if (key_ || allowUnsigned_ || present == nullptr || !HasSignature(*present)) return;
+  throw PublishError("version " + std::to_string(present->manifest.version) +
+                     " is signed, and launchers with a key refuse an unsigned manifest: --sign KEY signs, "
+                     "--unsigned publishes without a signature nevertheless");
+}
+
+bool DocumentSigner::IsContentWith(const Publication& document) const {
+  if (key_) return IsSignedBy(document, key_->publicKey);
+  return !allowUnsigned_ || !HasSignature(document);
+}
+
+std::string DocumentSigner::Finished(std::string manifestText) const {
+  if (!key_) return manifestText;
+  try {
+    const std::size_t valueSize = manifestText.find_last_of('}') + 1;
+    manifestText += Sign(std::string_view(manifestText).substr(0, valueSize), *key_);
+  } catch (const std::exception& failure) {
+    throw PublishError(std::string("cannot sign: ") + failure.what());
+  }
+  if (manifestText.size() > kMaxManifestSize) throw PublishError("the signed manifest is too large");
+  return manifestText;
+}
+
+std::string SignatureFinding(const fs::path& www, std::string_view publicKey) {
+  const auto key = FromHex<sizeof(platform::PublicKey)>(publicKey);
+  if (!key) throw PublishError("a public key has 128 hexadecimal digits, as keygen prints them");
+  const auto document = ReadPublication(ContentStore(www).ManifestFile());
+  if (!document) return "there is no version.json";
+  if (IsSignedBy(*document, *key)) return {};
+  return HasSignature(*document) ? "version.json has no good signature by this key"
+                                 : "version.json is not signed";
+}
+
+}  // namespace patcher::publisher

@@ -1,0 +1,44 @@
+#include "version_changes.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+
+namespace patcher::publisher {
+
+VersionChanges CompareVersions(const PatchManifest* before, const PatchManifest& after) {
+  std::unordered_map<std::string_view, const PatchFile*> gone;
+  if (before != nullptr) {
+    for (const PatchFile& file : before->files) gone.emplace(file.path, &file);
+  }
+  VersionChanges changes;
+  for (const PatchFile& file : after.files) {
+    const auto old = gone.find(file.path);
+    const bool isNew = old == gone.end();
+    if (isNew || old->second->sha256 != file.sha256) {
+      (isNew ? changes.added : changes.changed).Add(file.size);
+      changes.files.push_back({&file, isNew});
+    }
+    if (!isNew) gone.erase(old);
+  }
+  for (const auto& [path, file] : gone) changes.removed.Add(file->size);
+  return changes;
+}
+
+std::vector<VersionChanges::File> LargestChanges(const VersionChanges& changes, std::size_t count) {
+  std::vector<VersionChanges::File> files = changes.files;
+  std::stable_sort(files.begin(), files.end(),
+                   [](const auto& a, const auto& b) { return a.file->size > b.file->size; });
+  if (files.size() > count) files.resize(count);
+  return files;
+}
+
+MiniJson::Value JsonChanges(const VersionChanges& changes) {
+  MiniJson::Value value = MiniJson::Value::MakeObject();
+  value.Set("added", JsonAmount(changes.added.files, changes.added.bytes));
+  value.Set("changed", JsonAmount(changes.changed.files, changes.changed.bytes));
+  value.Set("removed", JsonAmount(changes.removed.files, changes.removed.bytes));
+  return value;
+}
+
+}  // namespace patcher::publisher
