@@ -6,6 +6,7 @@ Prints its port on the first line and serves until standard input ends. Connecti
   /body/N          200 with N bytes of the pattern (byte i is i % 251)
   /status/N        status N with a short body
   /redirect        302 to /body/1000; /redirect/loop: 302 to itself
+  /headers         200 with Cache-Control twice and an empty header
   /chunked/N       the pattern in chunks of 1000 bytes; /chunked-length/N: with a length beside it that is void
   /cut/N/M         announces N bytes, sends M, closes
   /chunked-cut/N   N bytes in chunks, then closes without the last chunk
@@ -79,8 +80,10 @@ class Client:
         elif name == "connections":
             with count_lock:
                 self.answer(200, b"%d" % accepted)
+        elif name == "headers":
+            self.answer(200, b"", b"Cache-Control: public\r\nEmpty:\r\nCACHE-control: max-age=5\r\n")
         elif name == "redirect":
-            self.answer(302, b"moved", b"Location: %s\r\n" % (b"/redirect/loop" if rest else b"/body/1000"))
+            self.answer(302, b"moved", b"X-Step: 1\r\nLocation: %s\r\n" % (b"/redirect/loop" if rest else b"/body/1000"))
         elif name == "status":
             self.answer(numbers[0], b"word")
         elif name == "release":
