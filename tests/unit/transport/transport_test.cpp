@@ -5,6 +5,7 @@
 #include "transport/config.h"
 #include "transport/debug_log.h"
 #include "transport/http_session.h"
+#include "transport/request_form.h"
 #include "transport/transfer_pace.h"
 
 namespace patcher {
