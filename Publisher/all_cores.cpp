@@ -35,17 +35,18 @@ void RunOnAllCores(const std::string& stage, const std::vector<std::uint64_t>& s
   progress.Begin(stage, sizes.size(), std::accumulate(sizes.begin(), sizes.end(), std::uint64_t{0}));
   std::mutex lock;
   std::exception_ptr failure;
-  const bool ok = ParallelRun(order.size(), static_cast<int>(threads), [&](std::size_t number, unsigned worker) {
-    try {
-      work(order[number], *hashers[worker]);
-      progress.ItemDone();
-      return true;
-    } catch (...) {
-      std::lock_guard guard(lock);
-      if (!failure) failure = std::current_exception();
-      return false;
-    }
-  });
+  const bool ok =
+      ParallelRun(order.size(), static_cast<int>(threads), [&](std::size_t number, unsigned worker) {
+        try {
+          work(order[number], *hashers[worker]);
+          progress.ItemDone();
+          return true;
+        } catch (...) {
+          std::lock_guard guard(lock);
+          if (!failure) failure = std::current_exception();
+          return false;
+        }
+      });
   progress.End();
   if (!ok && failure) std::rethrow_exception(failure);
 }

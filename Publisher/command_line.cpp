@@ -61,14 +61,16 @@ std::filesystem::path CommandLine::Path(std::string_view name) {
   return platform::PathFromUtf8(found->second.front());
 }
 
-std::optional<std::int32_t> CommandLine::Number(std::string_view name, std::int32_t highest) {
+std::optional<std::int32_t> CommandLine::Number(std::string_view name, std::int32_t highest,
+                                                std::int32_t lowest) {
   const auto found = values_.find(name);
   if (found == values_.end()) return std::nullopt;
   const std::string& text = found->second.front();
   std::int32_t number = 0;
   const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (failure != std::errc() || end != text.data() + text.size() || number < 1 || number > highest) {
-    Fail(std::string(name) + " takes a number from 1 to " + std::to_string(highest) + ", not '" + text + "'");
+  if (failure != std::errc() || end != text.data() + text.size() || number < lowest || number > highest) {
+    Fail(std::string(name) + " takes a number from " + std::to_string(lowest) + " to " +
+         std::to_string(highest) + ", not '" + text + "'");
   }
   return number;
 }

@@ -30,8 +30,8 @@ class CommandLine {
 
   /// Fails if the option is missing.
   std::filesystem::path Path(std::string_view name);
-  /// From 1 to `highest`; nothing if the option is missing.
-  std::optional<std::int32_t> Number(std::string_view name, std::int32_t highest);
+  /// From `lowest` to `highest`; nothing if the option is missing.
+  std::optional<std::int32_t> Number(std::string_view name, std::int32_t highest, std::int32_t lowest = 1);
   std::vector<std::string> List(std::string_view name) const;
 
   /// Options that do not go together with the task fail; `name` is the option that asks for it.

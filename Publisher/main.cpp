@@ -13,6 +13,7 @@
 #include "signing.h"
 #include "status.h"
 #include "store_check.h"
+#include "upload_list.h"
 
 namespace {
 
@@ -27,7 +28,10 @@ const char* NameOf(const Options& options) {
     case Task::kHelp:
       return "help";
     case Task::kCheck:
+    case Task::kCheckServer:
       return "check";
+    case Task::kListUpload:
+      return "list-upload";
     case Task::kStatus:
       return "status";
     case Task::kGoLive:
@@ -42,13 +46,7 @@ const char* NameOf(const Options& options) {
   return options.publish.dryRun ? "dry-run" : "publish";
 }
 
-int Check(const Options& options, Report& report) {
-  patcher::publisher::CheckResult result =
-      patcher::publisher::CheckPublication(options.www, options.quiet);
-  if (!options.publicKey.empty()) {
-    const std::string finding = patcher::publisher::SignatureFinding(options.www, options.publicKey);
-    if (!finding.empty()) result.findings.push_back(finding);
-  }
+int ReportCheck(const patcher::publisher::CheckResult& result, const Options& options, Report& report) {
   MiniJson::Value list = MiniJson::Value::MakeArray();
   for (const std::string& finding : result.findings) {
     if (!options.json) platform::WriteLine(finding);
@@ -60,6 +58,15 @@ int Check(const Options& options, Report& report) {
   report.Line(result.summary + "; " +
               (count == 0 ? "everything is sound" : std::to_string(count) + " findings"));
   return count == 0 ? kDone : kFailed;
+}
+
+int Check(const Options& options, Report& report) {
+  patcher::publisher::CheckResult result = patcher::publisher::CheckPublication(options.www, options.quiet);
+  if (!options.publicKey.empty()) {
+    const std::string finding = patcher::publisher::SignatureFinding(options.www, options.publicKey);
+    if (!finding.empty()) result.findings.push_back(finding);
+  }
+  return ReportCheck(result, options, report);
 }
 
 /// The public key is printed also when nothing else is to be.
@@ -76,6 +83,13 @@ int Run(const Options& options, Report& report) {
       break;
     case Task::kCheck:
       return Check(options, report);
+    case Task::kCheckServer:
+      return ReportCheck(patcher::publisher::CheckServer(options.serverCheck), options, report);
+    case Task::kListUpload:
+      for (const std::string& line : patcher::publisher::UploadList(options.www, options.since)) {
+        platform::WriteLine(line);
+      }
+      break;
     case Task::kKeygen:
       MakeKey(options, report);
       break;

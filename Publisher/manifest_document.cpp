@@ -55,8 +55,8 @@ std::optional<std::string> ReadText(const fs::path& file) {
   return text;
 }
 
-PublishError NoManifest(const fs::path& file, const std::string& reason) {
-  return PublishError(platform::Utf8FromPath(file) + " is no manifest: " + reason);
+PublishError NoManifest(const std::string& source, const std::string& reason) {
+  return PublishError(source + " is no manifest: " + reason);
 }
 
 /// A whole number from 0 to the highest of its type; 0 for anything else.
@@ -195,10 +195,14 @@ void Announce(Publication& publication, const AnnouncedLauncher& launcher) {
 std::optional<Publication> ReadPublication(const fs::path& file) {
   auto text = ReadText(file);
   if (!text) return std::nullopt;
+  return ParsePublication(std::move(*text), platform::Utf8FromPath(file));
+}
+
+Publication ParsePublication(std::string text, const std::string& source) {
   Publication publication;
-  publication.text = std::move(*text);
+  publication.text = std::move(text);
   std::string reason;
-  if (!ParsePatchManifest(publication.text, publication.manifest, reason)) throw NoManifest(file, reason);
+  if (!ParsePatchManifest(publication.text, publication.manifest, reason)) throw NoManifest(source, reason);
   const DocumentHead head = HeadOf(publication.text);
   publication.sequence = head.sequence;
   publication.held = head.held;
@@ -217,7 +221,7 @@ std::optional<DocumentHead> ReadHead(const fs::path& file) {
   try {
     return HeadOf(*text);
   } catch (const std::exception& failure) {
-    throw NoManifest(file, failure.what());
+    throw NoManifest(platform::Utf8FromPath(file), failure.what());
   }
 }
 

@@ -50,7 +50,10 @@ void Announce(Publication& publication, const AnnouncedLauncher& launcher);
 /// is no manifest.
 std::optional<Publication> ReadPublication(const std::filesystem::path& file);
 
-/// The same without the files and archives, which costs a fraction.
+/// The same of a text that comes from `source`, a file or an address.
+Publication ParsePublication(std::string text, const std::string& source);
+
+/// ReadPublication without the files and archives, which costs a fraction.
 std::optional<DocumentHead> ReadHead(const std::filesystem::path& file);
 
 /// The JSON value of a publication, without blanks: each player reads it at every start. The same publication

@@ -64,8 +64,8 @@ class Publisher {
     ReadStore();
     ChooseVersion();
     RequireLauncherOrder();
-    // A held version is signed when it goes live.
-    if (!request_.hold) signer_.RequireKeyAfter(Previous());
+    // A held version is signed when it goes live, and a dry run needs no key.
+    if (!request_.hold && !request_.dryRun) signer_.RequireKeyAfter(Previous());
     const ClientScan scan = ScanClient(request_.client, exclusions);
     GiveNotices(scan, exclusions, progress_);
     if (IsPublished(scan)) {

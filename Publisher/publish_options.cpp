@@ -16,7 +16,9 @@ Usage: patch-publish --client DIR --out WWW --version N [options]
        patch-publish --out WWW --live N [options]
        patch-publish --out WWW --prune [--keep K]
        patch-publish --out WWW --status [--keep K]
+       patch-publish --out WWW --list-upload SINCE
        patch-publish --check WWW [--signed-by PUBLICKEY]
+       patch-publish --check https://HOST [--all]
        patch-publish keygen FILE
        patch-publish --help
 
@@ -43,10 +45,16 @@ is replaced last and in one step: players see the old version or the new one.
                        1 to 2047; 64 if not given
   --prune              delete what no kept version uses, afterwards or by itself
   --keep K             versions to keep, the live one included; 3 if not given
+  --list-upload SINCE  list what a server with version SINCE lacks (0: with none),
+                       in the order in which it must arrive; a line each: path,
+                       bytes, Content-Type and Cache-Control, separated by tabs
   --status             report what is published, and what players download
   --check WWW          prove every file, archive and launcher in WWW/patch
   --signed-by PUBLICKEY
                        and that the manifest is signed by this key
+  --check https://HOST ask a live server for all that its manifest names, and prove
+                       a sample of it and the headers
+  --all                prove all of it
   --sign FILE          sign the manifest with the key in FILE
   --unsigned           do not sign it although the one before was signed
   keygen FILE          make a key to sign with, write it to the new file FILE, and
@@ -62,7 +70,7 @@ Exit codes:
   1  failed, and players get what they got before; or the check found something
   2  wrong usage
   3  published or live, but a later step failed: repeat the command
-docs/publishing.md describes the rest.)";
+docs/publishing.md describes the rest, docs/serving.md the web server.)";
 
 constexpr std::int32_t kAny = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kDefaultKeep = 3;
@@ -75,14 +83,16 @@ enum TaskBit : unsigned {
   kCheck = 8,
   kStatus = 16,
   kKeygen = 32,
-  kAll = 63
+  kCheckServer = 64,
+  kListUpload = 128,
+  kAll = 255
 };
 
 const std::vector<OptionRule>& Rules() {
   using enum OptionRule::Kind;
   static const std::vector<OptionRule> kRules{
       {"--client", kValue, kPublish},
-      {"--out", kValue, kPublish | kGoLive | kPrune | kStatus},
+      {"--out", kValue, kPublish | kGoLive | kPrune | kStatus | kListUpload},
       {"--version", kValue, kPublish},
       {"--dry-run", kSwitch, kPublish},
       {"--hold", kSwitch, kPublish},
@@ -95,12 +105,14 @@ const std::vector<OptionRule>& Rules() {
       {"--prune", kSwitch, kPublish | kGoLive | kPrune},
       {"--keep", kValue, kPublish | kGoLive | kPrune | kStatus},
       {"--status", kSwitch, kStatus},
-      {"--check", kValue, kCheck},
+      {"--list-upload", kValue, kListUpload},
+      {"--check", kValue, kCheck | kCheckServer},
+      {"--all", kSwitch, kCheckServer},
       {"--signed-by", kValue, kCheck},
       {"--sign", kValue, kPublish | kGoLive},
       {"--unsigned", kSwitch, kPublish | kGoLive},
       {"--keygen", kValue, kKeygen},
-      {"--json", kSwitch, kAll},
+      {"--json", kSwitch, kAll & ~kListUpload},
       {"--quiet", kSwitch, kAll},
       {"--help", kSwitch, kAll, "-h"},
   };
@@ -154,6 +166,36 @@ void ReadGoLive(CommandLine& line, GoLiveRequest& request) {
   request.quiet = line.Has("--quiet");
 }
 
+/// The folder or the server that --check names.
+void ReadCheck(CommandLine& line, Options& options) {
+  const std::vector<std::string> place = line.List("--check");
+  const std::size_t scheme = place.empty() ? std::string::npos : place.front().find("://");
+  if (scheme == std::string::npos) {
+    options.task = Options::Task::kCheck;
+    line.AllowOnly(kCheck, "--check of a folder");
+    options.www = line.Path("--check");
+    if (line.Has("--signed-by")) options.publicKey = line.List("--signed-by").front();
+    return;
+  }
+  options.task = Options::Task::kCheckServer;
+  line.AllowOnly(kCheckServer, "--check of a server");
+  std::string url = place.front();
+  if (url.ends_with('/')) url.pop_back();
+  if (url.find_first_of("/?#", scheme + 3) != std::string::npos) {
+    line.Fail(
+        "--check takes scheme, host and port of a server: launchers ignore a path, and find patch at the "
+        "root");
+  }
+  options.serverCheck = {url, line.Has("--all"), line.Has("--quiet")};
+}
+
+void ReadListUpload(CommandLine& line, Options& options) {
+  options.task = Options::Task::kListUpload;
+  line.AllowOnly(kListUpload, "--list-upload");
+  options.www = line.Path("--out");
+  options.since = line.Number("--list-upload", kAny, 0).value_or(0);
+}
+
 }  // namespace
 
 Options ReadOptions(std::vector<std::string> arguments) {
@@ -166,10 +208,9 @@ Options ReadOptions(std::vector<std::string> arguments) {
   if (line.Has("--help")) {
     options.task = Options::Task::kHelp;
   } else if (line.Has("--check")) {
-    options.task = Options::Task::kCheck;
-    line.AllowOnly(kCheck, "--check");
-    options.www = line.Path("--check");
-    if (line.Has("--signed-by")) options.publicKey = line.List("--signed-by").front();
+    ReadCheck(line, options);
+  } else if (line.Has("--list-upload")) {
+    ReadListUpload(line, options);
   } else if (line.Has("--keygen")) {
     options.task = Options::Task::kKeygen;
     line.AllowOnly(kKeygen, "keygen");

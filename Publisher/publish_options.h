@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -7,19 +8,22 @@
 
 #include "go_live.h"
 #include "publish.h"
+#include "server_check.h"
 
 namespace patcher::publisher {
 
 /// What the command line asks for.
 struct Options {
-  enum class Task { kPublish, kGoLive, kPrune, kStatus, kCheck, kKeygen, kHelp };
+  enum class Task { kPublish, kGoLive, kPrune, kStatus, kCheck, kCheckServer, kListUpload, kKeygen, kHelp };
   Task task = Task::kPublish;
-  PublishRequest publish;         ///< of kPublish
-  GoLiveRequest goLive;           ///< of kGoLive
-  std::filesystem::path www;      ///< of kPrune, kStatus and kCheck: the web server's root
-  std::size_t keep = 0;           ///< of kPrune and kStatus
-  std::string publicKey;          ///< of kCheck: whose signature is expected; empty: nobody's
-  std::filesystem::path keyFile;  ///< of kKeygen: to be made
+  PublishRequest publish;          ///< of kPublish
+  GoLiveRequest goLive;            ///< of kGoLive
+  ServerCheckRequest serverCheck;  ///< of kCheckServer
+  std::filesystem::path www;       ///< of kPrune, kStatus, kCheck and kListUpload: the web server's root
+  std::int32_t since = 0;          ///< of kListUpload
+  std::size_t keep = 0;            ///< of kPrune and kStatus
+  std::string publicKey;           ///< of kCheck: whose signature is expected; empty: nobody's
+  std::filesystem::path keyFile;   ///< of kKeygen: to be made
   bool quiet = false;
   bool json = false;
   std::string error;  ///< not empty: the command line is wrong, and why

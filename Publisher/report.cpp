@@ -1,6 +1,7 @@
 #include "report.h"
 
 #include <sstream>
+#include <utility>
 
 #include "platform/standard_streams.h"
 

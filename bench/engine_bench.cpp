@@ -61,7 +61,10 @@ void RecordSaves(benchmark::State& state, bool shuffled) {
   const auto files = static_cast<std::size_t>(state.range(0));
   patcher::PatchManifest manifest;
   std::string error;
-  patcher::ParsePatchManifest(SampleManifest(files), manifest, error);
+  if (!patcher::ParsePatchManifest(SampleManifest(files), manifest, error)) {
+    state.SkipWithError(error.c_str());
+    return;
+  }
   if (shuffled) std::shuffle(manifest.files.begin(), manifest.files.end(), std::mt19937_64(1));
   const auto path = std::filesystem::temp_directory_path() /
                     ("bench_record_" + std::to_string(std::random_device{}()) + ".json");

@@ -20,6 +20,8 @@ class BodyReader {
 
   /// Whether it failed because too little came.
   bool IsSilent() const { return silent_; }
+  /// The error number of the step that failed; 0 if none did.
+  std::uint32_t Error() const { return error_; }
   /// The line for the debug log that says how the transfer of `path` failed.
   std::string FailureLine(const std::string& path) const;
 

@@ -3,24 +3,18 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/hex_digits.h"
 #include "transport/body_reader.h"
 #include "transport/config.h"
 #include "transport/debug_log.h"
+#include "transport/request_form.h"
 
 namespace patcher {
 namespace {
 
-constexpr char kUserAgent[] = "TolmiraMMO-Patcher/1.0";
 constexpr std::uint32_t kStatusOk = 200;
 
 void LogFailure(const char* step, const std::string& path, std::uint32_t error) {
   DebugLog::Write(step + (" " + path + " err=" + std::to_string(error)));
-}
-
-bool IsUnreserved(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' ||
-         c == '.' || c == '~' || c == '/';
 }
 
 /// Appends a block. Room is doubled, but not beyond `enough`: a document may have many megabytes.
@@ -31,19 +25,6 @@ void Append(std::string& body, const char* block, std::size_t size, std::size_t 
 }
 
 }  // namespace
-
-std::string PercentEncodePath(std::string_view path) {
-  std::string encoded;
-  encoded.reserve(path.size());
-  for (char c : path) {
-    if (IsUnreserved(c)) {
-      encoded += c;
-      continue;
-    }
-    encoded += '%' + platform::HexOf(static_cast<std::uint8_t>(c), platform::kUpperHexDigits);
-  }
-  return encoded;
-}
 
 bool HttpSession::Connect(const std::string& baseUrl, std::string& error) {
   std::optional<platform::ServerAddress> server = platform::CrackUrl(baseUrl);

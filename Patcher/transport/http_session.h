@@ -4,16 +4,11 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "platform/http.h"
 #include "transport/file_download.h"
 
 namespace patcher {
-
-/// Bytes other than ASCII letters, digits and -_.~/ become a percent sign and two capital hexadecimal digits,
-/// so that a name is never taken for a query and must not come encoded.
-std::string PercentEncodePath(std::string_view path);
 
 /// The HTTP client of one operation (an update run, a check, a news fetch). Connect and Close belong to the
 /// operation's thread with no pool active; the other calls may run on many threads at once. Request paths

@@ -49,10 +49,10 @@ class LocalRecord {
   void Enter(const std::string& path, const std::string& digest);
   void Forget(std::string_view path);
 
-  /// Replaces the file by the whole state (RecordText). A file that cannot be replaced is removed, since it may
-  /// name what is no longer installed. False if that failed too: the old file is still there. Before a signed
-  /// document is given up, its sequence goes to a file of its own (kSequenceFile): the form of the record has no
-  /// place for it, and a server must not get rid of it by failing in the middle of an update.
+  /// Replaces the file by the whole state (RecordText). A file that cannot be replaced is removed, since it
+  /// may name what is no longer installed. False if that failed too: the old file is still there. Before a
+  /// signed document is given up, its sequence goes to a file of its own (kSequenceFile): the form of the
+  /// record has no place for it, and a server must not get rid of it by failing in the middle of an update.
   [[nodiscard]] bool Save();
 
   /// As Save, for the many saves of one run: entries after the last saved path are appended, so that a save

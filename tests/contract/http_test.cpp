@@ -83,6 +83,28 @@ TEST(HttpContract, StatusIsThatOfTheLastResponse) {
   EXPECT_TRUE(loop.error != 0 || loop.status == 302) << loop.status;
 }
 
+TEST(HttpContract, HeadersAreThoseOfTheLastResponse) {
+  Session session;
+  HttpRequest request;
+  const auto ask = [&](const std::string& path, HttpRequest::Redirects redirects) {
+    request = {};
+    return request.Open(session.connection, path, redirects) == 0 && request.Send() == 0 &&
+           request.ReceiveResponse() == 0;
+  };
+  ASSERT_TRUE(ask("/headers", HttpRequest::Redirects::kReport));
+  EXPECT_EQ(request.Header("cache-CONTROL"), "public, max-age=5");
+  EXPECT_EQ(request.Header("Empty"), "");
+  EXPECT_EQ(request.Header("Cache"), std::nullopt);
+  ASSERT_TRUE(ask("/redirect", HttpRequest::Redirects::kFollow));
+  EXPECT_EQ(request.Header("X-Step"), std::nullopt);
+  ASSERT_TRUE(ask("/redirect", HttpRequest::Redirects::kReport));
+  EXPECT_EQ(request.Status(), 302u);
+  EXPECT_EQ(request.Header("Location"), "/body/1000");
+  Answer answer;
+  ReadBody(request, answer, 64);
+  EXPECT_EQ(answer.body, "moved");
+}
+
 TEST(HttpContract, RequestGoesOutAsGiven) {
   Session session;
   const std::string head = Get(session.connection, "/echo/a%20b//./c/%C3%A9%3F~x").body;
@@ -124,7 +146,9 @@ TEST(HttpContract, DeadServerFailsInSend) {
   Session session({false, "127.0.0.1", 1});
   HttpRequest request;
   ASSERT_EQ(request.Open(session.connection, "/"), 0u);
-  EXPECT_NE(request.Send(), 0u);
+  const std::uint32_t error = request.Send();
+  EXPECT_NE(error, 0u);
+  EXPECT_GT(HttpErrorText(error).size(), 3u);
 }
 
 TEST(HttpContract, ObjectsThatWereNeverOpenedFail) {

@@ -19,7 +19,8 @@ class WindowsArchiveTest(unittest.TestCase):
         subprocess.run(["cmake", "--build", WINDOWS, "--target", "package"], stdout=subprocess.DEVNULL, check=True)
         with zipfile.ZipFile(next(WINDOWS.glob("*.zip"))) as archive:
             contents = {name: archive.read(name) for name in archive.namelist() if not name.endswith("/")}
-        self.assertEqual(set(contents), {"Patcher.exe", "LISEZMOI.txt", "OPERATORS.md", "licences/miniz.txt",
+        self.assertEqual(set(contents), {"Patcher.exe", "patch-publish.exe", "patcher-stdio.exe", "docs/publishing.md",
+                                         "docs/serving.md", "docs/manifest.md", "docs/security.md", "LISEZMOI.txt", "OPERATORS.md", "licences/miniz.txt",
                                          "licences/gcc-runtime.txt", "licences/mingw-w64.txt",
                                          "licences/zlib.txt"})
         program = contents["Patcher.exe"]

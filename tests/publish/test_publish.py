@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """Drives patch-publish as a publisher does: test_publish.py [--publisher PROGRAM] [unittest arguments], or
 PATCH_PUBLISH=PROGRAM in the environment."""
+import contextlib
 import hashlib
+import http.server
+import itertools
 import json
 import os
 import pathlib
@@ -9,9 +12,11 @@ import random
 import re
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 import zipfile
@@ -572,6 +577,7 @@ class Refusals(PublishTest):
             (["--nonsense"], "unknown argument '--nonsense';"), (["--verison"], "(did you mean --version?)"),
             (["--client", "--out", "w"], "--client needs a value; --out is an option"), (["--out="], "needs a value"),
             (["--hold=1"], "--hold takes no value"), (["--status"], "--out is missing"),
+            (["--check", "http://h/x"], "ignore a path"), (["--check", "w", "--all"], "--all does not go"),
         ]
         for arguments, reason in cases:
             result = run(*arguments)
@@ -645,6 +651,100 @@ class Check(PublishTest):
             damage()
             with self.subTest(finding=finding):
                 self.check([finding])
+
+
+class LiveServer(PublishTest):
+    def serve(self):
+        """Serves the folder; `self.change` may give another answer: status, headers, blocks of the body."""
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_GET(request):
+                place = self.www / request.path[1:]
+                found = place.is_file() and "history" not in request.path
+                body = place.read_bytes() if found else b"nothing"
+                cache = "no-store" if place.name == "version.json" else "public, max-age=31536000, immutable"
+                headers = {"Content-Length": len(body), "Cache-Control": cache}
+                status, headers, blocks = self.change(request.path, headers, body) or (200 if found else 404, headers, [body])
+                head = "".join(f"{name}: {value}\r\n" for name, value in headers.items())
+                with contextlib.suppress(OSError):
+                    request.wfile.write(f"HTTP/1.1 {status} x\r\n{head}\r\n".encode())
+                    request.wfile.writelines(blocks)
+
+        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        self.addCleanup(server.server_close)
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        return f"http://127.0.0.1:{server.server_port}"
+
+    def prove_server(self, url, *findings, **environment):
+        result = subprocess.run([PROGRAM, "--check", url, "--quiet", "--all"], capture_output=True, text=True, timeout=120,
+                                env={**os.environ, **environment})
+        self.assertEqual((result.returncode, result.stderr), (1 if findings else 0, ""), result.stdout)
+        self.assertEqual(sum(finding in result.stdout for finding in findings), result.stdout.count("\n"), result.stdout)
+
+    def test_servers_that_lie(self):
+        self.make_game(12)
+        self.publish(1, "--launcher", make_launcher(self.root / "a.exe"))
+        file = self.content(b"program").name
+        endless = itertools.repeat(bytes(1 << 20))
+        closing = {"Cache-Control": "public, immutable, max-age=86400"}
+        cases = [
+            ("none", None, []),
+            (file, lambda h, b: (404, h, [b]), [file + ": the status is 404"]),
+            (file, lambda h, b: (200, h, [b[:-1], b"#"]), [file + ": it has another digest"]),
+            (file, lambda h, b: (200, h, [b[:-1]]), [file + ": it broke off after"]),
+            (file, lambda h, b: (200, {**h, "Content-Length": 3}, [b]), ["it announces 3 bytes instead of 7"]),
+            (file, lambda h, b: (200, closing, endless), ["it has more than 7", "neither its length nor chunks"]),
+            (file, lambda h, b: (302, {**h, "Location": "/nowhere"}, [b]), ["the status is 404"]),
+            (file, lambda h, b: (200, {**h, "Content-Encoding": "gzip"}, [b]), [file + ": its body is encoded (gzip)"]),
+            (".exe", lambda h, b: (200, h, [b[:-1], b"#"]), ["launcher/"]),
+            ("version.json", lambda h, b: (200, closing, endless), ["more than 100663296", "neither its", '"no-store"']),
+            ("version.json", lambda h, b: (200, h, [b"{" * len(b)]), ["is no manifest"]),
+            ("version.json", lambda h, b: (200, {**h, "Age": 60}, [b]), ["comes from a cache"]),
+            ("1.json", lambda h, b: (200, h, [b]), ["history/1.json: it is served"]),
+        ] + [(file, lambda h, b, v=value: (200, {**h, "Cache-Control": v}, [b]), [f'its Cache-Control is "{value}"'])
+             for value in ("", "public, max-age=86399, immutable", "no-cache, public, max-age=86400, immutable")]
+        url = self.serve()
+        for end, answer, findings in cases:
+            self.change = lambda path, h, b: answer(h, b) if path.endswith(end) else None
+            with self.subTest(findings=findings):
+                self.prove_server(url, *findings)
+
+    def test_the_configuration_of_the_guide(self):
+        self.make_game(12)
+        self.publish(1)
+        text = (pathlib.Path(__file__).parents[2] / "docs/serving.md").read_text().split("```nginx\n")[1].split("```")[0]
+        key, trust, config = self.root / "key.pem", self.root / "cert.pem", self.root / "nginx.conf"
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", key, "-out", trust, "-subj",
+                        "/CN=x", "-addext", "subjectAltName=DNS:localhost"], check=True, capture_output=True)
+        with socket.create_server(("127.0.0.1", 0)) as one, socket.create_server(("127.0.0.1", 0)) as other:
+            plain, secure = (s.getsockname()[1] for s in (one, other))
+        own = "/etc/letsencrypt/live/patch.example.org/"
+        for old, new in [("user www-data", f"daemon off; pid {self.root}/pid; user root"), ("80", plain), ("443", secure),
+                         ("/srv/game", self.www), (own + "fullchain.pem", trust), (own + "privkey.pem", key)]:
+            text = text.replace(old, str(new), 1)
+        moved = text.replace("/archives/ {", "/archives/ { return 302 http://localhost/;")
+        for content, findings in [(text, []), (moved, ["launchers never go from https to http"])]:
+            config.write_text(content)
+            with subprocess.Popen(["/usr/sbin/nginx", "-e", self.root / "errors", "-c", config]) as server:
+                while server.poll() is None and not (self.root / "pid").exists():
+                    time.sleep(0.01)
+                self.prove_server(f"https://localhost:{secure}", *findings, SSL_CERT_FILE=str(trust))
+                self.prove_server(f"https://localhost:{secure}", "version.json: no response: SSL")
+                self.prove_server(f"http://localhost:{plain}", "the status is 403")
+                server.terminate()
+
+    def test_list_upload(self):
+        self.make_game(12)
+        self.publish(1, "--launcher", make_launcher(self.root / "a.exe"))
+        self.write("new.txt", b"new content")
+        self.publish(2)
+        lines = [line.split("\t") for line in self.command("--list-upload", 0).stdout.splitlines()]
+        self.assertEqual([*dict.fromkeys(p.split("/")[1] for p, *_ in lines)], ["f", "archives", "launcher", "version.json"])
+        served = [p for p in self.patch.rglob("*") if p.is_file() and p.parent.name != "history"]
+        self.assertEqual({p: int(n) for p, n, *_ in lines}, {str(p.relative_to(self.www)): p.stat().st_size for p in served})
+        self.assertEqual([lines[0][3], *lines[-1][2:]], ["public, max-age=31536000, immutable", "application/json", "no-store"])
+        new = [line.split("\t")[0] for line in self.command("--list-upload", 1).stdout.splitlines()]
+        self.assertEqual((len(new), f"patch/{self.content(b'new content').relative_to(self.patch)}"), (3, new[0]))
+        self.assertIn("history/7.json is missing", self.command("--list-upload", 7, code=1).stderr)
 
 
 class Deaths(PublishTest):

@@ -25,7 +25,8 @@ class FaultServer:
       ("until-close", n)   n bytes without a length; the end of the connection ends the body
       ("endless",)         chunks until the client goes away
       ("announced", n)     a length of n bytes; none comes until the client goes away
-      ("redirect", url)    302
+      ("redirect", url)    302, with a header X-Step of its own
+      ("headers", extra)   extra headers
 
     `on_bytes`, if set, is called from the server's threads with the number of body bytes sent so far."""
 
@@ -95,7 +96,7 @@ class FaultServer:
         if kind == "hold":
             rest[0].wait()
         elif kind == "redirect":
-            return self._send(peer, 302, b"see", f"Location: {rest[0]}\r\n")
+            return self._send(peer, 302, b"see", f"X-Step: 1\r\nLocation: {rest[0]}\r\n")
         elif kind == "reset":
             peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
             return False
@@ -113,7 +114,7 @@ class FaultServer:
             return False
         elif kind in ("announced", "cut", "silent", "late"):
             return self._send_part(peer, body, kind, rest[0])
-        return self._send(peer, status, body) and kind != "stale"
+        return self._send(peer, status, body, rest[0] if kind == "headers" else "") and kind != "stale"
 
     def _send_part(self, peer, body, kind, value):
         self._send_head(peer, 200, f"Content-Length: {value if kind == 'announced' else len(body)}\r\n")

@@ -43,6 +43,10 @@ class SignedTest(ScenarioTest):
         self.server.content[URL] = document
         return self.update()
 
+    def changed(self, document, old, new):
+        self.assertIn(old, document)
+        return document.replace(old, new)
+
     def interrupted(self, document):
         """A run that gets the manifest and nothing else."""
         contents, self.server.content = self.server.content, {}
@@ -55,7 +59,7 @@ class SignedTest(ScenarioTest):
         self.assertEqual(self.update()[-1], True)
         self.assertEqual(record.read_bytes(), second)
         third = self.version(3)
-        for document in (third[:third.rindex(b"{")], third.replace(b'"version": 3', b'"version": 4'), first):
+        for document in (third[:third.rindex(b"{")], self.changed(third, b'"version":3', b'"version":4'), first):
             self.assertEqual(self.serve_and_run(document), [CONNECT, "online", INVALID, False])
         self.assertEqual(self.place.log()[-3:], [
             "Manifest refused : no signature", "Manifest refused : not signed by a key of this launcher",
@@ -84,7 +88,7 @@ class SignedTest(ScenarioTest):
         back = self.publish("--live", "2")
         self.assertEqual(self.update()[-1], True)
         self.assertEqual((record.read_bytes(), self.place.files()), (back, {"a": b"version 2"}))
-        record.write_bytes(back.replace(b'"sequence": 4', b'"sequence": 9'))
+        record.write_bytes(self.changed(back, b'"sequence":4', b'"sequence":9'))
         self.assertEqual(self.update()[-1], True, "only what is signed counts")
         unkeyed = self.installation()
         self.assertEqual(unkeyed.update()[-1], True)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -64,6 +65,8 @@ void InitialiseLibrary() {
 }
 
 }  // namespace
+
+std::string HttpErrorText(std::uint32_t error) { return curl_easy_strerror(static_cast<CURLcode>(error)); }
 
 std::optional<ServerAddress> CrackUrl(const std::string& text) {
   InitialiseLibrary();
@@ -140,7 +143,8 @@ bool HttpConnection::Open(HttpClient& client, const ServerAddress& server) {
 }
 
 struct HttpRequest::Impl {
-  explicit Impl(HttpConnection::Impl& from) : client(from.client), engine(client.Take()) {}
+  Impl(HttpConnection::Impl& from, Redirects redirects)
+      : client(from.client), engine(client.Take()), follows(redirects == Redirects::kFollow) {}
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
 
@@ -155,6 +159,7 @@ struct HttpRequest::Impl {
 
   HttpClient::Impl& client;
   std::unique_ptr<Engine> engine;
+  const bool follows;        // redirects
   std::size_t consumed = 0;  // bytes of `pending` that were read
   std::size_t headSize = 0;  // of all responses up to the final one, and of trailers
   bool paused = false;
@@ -197,7 +202,7 @@ struct HttpRequest::Impl {
       request.redirecting = true;
     } else if (line == "\r\n" || line == "\n") {
       const std::uint32_t status = request.Code();
-      const bool followed = request.redirecting && status >= 300 && status < 400;
+      const bool followed = request.follows && request.redirecting && status >= 300 && status < 400;
       if (status >= 200 && !followed) request.headersDone = true;
     }
     return size;
@@ -218,10 +223,14 @@ struct HttpRequest::Impl {
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     // A proxy's answer to CONNECT must not pass for the server's.
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, follows ? 1L : 0L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 10L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, connection.secure ? "https" : "http,https");
+    // The variable of OpenSSL, which the library itself does not read.
+    if (const char* certificates = std::getenv("SSL_CERT_FILE")) {
+      curl_easy_setopt(easy, CURLOPT_CAINFO, certificates);
+    }
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
     curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReceiveBuffer);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Impl::OnBody);
@@ -275,9 +284,10 @@ HttpRequest::~HttpRequest() = default;
 HttpRequest::HttpRequest(HttpRequest&&) noexcept = default;
 HttpRequest& HttpRequest::operator=(HttpRequest&&) noexcept = default;
 
-std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& encodedPath) {
+std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& encodedPath,
+                                Redirects redirects) {
   if (!connection.impl_) return CURLE_FAILED_INIT;
-  auto request = std::make_unique<Impl>(*connection.impl_);
+  auto request = std::make_unique<Impl>(*connection.impl_, redirects);
   if (!request->engine->IsWhole()) return CURLE_FAILED_INIT;
   request->SetOptions(*connection.impl_, encodedPath);
   impl_ = std::move(request);
@@ -301,6 +311,20 @@ std::uint32_t HttpRequest::ReceiveResponse() {
 }
 
 std::uint32_t HttpRequest::Status() { return impl_ ? impl_->Code() : 0; }
+
+std::optional<std::string> HttpRequest::Header(const std::string& name) const {
+  std::optional<std::string> value;
+  if (!impl_) return value;
+  curl_header* header = nullptr;
+  for (std::size_t i = 0;
+       curl_easy_header(impl_->engine->easy, name.c_str(), i, CURLH_HEADER, -1, &header) == CURLHE_OK; ++i) {
+    std::string_view text = header->value;
+    // Older libraries leave the line's end in an empty value.
+    if (text.ends_with('\r')) text.remove_suffix(1);
+    value = (value ? *value + ", " : std::string()).append(text);
+  }
+  return value;
+}
 
 std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const {
   if (!impl_) return std::nullopt;

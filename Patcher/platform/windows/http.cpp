@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <iterator>
 #include <string>
+#include <string_view>
 
 #include <winhttp.h>
 
@@ -24,6 +26,17 @@ constexpr std::size_t kHostBuffer = 256;
 constexpr DWORD kHeadMilliseconds = 60'000;
 
 }  // namespace
+
+std::string HttpErrorText(std::uint32_t error) {
+  wchar_t text[512] = {};
+  constexpr DWORD kFlags =
+      FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+  FormatMessageW(kFlags, GetModuleHandleW(L"winhttp.dll"), error, 0, text, std::size(text), nullptr);
+  const std::wstring_view words = text;
+  const std::wstring_view line = words.substr(0, words.find_last_not_of(L"\r\n. ") + 1);
+  if (line.empty()) return "error " + std::to_string(error) + " of WinHTTP";
+  return WideToUtf8(std::u16string(line.begin(), line.end()));
+}
 
 std::optional<ServerAddress> CrackUrl(const std::string& url) {
   const std::wstring wide = ToNative(Utf8ToWide(url));
@@ -118,12 +131,17 @@ HttpRequest::~HttpRequest() = default;
 HttpRequest::HttpRequest(HttpRequest&&) noexcept = default;
 HttpRequest& HttpRequest::operator=(HttpRequest&&) noexcept = default;
 
-std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& encodedPath) {
+std::uint32_t HttpRequest::Open(HttpConnection& connection, const std::string& encodedPath,
+                                Redirects redirects) {
   if (!connection.impl_) return ERROR_INVALID_HANDLE;
   impl_ = std::make_unique<Impl>();
   impl_->request.reset(WinHttpOpenRequest(
       connection.impl_->connection.get(), L"GET", ToNative(Utf8ToWide(encodedPath)).c_str(), nullptr,
       WINHTTP_NO_REFERER, WINHTTP_DEFAULT_ACCEPT_TYPES, connection.impl_->secure ? WINHTTP_FLAG_SECURE : 0));
+  if (redirects == Redirects::kReport) {
+    DWORD feature = WINHTTP_DISABLE_REDIRECTS;
+    WinHttpSetOption(impl_->request.get(), WINHTTP_OPTION_DISABLE_FEATURE, &feature, sizeof feature);
+  }
   return Impl::ErrorUnless(impl_->request != nullptr);
 }
 
@@ -147,6 +165,26 @@ std::uint32_t HttpRequest::Status() {
   WinHttpQueryHeaders(impl_->request.get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
                       WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX);
   return status;
+}
+
+std::optional<std::string> HttpRequest::Header(const std::string& name) const {
+  if (!impl_) return std::nullopt;
+  const std::wstring wideName = ToNative(Utf8ToWide(name));
+  std::optional<std::string> value;
+  for (DWORD index = 0;;) {
+    DWORD size = 0;
+    DWORD at = index;
+    WinHttpQueryHeaders(impl_->request.get(), WINHTTP_QUERY_CUSTOM, wideName.c_str(),
+                        WINHTTP_NO_OUTPUT_BUFFER, &size, &at);
+    if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) return value;
+    std::u16string text(size / sizeof(char16_t), u'\0');
+    if (!WinHttpQueryHeaders(impl_->request.get(), WINHTTP_QUERY_CUSTOM, wideName.c_str(), text.data(), &size,
+                             &index)) {
+      return value;
+    }
+    text.resize(size / sizeof(char16_t));
+    value = value ? *value + ", " + WideToUtf8(text) : WideToUtf8(text);
+  }
 }
 
 std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const {
