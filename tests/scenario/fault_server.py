@@ -96,7 +96,7 @@ class FaultServer:
         if kind == "hold":
             rest[0].wait()
         elif kind == "redirect":
-            return self._send(peer, 302, b"see", f"X-Step: 1\r\nLocation: {rest[0]}\r\n")
+            return self._send(peer, 302, b"moved", f"X-Step: 1\r\nLocation: {rest[0]}\r\n")
         elif kind == "reset":
             peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
             return False
