@@ -11,8 +11,7 @@
 
 namespace {
 
-/// The host that a browser would go to, read more leniently than the launcher does: what stands behind the
-/// last
+/// The host that a browser would go to, read more leniently than the launcher does: what follows the last
 /// '@' of the authority, which ends at anything that any browser takes for its end.
 std::string BrowsersHost(const std::u16string& url) {
   std::string text = platform::WideToUtf8(url);

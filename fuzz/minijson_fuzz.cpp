@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   }
   patcher::Require(position <= size, "the parser stays inside its text");
-  // The first reading of written text may still lose control characters and digits behind the sixth.
+  // The first reading of written text may still lose control characters and digits after the sixth.
   const std::string settled = WrittenAgain(Written(value));
   patcher::Require(WrittenAgain(settled) == settled, "written text is stable");
   return 0;

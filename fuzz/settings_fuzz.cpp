@@ -1,4 +1,4 @@
-// Input: an ostu.ini; then, behind a line "---", the values that the page saves.
+// Input: an ostu.ini; then, after a line "---", the values that the page saves.
 #include <algorithm>
 #include <vector>
 
@@ -16,14 +16,11 @@ using patcher::Require;
 
 constexpr std::string_view kSeparator = "\n---\n";
 
+/// Null for a text that cannot be parsed.
 MiniJson::Value Parsed(std::string_view text) {
-  std::size_t position = 0;
-  return MiniJson::Parse(text, position);
-}
-
-MiniJson::Value ParsedOrNull(std::string_view text) {
   try {
-    return Parsed(text);
+    std::size_t position = 0;
+    return MiniJson::Parse(text, position);
   } catch (const std::exception&) {
     return {};
   }
@@ -32,7 +29,7 @@ MiniJson::Value ParsedOrNull(std::string_view text) {
 void CheckMessage(const std::filesystem::path& path) {
   const MiniJson::Value message = Parsed(platform::WideToUtf8(patcher::BuildOptionsMessage(path).text));
   const std::size_t values = 2 + patcher::GameOptions::kDefs.size() + patcher::DX11TuneKeys.size();
-  Require(message.Find("values")->objectMembers.size() == values, "every value is told");
+  Require(message.Find("values")->objectMembers.size() == values, "every value is there");
   for (const auto& [name, value] : message.Find("values")->objectMembers) {
     Require(value.kind == MiniJson::Kind::Number, "every value is a number");
   }
@@ -65,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t split = text.find(kSeparator);
   patcher::WriteWhole(path, std::string(text.substr(0, split)));
   const MiniJson::Value values =
-      split == text.npos ? MiniJson::Value() : ParsedOrNull(text.substr(split + kSeparator.size()));
+      split == text.npos ? MiniJson::Value() : Parsed(text.substr(split + kSeparator.size()));
 
   CheckMessage(path);
   patcher::SettingsFile before;

@@ -1,7 +1,7 @@
 // The program that the process and stream tests start:
 //   contract_child KEY REPORT [ARGUMENT...]
-// writes its own path, its working directory and the arguments to the file REPORT, a line each, tells the
-// server so by releasing KEY, and lives until "KEY-end" is released.
+// writes its own path, its working directory and the arguments to the file REPORT, a line each, then
+// releases KEY on the server, and lives until "KEY-end" is released.
 //   contract_child --streams
 // writes each line of its input back in brackets, and at the end of the input "end" to standard error.
 

@@ -1,5 +1,7 @@
 #include "platform/digest.h"
 
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -9,12 +11,10 @@ namespace platform {
 namespace {
 
 std::string Hex(const std::vector<std::uint8_t>& bytes) {
-  std::string text;
-  for (const std::uint8_t byte : bytes) {
-    text += "0123456789abcdef"[byte >> 4];
-    text += "0123456789abcdef"[byte & 15];
-  }
-  return text;
+  std::ostringstream text;
+  text << std::hex << std::setfill('0');
+  for (const unsigned byte : bytes) text << std::setw(2) << byte;
+  return text.str();
 }
 
 /// A running hash with the working memory it needs.

@@ -13,7 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-/// Whether somebody else (for a lock, another thread is as good as another process) could take the lock.
+/// Whether another thread, which a lock treats as another process, could take the lock.
 bool OthersCanTake(const fs::path& directory) {
   bool taken = false;
   std::thread([&] {
@@ -36,7 +36,8 @@ TEST(DirectoryLockContract, OneHolderADirectoryHoweverItIsSpelled) {
     EXPECT_TRUE(OthersCanTake(directory / "b"));
   }
   EXPECT_TRUE(OthersCanTake(directory / "a"));
-  EXPECT_TRUE(OthersCanTake(directory / "missing")) << "no lock to be had locks nobody out";
+  EXPECT_TRUE(OthersCanTake(directory / "missing"))
+      << "a directory that is missing cannot be locked and locks out no other launcher";
 }
 
 TEST(DirectoryLockContract, AWaitEndsWithTheLockOrWithItsTime) {

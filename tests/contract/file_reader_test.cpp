@@ -21,26 +21,22 @@ std::string Next(FileReader& reader, std::size_t size) {
   return block.substr(0, count);
 }
 
-TEST(FileReaderContract, ReadsToTheEndAndStandsInNobodysWay) {
+TEST(FileReaderContract, ReadsToTheEndOfTheOpeningAndLocksNothing) {
   const ScratchDirectory directory;
   const fs::path file = directory / "file";
   WriteWhole(file, "content");
   FileReader reader(file);
   EXPECT_EQ(reader.Size(), 7u);
   EXPECT_EQ(Next(reader, 4), "cont");
+  WriteWhole(directory / "shorter", "content");
+  FileReader shorter(directory / "shorter");
+  WriteWhole(directory / "shorter", "cut");
+  EXPECT_EQ(Next(shorter, 9), "cut");
+  EXPECT_EQ(Next(shorter, 9), "");
   WriteWhole(file, "the changed content");
   EXPECT_TRUE(fs::remove(file));
   EXPECT_EQ(Next(reader, 4), "cha") << "the end is that of the opening";
   EXPECT_EQ(Next(reader, 4), "");
-}
-
-TEST(FileReaderContract, AFileThatBecameShorterEndsThere) {
-  const ScratchDirectory directory;
-  WriteWhole(directory / "file", "content");
-  FileReader reader(directory / "file");
-  WriteWhole(directory / "file", "cut");
-  EXPECT_EQ(Next(reader, 9), "cut");
-  EXPECT_EQ(Next(reader, 9), "");
 }
 
 TEST(FileReaderContract, OnlyRegularFilesHaveASize) {

@@ -30,7 +30,7 @@ TEST(FilesContract, ProbeChangesNothing) {
   EXPECT_FALSE(fs::exists(directory / "missing"));
 }
 
-TEST(FilesContract, MoveReplacesAFile) {
+TEST(FilesContract, AMoveReplacesAFileOrLeavesBothSides) {
   const ScratchDirectory directory;
   for (const bool copyAcrossVolumes : {false, true}) {
     WriteWhole(directory / "source", "new");
@@ -39,6 +39,16 @@ TEST(FilesContract, MoveReplacesAFile) {
     EXPECT_EQ(ReadWhole(directory / "target"), "new");
     EXPECT_FALSE(fs::exists(directory / "source"));
   }
+  fs::create_directory(directory / "folder");
+  WriteWhole(directory / "folder/file", "content");
+  EXPECT_EQ(MoveReplacing(directory / "folder", directory / "moved", false), 0);
+  EXPECT_EQ(ReadWhole(directory / "moved/file"), "content");
+  EXPECT_FALSE(fs::exists(directory / "folder"));
+  EXPECT_NE(MoveReplacing(directory / "missing", directory / "target", true), 0);
+  EXPECT_NE(MoveReplacing(directory / "target", directory / "moved", true), 0);
+  EXPECT_NE(MoveReplacing(directory / "target", directory / "nowhere/file", true), 0);
+  EXPECT_EQ(ReadWhole(directory / "target"), "new");
+  EXPECT_TRUE(fs::is_directory(directory / "moved"));
 }
 
 TEST(FilesContract, APrivateFileReplacesNothing) {
@@ -68,26 +78,6 @@ TEST(FilesContract, AFileThatMakesWayIsThereUnderTheOtherName) {
   EXPECT_EQ(ReadWhole(directory / "file"), "newer");
 }
 
-TEST(FilesContract, MoveTakesAWholeDirectory) {
-  const ScratchDirectory directory;
-  fs::create_directory(directory / "folder");
-  WriteWhole(directory / "folder/file", "content");
-  EXPECT_EQ(MoveReplacing(directory / "folder", directory / "moved", false), 0);
-  EXPECT_EQ(ReadWhole(directory / "moved/file"), "content");
-  EXPECT_FALSE(fs::exists(directory / "folder"));
-}
-
-TEST(FilesContract, FailedMoveLeavesBothSides) {
-  const ScratchDirectory directory;
-  WriteWhole(directory / "file", "content");
-  fs::create_directory(directory / "folder");
-  EXPECT_NE(MoveReplacing(directory / "missing", directory / "file", true), 0);
-  EXPECT_NE(MoveReplacing(directory / "file", directory / "folder", true), 0);
-  EXPECT_NE(MoveReplacing(directory / "file", directory / "nowhere/file", true), 0);
-  EXPECT_EQ(ReadWhole(directory / "file"), "content");
-  EXPECT_TRUE(fs::is_directory(directory / "folder"));
-}
-
 TEST(FilesContract, OtherVolumeIsReachedByACopyIfAllowed) {
   const char* other = std::getenv("PATCHER_CONTRACT_OTHER_VOLUME");
   ASSERT_NE(other, nullptr) << "a directory on another volume than the temporary files is needed";
@@ -105,7 +95,7 @@ TEST(FilesContract, OtherVolumeIsReachedByACopyIfAllowed) {
   EXPECT_EQ(MoveReplacing(source, target, true), 0);
   EXPECT_FALSE(fs::exists(source));
   EXPECT_EQ(ReadWhole(target), content);
-  EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1) << "something stayed beside the target";
+  EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1) << "nothing is left beside the target";
 }
 
 TEST(FilesContract, ACopyReplacesWhatAFileHeld) {
@@ -151,14 +141,6 @@ TEST(FilesContract, ModeIsTakenOver) {
   EXPECT_EQ(fs::status(directory / "new").permissions(), fs::status(directory / "old").permissions());
 }
 
-TEST(FilesContract, FlushNeedsAFile) {
-  const ScratchDirectory directory;
-  WriteWhole(directory / "file", "content");
-  EXPECT_EQ(FlushToDisk(directory / "file"), 0);
-  EXPECT_EQ(ReadWhole(directory / "file"), "content");
-  EXPECT_NE(FlushToDisk(directory / "missing"), 0);
-}
-
 TEST(FilesContract, ABatchIsFlushedInTwoSteps) {
   const ScratchDirectory directory;
   fs::create_directory(directory / "folder");
@@ -168,6 +150,9 @@ TEST(FilesContract, ABatchIsFlushedInTwoSteps) {
   for (const fs::path& file : files) EXPECT_EQ(StartFlush(file), 0);
   EXPECT_EQ(FinishFlush(files), 0);
   EXPECT_EQ(fs::status(files[1]).permissions() & fs::perms::owner_write, fs::perms::none);
+  EXPECT_EQ(FlushToDisk(files[0]), 0);
+  EXPECT_EQ(ReadWhole(files[0]), "content");
+  EXPECT_NE(FlushToDisk(directory / "missing"), 0);
   // One of the steps reports what cannot be flushed.
   const std::vector<fs::path> missing{directory / "nowhere" / "file"};
   EXPECT_TRUE(StartFlush(missing[0]) != 0 || FinishFlush(missing) != 0);

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -28,12 +29,7 @@ int AcceptedConnections() {
 
 TEST(HttpContract, CracksUrls) {
   const std::string longest(255, 'h');
-  const struct {
-    std::string url;
-    std::string host;
-    int port;
-    bool secure;
-  } good[] = {
+  const std::tuple<std::string, std::string, int, bool> good[] = {
       {"http://host", "host", 80, false},
       {"https://host", "host", 443, true},
       {"HTTP://host:8080/patch/x?y=z#f", "host", 8080, false},
@@ -43,11 +39,9 @@ TEST(HttpContract, CracksUrls) {
       {"http://" + longest + "/", longest, 80, false},
   };
   for (const auto& [url, host, port, secure] : good) {
-    const auto address = CrackUrl(url);
-    ASSERT_TRUE(address) << url;
-    EXPECT_EQ(address->secure, secure) << url;
-    EXPECT_EQ(address->host, host) << url;
-    EXPECT_EQ(address->port, port) << url;
+    const auto found = CrackUrl(url);
+    ASSERT_TRUE(found) << url;
+    EXPECT_EQ(std::tuple(found->host, found->port, found->secure), std::tuple(host, port, secure)) << url;
   }
   for (const std::string& url :
        {std::string(), std::string("host"), std::string("ftp://host"), std::string("http:"),
@@ -57,7 +51,7 @@ TEST(HttpContract, CracksUrls) {
   }
 }
 
-TEST(HttpContract, BodiesComeWholeWhateverTheirFraming) {
+TEST(HttpContract, BodiesAreCompleteWhateverTheirFraming) {
   Session session;
   for (const std::string framing : {"body", "chunked", "chunked-length", "until-close", "stale"}) {
     const bool announces = framing == "body" || framing == "stale";
@@ -134,7 +128,7 @@ TEST(HttpContract, ResponseIsThereBeforeItsBody) {
   EXPECT_TRUE(answer.body == Pattern(1000));
 }
 
-TEST(HttpContract, BrokenTransfersDoNotPassForWholeOnes) {
+TEST(HttpContract, BrokenTransfersAreNotTakenForCompleteOnes) {
   Session session;
   EXPECT_NE(Get(session.connection, "/reset").error, 0u);
   EXPECT_EQ(Get(session.connection, "/cut/100000/70000").announced, 100000u);
@@ -174,7 +168,7 @@ TEST(HttpContract, ObjectsThatWereNeverOpenedFail) {
   EXPECT_EQ(count, 0u);
 }
 
-TEST(HttpContract, AbandonedTransfersLeaveNothingBehind) {
+TEST(HttpContract, AnAbandonedTransferDoesNotDisturbTheNext) {
   Session session;
   for (int i = 0; i < 5; ++i) {
     HttpRequest request;

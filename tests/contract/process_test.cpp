@@ -18,10 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void MakeExecutable(const fs::path& file) {
-  fs::permissions(file, fs::perms::owner_exec, fs::perm_options::add);
-}
-
 std::vector<std::string> Lines(const std::string& text) {
   std::istringstream in(text);
   std::vector<std::string> lines;
@@ -57,15 +53,13 @@ TEST(ProcessContract, WhatIsNoProgramSaysSo) {
   const patcher::ScratchDirectory directory;
   const fs::path text = directory / "text.exe";
   patcher::WriteWhole(text, "echo this is no program\n" + std::string(1000, ' '));
-  MakeExecutable(text);
+  fs::permissions(text, fs::perms::owner_exec, fs::perm_options::add);
   EXPECT_EQ(StartProgram(text, {"x"}, text.parent_path()), kErrorBadExeFormat);
 
-  const int missing = StartProgram(directory / "missing.exe", {}, text.parent_path());
-  EXPECT_NE(missing, 0);
-  EXPECT_NE(missing, kErrorBadExeFormat);
-  const int nowhere = StartProgram(OwnExecutablePath(), {}, directory / "nowhere");
-  EXPECT_NE(nowhere, 0);
-  EXPECT_NE(nowhere, kErrorBadExeFormat);
+  for (const int error : {StartProgram(directory / "missing.exe", {}, text.parent_path()),
+                          StartProgram(OwnExecutablePath(), {}, directory / "nowhere")}) {
+    EXPECT_TRUE(error != 0 && error != kErrorBadExeFormat) << error;
+  }
 }
 
 /// Ends the process with `code` while another thread waits for input.

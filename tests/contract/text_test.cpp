@@ -9,17 +9,6 @@
 namespace platform {
 namespace {
 
-std::string Encode(char32_t character) {
-  std::u16string wide;
-  if (character < 0x10000) {
-    wide += static_cast<char16_t>(character);
-  } else {
-    wide += static_cast<char16_t>(0xD7C0 + (character >> 10));
-    wide += static_cast<char16_t>(0xDC00 + (character & 0x3FF));
-  }
-  return WideToUtf8(wide);
-}
-
 TEST(TextContract, KnownTexts) {
   const std::pair<std::string, std::u16string> cases[] = {
       {"", u""},
@@ -36,10 +25,14 @@ TEST(TextContract, KnownTexts) {
 }
 
 TEST(TextContract, EveryCharacterComesBack) {
-  for (char32_t character = 0; character <= 0x10FFFF; ++character) {
+  for (unsigned character = 0; character <= 0x10FFFF; ++character) {
     if (character >= 0xD800 && character <= 0xDFFF) continue;
-    const std::string narrow = Encode(character);
-    ASSERT_EQ(WideToUtf8(Utf8ToWide(narrow)), narrow) << static_cast<std::uint32_t>(character);
+    std::u16string wide(1, static_cast<char16_t>(character));
+    if (character >= 0x10000) {
+      wide = {static_cast<char16_t>(0xD7C0 + (character >> 10)),
+              static_cast<char16_t>(0xDC00 + (character & 0x3FF))};
+    }
+    ASSERT_EQ(Utf8ToWide(WideToUtf8(wide)), wide) << character;
   }
 }
 
@@ -58,9 +51,7 @@ TEST(TextContract, BrokenBytesAreReplacedAndTheirNeighboursKept) {
 
 TEST(TextContract, LoneSurrogatesAreReplaced) {
   for (const char16_t unit : {u'\xD800', u'\xDBFF', u'\xDC00', u'\xDFFF'}) {
-    EXPECT_EQ(WideToUtf8(std::u16string(u"a") + unit + u"b"),
-              "a\xEF\xBF\xBD"
-              "b");
+    EXPECT_EQ(WideToUtf8(std::u16string(u"x") + unit + u"y"), "x\xEF\xBF\xBDy");
     EXPECT_EQ(WideToUtf8(std::u16string(1, unit)), "\xEF\xBF\xBD");
   }
 }

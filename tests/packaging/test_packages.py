@@ -29,47 +29,16 @@ class WindowsArchiveTest(unittest.TestCase):
         self.assertEqual(guide.count(b"\n"), guide.count(b"\r\n"))
         guide.decode("ascii")
         self.assertNotIn(b"@", contents["OPERATORS.md"])
-        self.assertIn(b"https://tolmira.example", contents["OPERATORS.md"])
         for name, words in (("miniz", b"Permission is hereby granted"), ("gcc-runtime", b"Runtime Library Exception"),
                             ("mingw-w64", b"mingw-w64"), ("zlib", b"the origin of this software must not be misrepresented")):
             self.assertIn(words.lower(), contents[f"licences/{name}.txt"].lower())
 
 
-class ProgramsTest(unittest.TestCase):
-    """How every program is linked, and what the system knows of it."""
-
-    @staticmethod
-    def output(*command):
-        return subprocess.run(list(map(str, command)), stdout=subprocess.PIPE, text=True, check=True).stdout
-
-    def test_windows_programs(self):
-        programs = [path for path in WINDOWS.rglob("*.exe") if "CMakeFiles" not in path.parts]
-        self.assertEqual({path.stem for path in programs}, {
-            "Patcher", "patcher-stdio", "patch-publish", "sample-client", "patcher-stdio-next", "unit_tests", "contract_tests",
-            "contract_child", "hold_file"})
-        for path in programs:
-            with self.subTest(path.name):
-                headers = self.output("i686-w64-mingw32-objdump", "-p", path)
-                for line in (r"^\tlarge address aware$", r"^MajorSubsystemVersion\t6$", r"^MinorSubsystemVersion\t0$",
-                             r"^\t\t\t\t\tDYNAMIC_BASE$", r"^\t\t\t\t\tNX_COMPAT$"):
-                    self.assertRegex(headers, re.compile(line, re.MULTILINE))
-                self.assertNotIn("relocations stripped", headers)  # or it could not be placed elsewhere
-                self.assertIn("SYMBOL TABLE:\nno symbols", self.output("i686-w64-mingw32-objdump", "-t", path))
-                resources = self.output("i686-w64-mingw32-windres", "-J", "coff", "-O", "rc", path)
-                for text in ("FILEVERSION 1, 26, 0, 0", f'"OriginalFilename", "{path.name}"', '"FileVersion", "1.26.0.0"',
-                             'level=""asInvoker""', "Microsoft.Windows.Common-Controls"):
-                    self.assertIn(text, resources)
-
-    def test_linux_programs(self):
-        facts = ["(Position-Independent Executable file)", "GNU_RELRO", "BIND_NOW", "__stack_chk_fail@"]
-        checked = ["_chk@"]  # a call of the library that checks its buffer; patcher-stdio makes none that could
-        for name, expected in (("Patcher", facts + checked), ("patch-publish", facts + checked), ("patcher-stdio", facts)):
-            found = self.output("readelf", "--file-header", "--program-headers", "--dynamic", "--dyn-syms", "--wide",
-                                LINUX / "bin" / name)
-            self.assertEqual([fact for fact in expected if fact not in found], [], name)
-
-
 class LinuxInstallTest(unittest.TestCase):
+    @staticmethod
+    def build_number():
+        return re.search(r"^PATCHER_LAUNCHER_BUILD:\w+=(.*\n)", (LINUX / "CMakeCache.txt").read_text(), re.MULTILINE)[1].encode()
+
     def test_each_player_gets_a_copy_that_may_replace_itself(self):
         with tempfile.TemporaryDirectory(prefix="patcher-package-") as name:
             folder = pathlib.Path(name)
@@ -83,7 +52,7 @@ class LinuxInstallTest(unittest.TestCase):
             (folder / "usr/share/doc/tolmira/LISEZMOI.txt").read_text(encoding="ascii")
             environment = {**os.environ, "HOME": str(folder), "XDG_DATA_HOME": str(folder / "donn\u00e9es du joueur")}
             ask = [command, "--print-version"]
-            self.assertEqual(subprocess.run(ask, env=environment, stdout=subprocess.PIPE, check=True).stdout, b"26\n")
+            self.assertEqual(subprocess.run(ask, env=environment, stdout=subprocess.PIPE, check=True).stdout, self.build_number())
             copy = folder / "donn\u00e9es du joueur/tolmira/Patcher"
             self.assertEqual([path.name for path in copy.parent.iterdir()], ["Patcher"])
             copy.write_text("#!/bin/sh\necho newer\n", encoding="ascii")

@@ -12,7 +12,7 @@ import disk
 import launcher
 from fault_server import FaultServer
 from game import Game, digest
-from launcher import Installation, Session, messages, told
+from launcher import Installation, Session, messages, summary
 from test_kills import Life
 from test_self_update import NEW, OLD, URL
 
@@ -39,8 +39,8 @@ OPERATIONS = {
 AHEAD = {"nothing": None, "journal": 0, "journal and document": 1, "journal and half a document": 0.5}
 
 
-def vouched(text):
-    """The files that a record vouches for, read more generously than the launcher does."""
+def recorded(text):
+    """The files that a record names, read more generously than the launcher does."""
     try:
         record, _ = json.JSONDecoder(strict=False).raw_decode(text.decode(errors="surrogateescape"))
         return {entry["path"]: entry["sha256"] for entry in record["files"]}
@@ -59,16 +59,13 @@ class PowerCut(Life):
         moments, self.items, self.saves = OPERATIONS[self.operation]
         self.moment = getattr(self, rng.choice(moments))
         self.ahead = rng.choice(list(AHEAD))
-        self.document = self.file({"settings": "ostu.ini", "first start": "patcher.ini"}.get(self.operation, self.record))
-        self.configuration = self.file("patcher.ini").read_bytes()
+        self.document = self.place / ({"settings": "ostu.ini", "first start": "patcher.ini"}.get(self.operation, self.record))
+        self.configuration = (self.place / "patcher.ini").read_bytes()
         self.launchers = [launcher.PROGRAM.read_bytes()]
         self.limit = FIRST_LIMIT
         self.damaged = {}
         self.session = None
         self.faults = []
-
-    def file(self, path):
-        return self.place.directory / path
 
     def end_launchers(self):
         if self.session:
@@ -115,7 +112,7 @@ class PowerCut(Life):
     def damage_files(self):
         for path in self.rng.sample(sorted(self.game.files), DAMAGED):
             self.damaged[path] = self.rng.choice((None, b"damaged " + self.game.files[path][8:]))
-            self.file(path).unlink()
+            (self.place / path).unlink()
             if self.damaged[path]:
                 self.place.write(path, self.damaged[path])
 
@@ -171,7 +168,7 @@ class PowerCut(Life):
 
     def at_the_swap(self, _):
         name, longest = self.rng.choice(((NEW, 0.06), (OLD, 0.005)))
-        self.wait_until(self.file(name).exists)
+        self.wait_until((self.place / name).exists)
         self.linger(longest)
 
     # What the cut left, and the start after it
@@ -184,7 +181,7 @@ class PowerCut(Life):
         self.check_record()
         self.check_launcher()
         self.check_settings()
-        configuration = self.file("patcher.ini")
+        configuration = (self.place / "patcher.ini")
         if self.operation != "first start":
             self.expect(configuration.read_bytes() == self.configuration, "patcher.ini has changed")
         elif configuration.exists():
@@ -195,16 +192,16 @@ class PowerCut(Life):
         self.check_next_start()
 
     def check_record(self):
-        """Returns what the record vouches for. What the test has damaged may still be as it was left."""
+        """Returns what the record names. What the test has damaged may still be as it was left."""
         found = self.place.files()
-        promised = vouched(self.record.read_bytes()) if self.record.exists() else {}
+        promised = recorded(self.record.read_bytes()) if self.record.exists() else {}
         wrong = [path for path, wanted in promised.items() if path not in found or digest(found[path]) != wanted]
         wrong = [path for path in wrong if path not in self.damaged or found.get(path) not in (None, self.damaged[path])]
-        self.expect(not wrong, f"{len(wrong)} of {len(promised)} files that the record vouches for are wrong")
+        self.expect(not wrong, f"{len(wrong)} of {len(promised)} files that the record names are wrong")
         return promised
 
     def check_launcher(self):
-        program, old, new = self.place.program, self.file(OLD), self.file(NEW)
+        program, old, new = self.place.program, (self.place / OLD), (self.place / NEW)
         if not program.exists() and old.exists() and new.exists():
             # Between the two moves of the swap: the player starts the old one.
             self.expect(new.read_bytes() == self.launchers[-1], "Patcher.new.exe is not whole")
@@ -214,14 +211,14 @@ class PowerCut(Life):
 
     def check_settings(self):
         saved = {SETTINGS % limit for limit in range(FIRST_LIMIT, self.limit + 1)}
-        self.expect(self.file("ostu.ini").read_bytes() in saved, "the settings are neither old nor new")
+        self.expect((self.place / "ostu.ini").read_bytes() in saved, "the settings are neither old nor new")
 
     def check_next_start(self):
         # Pipes, since they end only when a launcher that replaces this one has ended too.
         done = subprocess.run(self.place.command(), stdin=subprocess.DEVNULL, capture_output=True, cwd="/",
                               timeout=launcher.LIMIT, check=False)
         self.expect((done.returncode, done.stderr) == (0, b""), f"exit code {done.returncode}: {done.stderr[-500:]}")
-        end, ready = told(messages(done.stdout))[-2:]
+        end, ready = summary(messages(done.stdout))[-2:]
         self.expect(end in ("Pret a jouer.", "A jour.") and ready is True, f"the next start ended with '{end}', {ready}")
         self.expect(self.place.program.read_bytes() == self.launchers[-1], "the launcher is not the newest")
         self.expect(end == "A jour." or self.record.read_bytes() == self.server.content[MANIFEST], "a wrong record")

@@ -3,7 +3,6 @@
 
 Takes root, loop devices, ext4 and XFS. The cuts have seeds from N on: `--seed N --cuts 1` repeats one."""
 import argparse
-import collections
 import os
 import pathlib
 import signal
@@ -20,7 +19,7 @@ from power_cut import PowerCut  # noqa: E402
 def cut_power(seeds, folder):
     """Returns the number of cuts that left or led to something wrong."""
     blanks = [disk.make_blank(folder, kind) for kind in disk.MAKE]
-    phases, failed = collections.defaultdict(collections.Counter), 0
+    failed = 0
     for seed in seeds:
         cut, phase = PowerCut(seed, blanks), "not cut"
         try:
@@ -31,13 +30,10 @@ def cut_power(seeds, folder):
             cut.faults.append(repr(error))
         finally:
             cut.remove()
-        phases[cut.operation][phase] += 1
         if cut.faults:
             failed += 1
             name = f"{blanks[seed % len(blanks)].stem}, {cut.operation}, {phase}, {cut.ahead} ahead"
             print(f"seed {seed} ({name}): {'; '.join(cut.faults)}", flush=True)
-    for operation, counts in phases.items():
-        print(f"{operation}: {', '.join(f'{phase} {count}' for phase, count in sorted(counts.items()))}")
     return failed
 
 

@@ -79,33 +79,19 @@ struct Kind {
 Kind kinds[] = {
     CALL(openat, EACCES, kPathAt),
     CALL(read, EIO, kDescriptor),
-    CALL(pread64, EIO, kDescriptor),
     CALL(write, ENOSPC, kDescriptor),
-    CALL(pwrite64, ENOSPC, kDescriptor),
     CALL(writev, ENOSPC, kDescriptor),
-    CALL(sendfile, ENOSPC, kDescriptor),
     CALL(close, EIO, kDescriptor),
     CALL(lseek, EIO, kDescriptor),
     CALL(fsync, EIO, kDescriptor),
-    CALL(fdatasync, EIO, kDescriptor),
     CALL(syncfs, EIO, kDescriptor),
-    CALL(sync_file_range, EIO, kDescriptor),
-    CALL(ftruncate, EIO, kDescriptor),
     CALL(rename, EACCES, kPath),
-    CALL(renameat2, EACCES, kPathAt),
     CALL(unlink, EACCES, kPath),
-    CALL(unlinkat, EACCES, kPathAt),
     CALL(rmdir, EACCES, kPath),
     CALL(mkdir, EACCES, kPath),
     CALL(newfstatat, EIO, kPathAt),
-    CALL(access, EACCES, kPath),
     CALL(readlink, EIO, kPath),
     CALL(getdents64, EIO, kDescriptor),
-    CALL(fchmod, EPERM, kDescriptor),
-    CALL(fchmodat, EPERM, kPathAt),
-    CALL(fchown, EPERM, kDescriptor),
-    CALL(fchownat, EPERM, kPathAt),
-    CALL(utimensat, EPERM, kPathAt),
     CALL(flock, ENOLCK, kDescriptor),
     CALL(socket, EMFILE, kNone),
     CALL(connect, ECONNREFUSED, kDescriptor),
@@ -171,7 +157,7 @@ Fate Count(Kind& kind, const char* target) {
   const bool isChosen = std::strcmp(kind.name, chosen) == 0;
   if (chosenUse == 0 || (isChosen && use == chosenUse)) Report(kind.name, target);
   if (chosenUse == 0 || !isChosen || use < chosenUse || (use > chosenUse && !stays)) return Fate::kSucceeds;
-  const bool writes = kind.number == SYS_write || kind.number == SYS_pwrite64 || kind.number == SYS_writev;
+  const bool writes = kind.number == SYS_write || kind.number == SYS_writev;
   return writes && stays && use == chosenUse ? Fate::kIsCutShort : Fate::kFails;
 }
 

@@ -1,10 +1,11 @@
 // Loaded into a launcher (LD_PRELOAD): FAULT_KILL_AT=N ends the process with SIGKILL before its N-th step on
 // the launcher's own files, FAULT_REFUSE=NAME lets every rename of the file NAME fail, FAULT_NO_LINKS=1 every
 // hard link. A step is a rename, a link, a deletion, a change of mode, a flush or a start of a program.
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
+#include <string_view>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -13,70 +14,48 @@
 
 namespace {
 
+const char* Setting(const char* name) {
+  const char* text = std::getenv(name);
+  return text != nullptr ? text : "";
+}
+
 void Step() {
-  static const char* limit = std::getenv("FAULT_KILL_AT");
-  static int steps = 0;
-  if (limit != nullptr && __atomic_add_fetch(&steps, 1, __ATOMIC_SEQ_CST) == std::atoi(limit)) {
-    kill(getpid(), SIGKILL);
-  }
+  static std::atomic<int> steps = 0;
+  if (++steps == std::atoi(Setting("FAULT_KILL_AT"))) kill(getpid(), SIGKILL);
 }
 
-template <typename Function>
-Function* Next(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+bool IsRefused(std::string_view file) {
+  const std::string_view refused = Setting("FAULT_REFUSE");
+  return !refused.empty() && file.ends_with(refused);
 }
 
-bool EndsWith(const char* text, const char* end) {
-  const std::size_t length = std::strlen(text);
-  const std::size_t tail = std::strlen(end);
-  return length >= tail && std::strcmp(text + length - tail, end) == 0;
+int Fail(int error) {
+  Step();
+  errno = error;
+  return -1;
+}
+
+/// Counts a step and calls the library's own function.
+template <typename... Arguments>
+int Do(const char* function, Arguments... arguments) {
+  Step();
+  return reinterpret_cast<int (*)(Arguments...)>(dlsym(RTLD_NEXT, function))(arguments...);
 }
 
 }  // namespace
 
 extern "C" {
-
 int rename(const char* from, const char* to) noexcept {
-  Step();
-  const char* refused = std::getenv("FAULT_REFUSE");
-  if (refused != nullptr && EndsWith(from, refused)) {
-    errno = EACCES;
-    return -1;
-  }
-  return Next<int(const char*, const char*)>("rename")(from, to);
+  return IsRefused(from) ? Fail(EACCES) : Do("rename", from, to);
 }
-
 int link(const char* from, const char* to) noexcept {
-  Step();
-  if (std::getenv("FAULT_NO_LINKS") != nullptr) {
-    errno = EPERM;
-    return -1;
-  }
-  return Next<int(const char*, const char*)>("link")(from, to);
+  return *Setting("FAULT_NO_LINKS") != '\0' ? Fail(EPERM) : Do("link", from, to);
 }
-
-int remove(const char* file) noexcept {
-  Step();
-  return Next<int(const char*)>("remove")(file);
+int remove(const char* file) noexcept { return Do("remove", file); }
+int unlink(const char* file) noexcept { return Do("unlink", file); }
+int fchmodat(int folder, const char* file, mode_t mode, int flags) noexcept {
+  return Do("fchmodat", folder, file, mode, flags);
 }
-
-int unlink(const char* file) noexcept {
-  Step();
-  return Next<int(const char*)>("unlink")(file);
-}
-
-int fchmodat(int directory, const char* file, mode_t mode, int flags) noexcept {
-  Step();
-  return Next<int(int, const char*, mode_t, int)>("fchmodat")(directory, file, mode, flags);
-}
-
-int fsync(int descriptor) {
-  Step();
-  return Next<int(int)>("fsync")(descriptor);
-}
-
-int execv(const char* program, char* const argv[]) noexcept {
-  Step();
-  return Next<int(const char*, char* const[])>("execv")(program, argv);
-}
+int fsync(int descriptor) { return Do("fsync", descriptor); }
+int execv(const char* program, char* const argv[]) noexcept { return Do("execv", program, argv); }
 }

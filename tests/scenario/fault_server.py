@@ -1,6 +1,7 @@
-"""An HTTP/1.1 server on a loopback port that misbehaves as told, and counts what it is asked for."""
+"""An HTTP/1.1 server on a loopback port that misbehaves as it is set up to, and counts what it is asked for."""
 import collections
 import socket
+import struct
 import threading
 import urllib.parse
 
@@ -13,16 +14,19 @@ class FaultServer:
 
       a number             that status, with the body if it is below 300
       ("wrong",)           other bytes of the same length
-      ("reset",)           the connection ends without an answer
-      ("cut", n)           the connection ends behind n bytes of the body
-      ("silent", n)        nothing more comes behind n bytes of the body; n None: not even a head
+      ("reset",)           the connection is reset without an answer
+      ("cut", n)           the connection ends after n bytes of the body
+      ("silent", n)        nothing more comes after n bytes of the body; n None: not even a head
       ("hold", event)      the answer waits until the event is set
-      ("chunked",)         the body in chunks
+      ("late", event)      the body waits until the event is set
+      ("stale",)           the connection ends after the answer though it promised to stay
+      ("chunked", extra)   the body in chunks, with extra headers
       ("chunked-cut", n)   n bytes in chunks, then the connection ends
       ("until-close", n)   n bytes without a length; the end of the connection ends the body
-      ("endless",)         chunks until the launcher goes away
-      ("announced", n)     a length of n bytes; none comes until the launcher goes away
-      ("redirect", url)    302
+      ("endless",)         chunks until the client goes away
+      ("announced", n)     a length of n bytes; none comes until the client goes away
+      ("redirect", url)    302, with a header X-Step of its own
+      ("headers", extra)   extra headers
 
     `on_bytes`, if set, is called from the server's threads with the number of body bytes sent so far."""
 
@@ -64,55 +68,63 @@ class FaultServer:
         try:
             with peer, peer.makefile("rb") as stream:
                 peer.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-                while line := stream.readline():
-                    while stream.readline() not in (b"\r\n", b""):
-                        pass
-                    path = urllib.parse.unquote(line.split()[1].decode())
-                    if not self._answer(peer, path):
-                        return
+                while (head := self._read_head(stream)) and self._answer(peer, *self.reply(head)):
+                    pass
         except OSError:
             pass
 
-    def _next_fault(self, path):
+    @staticmethod
+    def _read_head(stream):
+        """The lines of a request; none at the end of the connection."""
+        head = []
+        while (line := stream.readline()) not in (b"\r\n", b""):
+            head.append(line)
+        return head if line else []
+
+    def reply(self, head):
+        """The fault and the body for a request."""
+        path = urllib.parse.unquote(head[0].split()[1].decode())
         with self.lock:
             self.requests[path] += 1
-            faults = self.faults.get(path)
-            if not faults:
-                return None
-            return faults.pop(0) if len(faults) > 1 else faults[0]
+            faults = self.faults.get(path) or [None]
+            return faults.pop(0) if len(faults) > 1 else faults[0], self.content.get(path)
 
-    def _answer(self, peer, path):
+    def _answer(self, peer, fault, body):
         """Answers one request; false ends the connection."""
-        fault = self._next_fault(path)
-        body = self.content.get(path)
         kind, *rest = fault if isinstance(fault, tuple) else (None,)
+        status = fault if isinstance(fault, int) else 200
         if kind == "hold":
             rest[0].wait()
-        if kind == "redirect":
-            return self._send(peer, 302, b"see", f"Location: {rest[0]}\r\n".encode())
-        if kind == "reset":
+        elif kind == "redirect":
+            return self._send(peer, 302, b"moved", f"X-Step: 1\r\nLocation: {rest[0]}\r\n")
+        elif kind == "reset":
+            peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
             return False
-        if kind == "silent" and rest[0] is None:
+        elif kind == "silent" and rest[0] is None:
             return self._fall_silent()
-        if body is None or (isinstance(fault, int) and fault >= 300):
-            return self._send(peer, fault if isinstance(fault, int) else 404, b"<html>no</html>")
+        if body is None or status >= 300:
+            return self._send(peer, 404 if body is None and status == 200 else status, b"<html>no</html>")
         if kind == "wrong":
             body = bytes(b ^ 1 for b in body) or b"x"
-        if kind in ("chunked", "chunked-cut"):
-            return self._send_chunks(peer, body, *rest)
-        if kind == "endless":
-            return self._send_without_end(peer)
-        if kind == "until-close":
-            peer.sendall(b"HTTP/1.1 200 OK\r\n\r\n" + body[:rest[0]])
+        elif kind in ("chunked", "chunked-cut", "endless"):
+            return self._send_chunks(peer, body, kind, *rest)
+        elif kind == "until-close":
+            self._send_head(peer, 200)
+            peer.sendall(body[:rest[0]])
             return False
+        elif kind in ("announced", "cut", "silent", "late"):
+            return self._send_part(peer, body, kind, rest[0])
+        return self._send(peer, status, body, rest[0] if kind == "headers" else "") and kind != "stale"
+
+    def _send_part(self, peer, body, kind, value):
+        self._send_head(peer, 200, f"Content-Length: {value if kind == 'announced' else len(body)}\r\n")
         if kind == "announced":
-            self._send_head(peer, 200, rest[0])
             return bool(peer.recv(1))
-        if kind in ("cut", "silent"):
-            self._send_head(peer, 200, len(body))
-            self._send_body(peer, body[:rest[0]])
-            return self._fall_silent() if kind == "silent" else False
-        return self._send(peer, fault if isinstance(fault, int) else 200, body)
+        if kind == "late":
+            value.wait()
+            value = len(body)
+        self._send_body(peer, body[:value])
+        return self._fall_silent() if kind == "silent" else kind == "late"
 
     def _fall_silent(self):
         self.silences += 1
@@ -120,8 +132,8 @@ class FaultServer:
         return False
 
     @staticmethod
-    def _send_head(peer, status, length, extra=b""):
-        peer.sendall(b"HTTP/1.1 %d X\r\nContent-Length: %d\r\n%s\r\n" % (status, length, extra))
+    def _send_head(peer, status, extra=""):
+        peer.sendall(f"HTTP/1.1 {status} X\r\n{extra}\r\n".encode())
 
     def _send_body(self, peer, body):
         for at in range(0, len(body), PIECE):
@@ -133,26 +145,20 @@ class FaultServer:
             if self.on_bytes:
                 self.on_bytes(sent)
 
-    def _send(self, peer, status, body, extra=b""):
-        self._send_head(peer, status, len(body), extra)
+    def _send(self, peer, status, body, extra=""):
+        body = b"" if status in (204, 304) else body  # which have none: it would disturb the next answer
+        self._send_head(peer, status, f"Content-Length: {len(body)}\r\n{extra}")
         self._send_body(peer, body)
         return True
 
-    @staticmethod
-    def _send_without_end(peer):
-        peer.sendall(b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n")
-        chunk = b"%x\r\n%s\r\n" % (2**20, bytes(2**20))
-        while True:
-            peer.sendall(chunk)
-
-    @staticmethod
-    def _send_chunks(peer, body, end=None):
-        peer.sendall(b"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n")
-        shown = body[:end]
+    def _send_chunks(self, peer, body, kind, value=""):
+        self._send_head(peer, 200, "Transfer-Encoding: chunked\r\n" + (value if kind == "chunked" else ""))
+        while kind == "endless":
+            peer.sendall(b"%x\r\n%s\r\n" % (2**20, bytes(2**20)))
+        shown = body[:value] if kind == "chunked-cut" else body
         size = 700 if len(body) < 1_000_000 else 70_000
         for at in range(0, len(shown), size):
             peer.sendall(b"%x\r\n%s\r\n" % (len(shown[at:at + size]), shown[at:at + size]))
-        if end is not None:
-            return False
-        peer.sendall(b"0\r\n\r\n")
-        return True
+        if kind == "chunked":
+            peer.sendall(b"0\r\n\r\n")
+        return kind == "chunked"

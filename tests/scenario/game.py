@@ -32,23 +32,22 @@ class Game:
     def publish(self, server, **extra):
         """Puts everything on the server; returns the manifest's bytes."""
         names = sorted(self.files, key=lambda name: name.encode())
-        entries = []
-        for name in names:
-            data = self.files[name]
-            url = f"files/{digest(data)}"
-            server.content["/patch/" + url] = data
-            entries.append({"path": name, "size": len(data), "sha256": digest(data), "url": url})
-        bundles = []
-        self.bundles = {}
-        for number in range(self.archives):
-            members = names[number::self.archives]
-            data = archive({name: self.files[name] for name in members})
-            name = f"archive {number}-v{self.version}.zip"
-            self.bundles[name] = members
-            server.content["/patch/" + name] = data
-            bundles.append({"name": name, "size": len(data), "sha256": digest(data), "files": members})
-        manifest = {"version": self.version, "files": entries, "bundles": bundles, **extra}
-        return publish_manifest(server, manifest)
+        self.bundles = {f"archive {number}-v{self.version}.zip": names[number::self.archives]
+                        for number in range(self.archives)}
+        return publish(server, self.version, {name: self.files[name] for name in names}, self.bundles, **extra)
+
+
+def publish(server, version, files, bundles, **extra):
+    """Puts the files on the server, each under its digest, and an archive for each name (name: paths)."""
+    entries, archives = [], []
+    for name, data in files.items():
+        url = f"files/{digest(data)}"
+        server.content["/patch/" + url] = data
+        entries.append({"path": name, "size": len(data), "sha256": digest(data), "url": url})
+    for name, members in bundles.items():
+        data = server.content["/patch/" + name] = archive({path: files[path] for path in members})
+        archives.append({"name": name, "size": len(data), "sha256": digest(data), "files": members})
+    return publish_manifest(server, {"version": version, "files": entries, "bundles": archives, **extra})
 
 
 def publish_manifest(server, manifest):

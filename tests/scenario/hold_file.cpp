@@ -1,4 +1,4 @@
-// Holds a file open, as a game does that runs while its launcher updates:
+// Holds a file open, as a running game does while its launcher updates:
 //   hold_file [FILE [SHARING]]
 // Prints "holding" and lives until its input ends. Without FILE it only runs, which holds its own program.
 // SHARING says what others may do with the file: any of the letters r (read), w (write) and d (move or

@@ -20,18 +20,13 @@ def is_windows():
     return PROGRAM.suffix == ".exe"
 
 
-def manifest_path(name):
-    """The path in the manifest that a name on disk comes from: Windows reads its bytes in the code page for file names."""
-    return name.encode("cp1252").decode() if is_windows() else name
-
-
 def disk_path(path):
-    """The name on disk that a path in the manifest leads to."""
+    """The name on disk for a path of the manifest: Windows reads its bytes in the code page for file names."""
     return path.encode().decode("cp1252") if is_windows() else path
 
 
 def assert_files(test, found, expected):
-    """Compares contents by name, and says which names differ instead of how."""
+    """Compares contents by name, and reports which names differ instead of how."""
     test.assertEqual(sorted(found), sorted(expected))
     test.assertEqual([name for name, data in expected.items() if found[name] != data], [])
 
@@ -45,8 +40,14 @@ def command(program):
     return ["wine", str(program)] if is_windows() else [str(program)]
 
 
+def setting(name):
+    """A value that the launcher was built with, for example PATCHER_SITE_HOST."""
+    cache = (PROGRAM.parents[1] / "CMakeCache.txt").read_text(encoding="utf-8")
+    return re.search(rf"^{name}:\w+=(.*)$", cache, re.MULTILINE)[1]
+
+
 def wait_until(condition, complaint=lambda: "it does not come"):
-    """For what tells nobody when it happens: asks until it has."""
+    """Asks until the condition holds, for what is announced nowhere."""
     end = time.monotonic() + LIMIT
     while time.monotonic() < end:
         if result := condition():
@@ -59,27 +60,32 @@ def messages(output):
     return [json.loads(line) for line in output.splitlines()]
 
 
+def summary(found):
+    """The messages in short, without the progress, whose number differs from run to run."""
+    kinds = {"status": lambda m: m["text"], "versions": lambda m: (m["current"], m["latest"]),
+             "server": lambda m: "online" if m["online"] else "offline", "ready": lambda m: m["canPlay"]}
+    return [kinds[m["type"]](m) for m in found if m["type"] in kinds]
+
+
 class Installation:
     def __init__(self, server, name="jeu \u00e9 \u65e5\u672c", parent=None):
         self.root = pathlib.Path(parent or tempfile.mkdtemp(prefix="patcher-scenario-"))
         self.directory = self.root / name
         self.directory.mkdir(parents=True)
-        self.program = self.directory / ("Patcher" + PROGRAM.suffix)
+        self.program = self / ("Patcher" + PROGRAM.suffix)
+        self.record_file = self / "patch_manifest.json"
         shutil.copy2(PROGRAM, self.program)
         self.set_server(server.url())
 
-    @staticmethod
-    def program_size():
-        return PROGRAM.stat().st_size
+    def __truediv__(self, path):
+        return self.directory / path
 
     def set_server(self, url, connections=4):
-        text = f"BaseUrl={url}\r\nConnections={connections}\r\n"
-        (self.directory / "patcher.ini").write_bytes(text.encode())
+        self.write("patcher.ini", f"BaseUrl={url}\r\nConnections={connections}\r\n".encode())
 
-    def write(self, path, data):
-        place = self.directory / path
-        place.parent.mkdir(parents=True, exist_ok=True)
-        place.write_bytes(data)
+    def write(self, path, data=b""):
+        (self / path).parent.mkdir(parents=True, exist_ok=True)
+        (self / path).write_bytes(data)
 
     def remove(self):
         shutil.rmtree(self.root, ignore_errors=True)
@@ -88,7 +94,7 @@ class Installation:
         return command(self.program)
 
     def running(self):
-        """Process ids of the Windows programs that run from here: Wine runs them beside the process that was started."""
+        """Process ids of the programs that run from here: Wine runs them beside the process that was started."""
         for folder in pathlib.Path("/proc").glob("[0-9]*"):
             with contextlib.suppress(OSError):
                 if self.root.name.encode() in (folder / "cmdline").read_bytes():
@@ -96,14 +102,14 @@ class Installation:
 
     def wait_for_successors(self):
         """Until whatever the launcher has started has ended. On Linux that shares the launcher's standard output, whose
-        end the caller has seen; Windows programs tell nobody."""
+        end the caller has seen."""
         wait_until(lambda: not is_windows() or not any(self.running()))
 
     def start(self, stdin=subprocess.PIPE):
         return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
 
     def kill(self, process):
-        """Ends a started launcher as a power cut would."""
+        """Ends a started launcher without a chance to react."""
         if is_windows():
             for number in self.running():
                 with contextlib.suppress(ProcessLookupError):
@@ -113,41 +119,45 @@ class Installation:
         process.stdout.close()
         process.stderr.close()
 
-    def run(self, requests=b""):
+    def run(self, requests=b"", **options):
         """One session from start to end; returns its messages."""
         # Files, not pipes: background processes of Wine may hold a pipe open when the launcher has long ended.
         with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             done = subprocess.run(self.command(), input=requests, stdout=out, stderr=errors, cwd="/", timeout=LIMIT,
-                                  check=False)
+                                  check=False, **options)
             out.seek(0)
             errors.seek(0)
-            # Wine itself may complain about a thread that was still talking when its process ended.
+            # Wine itself may complain about a thread that was still at work when its process ended.
             words = re.sub(r"wine client error:.*\n?", "", errors.read().decode(errors="replace"))
             if done.returncode != 0 or words:
                 raise AssertionError(f"exit code {done.returncode}: {words[-2000:]}")
             return messages(out.read())
 
+    def update(self):
+        return summary(self.run())
+
     def files(self):
-        """Everything below the directory that is not the launcher's own."""
+        """Everything below the directory that is not the launcher's own, under its path of the manifest."""
         found = {}
-        for folder, _, names in os.walk(self.directory):
-            for name in names:
-                path = pathlib.Path(folder, name)
-                relative = manifest_path(path.relative_to(self.directory).as_posix())
-                if relative not in OWN_FILES:
-                    found[relative] = path.read_bytes()
+        for path in self.directory.rglob("*"):
+            relative = path.relative_to(self.directory).as_posix()
+            if path.is_file() and relative not in OWN_FILES:
+                found[relative.encode("cp1252").decode() if is_windows() else relative] = path.read_bytes()
         return found
 
     def record(self):
-        return json.loads((self.directory / "patch_manifest.json").read_bytes())
+        return json.loads(self.record_file.read_bytes())
+
+    def recorded(self):
+        return [entry["path"] for entry in self.record()["files"]]
 
     def log(self):
-        path = self.directory / "patcher_debug.txt"
+        path = self / "patcher_debug.txt"
         return path.read_text(encoding="utf-8", errors="replace").splitlines() if path.exists() else []
 
 
 class Session:
-    """A launcher that stays: requests are asked one by one. Its start-up run is over unless `wait` says otherwise."""
+    """A launcher that stays: requests are asked one by one. Its start-up run is over unless `wait` is false."""
 
     def __init__(self, place, wait=True):
         self.place = place
@@ -165,13 +175,13 @@ class Session:
 
     def until(self, kind):
         """The messages up to the first of this kind."""
-        messages = []
-        while not messages or messages[-1]["type"] != kind:
+        found = []
+        while not found or found[-1]["type"] != kind:
             line = self.process.stdout.readline()
             if not line:
-                raise AssertionError(f"ended with {self.process.wait()} before '{kind}': {messages[-5:]}")
-            messages.append(json.loads(line))
-        return messages
+                raise AssertionError(f"ended with {self.process.wait()} before '{kind}': {found[-5:]}")
+            found.append(json.loads(line))
+        return found
 
     def ask(self, request):
         self.send(request)
@@ -188,18 +198,3 @@ class Session:
         out, err = self.process.communicate()
         self.watchdog.cancel()
         return self.process.returncode, out, err
-
-
-def told(messages):
-    """The messages in short, without the progress of which nobody knows how much comes."""
-    short = []
-    for m in messages:
-        if m["type"] == "status":
-            short.append(m["text"])
-        elif m["type"] == "versions":
-            short.append((m["current"], m["latest"]))
-        elif m["type"] == "server":
-            short.append("online" if m["online"] else "offline")
-        elif m["type"] == "ready":
-            short.append(m["canPlay"])
-    return short

@@ -20,9 +20,9 @@ import unittest.mock
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import launcher  # noqa: E402
 from fault_server import FaultServer  # noqa: E402
-from game import archive, digest, publish_manifest  # noqa: E402
+from game import digest, publish  # noqa: E402
+from scenario import BUSY  # noqa: E402
 
-BUSY = "Une operation est deja en cours."
 MEMORY = "/dev/shm"
 LIMIT = 60  # seconds for a session that takes a tenth of one
 # If a session without faults uses none of these, the calls are not seen.
@@ -46,17 +46,6 @@ def game():
     return old, new | {"new/dir/f18": rng.randbytes(2000), "new/f19": rng.randbytes(2000)}
 
 
-def publish(server, version, files):
-    entries = []
-    for path, data in sorted(files.items()):
-        server.content["/patch/f/" + digest(data)] = data
-        entries.append({"path": path, "size": len(data), "sha256": digest(data), "url": "f/" + digest(data)})
-    packed = archive({path: files[path] for path in PACKED})
-    server.content["/patch/packed.zip"] = packed
-    bundle = {"name": "packed.zip", "size": 1, "sha256": digest(packed), "files": PACKED}
-    publish_manifest(server, {"version": version, "files": entries, "bundles": [bundle]})
-
-
 class Lane:
     """A server and an installation, which is set back for each fault."""
 
@@ -65,12 +54,12 @@ class Lane:
         self.place = launcher.Installation(self.server)
         self.report = self.place.root / "report"
         self.old, self.new = game()
-        publish(self.server, 1, self.old)
+        publish(self.server, 1, self.old, {"packed.zip": PACKED})
         self.place.run()
         for path, data in {**PLAYER, **OBSOLETE, "ostu.ini": SETTINGS}.items():
             self.place.write(path, data)
         self.place.write("new/f19", self.new["new/f19"])  # as a launcher that died may leave it: right, not recorded
-        publish(self.server, 2, self.new)
+        publish(self.server, 2, self.new, {"packed.zip": PACKED})
         self.start = self.files()
         self.saved = None
         self.calls, self.wrong = self.try_fault()
@@ -82,25 +71,18 @@ class Lane:
         self.place.remove()
 
     def files(self):
-        found = {}
-        directory, program = str(self.place.directory), str(self.place.program)
-        for folder, _, names in os.walk(directory):
-            for name in names:
-                path = os.path.join(folder, name)
-                if path != program:
-                    with open(path, "rb") as file:
-                        found[path[len(directory) + 1:]] = file.read()
-        return found
+        return {str(path.relative_to(self.place.directory)): path.read_bytes() for path in self.place.directory.rglob("*")
+                if path.is_file() and path != self.place.program}
 
     def set_back(self):
         found = self.files()
         for path in found.keys() - self.start.keys():
-            (self.place.directory / path).unlink()
+            (self.place / path).unlink()
         for path, data in self.start.items():
             if found.get(path) != data:
                 self.place.write(path, data)
         with contextlib.suppress(OSError):
-            (self.place.directory / "new/dir").rmdir()
+            (self.place / "new/dir").rmdir()
 
     def try_fault(self, kind="", use=0, stays=False):
         """The calls that the library reports, and what went wrong."""
@@ -149,7 +131,7 @@ class Trial:
         for path, data in DAMAGE.items():
             self.place.write(path, data or b"")
             if data is None:
-                (self.place.directory / path).unlink()
+                (self.place / path).unlink()
         self.damage = DAMAGE
         self.operation(session, "verify")
         self.operation(session, "repair")
@@ -170,18 +152,18 @@ class Trial:
         """Runs it to its `ready`, which it returns."""
         if name != "update":
             session.send(name)
-        told = session.until("ready")
-        checks = [m for m in told if m["type"] == "check"]
-        words = {m["text"] for m in told if m["type"] == "status"}
-        self.options = next((m for m in told if m["type"] == "options"), self.options)
+        found = session.until("ready")
+        checks = [m for m in found if m["type"] == "check"]
+        words = {m["text"] for m in found if m["type"] == "status"}
+        self.options = next((m for m in found if m["type"] == "options"), self.options)
         self.expect(len(checks) == (name != "update"), f"{name}: {len(checks)} check messages")
         self.expect(BUSY not in words, f"{name}: refused")
-        found = self.look(name)
-        right = {path for path, data in self.lane.new.items() if found.get(path) == data}
+        files = self.look(name)
+        right = {path for path, data in self.lane.new.items() if files.get(path) == data}
         complete = words & {"A jour.", "Pret a jouer."}
         self.expect(not complete or right >= self.lane.new.keys() - self.damage.keys(), f"{name}: not {complete}")
         self.expect(not checks or checks[0].get("ok", 0) <= len(right), f"{name}: {checks} of {len(right)}")
-        return told[-1]
+        return found[-1]
 
     def save(self, session):
         """As the page does it: all values as they were shown, one of them changed."""
@@ -201,7 +183,7 @@ class Trial:
             for entry in json.loads(found["patch_manifest.json"])["files"]:
                 path, data = entry["path"], found.get(entry["path"])
                 good = data is None or digest(data) == entry["sha256"] or data == self.damage.get(path)
-                self.expect(good, f"{when}: {path} is vouched for")
+                self.expect(good, f"{when}: {path} is recorded")
         spoilt = [path for path in self.right - self.damage.keys() if found.get(path) != self.lane.new[path]]
         self.expect(not spoilt, f"{when}: {len(spoilt)} right files are spoilt or gone: {sorted(spoilt)[:1]}")
         self.right = {path for path, data in self.lane.new.items() if found.get(path) == data}

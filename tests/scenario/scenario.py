@@ -1,12 +1,21 @@
 """What the scenario tests have in common."""
+import threading
 import unittest
 
 from fault_server import FaultServer
 from game import digest, publish_manifest
-from launcher import Installation, assert_files, told
+from launcher import Installation, Session, assert_files, summary
 
 CONNECT = "Connexion au serveur de patch..."
 INVALID = "Manifest de patch invalide."
+BUSY = "Une operation est deja en cours."
+MANIFEST = "/patch/version.json"
+READY, UP_TO_DATE = ["Pret a jouer.", True], ["A jour.", True]
+
+
+def failed(path, reason="transfert interrompu"):
+    """How a run ends that does not get this file."""
+    return [f"Echec du telechargement: {path} ({reason})", False]
 
 
 class ScenarioTest(unittest.TestCase):
@@ -17,17 +26,42 @@ class ScenarioTest(unittest.TestCase):
         self.addCleanup(self.server.close)
         self.place = self.installation()
 
-    def installation(self):
-        """Another one, beside that of the test."""
-        place = Installation(self.server)
+    def installation(self, **options):
+        place = Installation(self.server, **options)
         self.addCleanup(place.remove)
         return place
+
+    def session(self, wait=True):
+        session = Session(self.place, wait)
+        self.addCleanup(session.kill)
+        return session
+
+    def installed(self, files):
+        """A session in an installation that has these files."""
+        self.put(files)
+        session = self.session()
+        self.server.requests.clear()
+        return session
+
+    def hold(self, path):
+        """Requests for this path wait until the returned event is set, at the latest at the end of the test."""
+        held = threading.Event()
+        self.addCleanup(held.set)
+        self.server.faults[path] = [("hold", held)]
+        return held
 
     def assert_files(self, place, expected):
         assert_files(self, place.files(), expected)
 
-    def told(self, requests=b""):
-        return told(self.place.run(requests))
+    def update(self):
+        return self.place.update()
+
+    def assert_ends(self, end, place=None):
+        self.assertEqual((place or self.place).update()[-2:], end)
+
+    def assert_answers(self, session, request, *end):
+        """How the messages after the request end."""
+        self.assertEqual(summary(session.ask(request))[-len(end):], list(end))
 
     @staticmethod
     def entry(path, data):

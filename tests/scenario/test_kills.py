@@ -1,20 +1,18 @@
-"""Ends the launcher at random moments of every stage and starts it again: it must converge, and keep what had arrived."""
+"""Ends the launcher at random moments and starts it again: it must converge, and keep what had arrived."""
 import collections
+import contextlib
 import random
 import signal
 import subprocess
 import threading
 import time
-import unittest
 
-from fault_server import FaultServer
 from game import Game, digest
-from launcher import Installation, Session, assert_files, disk_path
+from launcher import assert_files, disk_path
+from scenario import ScenarioTest
 
 SEED = 0
 KILLS = 0
-STAGES = {"start", "decision", "archive download", "extraction", "file download", "save"}
-ENOUGH_FOR_ALL_STAGES = 100  # kills
 
 
 class Life:
@@ -22,14 +20,14 @@ class Life:
 
     def __init__(self, rng, place, game, server):
         self.rng, self.place, self.game, self.server = rng, place, game, server
-        self.record = place.directory / "patch_manifest.json"
+        self.record = place.record_file
         self.process = None
         moments = {self.in_a_transfer: 5, self.after_bytes: 3, self.after_messages: 1, self.at_a_time: 1,
                    self.at_extraction: 2 if game.bundles else 0, self.at_a_save: 2}
         self.moment = rng.choices(list(moments), moments.values())[0]
 
     def end(self):
-        """The stage in which it died, or None if it came to its own end first."""
+        """Whether it died, or came to its own end first."""
         before = self.record_state()
         self.process = self.place.start(subprocess.DEVNULL)
         try:
@@ -37,7 +35,7 @@ class Life:
         finally:
             self.server.on_bytes, self.server.faults = None, {}
             self.place.kill(self.process)
-        return self.stage(before) if self.process.returncode == -signal.SIGKILL else None
+        return self.process.returncode == -signal.SIGKILL
 
     def record_state(self):
         try:
@@ -85,126 +83,105 @@ class Life:
         self.wait_until(lambda: self.record_state() != before)
         self.linger(0.0005)
 
-    def stage(self, before):
-        names = [path.name for path in self.place.directory.rglob("*.part")]
-        asked = set(self.server.requests) - {"/patch/version.json"}
-        try:
-            self.place.record()
-            torn = False
-        except FileNotFoundError:
-            torn = False
-        except ValueError:
-            torn = True
-        if torn or (self.moment == self.at_a_save and self.record_state() != before):
-            return "save"
-        if any(name.endswith(".part.part") for name in names):
-            return "archive download"
-        if any(name.startswith("_bundle") for name in names):
-            return "extraction"
-        if names:
-            return "file download"
-        if asked:
-            return "between files"
-        return "decision" if self.server.requests else "start"
 
+class KillTest(ScenarioTest):
+    def publish(self, seed, archives=0):
+        """A game on the server, and an installation without it."""
+        self.server.content.clear()
+        self.place = self.installation()
+        self.game = Game(seed, 60, archives=archives)
+        self.game.publish(self.server)
 
-class KillTest(unittest.TestCase):
-    def published(self, seed, archives=0):
-        """A game on a server, and an installation without it."""
-        server = FaultServer()
-        self.addCleanup(server.close)
-        game = Game(seed, 60, archives=archives)
-        game.publish(server)
-        place = Installation(server)
-        self.addCleanup(place.remove)
-        return server, game, place
+    def publish_next(self):
+        self.game.next_version()
+        self.game.publish(self.server)
 
-    def converge(self, seed, stages):
+    def converge(self, seed):
         """Kills one installation several times; returns how often."""
         rng = random.Random(seed)
-        server, game, place = self.published(seed, archives=seed % 2 * 3)
+        self.publish(seed, archives=seed % 2 * 3)
         if rng.random() < 0.5:
-            place.run()
-            game.next_version()
-            game.publish(server)
-        if game.bundles and rng.random() < 0.3:
-            del server.content["/patch/" + min(game.bundles)]
+            self.place.run()
+            self.publish_next()
+        if self.game.bundles and rng.random() < 0.3:
+            del self.server.content["/patch/" + min(self.game.bundles)]
         kills, versions = 0, 1
         for _ in range(rng.randint(2, 6)):
             if rng.random() < 0.1:
-                game.next_version()
-                game.publish(server)
+                self.publish_next()
                 versions += 1
-            with self.nothing_is_fetched_twice(place, game, server):
-                stage = Life(rng, place, game, server).end()
-            stages[stage] += 1
-            kills += stage is not None
-            self.record_is_true(place, game)
-        with self.nothing_is_fetched_twice(place, game, server):
-            self.assertEqual(place.run()[-1], {"type": "ready", "canPlay": True})
-        found = place.files()
+            with self.nothing_is_fetched_twice():
+                kills += Life(rng, self.place, self.game, self.server).end()
+            self.assert_record()
+        with self.nothing_is_fetched_twice():
+            self.assertEqual(self.place.run()[-1], {"type": "ready", "canPlay": True})
+        found = self.place.files()
         if versions > 1:
             # The temporary file of a transfer that died stays until its own file is fetched again.
             found = {name: data for name, data in found.items() if name.startswith("_") or not name.endswith(".part")}
-        assert_files(self, found, game.files)
-        self.record_is_true(place, game)
+        assert_files(self, found, self.game.files)
+        self.assert_record()
         return kills
 
-    def nothing_is_fetched_twice(self, place, game, server):
-        return Thrift(self, place, game, server)
+    @contextlib.contextmanager
+    def nothing_is_fetched_twice(self):
+        """What had arrived whole before a run is not asked for, neither by itself nor in an archive."""
+        found = self.place.files()
+        good = {name for name, data in self.game.files.items() if found.get(name) == data}
+        self.server.requests = collections.Counter()
+        yield
+        contents = collections.Counter(digest(data) for data in self.game.files.values())
+        for name in good:
+            own = digest(self.game.files[name])
+            if contents[own] == 1:
+                self.assertEqual(self.server.requests["/patch/files/" + own], 0, name)
+        for name, members in self.game.bundles.items():
+            if good.issuperset(members):
+                self.assertEqual(self.server.requests["/patch/" + name], 0, name)
 
-    def record_is_true(self, place, game):
-        """No file is vouched for with the digest that the server wants, unless it has that content."""
+    def assert_record(self):
+        """No file is recorded with the digest that the server wants, unless it has that content."""
         try:
-            entries = place.record()["files"]
+            entries = self.place.record()["files"]
         except (OSError, ValueError):
             return
-        files = place.files()
+        files = self.place.files()
         for entry in entries:
-            data = game.files.get(entry["path"])
+            data = self.game.files.get(entry["path"])
             if data is not None and entry["sha256"] == digest(data):
                 self.assertTrue(files.get(entry["path"]) == data, entry["path"])
 
-    def deaths(self, wanted):
-        total, seed, stages = 0, SEED, collections.Counter()
-        while total < wanted:
-            with self.subTest(seed=seed):
-                total += self.converge(seed, stages)
-            seed += 1
-        survived = stages.pop(None, 0)
-        print(f"killed {total} times ({', '.join(f'{stage} {n}' for stage, n in sorted(stages.items()))}; "
-              f"{survived} runs were over before), seeds {SEED} to {seed - 1}")
-        return stages
-
     def test_deaths_everywhere(self):
-        stages = self.deaths(KILLS)
-        if KILLS >= ENOUGH_FOR_ALL_STAGES:
-            self.assertEqual(STAGES - set(stages), set(), "stages that no death reached")
+        total, seed = 0, SEED
+        while total < KILLS:
+            with self.subTest(seed=seed):
+                total += self.converge(seed)
+            seed += 1
+        print(f"killed {total} times, seeds {SEED} to {seed - 1}")
 
     def test_deaths_during_a_repair(self):
-        """Whatever moment it dies at, the next verification and repair make it whole, and nothing else is fetched."""
+        """The next verification and repair restore the installation, and nothing else is fetched."""
         for seed in range(SEED, SEED + max(KILLS // 8, 3)):
             with self.subTest(seed=seed):
                 self.repair_after_death(seed)
 
     def repair_after_death(self, seed):
         rng = random.Random(seed)
-        server, game, place = self.published(seed, archives=seed % 2 * 3)
-        place.run()
-        damaged = rng.sample(sorted(game.files), 20)
+        self.publish(seed, archives=seed % 2 * 3)
+        self.place.run()
+        damaged = rng.sample(sorted(self.game.files), 20)
         for name in damaged:
-            file = place.directory / disk_path(name)
+            file = self.place / disk_path(name)
             if rng.random() < 0.3:
                 file.unlink()
             else:
-                file.write_bytes(rng.randbytes(rng.choice([0, len(game.files[name])]) or 1))
+                file.write_bytes(rng.randbytes(rng.choice([0, len(self.game.files[name])]) or 1))
         mine = {"ostu.ini": b"mine", "Capture/shot.jpg": b"mine"}
-        (place.directory / "Capture").mkdir()
         for name, data in mine.items():
-            (place.directory / name).write_bytes(data)
-        server.requests.clear()
+            self.place.write(name, data)
+        self.server.requests.clear()
 
-        session = Session(place)
+        session = self.session()
         if rng.random() < 0.5:
             session.ask("verify")
         session.send("repair")
@@ -212,58 +189,30 @@ class KillTest(unittest.TestCase):
             if b'"ready"' in session.process.stdout.readline():
                 break
         session.kill()
-        session = Session(place)
+        session = self.session()
         session.ask("verify")
         session.ask("repair")
         found = next(m for m in session.ask("verify") if m["type"] == "check")
         session.end()
         self.assertEqual((found["ok"], found["total"]), (61, 61))
-        self.assertEqual(place.files(), {**game.files, **mine})
-        wanted = {"/patch/files/" + digest(game.files[name]) for name in damaged}
-        asked = {path for path in server.requests if "/files/" in path}
-        self.assertLessEqual(asked, wanted)
+        self.assertEqual(self.place.files(), {**self.game.files, **mine})
+        wanted = {"/patch/files/" + digest(self.game.files[name]) for name in damaged}
+        self.assertLessEqual({path for path in self.server.requests if "/files/" in path}, wanted)
 
-    def test_a_server_that_goes_back_is_believed(self):
-        """A version that was cut short and then withdrawn must not leave its files behind as those of the old one."""
+    def test_a_withdrawn_version_leaves_nothing(self):
+        """The files of a version that was cut short are not taken for those of the old one."""
         for seed in range(SEED, SEED + 5):
             rng = random.Random(seed)
-            server, game, place = self.published(seed)
-            old = server.content["/patch/version.json"]
-            place.run()
-            before = dict(game.files)
-            game.next_version()
-            game.publish(server)
-            process = place.start(subprocess.DEVNULL)
+            self.publish(seed)
+            old = self.server.content["/patch/version.json"]
+            self.place.run()
+            before = dict(self.game.files)
+            self.publish_next()
+            process = self.place.start(subprocess.DEVNULL)
             for _ in range(rng.randint(5, 15)):
                 process.stdout.readline()
-            place.kill(process)
-            server.content["/patch/version.json"] = old
-            place.run()
+            self.place.kill(process)
+            self.server.content["/patch/version.json"] = old
+            self.place.run()
             # A temporary file of a transfer that died stays until its own file is fetched again.
-            found = {name: data for name, data in place.files().items() if not name.endswith(".part")}
-            self.assertEqual({name for name in before if found.pop(name, None) != before[name]}, set())
-            self.assertEqual(set(found), set())
-
-
-class Thrift:
-    """Watches one run: what had arrived whole before it is not asked for, neither by itself nor in an archive."""
-
-    def __init__(self, test, place, game, server):
-        self.test, self.game, self.server = test, game, server
-        found = place.files()
-        self.good = {name for name, data in game.files.items() if found.get(name) == data}
-
-    def __enter__(self):
-        self.server.requests = collections.Counter()
-
-    def __exit__(self, kind, value, trace):
-        if kind is not None:
-            return
-        contents = collections.Counter(digest(data) for data in self.game.files.values())
-        for name in self.good:
-            own = digest(self.game.files[name])
-            if contents[own] == 1:
-                self.test.assertEqual(self.server.requests["/patch/files/" + own], 0, f"{name} was fetched again")
-        for name, members in self.game.bundles.items():
-            if self.good.issuperset(members):
-                self.test.assertEqual(self.server.requests["/patch/" + name], 0, f"{name} was fetched for nothing")
+            assert_files(self, {name: data for name, data in self.place.files().items() if not name.endswith(".part")}, before)

@@ -5,7 +5,7 @@ import subprocess
 import tempfile
 
 import launcher
-from launcher import Session, told
+from launcher import summary
 from scenario import CONNECT, INVALID, ScenarioTest
 from test_check import REPAIR, VERIFY
 
@@ -41,7 +41,7 @@ class SignedTest(ScenarioTest):
 
     def serve_and_run(self, document):
         self.server.content[URL] = document
-        return self.told()
+        return self.update()
 
     def changed(self, document, old, new):
         self.assertIn(old, document)
@@ -55,8 +55,8 @@ class SignedTest(ScenarioTest):
 
     def test_nothing_unsigned_and_nothing_replayed(self):
         first, second = self.version(1), self.version(2)
-        record = self.place.directory / "patch_manifest.json"
-        self.assertEqual(self.told()[-1], True)
+        record = self.place.record_file
+        self.assertEqual(self.update()[-1], True)
         self.assertEqual(record.read_bytes(), second)
         third = self.version(3)
         for document in (third[:third.rindex(b"{")], self.changed(third, b'"version":3', b'"version":4'), first):
@@ -72,25 +72,24 @@ class SignedTest(ScenarioTest):
         self.assertEqual(self.serve_and_run(third)[-2:], ["Pret a jouer.", True])
         self.assertEqual((record.read_bytes(), self.place.files()), (third, {"a": b"version 3"}))
 
-        session = Session(self.place)
-        self.addCleanup(session.kill)
-        (self.place.directory / "a").unlink()
-        self.assertIn("0 fichier(s) corrects, 1 manquant(s).", told(session.ask("verify")))
+        session = self.session()
+        (self.place / "a").unlink()
+        self.assertIn("0 fichier(s) corrects, 1 manquant(s).", summary(session.ask("verify")))
         self.server.content[URL] = second
         for request, connect in (("verify", VERIFY), ("repair", REPAIR)):
-            self.assertEqual(told(session.ask(request)),
+            self.assertEqual(summary(session.ask(request)),
                              [connect, "Impossible de lire le manifeste de patch.", "offline", False])
         self.server.content[URL] = third
-        self.assertEqual(told(session.ask("repair"))[-1], True)
-        (self.place.directory / "a").unlink()
+        self.assertEqual(summary(session.ask("repair"))[-1], True)
+        (self.place / "a").unlink()
         self.interrupted(third)
         self.assertEqual(self.serve_and_run(second)[-1], False)
 
         back = self.publish("--live", "2")
-        self.assertEqual(self.told()[-1], True)
+        self.assertEqual(self.update()[-1], True)
         self.assertEqual((record.read_bytes(), self.place.files()), (back, {"a": b"version 2"}))
         record.write_bytes(self.changed(back, b'"sequence":4', b'"sequence":9'))
-        self.assertEqual(self.told()[-1], True, "only what is signed counts")
+        self.assertEqual(self.update()[-1], True, "only what is signed counts")
         unkeyed = self.installation()
-        self.assertEqual(told(unkeyed.run())[-1], True)
+        self.assertEqual(unkeyed.update()[-1], True)
         self.assertEqual(unkeyed.files(), {"a": b"version 2"})

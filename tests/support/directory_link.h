@@ -11,17 +11,18 @@
 
 namespace patcher {
 
-/// A link to a directory that stands beside it, by what the system offers: a symbolic link; a junction, where
-/// the standard library makes no links; under Wine, which makes neither, a link of the system below it. Gone
-/// with this object, since not every remove_all gets past a link.
+/// A link to a directory, by what the system offers: a symbolic link; a junction, where the standard library
+/// makes no links; under Wine, which makes neither, a link of the system below it. Ends with this object,
+/// since not every remove_all gets past a link.
 class DirectoryLink {
  public:
   DirectoryLink(std::filesystem::path link, const std::filesystem::path& target) : link_(std::move(link)) {
     std::error_code error;
-    std::filesystem::create_directory_symlink(target.filename(), link_, error);
+    const std::filesystem::path way = target.lexically_relative(link_.parent_path());
+    std::filesystem::create_directory_symlink(way, link_, error);
     if (!error) return;
     if (std::getenv("WINEPREFIX") != nullptr) {
-      Run("start /unix /bin/ln -s " + target.filename().string() + " " + PathBelowWine());
+      Run("start /unix /bin/ln -s " + way.generic_string() + " " + PathBelowWine());
       WaitUntilItIsThere(true);
     } else {
       Run("mklink /J \"" + link_.string() + "\" \"" + target.string() + "\" >nul");
@@ -45,7 +46,7 @@ class DirectoryLink {
     if (std::system(command.c_str()) != 0) std::perror(command.c_str());
   }
 
-  /// Wine tells nobody when a program of the system below it has ended.
+  /// Wine does not report when a program of the system below it has ended.
   void WaitUntilItIsThere(bool wanted) const {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (IsThere() != wanted && std::chrono::steady_clock::now() < limit) {

@@ -7,7 +7,7 @@ import tempfile
 
 from launcher import wait_until
 
-TITLE = "TolmiraMMO Patcher v26"
+TITLE = "TolmiraMMO Patcher v"
 SCREEN = (0, 0, 1600, 1000)
 NAVY = "srgb(13,20,38)"
 HOME = (160, 100, 1280, 800)  # where the launcher's window opens on this screen
@@ -58,7 +58,7 @@ class Display:
         return self.run("xdotool", "search", "--onlyvisible", "--name", TITLE).split()
 
     def window(self):
-        """The one window of a launcher, as soon as it stands in its place."""
+        """The one window of a launcher, as soon as it is in its place."""
         window = Window(self, wait_until(self.windows)[0])
         window.wait_for_place(*HOME)
         return window
@@ -76,7 +76,7 @@ class Window:
         return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
     def wait_for_place(self, *place):
-        wait_until(lambda: self.place() == place, lambda: f"the window stands at {self.place()}, not at {place}")
+        wait_until(lambda: self.place() == place, lambda: f"the window is at {self.place()}, not at {place}")
 
     def follow(self, x, y):
         """With the button down at x, y: moves the pointer about until the window follows, since a program sees it later."""

@@ -1,6 +1,5 @@
 """What the tests of both programs share: the screen, Wine, and an installation with a server."""
 import shutil
-import threading
 
 from game import digest
 from launcher import wait_until
@@ -8,7 +7,6 @@ from scenario import ScenarioTest
 from stand_in import WindowsLauncher
 
 BUILD = SCREEN = WINE = None  # set by run.py
-VERSION = "/patch/version.json"
 
 
 class WindowTest(ScenarioTest):
@@ -19,15 +17,8 @@ class WindowTest(ScenarioTest):
         self.display = SCREEN
         wait_until(lambda: not self.display.windows())
 
-    def hold(self, path):
-        """Requests for that path stay unanswered until the returned event is set, at the test's end at the latest."""
-        held = threading.Event()
-        self.addCleanup(held.set)
-        self.server.faults[path] = [("hold", held)]
-        return held
-
     def hold_a_file_of(self, game):
-        """Publishes the game, whose run comes to a standstill when most of it is there."""
+        """Publishes the game, whose run stops when most of it is there."""
         game.publish(self.server)
         path = "/patch/files/" + digest(game.files["f0.dat"])
         return path, self.hold(path)

@@ -2,8 +2,7 @@
 """Tests of the programs with a window, on a screen of their own: run.py --build BUILD [TEST...].
 
 BUILD is the folder of a build: the tests of its kind run, natively or, for Windows programs, under Wine with a loader
-that stands in for the web view. A TEST is a name, for example test_windows_chain.ChainTest.test_images. One test
-mounts a directory read-only, which takes root or a user namespace."""
+that stands in for the web view. A TEST is a name, for example test_windows_chain.ChainTest.test_images."""
 import argparse
 import pathlib
 import sys
@@ -12,14 +11,12 @@ import unittest
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), str(HERE.parent / "scenario"), str(HERE.parent / "support")]
 import launcher  # noqa: E402
-import mounts  # noqa: E402
 import fixture  # noqa: E402
 from display import Display  # noqa: E402
 from stand_in import Wine  # noqa: E402
 
 
 def main():
-    mounts.acquire()
     parser = argparse.ArgumentParser()
     parser.add_argument("--build", required=True, type=pathlib.Path)
     parser.add_argument("tests", nargs="*")

@@ -46,12 +46,12 @@ class Wine:
 
 class WindowsLauncher:
     """The program under Wine, and its successor if it replaces itself: that has the same standard input and output.
-    `told` holds everything that it has been heard to do, as lists of fields."""
+    `heard` holds everything that it has reported, as lists of fields."""
 
     def __init__(self, wine, program, mode=""):
         self.process = wine.start(program, stdin=subprocess.PIPE, stdout=subprocess.PIPE, WEB_VIEW_STAND_IN_MODE=mode)
         self.lines = queue.Queue()
-        self.told = []
+        self.heard = []
         self.reader = threading.Thread(target=self._read, daemon=True)
         self.reader.start()
 
@@ -68,11 +68,11 @@ class WindowsLauncher:
         try:
             line = self.lines.get(timeout=LIMIT)
         except queue.Empty:
-            raise AssertionError(f"nothing more after {self.told[-5:]}") from None
+            raise AssertionError(f"nothing more after {self.heard[-5:]}") from None
         if line:
-            self.told.append(line)
+            self.heard.append(line)
             if line[0] == "trap" or "failed" in line[1:2]:
-                raise AssertionError(f"{self.told[-5:]}")
+                raise AssertionError(f"{self.heard[-5:]}")
         return line
 
     def wait(self, verb, accept=lambda fields: True):
@@ -80,7 +80,7 @@ class WindowsLauncher:
         while line := self.next():
             if line[0] == verb and accept(line[1:]):
                 return line[1:]
-        raise AssertionError(f"the program ended after {self.told[-5:]}")
+        raise AssertionError(f"the program ended after {self.heard[-5:]}")
 
     def wait_message(self, kind, **members):
         """The next message for the page of that type with these members."""
@@ -90,24 +90,24 @@ class WindowsLauncher:
         return json.loads(self.wait("message", fits)[0])
 
     def messages(self):
-        return [json.loads(line[1]) for line in self.told if line[0] == "message"]
+        return [json.loads(line[1]) for line in self.heard if line[0] == "message"]
 
-    def tell(self, *fields):
+    def send(self, *fields):
         self.process.stdin.write(FIELD_END.join(fields).encode() + LINE_END)
         self.process.stdin.flush()
 
     def ask(self, *fields):
-        """Tells and waits for what came of it."""
-        self.tell(*fields)
+        """Sends and waits for the answer."""
+        self.send(*fields)
         return self.wait(fields[0])
 
     def request(self, action, **members):
-        self.tell("send", json.dumps({"action": action, **members}, ensure_ascii=False))
+        self.send("send", json.dumps({"action": action, **members}, ensure_ascii=False))
 
     def load_page(self):
         """Waits until the page has been handed over and lets its loading end; returns its text."""
         page = self.wait("navigate")[0]
-        self.tell("complete")
+        self.send("complete")
         return page
 
     def close(self):

@@ -5,9 +5,10 @@ import subprocess
 
 import launcher
 from display import HOME, NAVY, SCREEN
-from fixture import VERSION, WindowTest
+from fixture import WindowTest
 from game import Game
 from launcher import LIMIT, wait_until
+from scenario import MANIFEST
 
 # Places on the page at its start, from the window's left and top, or from its right and bottom.
 DRAG_ZONE, DRAG_ZONE_TOO = (500, 30), (400, 30)
@@ -24,7 +25,7 @@ class NativeWindowTest(WindowTest):
         self.addCleanup(process.kill)
         return process
 
-    def shown(self, path=VERSION):
+    def shown(self, path=MANIFEST):
         """The program with its page, and its run as far as a request for this path."""
         self.process = self.start()
         self.window = self.display.window()
@@ -92,7 +93,7 @@ class NativeWindowTest(WindowTest):
     def test_its_page_comes_back_when_the_page_s_process_dies(self):
         self.shown()
         self.display.run("pkill", "--parent", self.process.pid, "--signal", "KILL", "WebKitWebProces")
-        self.wait_for_request(VERSION)
+        self.wait_for_request(MANIFEST)
         self.closes()
 
     def test_it_closes_in_the_middle_of_a_run_and_the_next_one_ends_with_the_game(self):
@@ -123,7 +124,7 @@ class NativeWindowTest(WindowTest):
         process = self.start()
         self.wait_for_request(news, 2)
         self.assertEqual(len(self.display.windows()), 1)
-        self.assertEqual(self.server.requests[VERSION], 1, "a refused navigation is no loaded page")
+        self.assertEqual(self.server.requests[MANIFEST], 1, "a refused navigation is no loaded page")
         # The menu of the web view, with its way back and its reload.
         self.display.mouse("mousemove", 800, 500, "click", 3)
         self.display.mouse("key", "Down", "Down", "Down", "Return")

@@ -1,4 +1,4 @@
-// A test with a page, and an installation behind it if it asks for one. A failure leaves a screenshot.
+// A test with a page, and an installation if it asks for one. A failure leaves a screenshot.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import { Installation } from "./installation.mjs";
@@ -7,10 +7,10 @@ import { LauncherPage, startBrowser, stopBrowser } from "./launcher_page.mjs";
 before(startBrowser);
 after(stopBrowser);
 
-// options: those of LauncherPage.open, and `game`: those of Installation.create.
+// options: those of LauncherPage.open, and `game` for an installation.
 export function journey(name, { game, ...pageOptions }, steps) {
   test(name, { timeout: 300000 }, async () => {
-    const installation = game ? await Installation.create(game) : null;
+    const installation = game ? await Installation.create() : null;
     let launcher;
     try {
       launcher = await LauncherPage.open(pageOptions);

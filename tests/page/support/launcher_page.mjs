@@ -120,7 +120,8 @@ export class LauncherPage {
     await this.page.locator(".nav-item", { hasText: tab }).click();
   }
 
-  async screenshot(name, directory = path.join(root, "build/page-screenshots")) {
+  async screenshot(name) {
+    const directory = path.join(root, "build/page-screenshots");
     await mkdir(directory, { recursive: true });
     const file = path.join(directory, name.replace(/[^\w.-]+/g, "-") + ".png");
     await this.page.screenshot({ path: file });

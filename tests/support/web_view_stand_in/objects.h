@@ -17,13 +17,13 @@
 namespace stand_in {
 
 /// What passes between the stand-in and its driver over standard input and output: a list of fields in UTF-8,
-/// with the control character 1F between them and 1E at its end, which stand in no field.
+/// with the control character 1F between them and 1E at its end, which are in no field.
 using Line = std::vector<std::string>;
 constexpr char kFieldEnd = '\x1f';
 constexpr char kLineEnd = '\x1e';
 
 /// Main thread only.
-inline void TellDriver(const Line& line) {
+inline void SendToDriver(const Line& line) {
   std::string text = line.front();
   for (std::size_t i = 1; i < line.size(); ++i) text += kFieldEnd + line[i];
   std::cout << text << kLineEnd << std::flush;
@@ -78,7 +78,7 @@ inline ULONG __stdcall Release(Object* self) {
 
 template <std::size_t Slot>
 void __stdcall Trap() {
-  TellDriver({"trap", std::to_string(Slot)});
+  SendToDriver({"trap", std::to_string(Slot)});
   TerminateProcess(GetCurrentProcess(), 99);
 }
 

@@ -1,6 +1,6 @@
-// Stands in for the loader and the web view behind it. It shows nothing: it tells its driver what the program
-// does, and does to the program what the driver says. The interfaces are tables of functions at the slot
-// numbers of their binary form, written without the product's declarations, so that a wrong order or
+// Takes the place of the loader and of its web view. It shows nothing: it reports to its driver what the
+// program does, and does to the program what the driver says. The interfaces are tables of functions at the
+// slot numbers of their binary form, written without the product's declarations, so that a wrong order or
 // parameter there is noticed: a slot that the product has no business in ends the process.
 #include <windows.h>
 
@@ -123,7 +123,7 @@ constexpr Event kWebResourceRequested{
 std::map<std::string, Handler*> handlers;  // by the event's name; owned
 
 void Keep(const Event& event, Handler* handler) {
-  TellDriver({"handler", event.name, IsSound(handler, event.handler) ? "sound" : "unsound"});
+  SendToDriver({"handler", event.name, IsSound(handler, event.handler) ? "sound" : "unsound"});
   Call(handler, 1);
   handlers[event.name] = handler;
 }
@@ -147,17 +147,17 @@ enum : UINT { kEnvironmentReady = WM_APP, kControllerReady, kLine };
 
 HRESULT __stdcall NavigateToString(Object*, const wchar_t* page) {
   ++navigation;
-  TellDriver({"navigate", Narrow(page)});
+  SendToDriver({"navigate", Narrow(page)});
   return S_OK;
 }
 
 HRESULT __stdcall PostWebMessageAsString(Object*, const wchar_t* text) {
-  TellDriver({"message", Narrow(text)});
+  SendToDriver({"message", Narrow(text)});
   return S_OK;
 }
 
 HRESULT __stdcall AddFilter(Object*, const wchar_t* pattern, int context) {
-  TellDriver({"filter", Narrow(pattern), std::to_string(context)});
+  SendToDriver({"filter", Narrow(pattern), std::to_string(context)});
   return S_OK;
 }
 
@@ -170,18 +170,18 @@ const Slots kView = Table({At(6, &NavigateToString), At(7, &AddHandler<kNavigati
 HRESULT __stdcall PutBounds(Object*, RECT bounds) {
   const auto text = [](LONG value) { return std::to_string(value); };
   MoveWindow(child, bounds.left, bounds.top, bounds.right - bounds.left, bounds.bottom - bounds.top, TRUE);
-  TellDriver({"bounds", text(bounds.left), text(bounds.top), text(bounds.right), text(bounds.bottom)});
+  SendToDriver({"bounds", text(bounds.left), text(bounds.top), text(bounds.right), text(bounds.bottom)});
   return S_OK;
 }
 
 HRESULT __stdcall MoveFocus(Object*, int reason) {
   SetFocus(child);
-  TellDriver({"focus", std::to_string(reason)});
+  SendToDriver({"focus", std::to_string(reason)});
   return S_OK;
 }
 
 HRESULT __stdcall NotifyParentWindowPositionChanged(Object*) {
-  TellDriver({"moved"});
+  SendToDriver({"moved"});
   return S_OK;
 }
 
@@ -201,14 +201,14 @@ LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
   switch (message) {
     case WM_LBUTTONDOWN:
       SetCapture(window);
-      TellDriver({"press", std::to_string(LOWORD(lParam)), std::to_string(HIWORD(lParam))});
+      SendToDriver({"press", std::to_string(LOWORD(lParam)), std::to_string(HIWORD(lParam))});
       return 0;
     case WM_LBUTTONUP:
       ReleaseCapture();
-      TellDriver({"release"});
+      SendToDriver({"release"});
       return 0;
     case WM_KEYDOWN:
-      TellDriver({"key", std::to_string(wParam)});
+      SendToDriver({"key", std::to_string(wParam)});
       return 0;
     default:
       return DefWindowProcW(window, message, wParam, lParam);
@@ -218,9 +218,9 @@ LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
 /// Reports when the system begins and ends to move or size the program's window, and that it has got an icon.
 LRESULT CALLBACK WatchWindow(int code, WPARAM wParam, LPARAM lParam) {
   const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
-  if (sent.message == WM_ENTERSIZEMOVE) TellDriver({"loop", "begins"});
-  if (sent.message == WM_EXITSIZEMOVE) TellDriver({"loop", "ends"});
-  if (sent.message == WM_SETICON) TellDriver({"icon", std::to_string(sent.wParam)});
+  if (sent.message == WM_ENTERSIZEMOVE) SendToDriver({"loop", "begins"});
+  if (sent.message == WM_EXITSIZEMOVE) SendToDriver({"loop", "ends"});
+  if (sent.message == WM_SETICON) SendToDriver({"icon", std::to_string(sent.wParam)});
   return CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
@@ -319,7 +319,7 @@ void LetHappen(const Line& line) {
     answer.push_back(Hexadecimal(response->content));
   }
   Release(arguments);
-  TellDriver(answer);
+  SendToDriver(answer);
 }
 
 /// What is alive, how many references each handler has, and whether a started program would inherit a colour.
@@ -333,7 +333,7 @@ void Report() {
   wchar_t colour[2];
   const DWORD length = GetEnvironmentVariableW(kBackgroundVariable, colour, 2);
   report.push_back("colour=" + std::to_string(length));
-  TellDriver(report);
+  SendToDriver(report);
 }
 
 /// MESSAGE WPARAM [NUMBER...]: sends the program's window a message whose lParam points to ten numbers, and
@@ -347,7 +347,7 @@ void SendToWindow(const Line& line) {
       SendMessageW(GetParent(child), message, std::stoul(line[2]), reinterpret_cast<LPARAM>(numbers));
   Line answer{line[0], std::to_string(result)};
   for (const LONG number : numbers) answer.push_back(std::to_string(number));
-  TellDriver(answer);
+  SendToDriver(answer);
 }
 
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -408,8 +408,8 @@ extern "C" HRESULT __stdcall CreateCoreWebView2EnvironmentWithOptions(const wcha
   if (messageWindow == nullptr) Begin();
   wchar_t colour[16] = L"";
   GetEnvironmentVariableW(kBackgroundVariable, colour, 16);
-  TellDriver({"environment", Narrow(browser), Narrow(data), options == nullptr ? "no options" : "options",
-              Narrow(colour)});
+  SendToDriver({"environment", Narrow(browser), Narrow(data), options == nullptr ? "no options" : "options",
+                Narrow(colour)});
   if (mode == "no-runtime") return static_cast<HRESULT>(0x80070002);
   Keep(kEnvironmentMade, handler);
   if (mode == "at-once") {

@@ -27,12 +27,12 @@ HRESULT __stdcall CreateInstance(Shared*, IUnknown*, REFIID id, void** object) {
 HRESULT __stdcall Initialize(Shared*) { return S_OK; }
 
 HRESULT __stdcall SetProgressValue(Shared*, HWND, ULONGLONG done, ULONGLONG total) {
-  TellDriver({"taskbar", "value", std::to_string(done), std::to_string(total)});
+  SendToDriver({"taskbar", "value", std::to_string(done), std::to_string(total)});
   return S_OK;
 }
 
 HRESULT __stdcall SetProgressState(Shared*, HWND, int state) {
-  TellDriver({"taskbar", "state", std::to_string(state)});
+  SendToDriver({"taskbar", "state", std::to_string(state)});
   return S_OK;
 }
 

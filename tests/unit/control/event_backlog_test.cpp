@@ -1,6 +1,7 @@
 #include "control/protocol/event_backlog.h"
 
 #include <deque>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -9,51 +10,33 @@
 namespace patcher {
 namespace {
 
-/// A queue with little room.
-class SmallQueue {
- public:
-  bool Post(const UiEvent& event) {
-    std::lock_guard guard(lock_);
-    if (events_.size() >= 3) return false;
-    events_.push_back(event);
-    return true;
-  }
-  bool Take(UiEvent& event) {
-    std::lock_guard guard(lock_);
-    if (events_.empty()) return false;
-    event = events_.front();
-    events_.pop_front();
-    return true;
-  }
-
- private:
-  std::mutex lock_;
-  std::deque<UiEvent> events_;
-};
-
 TEST(EventBacklog, AFullQueueLosesNothingAndKeepsTheOrderOfEachThread) {
-  SmallQueue queue;
-  EventBacklog backlog([&queue](const UiEvent& event) { return queue.Post(event); });
+  std::mutex lock;
+  std::deque<UiEvent> queue;  // with little room
+  EventBacklog backlog([&](const UiEvent& event) {
+    std::lock_guard guard(lock);
+    if (queue.size() >= 3) return false;
+    queue.push_back(event);
+    return true;
+  });
   constexpr std::intptr_t kThreads = 3;
   constexpr std::intptr_t kEvents = 2000;
   std::vector<std::thread> posters;
-  for (std::intptr_t thread = 0; thread < kThreads; ++thread) {
-    posters.emplace_back([&backlog, number = static_cast<std::uint32_t>(thread)] {
+  for (std::uint32_t number = 0; number < kThreads; ++number) {
+    posters.emplace_back([&backlog, number] {
       for (std::intptr_t i = 0; i < kEvents; ++i) backlog.Post({number, 0, i});
     });
   }
   std::intptr_t next[kThreads] = {};
-  for (std::intptr_t taken = 0; taken < kThreads * kEvents;) {
-    UiEvent event;
-    if (queue.Take(event)) {
-      EXPECT_EQ(event.lParam, next[event.number]++);
-      ++taken;
-    }
-    backlog.Advance();
+  for (std::intptr_t taken = 0; taken < kThreads * kEvents; backlog.Advance()) {
+    std::lock_guard guard(lock);
+    if (queue.empty()) continue;
+    EXPECT_EQ(queue.front().lParam, next[queue.front().number]++);
+    queue.pop_front();
+    ++taken;
   }
   for (std::thread& poster : posters) poster.join();
-  UiEvent none;
-  EXPECT_FALSE(queue.Take(none));
+  EXPECT_TRUE(queue.empty());
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "integrity/damaged_files.h"
-#include "integrity/retained_check.h"
 #include "integrity/verify_files.h"
 #include "support/directory_link.h"
 #include "support/recording_host.h"
@@ -12,32 +11,6 @@ namespace patcher {
 namespace {
 
 namespace fs = std::filesystem;
-
-TEST(RetainedCheckTest, ServesOneRepairOfTheSameVersion) {
-  RetainedCheck retained;
-  PatchManifest manifest;
-  manifest.version = 4;
-  manifest.files = {{"a", 10, "", ""}, {"b", 20, "", ""}, {"a", 99, "", ""}};
-  CheckResult recalled;
-  EXPECT_FALSE(retained.Recall(manifest, recalled));
-
-  retained.Store({9, 6, 2, 1, 777, {"a", "b", "gone"}, {"b"}}, 4);
-  ASSERT_TRUE(retained.Recall(manifest, recalled));
-  EXPECT_EQ(recalled.samples, (std::vector<std::string>{"a", "b", "gone"}));
-  EXPECT_EQ(recalled.unproven, std::vector<std::string>{"b"});
-  EXPECT_EQ(recalled.total, 3);
-  EXPECT_EQ(recalled.ok, 0);
-  EXPECT_EQ(recalled.missing, 2);
-  EXPECT_EQ(recalled.corrupt, 1);
-  EXPECT_EQ(recalled.bytes, 30u) << "the first entry of a path, of the present manifest";
-  manifest.version = 5;
-  EXPECT_FALSE(retained.Recall(manifest, recalled));
-  manifest.version = 4;
-  retained.UseUp();
-  EXPECT_FALSE(retained.Recall(manifest, recalled));
-  retained.Store({}, 4);
-  EXPECT_TRUE(retained.Recall(manifest, recalled)) << "a pass that found nothing is held too";
-}
 
 TEST(VerifyFilesTest, EveryFileGetsOneVerdict) {
   const ScratchDirectory game;
@@ -66,9 +39,6 @@ TEST(VerifyFilesTest, EveryFileGetsOneVerdict) {
   EXPECT_EQ(result.unproven, isKnown ? std::vector<std::string>() : std::vector<std::string>{tooLong});
   EXPECT_EQ(result.samples, (std::vector<std::string>{"absent", "capitals", "changed", "folder", "good/below",
                                                       tooLong, "short", "\xff"}));
-  VerifyFiles(host, PatchManifest(), result);
-  EXPECT_EQ(result.total, 0);
-  EXPECT_TRUE(result.samples.empty());
 }
 
 TEST(DamagedFilesTest, OnlyListedFilesOfTheInstallationGo) {
