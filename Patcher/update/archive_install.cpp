@@ -23,6 +23,13 @@ bool HasExpectedSize(const fs::path& file, std::uint64_t size) {
   return fs::file_size(file, error) == size && !error;
 }
 
+void ReportMissing(RunState& run, const std::string& path, const PatchBundle& bundle) {
+  PostStatus(run.window,
+             "Anomalie: " + path + " absent apres extraction de " + bundle.name + ", sera repris.");
+  const platform::MutexLock guard(run.stateLock);
+  run.lacksFiles = true;
+}
+
 /// The archive's files that arrived. What did not is reported.
 std::vector<InstalledFile> InstalledFiles(RunState& run, std::size_t index) {
   const PatchBundle& bundle = *run.chosenBundles[index];
@@ -35,8 +42,7 @@ std::vector<InstalledFile> InstalledFiles(RunState& run, std::size_t index) {
     if (HasExpectedSize(InstalledPlace(path), run.expectedSizes.find(path)->second)) {
       installed.push_back({path, std::string(digest->second)});
     } else {
-      PostStatus(run.window,
-                 "Anomalie: " + path + " absent apres extraction de " + bundle.name + ", sera repris.");
+      ReportMissing(run, path, bundle);
     }
   }
   return installed;

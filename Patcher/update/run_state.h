@@ -64,6 +64,8 @@ struct RunState {
   ExtractingThreads extracting;  ///< of the archive stage: as many as connections
   /// Wanted files of archives that failed.
   std::set<std::string, std::less<>> retryPaths PATCHER_GUARDED_BY(stateLock);
+  /// A file that an archive should have brought is not there, or has another size.
+  bool lacksFiles PATCHER_GUARDED_BY(stateLock) = false;
   std::vector<const PatchFile*> singles;  ///< manifest order
   std::uint64_t singleBytes = 0;
 };

@@ -209,9 +209,11 @@ class Steps {
 
   void SaveAfterSuccess() {
     const platform::MutexLock guard(run_.stateLock);
-    // An old record costs the next start some hashing.
-    static_cast<void>(run_.unflushed.IsEmpty() ? run_.record.SaveDocument(run_.manifestText)
-                                               : run_.record.Save());
+    // An old record costs the next start some hashing. The document names every file, also those that did not
+    // arrive.
+    static_cast<void>(run_.unflushed.IsEmpty() && !run_.lacksFiles
+                          ? run_.record.SaveDocument(run_.manifestText)
+                          : run_.record.Save());
   }
 
   void FinishCompleteRun() {

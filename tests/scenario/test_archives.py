@@ -41,7 +41,7 @@ class ArchiveTest(ScenarioTest):
         self.assertEqual(texts[-2:], READY)
         self.put(files)
         self.assertEqual(self.update()[-1], True)
-        self.assertEqual(self.place.files()["lacking"], files["lacking"])
+        self.assert_files(self.place, files)
 
     def test_a_path_in_two_archives_is_written_by_one(self):
         files = {f"f{i}": b"%d" % i * 5000 for i in range(8)}
