@@ -11,40 +11,40 @@
 namespace {
 
 constexpr char kHelp[] =
-    R"(patcher-stdio - the launcher with its page replaced by standard input and output
+    R"(patcher-stdio - the launcher on standard input and output instead of a window
 
 Usage: patcher-stdio [--readable]
        patcher-stdio --print-version | --help
 
-Brings the program's own directory up to date, as patcher.ini in it says. Requests
-are read from standard input, one JSON object a line, for example {"action":"play"};
-messages are written to standard output, one JSON object a line. At the end of the
-input the program ends as soon as nothing is running, so that
+Updates the directory that contains this program; patcher.ini in it names the server.
+Reads requests from standard input, one JSON object per line, for example
+{"action":"play"}, and writes messages to standard output, one JSON object per line.
+At the end of the input it finishes the running work and exits. For example,
 
     patcher-stdio </dev/null
 
-is one unattended update. Its outcome is the last message of type "ready".
+runs one unattended update. The last message of type "ready" has the result.
 
-  --readable       messages as lines for people instead of JSON
+  --readable       print messages as readable lines instead of JSON
   --print-version  print the launcher's build number
   --help           print this text
 
-Actions, with their further members:
+Actions and their members:
 
-  play                  start the game and end, if the last "ready" allows it
-  cancel                end at once
+  play                  start the game and exit, if the last "ready" allows it
+  cancel                exit immediately
   verify                compare every file with the server's manifest
-  repair                fetch what a verification finds missing or damaged
-  getNews               fetch the site's news
+  repair                download files that are missing or damaged
+  getNews               download the site's news
   openUrl "url"         open a link of the site in the browser
-  windowDrag            print a line; only the window moves
+  windowDrag            print a line
   windowMinimize        print a line
   windowMaximize        print a line
-  windowClose           print a line and end
+  windowClose           print a line and exit
   getOptions            read the game's settings
   saveOptions "values"  change them
 
-Exit codes: 0 the session ended, 2 wrong usage, 3 no thread could be started.)";
+Exit codes: 0 success, 2 wrong usage, 3 no thread could be started.)";
 
 constexpr int kExitUsage = 2;
 
@@ -97,7 +97,7 @@ int main(int argc, char** argv) {
   patcher::SetExePath(platform::OwnExecutablePath());
   patcher::PatchConfig::Load();
   using Host = patcher::StdioHost;
-  // Never destroyed: workers may outlive the message loop.
+  // Never destroyed, because workers may outlive the message loop.
   auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson,
                         patcher::LauncherOperations(PrintError));
   platform::EndProcess(host->Run());

@@ -20,7 +20,7 @@ std::string Text(const Value& message, const char* key) {
 
 std::string Number(const Value& message, const char* key) {
   const Value* member = message.Find(key);
-  // As a double: a size may be larger than any integer that it could be cast to.
+  // Formatted as a double: a size may be too large for every integer type.
   std::array<char, 32> text;
   const std::to_chars_result end =
       std::to_chars(text.data(), text.data() + text.size(), member != nullptr ? member->AsNumber(0) : 0.0,
@@ -50,7 +50,7 @@ std::string Check(const Value& message) {
   return line;
 }
 
-/// The published document's items as far as it can be read; the page reads it in the same way.
+/// The readable items of the published document, by the same rules as the page.
 std::string News(const Value& message) {
   if (!Flag(message, "ok")) return "no news to be had";
   const std::string body = Text(message, "body");
@@ -69,7 +69,7 @@ std::string News(const Value& message) {
   return line;
 }
 
-/// Six significant digits, without trailing zeros, as the settings file has them.
+/// Six significant digits without trailing zeros, like in the settings file.
 std::string Decimal(double number) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
@@ -77,7 +77,7 @@ std::string Decimal(double number) {
   return text.str();
 }
 
-/// The rendering settings that are not at their default.
+/// The render settings that differ from their defaults.
 std::string ChangedTuning(const Value& message, const Value& values) {
   std::string line;
   const Value* tune = message.Find("tune");
@@ -92,8 +92,7 @@ std::string ChangedTuning(const Value& message, const Value& values) {
   return line;
 }
 
-/// Basic settings come before the rendering ones; of those only the ones that differ from their default are
-/// listed.
+/// Lists the basic settings, then the render settings that differ from their defaults.
 std::string Options(const Value& message) {
   std::string line = Flag(message, "iniExists") ? "settings of ostu.ini:" : "settings (no ostu.ini yet):";
   const Value* values = message.Find("values");

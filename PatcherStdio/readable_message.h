@@ -4,7 +4,8 @@
 
 namespace patcher {
 
-/// One message for the page as a line (or a few) for people. A kind that has no such form stays as it is.
+/// Converts a message for the page to one or more readable lines. Returns messages of unknown types
+/// unchanged.
 std::string ReadableMessage(const std::string& json);
 
 }  // namespace patcher

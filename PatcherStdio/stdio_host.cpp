@@ -15,7 +15,7 @@
 namespace patcher {
 namespace {
 
-// Messages of this host. Their numbers come after those of the workers.
+// Messages of this host. Their numbers are above those of the workers.
 constexpr std::uint32_t kRequest = 0x8101;  // lParam: std::string, one line of input
 constexpr std::uint32_t kInputEnded = 0x8102;
 constexpr std::uint32_t kWorkerEnded = 0x8103;
@@ -47,7 +47,7 @@ void StdioHost::ReadRequests() {
   while (platform::ReadLine(line)) {
     auto request = std::make_unique<std::string>(std::move(line));
     const platform::QueueMessage message{kRequest, 0, reinterpret_cast<std::intptr_t>(request.get())};
-    // A full queue of Windows refuses messages: the input waits until there is room.
+    // A full queue on Windows refuses messages: wait until it accepts this one.
     while (!queue_.Post(message)) std::this_thread::yield();
     static_cast<void>(request.release());  // the message owns it now
     line.clear();
@@ -116,7 +116,7 @@ void StdioHost::AskToClose() {
 void StdioHost::StartThread(std::function<void()> entry) {
   StartDetachedThread([this, entry = std::move(entry)]() mutable {
     entry();
-    // What the entry holds, a taken guard for example, is released before the host counts the worker as
+    // Release everything that the entry owns, for example a guard, before the host counts the worker as
     // ended.
     entry = nullptr;
     backlog_.Post({kWorkerEnded});

@@ -10,9 +10,8 @@
 
 namespace patcher {
 
-/// The launcher's host without a window: messages for the page go to standard output, requests come from
-/// standard input, and what would happen to the window is written to standard error. Lives as long as the
-/// process.
+/// The launcher's host without a window: reads requests from standard input, writes messages for the page to
+/// standard output, and writes window actions to standard error. Lives until the process ends.
 class StdioHost final : public HostOperations {
  public:
   enum class Form { kJson, kReadable };
@@ -21,9 +20,9 @@ class StdioHost final : public HostOperations {
 
   static constexpr int kExitNoThread = 3;
 
-  /// Does what a completed navigation does, then serves requests. Returns the exit code: 0, at once for
-  /// "play" and "cancel", else when the input has ended and no worker is running; kExitNoThread, after a line
-  /// on standard error, if the input cannot be read for want of a thread.
+  /// Starts as after a completed navigation, then handles requests. Returns the exit code 0 immediately for
+  /// "play" and "cancel", else when the input has ended and no worker is running. If no thread can be started
+  /// to read the input, prints an error and returns kExitNoThread.
   int Run();
 
   void PostEvent(const UiEvent& event) noexcept override;
@@ -42,7 +41,8 @@ class StdioHost final : public HostOperations {
 
   const Form form_;
   platform::MessageQueue queue_;
-  EventBacklog backlog_;  // what is posted to the queue, but for requests, which wait at their source
+  EventBacklog
+      backlog_;  // for messages that the queue refused, except requests, which wait in the input thread
   Dispatcher dispatcher_;
   int runningWorkers_ = 0;   // main thread only
   bool inputEnded_ = false;  // main thread only

@@ -11,18 +11,18 @@ enum class TuneKind : std::int32_t {
   kSlider = 1,  ///< continuous
 };
 
-/// One setting of the game's renderer. All texts are ASCII without double quotes and backslashes: they go
-/// into messages for the page as they are.
+/// One setting of the game's renderer. All texts are ASCII without double quotes and backslashes, because
+/// messages for the page contain them without escaping.
 struct TuneDef {
-  const char* key;  ///< key in the settings file, and the name towards the page
-  float def;        ///< value while the file has none
+  const char* key;  ///< key in the settings file and name in the page's messages
+  float def;        ///< value if the file has none
   float min;
   float max;
-  float step;  ///< of the page's slider; values are never rounded to it
+  float step;  ///< step of the page's slider; values are not rounded to it
   TuneKind kind;
   std::int32_t group;  ///< index into DX11TuneGroups
   const char* label;
-  const char* hint;  ///< help line below the label; null for none
+  const char* hint;  ///< help text below the label, or null
 };
 
 /// Section titles of the options page.
@@ -30,8 +30,8 @@ inline constexpr std::array<const char*, 8> DX11TuneGroups{
     "Image", "Surfaces", "Ombres", "Occlusion ambiante", "Atmosphere", "Eau", "Lampadaires", "Compatibilite",
 };
 
-/// The renderer's settings. A row added here is a setting added to the page. Their order is that of the page
-/// within a section, and of the lines that a first save appends to the file.
+/// The renderer's settings. Each row adds a setting to the page. The order of rows is the order within a
+/// section of the page, and of the lines that a first save appends to the file.
 inline constexpr std::array<TuneDef, 61> DX11TuneKeys{{
     {"exposure", 0.96f, 0.2f, 3, 0.01f, TuneKind::kSlider, 0, "Exposition",
      "Luminosite generale de la scene avant les couleurs."},

@@ -21,7 +21,7 @@ bool IsHostCharacter(char16_t c) {
 
 bool IsForbiddenInUrl(char16_t c) { return c < u' ' || c == 0x7F || c == u'"' || c == u'\\'; }
 
-/// `host` in lower case.
+/// `host` is in lower case.
 bool BelongsToSite(std::u16string_view host) {
   static const std::u16string site(std::begin(kSiteHost), std::end(kSiteHost) - 1);
   if (host == site) return true;
@@ -48,7 +48,7 @@ bool IsSiteLink(std::u16string_view url) {
 }
 
 void OpenExternalUrl(const std::u16string& url) {
-  // A player whose system opens no browser sees that without a message.
+  // No error message: the player sees that no browser opens.
   if (IsSiteLink(url)) static_cast<void>(platform::OpenInBrowser(url));
 }
 

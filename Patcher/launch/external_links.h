@@ -5,9 +5,9 @@
 
 namespace patcher {
 
-/// Whether `url`, which may come from anywhere, is an https link to the site or to a subdomain of it, with or
-/// without a port: at most 2048 UTF-16 units, "https://" in lower case, no user name. What follows the
-/// host is not judged, but refused are
+/// Whether `url`, which is untrusted, is an https link to the site or to a subdomain of it, with or without a
+/// port: at most 2048 UTF-16 units, "https://" in lower case, no user name. The path, query and fragment may
+/// be anything, but the following are refused:
 ///  - a host of anything but ASCII letters, digits, '-', '_' and '.', and a port of anything but digits:
 ///    browsers read a backslash as the end of the host, decode percent signs, and map look-alikes and
 ///    full-width signs, so that the host they go to would not be the one that was compared;
@@ -16,8 +16,7 @@ namespace patcher {
 ///    the URL as one argument and encode it.)
 bool IsSiteLink(std::u16string_view url);
 
-/// Opens `url` in the player's browser, as it came, if it is a site link; does nothing otherwise. Main
-/// thread.
+/// Opens `url` unchanged in the player's browser if it is a site link; does nothing otherwise. Main thread.
 void OpenExternalUrl(const std::u16string& url);
 
 }  // namespace patcher

@@ -9,10 +9,11 @@ namespace patcher {
 /// The game client in the install directory.
 std::filesystem::path ClientPath();
 
-/// Whether there is anything at ClientPath; a failed query counts as no. Any thread.
+/// Whether ClientPath exists. Returns false if the query fails. Any thread.
 bool ClientExists();
 
-/// Starts the client with its fixed token, in the install directory, or shows why it cannot. Main thread.
+/// Starts the client with its fixed token in the install directory, or shows the reason for a failure. Main
+/// thread.
 void LaunchClient(const ShowError& showError);
 
 }  // namespace patcher

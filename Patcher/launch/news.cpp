@@ -14,7 +14,7 @@ namespace {
 constexpr char kNewsPath[] = "/api/news.json";
 constexpr std::size_t kMaxNewsBytes = 262144;
 
-/// The document, or nothing that can be shown: an empty text.
+/// The document, or an empty text if it is not available or too large.
 std::string GetDocument() {
   HttpSession session;
   std::string error;
@@ -29,7 +29,7 @@ std::u16string BuildAnswer() {
     const std::string document = GetDocument();
     if (!document.empty()) return BuildNewsMessage(document);
   } catch (const std::exception&) {
-    // The page has a single failure state.
+    // The page shows all failures in the same way.
   }
   return BuildNewsFailedMessage();
 }

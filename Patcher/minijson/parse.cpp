@@ -6,16 +6,15 @@
 namespace MiniJson {
 namespace {
 
-/// Most members for which an object gets room before the first is read: what one large object among small
-/// ones can waste is bounded.
+/// Largest number of members to reserve before the first is read. Limits the waste after one large object
+/// among small ones.
 constexpr std::size_t kMaxReserved = 16;
 
 void Build(Reader& reader, Value& value);
 
 void BuildArray(Reader& reader, std::vector<Value>& items) {
   while (reader.NextItem()) {
-    // Neighbours are mostly alike: room for as many members as the one before spares every growth but the
-    // first.
+    // Items of an array are usually alike, so reserve as many members as the previous item has.
     const std::size_t members = items.empty() ? 0 : items.back().objectMembers.size();
     Value& item = items.emplace_back();
     item.objectMembers.reserve(std::min(members, kMaxReserved));

@@ -7,7 +7,7 @@
 namespace MiniJson {
 namespace {
 
-constexpr std::size_t kMaxExactDigits = 15;  ///< a double holds every integer of so many digits
+constexpr std::size_t kMaxExactDigits = 15;  ///< a double holds every integer with this many digits
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -15,14 +15,14 @@ bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
 
 bool IsNumberByte(char c) { return IsDigit(c) || c == '.' || c == 'e' || c == 'E' || c == '-' || c == '+'; }
 
-/// Whether one of the bytes of the word is this one.
+/// Whether the word contains this byte.
 bool HasByte(std::size_t word, char byte) {
   constexpr std::size_t kOnes = ~std::size_t{0} / 255;  // 1 in every byte
   const std::size_t zeroWhereEqual = word ^ (kOnes * static_cast<unsigned char>(byte));
   return ((zeroWhereEqual - kOnes) & ~zeroWhereEqual & (kOnes << 7)) != 0;
 }
 
-/// As strtod in the classic locale: the longest valid prefix counts.
+/// Like strtod in the classic locale: converts the longest valid prefix.
 double ToDouble(std::string_view token) {
   const bool plus = token.front() == '+';
   const char* first = token.data() + (plus ? 1 : 0);
@@ -111,7 +111,7 @@ void Reader::ReadNumber() {
 
 void Reader::ReadString(std::string& out) { ScanString(&out); }
 
-/// Keeps nothing if `out` is null.
+/// Only skips the string if `out` is null.
 void Reader::ScanString(std::string* out) {
   if (!At('"')) throw ParseError("expected string");
   ++at_;
@@ -122,7 +122,7 @@ void Reader::ScanString(std::string* out) {
   ++at_;
 }
 
-/// From the first escape of a string up to its closing quote.
+/// Scans from the first escape of a string to its closing quote.
 void Reader::ScanEscapes(std::string* out) {
   while (!At('"')) {
     if (AtEnd()) throw ParseError("unterminated string");
@@ -131,16 +131,16 @@ void Reader::ScanEscapes(std::string* out) {
     if (out != nullptr) (*out += byte).append(text_.data() + at_, run);
     at_ += run;
   }
-  // A string that grew in steps may have taken twice its size.
+  // The string's capacity may be up to twice its size.
   if (out != nullptr) out->shrink_to_fit();
 }
 
-/// Bytes up to the next quote, backslash or the end.
+/// Number of bytes before the next quote or backslash, or before the end.
 std::size_t Reader::PlainRun() const {
   const char* begin = text_.data() + at_;
   const char* end = text_.data() + text_.size();
   const char* p = begin;
-  // Most strings are long and plain: a word at a time.
+  // Most strings are long and without escapes: check one word at a time.
   for (std::size_t word = 0; static_cast<std::size_t>(end - p) >= sizeof word; p += sizeof word) {
     std::memcpy(&word, p, sizeof word);
     if (HasByte(word, '"') || HasByte(word, '\\')) break;
@@ -149,7 +149,7 @@ std::size_t Reader::PlainRun() const {
   return static_cast<std::size_t>(p - begin);
 }
 
-/// The byte that an escape means.
+/// The byte that the escape stands for.
 char Reader::ReadEscape() {
   if (at_ + 1 >= text_.size()) {
     ++at_;
@@ -165,7 +165,7 @@ char Reader::ReadEscape() {
     case 't':
       return '\t';
     case 'u':
-      // The skip may reach beyond the text.
+      // The escape may be cut off at the end of the text.
       at_ = std::min(at_ + 4, text_.size());
       return '?';
     default:

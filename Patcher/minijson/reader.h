@@ -8,19 +8,19 @@
 
 namespace MiniJson {
 
-/// Reads a text value by value and keeps none of them: for documents whose tree would need much memory. Parse
-/// is built on it, so both accept the same texts and raise the same errors.
+/// Reads a text value by value without storing the values, for documents whose tree would need too much
+/// memory. Parse uses it, so both accept the same texts and raise the same errors.
 ///
-/// Begin starts a value. What follows depends on its kind: nothing after Null, Bool and Number; one
-/// ReadString after String; NextItem until it returns false after Array, with a whole value after each true;
-/// NextMember in the same way after Object, with one ReadKey before each value. Skip reads the rest of a
-/// begun value of any kind.
+/// Begin starts a value. The next calls depend on its kind. Null, Bool and Number: none. String: one
+/// ReadString. Array: NextItem until it returns false; read one complete value after each true. Object:
+/// NextMember in the same way, with one ReadKey before each value. Skip reads the rest of any value that
+/// Begin has started.
 class Reader {
  public:
-  /// The text outlives the reader.
+  /// The text must outlive the reader.
   Reader(std::string_view text, std::size_t position) : text_(text), at_(position) {}
 
-  /// Where the reader is in the text: after a whole value, the byte after it.
+  /// Position of the reader in the text. After a complete value this is the byte after it.
   std::size_t Position() const { return at_; }
 
   /// Starts the next value and returns its kind.
@@ -29,13 +29,13 @@ class Reader {
   bool BoolValue() const { return bool_; }
   /// The value, if Begin has just returned Number.
   double NumberValue() const { return number_; }
-  /// Replaces `out` by the text of the string.
+  /// Sets `out` to the text of the string.
   void ReadString(std::string& out);
   /// Whether the array has one more item.
   bool NextItem();
   /// Whether the object has one more member.
   bool NextMember();
-  /// Replaces `key` by the member's key.
+  /// Sets `key` to the member's key.
   void ReadKey(std::string& key);
   void Skip(Kind kind);
 
@@ -56,9 +56,9 @@ class Reader {
 
   std::string_view text_;
   std::size_t at_;
-  std::size_t values_ = 0;  // begun so far
+  std::size_t values_ = 0;  // started so far
   int depth_ = 0;           // of open arrays and objects
-  bool fresh_ = false;      // the innermost of them has not been asked for its first item or member
+  bool fresh_ = false;      // no item or member of the innermost one has been requested yet
   bool bool_ = false;
   double number_ = 0;
 };

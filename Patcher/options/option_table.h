@@ -5,19 +5,19 @@
 
 namespace patcher {
 
-/// One basic option of the game. `def`, `min` and `max` are in the file's terms.
+/// One basic option of the game. `def`, `min` and `max` are values of the file.
 struct OptionDef {
-  const char* id;      ///< name towards the page
+  const char* id;      ///< name in the page's messages
   const char* iniKey;  ///< key in the settings file
-  std::int32_t def;    ///< value while the file has none
+  std::int32_t def;    ///< value if the file has none
   std::int32_t min;
   std::int32_t max;
-  bool inverted;  ///< the file states the opposite of what the page shows
+  bool inverted;  ///< the file has the opposite of the page's value
 };
 
 namespace GameOptions {
 
-/// In the order of the page's values, and of the lines that a first save appends to the file.
+/// In the order of the values in the page's messages and of the lines that a first save appends to the file.
 inline constexpr std::array<OptionDef, 18> kDefs{{
     {"fullscreen", "fullscreen", 1, 0, 1, false},
     {"fpsLimit", "fpslimit", 0, 0, 1000, false},
@@ -41,13 +41,13 @@ inline constexpr std::array<OptionDef, 18> kDefs{{
 
 }  // namespace GameOptions
 
-/// A number of the page, truncated toward zero; the lowest integer if it does not fit one.
+/// A number from the page, truncated toward zero; the lowest integer if it does not fit.
 std::int32_t TruncateToInt(double number);
 
-/// What the page shows for a value of the file: within the option's bounds, the right way round.
+/// Converts a value of the file to the page's: within the option's bounds, inverted if `inverted` is set.
 std::int32_t OptionToPage(const OptionDef& option, std::int32_t fileValue);
 
-/// What the file gets for a value of the page.
+/// Converts a value of the page to the file's.
 std::int32_t OptionFromPage(const OptionDef& option, double pageValue);
 
 }  // namespace patcher

@@ -19,7 +19,7 @@ using platform::ScreenSize;
 constexpr char kResolutionKey[] = "resolution";
 constexpr char kBlindMember[] = "iniUnread";
 
-// The sizes that the game accepts.
+// The smallest and largest sizes that the game accepts.
 constexpr ScreenSize kSmallest{640, 480};
 constexpr ScreenSize kLargest{16384, 16384};
 
@@ -30,14 +30,14 @@ ScreenSize CurrentSize(const SettingsFile& file) {
   return usable ? size : platform::PrimaryScreenSize();
 }
 
-/// The tables' texts need no escaping.
+/// The texts in the tables need no escaping.
 std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 std::string Member(std::string_view name, std::string_view value) {
   return Quoted(name) + ':' + std::string(value);
 }
 
-/// `item` gives the text of one element.
+/// `item` returns the text of one element.
 template <typename List, typename Item>
 std::string Joined(const List& list, Item item) {
   std::string text;
@@ -72,7 +72,8 @@ std::string Values(const SettingsFile& file, const ScreenSize& size) {
          Joined(DX11TuneKeys, tune);
 }
 
-/// A number of the page as a float; one that is too large for it is out of every row's bounds all the same.
+/// A number from the page as a float. A number that is too large for a float is outside of every row's bounds
+/// anyway.
 float Narrowed(double number) {
   constexpr double kMax = std::numeric_limits<float>::max();
   return static_cast<float>(std::clamp(number, -kMax, kMax));

@@ -7,13 +7,13 @@
 
 namespace patcher {
 
-/// The value held within the row's bounds.
+/// The value, limited to the row's bounds.
 float TuneClamp(const TuneDef& row, float value);
 
-/// The row's value in the file, or its default, within its bounds.
+/// The row's value in the file, or its default, limited to its bounds.
 float TuneRead(const SettingsFile& file, const TuneDef& row);
 
-/// The text of a value, for the file and for the page: printf's %g with a point, whatever the locale.
+/// The text of a value, for the file and for the page: printf's %g with a decimal point in every locale.
 std::string TuneFormat(float value);
 
 }  // namespace patcher

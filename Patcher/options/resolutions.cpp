@@ -30,7 +30,7 @@ constexpr std::array<ScreenSize, 15> kSizes{{
 }  // namespace
 
 std::vector<ScreenSize> ListResolutions(ScreenSize largest, ScreenSize current) {
-  // The smallest size is offered whatever the display says.
+  // The smallest size is always offered.
   const ScreenSize limit{std::max(largest.width, kSizes[0].width),
                          std::max(largest.height, kSizes[0].height)};
   std::vector<ScreenSize> sizes;

@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kBlanks[] = " \t";
-constexpr char kWhiteSpace[] = " \t\n\v\f\r";  // what C's isspace says in the classic locale
+constexpr char kWhiteSpace[] = " \t\n\v\f\r";  // isspace in the classic locale
 
 std::string_view Key(std::string_view line) {
   const std::size_t begin = line.find_first_not_of(kBlanks);
@@ -26,14 +26,14 @@ std::string_view Key(std::string_view line) {
   return line.substr(begin, line.find_first_of(kBlanks, begin) - begin);
 }
 
-/// The line's text after its key, without the blanks around it.
+/// The line's text after its key, without blanks before and after it.
 std::string_view ValueAfter(std::string_view line, std::string_view key) {
   line.remove_prefix(static_cast<std::size_t>(key.data() + key.size() - line.data()));
   line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
   return line.substr(0, line.find_last_not_of(kBlanks) + 1);
 }
 
-/// Skips what C allows before a number and from_chars does not: white space and a plus sign. False if no
+/// Skips white space and a plus sign, which strtol accepts and from_chars does not. Returns false if no
 /// number can follow.
 bool SkipLead(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
@@ -42,7 +42,7 @@ bool SkipLead(std::string_view& text) {
   return !text.starts_with('-');
 }
 
-/// Takes a decimal integer off the front of `text`.
+/// Reads a decimal integer and removes it from the front of `text`.
 std::optional<std::int32_t> TakeInteger(std::string_view& text) {
   if (!SkipLead(text)) return std::nullopt;
   std::int32_t number = 0;
@@ -68,7 +68,7 @@ bool BeginsHexadecimal(std::string_view text) {
   return !text.empty() && platform::IsHexDigit(text.front());
 }
 
-/// As strtof: "0x" begins a hexadecimal number if one follows, else only its zero counts.
+/// Like strtof: "0x" starts a hexadecimal number if a digit follows; otherwise the number is 0.
 std::optional<float> LeadingFloat(std::string_view text) {
   if (!SkipLead(text)) return std::nullopt;
   const bool negative = text.starts_with('-');
@@ -78,8 +78,8 @@ std::optional<float> LeadingFloat(std::string_view text) {
   return number && negative ? -*number : number;
 }
 
-/// A temporary file in the same directory. Each writer has a name of its own, so that two launchers never
-/// write into one file.
+/// A temporary file in the same directory. Each call returns another name, so that two launchers never write
+/// to the same file.
 fs::path TemporaryFile(const fs::path& file) {
   fs::path part = file;
   part += "." + std::to_string(std::random_device()()) + ".part";
@@ -92,7 +92,7 @@ bool IsTemporaryFile(const fs::path& part, const fs::path& file) {
          number.native().find_first_not_of(fs::path(".0123456789").native()) == fs::path::string_type::npos;
 }
 
-/// Removes the temporary files of saves that died; no save takes an hour.
+/// Removes temporary files of interrupted saves. No save takes an hour.
 void RemoveLeftovers(const fs::path& file) {
   const fs::file_time_type hourAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
   std::error_code error;
@@ -109,7 +109,7 @@ enum class Reading { kDone, kNoFile, kRefused };
 
 Reading ReadLines(const fs::path& file, std::vector<std::string>& lines) {
   std::error_code error;
-  // A link that leads nowhere is a file that cannot be read: the disk with the file may be away.
+  // A broken link counts as a file that cannot be read: the disk with its target may not be mounted.
   const bool nothingThere = fs::symlink_status(file, error).type() == fs::file_type::not_found;
   if (nothingThere || fs::is_directory(file, error)) return Reading::kNoFile;
   if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > kMaxSettingsSize || error) {
@@ -142,7 +142,8 @@ bool WriteText(const fs::path& file, const std::string& text) {
   return !out.fail();
 }
 
-/// Whether a change of the file harms nothing. A move would replace what an opening for writing is refused.
+/// Whether the file may be changed. The check is necessary because a move also replaces files that cannot be
+/// opened for writing.
 bool MayBeChanged(const fs::path& file, bool loaded) {
   std::error_code error;
   const fs::file_status status = fs::symlink_status(file, error);
@@ -151,8 +152,8 @@ bool MayBeChanged(const fs::path& file, bool loaded) {
   return loaded && (status.permissions() & kAnyWrite) != fs::perms::none && platform::CanBeWritten(file);
 }
 
-/// Makes the text the content of `file`, through the new file `part`, which is gone afterwards if it was
-/// moved.
+/// Replaces the content of `file`: writes the text to the new file `part` and moves it to `file`, or
+/// overwrites `file` if it cannot be moved.
 platform::Overwriting PutText(const std::string& text, const fs::path& part, const fs::path& file,
                               bool replaces) {
   if (!WriteText(part, text)) return platform::Overwriting::kUntouched;

@@ -9,49 +9,50 @@
 
 namespace patcher {
 
-/// A settings file is held in memory; no real one comes near this.
+/// Size limit, because the file is read into memory. Real files are much smaller.
 inline constexpr std::uint64_t kMaxSettingsSize = 16u << 20;
 
-/// How long the main thread waits for a file that another program holds.
+/// How long the main thread waits for a file that another program has open.
 inline constexpr std::chrono::milliseconds kSettingsPatience{300};
 
-/// The game's settings file, as lines. A line is: blanks (space or tab), a key, blanks, a value up to the end
-/// of the line less trailing blanks; no sections, no comments, nothing decoded. Keys are compared byte for
-/// byte, and the first line with a key counts. All other lines belong to the game and to the player: they
-/// keep their bytes and their place. Numbers are read in the C locale's form whatever the process's locale
-/// is. Lives for one use; main thread only.
+/// The game's settings file as a list of lines. A line consists of blanks (space or tab), a key, blanks, and
+/// a value up to the end of the line without trailing blanks. There are no sections, comments or escapes.
+/// Keys are compared byte for byte; the first line with a key counts. All other lines belong to the game and
+/// to the player: their bytes and their order do not change. Numbers have the format of the C locale. Created
+/// for each use; main thread only.
 struct SettingsFile {
   std::vector<std::string> lines;  ///< in file order, without their line ends
   bool loaded = false;             ///< the file could be read, even if it is empty
-  bool unreadable = false;         ///< a file is there that could not be read
+  bool unreadable = false;         ///< the file exists but could not be read
 
-  /// Reads the file. Another program may hold it for a moment: a file that cannot be read is tried again
-  /// until `patience` is over. Unreadable are also a link that leads nowhere, what is no regular file, and a
-  /// file larger than kMaxSettingsSize. A directory is no file.
+  /// Reads the file. Retries a failed read for up to `patience`, because another program may have the file
+  /// open for a moment. Also sets `unreadable` for a broken link, for an entry that is not a regular file,
+  /// and for a file larger than kMaxSettingsSize. A directory counts as no file.
   void Load(const std::filesystem::path& path, std::chrono::milliseconds patience = kSettingsPatience);
 
-  /// The value of a key; empty if there is none.
+  /// The value of a key; empty if the key is missing.
   std::string GetString(std::string_view key) const;
-  /// Leading decimal integer of the value (strtol); the default if there is none or it does not fit.
+  /// The leading decimal integer of the value (strtol); `fallback` if there is none or it does not fit.
   std::int32_t GetInt(std::string_view key, std::int32_t fallback) const;
-  /// Leading number of the value (strtof); the default if there is none, if it is out of range, infinite or
-  /// no number.
+  /// The leading number of the value (strtof); `fallback` if there is none, or if it is out of range,
+  /// infinite or NaN.
   float GetFloat(std::string_view key, float fallback) const;
-  /// Two decimal integers with white space between them. False leaves the outputs unchanged.
+  /// Reads two decimal integers separated by white space. Returns false and leaves the outputs unchanged
+  /// otherwise.
   bool GetIntPair(std::string_view key, std::int32_t& first, std::int32_t& second) const;
 
-  /// Makes the first line with that key "KEY VALUE", or appends such a line.
+  /// Changes the first line with this key to "KEY VALUE", or appends such a line.
   void Set(std::string_view key, std::string_view value);
 
-  /// Makes the lines, each with CR LF after it, the content of the file. All or nothing: the text is written
-  /// beside the file, brought to the disk and moved over it; a death in between leaves the old file, and
-  /// perhaps a ".part" beside it, which a later save removes. Where no move is possible (another program has
-  /// the file open, or this process may not give a new file to the old one's owner) the file is overwritten;
-  /// if that dies or fails half way, the ".part" has the whole text. False, and the file stays as it is, if
-  /// the new text did not get through or is larger than kMaxSettingsSize, if the file is read-only or a
-  /// program that has it open refuses writing, or if it exists but was not loaded: its other lines would be
-  /// lost. A symbolic link stays one; the file that it leads to is replaced. Linux: owner, group and mode
-  /// stay.
+  /// Replaces the content of the file with the lines, each followed by CR LF. The text is written to a
+  /// ".part" file in the same directory, flushed and moved over the file. If the process dies during this,
+  /// the old file stays, perhaps with a ".part" file, which a later save removes. If no move is possible
+  /// (another program has the file open, or this process cannot give a new file the old owner), the file is
+  /// overwritten in place; if that is interrupted or fails, the ".part" file has the complete text. Returns
+  /// false and leaves the file unchanged if the text cannot be written or is larger than kMaxSettingsSize, if
+  /// the file is read-only or another program denies write access, or if the file exists but was not loaded,
+  /// because its other lines would be lost. If the file is a symbolic link, its target is replaced. Linux:
+  /// owner, group and mode do not change.
   [[nodiscard]] bool Write(const std::filesystem::path& path) const;
 };
 

@@ -16,8 +16,7 @@ class DigestProvider {
   DigestProvider(const DigestProvider&) = delete;
   DigestProvider& operator=(const DigestProvider&) = delete;
 
-  /// Bytes of working memory that one DigestHash needs from its caller; may be 0 where the system keeps its
-  /// own.
+  /// Bytes of working memory that the caller gives to each DigestHash. 0 if the system allocates its own.
   std::uint32_t ObjectLength() const { return objectLength_; }
   /// Bytes of a finished digest: 32.
   std::uint32_t DigestLength() const { return digestLength_; }
@@ -29,7 +28,7 @@ class DigestProvider {
   std::uint32_t digestLength_ = 0;
 };
 
-/// One running hash. Used by one thread; the provider and the working memory outlive it.
+/// One running hash. Used by one thread. The provider and the working memory must outlive it.
 class DigestHash {
  public:
   DigestHash(const DigestProvider& provider, std::span<std::uint8_t> workingMemory);
@@ -39,7 +38,7 @@ class DigestHash {
 
   void Update(const void* data, std::size_t size);
 
-  /// Writes DigestLength() bytes and releases the hash: nothing may be called on it afterwards.
+  /// Writes DigestLength() bytes and releases the hash. No method may be called after this.
   void Finish(std::span<std::uint8_t> digest);
 
  private:

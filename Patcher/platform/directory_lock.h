@@ -6,20 +6,21 @@
 
 namespace platform {
 
-/// Keeps several processes from working in one directory at the same time. Advisory: it binds only those who
-/// take it. Released when it goes or when the process dies, however that happens. Leaves nothing on the disk.
-/// Windows: accounts and elevated processes exclude each other too. Used by one thread.
+/// Keeps several processes from working in one directory at the same time. Advisory: it affects only
+/// processes that take the lock. The destructor and the end of the process, even a crash, release it. Leaves
+/// nothing on the disk. Windows: the lock also works between accounts and with elevated processes. Used by
+/// one thread.
 class DirectoryLock {
  public:
-  /// Takes nothing yet.
+  /// Does not take the lock.
   explicit DirectoryLock(const std::filesystem::path& directory);
   ~DirectoryLock();
   DirectoryLock(const DirectoryLock&) = delete;
   DirectoryLock& operator=(const DirectoryLock&) = delete;
 
-  /// Waits until the lock is free and takes it; `patience` is below a day. False if another process holds it
-  /// for that long. True also where the system offers no such lock (some network file systems): a player must
-  /// not be locked out for that.
+  /// Waits up to `patience` (less than a day) for the lock and takes it. Returns false if another process
+  /// holds it for that long. Returns true where the system has no such lock (some network file systems): a
+  /// player must not be locked out because of that.
   [[nodiscard]] bool TakeWithin(std::chrono::milliseconds patience);
 
  private:

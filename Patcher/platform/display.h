@@ -13,17 +13,17 @@ struct ScreenSize {
   auto operator<=>(const ScreenSize&) const = default;  // NOLINT(modernize-use-nullptr): the compiler's own 0
 };
 
-/// The largest width and the largest height among the modes that the display offers; the two may come from
-/// different modes. 0 x 0 if the system does not report any. Windows: the primary display. Linux: all
-/// connected displays together, as the kernel's graphics drivers list them, since no display is primary
-/// without a window system; where they list none (a server, a container, some drivers), kUsualScreen.
+/// The largest width and the largest height among the display's modes; the two may come from different modes.
+/// Windows: the modes of the primary display, 0 x 0 if the system reports none. Linux: the modes of all
+/// connected displays that the kernel's graphics drivers list, because no display is primary without a window
+/// system; kUsualScreen if they list none (a server, a container, some drivers).
 ScreenSize LargestDisplayMode();
 
-/// Size of the primary screen as it is set now. Linux: the preferred mode of the first connected display, or
+/// Current size of the primary screen. Linux: the preferred mode of the first connected display, or
 /// kUsualScreen.
 ScreenSize PrimaryScreenSize();
 
-/// What most players have.
+/// The most common screen size among players.
 inline constexpr ScreenSize kUsualScreen{1920, 1080};
 
 }  // namespace platform

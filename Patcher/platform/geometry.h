@@ -2,8 +2,8 @@
 
 namespace platform {
 
-// Places and sizes on the screen. Windows: physical pixels; Linux: the units of the window system, which a
-// scaled screen shows as several pixels.
+// Places and sizes on the screen. Windows: physical pixels. Linux: the units of the window system, each
+// several pixels on a scaled screen.
 
 struct Point {
   int x = 0;

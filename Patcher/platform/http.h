@@ -5,13 +5,13 @@
 #include <optional>
 #include <string>
 
-/// Synchronous HTTP, cut to GET requests whose body the caller pulls. Redirects are followed, never from
-/// https to http; the system's certificates and proxy settings hold (on Linux the variable SSL_CERT_FILE may
-/// name other certificates). A connection that is not made in 60 s, a
-/// head of a response that is not whole 60 s after the request was sent, and a transfer that brings nothing
-/// for 30 s fail; one that brings little is the caller's to judge. Error numbers are those of the system's
-/// HTTP library (WinHTTP or libcurl) and only serve the debug log; the two halves do not share them. On an
-/// object that was never opened every step fails, and there is no status and no length.
+/// Synchronous HTTP GET requests; the caller reads the body block by block. Redirects are followed, but never
+/// from https to http. The system's certificates and proxy settings apply (on Linux the variable
+/// SSL_CERT_FILE can name other certificates). A request fails if the connection takes more than 60 s, if the
+/// response's headers are not complete 60 s after the request was sent, or if no byte arrives for 30 s. The
+/// caller decides whether a slow transfer is too slow. Error numbers are those of the system's HTTP library
+/// (WinHTTP or libcurl), differ between the halves and are only for the debug log. On an object that was
+/// never opened every step fails, and there is no status and no length.
 namespace platform {
 
 struct ServerAddress {
@@ -24,13 +24,12 @@ struct ServerAddress {
 /// text.
 std::optional<ServerAddress> CrackUrl(const std::string& url);
 
-/// What an error number of HttpRequest means, in the words of the system's HTTP library, for people.
+/// The HTTP library's text for an error number of HttpRequest.
 std::string HttpErrorText(std::uint32_t error);
 
 class HttpConnection;
 
-/// A client with one user agent. Finished connections are kept and used again by later requests, on any
-/// thread.
+/// A client with one user agent. Keeps idle connections and reuses them for later requests, on any thread.
 class HttpClient {
  public:
   HttpClient();
@@ -38,9 +37,9 @@ class HttpClient {
   HttpClient(HttpClient&&) noexcept;
   HttpClient& operator=(HttpClient&&) noexcept;
 
-  /// False if the system gives no client. Called once.
+  /// Returns false if the system cannot create a client. Called once.
   [[nodiscard]] bool Open(const std::string& userAgent);
-  /// Parallel connections allowed to one server. A wish: failure is not reported.
+  /// Limits the parallel connections to one server. Best effort: a failure is not reported.
   void SetMaxConnectionsPerServer(std::uint32_t count);
 
   struct Impl;
@@ -50,7 +49,7 @@ class HttpClient {
   std::unique_ptr<Impl> impl_;
 };
 
-/// One server as seen by one client. Holds no network connection by itself. The client outlives it.
+/// The address of one server for one client. Holds no network connection itself. The client must outlive it.
 class HttpConnection {
  public:
   HttpConnection();
@@ -58,7 +57,7 @@ class HttpConnection {
   HttpConnection(HttpConnection&&) noexcept;
   HttpConnection& operator=(HttpConnection&&) noexcept;
 
-  /// False if the object cannot be made. No network work.
+  /// Returns false if the object cannot be created. Does not use the network.
   [[nodiscard]] bool Open(HttpClient& client, const ServerAddress& server);
 
   struct Impl;
@@ -68,12 +67,12 @@ class HttpConnection {
   std::unique_ptr<Impl> impl_;
 };
 
-/// One GET. Belongs to one thread at a time; many may be open on one connection. The connection outlives it.
-/// The steps are called in this order: Open, Send, ReceiveResponse, Status, Header and AnnouncedLength, then
-/// QueryDataAvailable and ReadData in turns. Each step returns 0 for success, else the error number.
+/// One GET request. Used by one thread at a time; several may be open on one connection, which must outlive
+/// them. Call the steps in this order: Open, Send, ReceiveResponse, Status, Header and AnnouncedLength, then
+/// QueryDataAvailable and ReadData alternately. Each step returns 0 for success, else the error number.
 class HttpRequest {
  public:
-  enum class Redirects { kFollow, kReport };  ///< a reported one is a response like any other
+  enum class Redirects { kFollow, kReport };  ///< kReport: a redirect is a normal response
 
   HttpRequest();
   ~HttpRequest();
@@ -83,21 +82,22 @@ class HttpRequest {
   /// `encodedPath` starts with a slash and is sent unchanged.
   [[nodiscard]] std::uint32_t Open(HttpConnection& connection, const std::string& encodedPath,
                                    Redirects redirects = Redirects::kFollow);
-  /// Where a server that is down first fails.
+  /// Fails if the server cannot be reached.
   [[nodiscard]] std::uint32_t Send();
-  /// Returns when the final response's headers are in, redirects followed.
+  /// Follows redirects and returns when the final response's headers have arrived.
   [[nodiscard]] std::uint32_t ReceiveResponse();
   /// Status code of that response; 0 if there is none.
   [[nodiscard]] std::uint32_t Status();
-  /// Value of a header of that response, by its name in letters of any case; several of one name are joined
-  /// by ", ". Nothing if there is none.
+  /// Value of that response's header `name` (the case of letters does not count). Several headers of one name
+  /// are joined by ", ". Nothing if there is none.
   std::optional<std::string> Header(const std::string& name) const;
-  /// Bytes of the body that this response has announced; nothing if it has not, as with chunks.
+  /// The length of the body in bytes that this response announces; nothing if it announces none, for example
+  /// with chunked encoding.
   std::optional<std::uint64_t> AnnouncedLength() const;
   /// Blocks until bytes of the body can be read; `available` 0 is the end of the body. A body that ends
   /// before its announced length is an error.
   [[nodiscard]] std::uint32_t QueryDataAvailable(std::uint32_t& available);
-  /// Reads at most `size` of the available bytes, without waiting for more; `read` is never above it.
+  /// Reads at most `size` of the available bytes without waiting for more, and sets `read` to their number.
   [[nodiscard]] std::uint32_t ReadData(void* buffer, std::uint32_t size, std::uint32_t& read);
 
   struct Impl;

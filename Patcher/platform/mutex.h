@@ -3,9 +3,9 @@
 #include <condition_variable>
 #include <mutex>
 
-// What clang checks at compile time with -Wthread-safety: a member that is PATCHER_GUARDED_BY a mutex is used
-// only while that mutex is held, and a function that PATCHER_REQUIRES one is called only then. With other
-// compilers the annotations are empty.
+// Annotations that clang checks at compile time with -Wthread-safety: a member that is PATCHER_GUARDED_BY a
+// mutex may be used only while that mutex is held, and a function that PATCHER_REQUIRES a mutex may be called
+// only then. The annotations are empty for other compilers.
 #if defined(__clang__)
 #define PATCHER_THREAD_ANNOTATION(annotation) __attribute__((annotation))
 #else
@@ -16,10 +16,11 @@
 
 namespace platform {
 
-/// std::mutex with annotations: the standard library's own has none. Held through a MutexLock.
+/// std::mutex with annotations, which the standard library's has not. Lock it with a MutexLock.
 class PATCHER_THREAD_ANNOTATION(capability("mutex")) Mutex {
  public:
-  /// True if the caller holds the mutex now: it then makes a MutexLock with std::adopt_lock at once.
+  /// Returns true if it locked the mutex; the caller then immediately creates a MutexLock with
+  /// std::adopt_lock.
   [[nodiscard]] bool TryLock() PATCHER_THREAD_ANNOTATION(try_acquire_capability(true)) {
     return mutex_.try_lock();
   }
@@ -34,13 +35,13 @@ class PATCHER_THREAD_ANNOTATION(scoped_lockable) MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) PATCHER_THREAD_ANNOTATION(acquire_capability(mutex))
       : lock_(mutex.mutex_) {}
-  /// Takes over a mutex that the caller holds.
+  /// Takes ownership of a mutex that the caller has locked.
   MutexLock(Mutex& mutex, std::adopt_lock_t adopt) PATCHER_REQUIRES(mutex) : lock_(mutex.mutex_, adopt) {}
   ~MutexLock() PATCHER_THREAD_ANNOTATION(release_capability()) {}
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
 
-  /// Releases the mutex while it waits. May return although nothing was notified.
+  /// Releases the mutex while it waits. May return without a notification.
   void Wait(std::condition_variable& condition) { condition.wait(lock_); }
 
  private:

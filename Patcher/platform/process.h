@@ -16,29 +16,29 @@ std::vector<std::string> CommandLineArguments(int argc, char** argv);
 /// The whole command line in UTF-8, the program's name included. `argc` and `argv` as above.
 std::string CommandLineText(int argc, char** argv);
 
-/// StartProgram's error number for a file that is no program for this system.
+/// StartProgram's error number for a file that this system cannot run.
 inline constexpr int kErrorBadExeFormat = 193;
 
-/// From now on a write to a pipe or a connection whose reader is gone fails instead of ending the process.
-/// Windows does that anyway. Programs that are started have the system's usual behaviour. Call first in main.
+/// After this call, writing to a pipe or a connection whose reader is gone fails instead of ending the
+/// process. Windows always behaves like this. Programs that this process starts have the system's default
+/// behaviour. Call it first in main.
 void SurviveBrokenPipes();
 
 /// Starts `program` and does not wait for it. Its first argument is its own path, in quotation marks on
-/// Windows; `arguments` follow (none may need quoting). Nothing is inherited but the environment (and, on
-/// Linux, the standard streams). On Linux a file that is a Windows program is started through `wine` if the
-/// system has it, and a native program is given the permission to run if it lacks it; a file that is no
-/// program for the system gives kErrorBadExeFormat. Returns 0, or the system's error number.
+/// Windows; `arguments` follow (none may need quoting). It inherits only the environment (and, on Linux, the
+/// standard streams). Linux: a Windows program is started with `wine` if that is installed, and a native
+/// program without execute permission gets it. A file that the system cannot run gives kErrorBadExeFormat.
+/// Returns 0, or the system's error number.
 [[nodiscard]] int StartProgram(const std::filesystem::path& program,
                                const std::vector<std::string>& arguments,
                                const std::filesystem::path& workingDirectory);
 
 /// Opens an address in the user's browser and does not wait for it. The caller has checked the address. No
-/// shell reads it, and nothing is inherited but the environment.
-/// Returns whether something was started.
+/// shell interprets it, and the browser inherits only the environment. Returns whether a program was started.
 [[nodiscard]] bool OpenInBrowser(const std::u16string& url);
 
-/// Ends the process at once with this code: no static object is destroyed, so that workers that are still
-/// running can use them. Standard streams are flushed first.
+/// Flushes the standard streams and ends the process immediately with this code. Static objects are not
+/// destroyed, because workers may still be using them.
 [[noreturn]] void EndProcess(int code);
 
 }  // namespace platform

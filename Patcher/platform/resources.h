@@ -5,8 +5,8 @@
 
 namespace platform {
 
-/// The bytes of a resource carried inside the running program, valid for the life of the process; empty if
-/// there is none of that number. Any thread.
+/// The bytes of the resource with this number in the running program, valid for the life of the process;
+/// empty if there is no such resource. Any thread.
 std::span<const std::byte> EmbeddedResource(int number);
 
 }  // namespace platform

@@ -8,14 +8,15 @@ namespace platform {
 /// Standard streams as bytes: no line-end translation. Call once at start.
 void UseBinaryStandardStreams();
 
-/// For a program that has no console of its own: output that is not redirected goes to the console from which
-/// the program was started. Nothing to do on Linux. Call before the first write.
+/// For a program without a console of its own: sends output that is not redirected to the console from which
+/// the program was started. Does nothing on Linux. Call before the first write.
 void UseConsoleOfParent();
 
-/// Next line of standard input without its line end (LF or CR LF). False at the end of the input. Blocks.
+/// Reads the next line of standard input, without its line end (LF or CR LF). Returns false at the end of the
+/// input. Blocks.
 [[nodiscard]] bool ReadLine(std::string& line);
 
-/// Writes the text and a line feed to standard output at once, as one write.
+/// Writes the text and a line feed to standard output in a single write.
 void WriteLine(std::string_view line);
 
 /// The same for standard error.

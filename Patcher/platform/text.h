@@ -4,15 +4,16 @@
 #include <string>
 #include <string_view>
 
-/// The seam: what the launcher needs of the operating system. Each header is one capability, with one half in
-/// windows/ and one in linux/. All functions may be called on any thread unless a header says otherwise.
+/// The seam: everything that the launcher needs from the operating system. Each header is one capability,
+/// implemented in windows/ and in linux/. All functions may be called on any thread unless a header says
+/// otherwise.
 namespace platform {
 
-/// UTF-8 to UTF-16. Empty stays empty; invalid bytes become U+FFFD (how many for one broken sequence differs
-/// between the systems).
+/// UTF-8 to UTF-16. Invalid bytes become U+FFFD (the number of these for one broken sequence differs between
+/// the systems).
 std::u16string Utf8ToWide(std::string_view text);
 
-/// UTF-16 to UTF-8. Empty stays empty; a lone surrogate becomes U+FFFD.
+/// UTF-16 to UTF-8. A lone surrogate becomes U+FFFD.
 std::string WideToUtf8(std::u16string_view text);
 
 /// The only conversion between byte strings of documents and paths: the system's code page for file names on
@@ -20,11 +21,11 @@ std::string WideToUtf8(std::u16string_view text);
 std::filesystem::path PathFromBytes(std::string_view bytes);
 std::string BytesFromPath(const std::filesystem::path& path);
 
-/// For libraries and command lines that speak UTF-8 whatever the system's code page is.
+/// For libraries and command lines that use UTF-8 on every system.
 std::filesystem::path PathFromUtf8(std::string_view text);
 std::string Utf8FromPath(const std::filesystem::path& path);
 
-/// Paths as the window, message boxes and command lines of other programs take them.
+/// For the window, message boxes and command lines of other programs.
 std::u16string WideFromPath(const std::filesystem::path& path);
 
 }  // namespace platform

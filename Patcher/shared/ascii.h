@@ -2,7 +2,7 @@
 
 namespace patcher {
 
-/// Lower case for ASCII letters, whatever the system's locale is; every other character stays.
+/// Converts ASCII letters to lower case in every locale; other characters do not change.
 template <typename Char>
 constexpr Char AsciiLower(Char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<Char>(c - 'A' + 'a') : c;

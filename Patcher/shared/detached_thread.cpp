@@ -6,9 +6,9 @@
 
 namespace patcher {
 
-// The entry waits until its thread is detached. If a thread ends before that, the thread library of Windows
-// frees memory that the ending thread still uses: the thread then spins forever, holding the lock that every
-// other thread needs to start or to end.
+// The entry waits until its thread is detached. If a thread ended before that, the thread library of Windows
+// would free memory that the ending thread still uses. The thread would then spin forever while it holds the
+// lock that all threads need to start or end.
 void StartDetachedThread(std::function<void()> entry) {
   std::promise<void> detached;
   std::thread([entry = std::move(entry), isDetached = detached.get_future()]() mutable {

@@ -4,8 +4,8 @@
 
 namespace patcher {
 
-/// Runs `entry` on a thread of its own, without waiting for it. Raises std::system_error if there is no
-/// thread; `entry` has not run then.
+/// Runs `entry` on a new thread and does not wait for it. Raises std::system_error if no thread can be
+/// started; `entry` does not run then.
 void StartDetachedThread(std::function<void()> entry);
 
 }  // namespace patcher

@@ -12,7 +12,7 @@
 
 namespace patcher {
 
-/// Two lower-case digits a byte.
+/// Two lower-case digits per byte.
 inline std::string ToHex(std::span<const std::uint8_t> bytes) {
   std::string hex;
   hex.reserve(2 * bytes.size());
@@ -20,7 +20,8 @@ inline std::string ToHex(std::span<const std::uint8_t> bytes) {
   return hex;
 }
 
-/// Nothing unless the text is just the digits of that many bytes. The case of letters does not count.
+/// Returns nothing unless the text is exactly the digits of this many bytes. The case of letters does not
+/// count.
 template <std::size_t Size>
 constexpr std::optional<std::array<std::uint8_t, Size>> FromHex(std::string_view hex) {
   if (hex.size() != 2 * Size) return std::nullopt;

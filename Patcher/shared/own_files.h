@@ -8,32 +8,33 @@
 
 namespace patcher {
 
-// Names in the install directory that belong to the launcher or to the player, and to no version of the game.
+// Names in the install directory that belong to the launcher or to the player, not to the game.
 
 inline constexpr std::string_view kRecordFile = "patch_manifest.json";
-/// Only of a launcher with keys, and only while the record is not the server's document: see LocalRecord.
+/// Exists only with a launcher that has keys, and only while the record is not the server's document: see
+/// LocalRecord.
 inline constexpr std::string_view kSequenceFile = "patch_sequence.txt";
 inline constexpr std::string_view kConfigFile = "patcher.ini";
 inline constexpr std::string_view kLogFile = "patcher_debug.txt";
 inline constexpr std::string_view kNewLauncherFile = "Patcher.new.exe";
 inline constexpr std::string_view kOldLauncherFile = "Patcher.old.exe";
 
-/// What the launcher writes, replaces and deletes at the top of the install directory.
+/// Files that the launcher writes, replaces and deletes at the top of the install directory.
 inline constexpr std::array kLauncherWorkFiles{kRecordFile, kConfigFile, kLogFile, kNewLauncherFile,
                                                kOldLauncherFile};
-/// What players get before there is a launcher that could fetch it.
+/// Files that players download by hand: no launcher can fetch them yet.
 inline constexpr std::array<std::string_view, 2> kLauncherPrograms{"Patcher.exe", "WebView2Loader.dll"};
-/// The launcher's other programs and files; no game has files of these names.
+/// Other programs and files of the launcher. The game must not contain files of these names.
 inline constexpr std::array<std::string_view, 4> kOtherFiles{"Patcher", "patcher-stdio", "patcher-stdio.exe",
                                                              kSequenceFile};
 
 /// Settings and accounts.
 inline constexpr std::array<std::string_view, 2> kPlayerFiles{"ostu.ini", "reginfo.dat"};
-/// Directories: logs, captures, saved accounts, and what the game keeps of the player's choices.
+/// Directories with logs, captures, saved accounts and the player's settings in the game.
 inline constexpr std::array<std::string_view, 6> kPlayerDirectories{
     "log", "WebView2Data", "capture", "useraccounts", "powerups", "farmdisplay"};
 
-/// Whether the table holds the name; the case of ASCII letters does not count.
+/// Whether the table contains the name. The case of ASCII letters does not count.
 template <std::size_t Size>
 bool HoldsName(const std::array<std::string_view, Size>& table, std::string_view name) {
   const auto same = [](char a, char b) { return AsciiLower(a) == AsciiLower(b); };

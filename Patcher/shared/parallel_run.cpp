@@ -9,7 +9,7 @@
 namespace patcher {
 namespace {
 
-/// What the workers of one pool share.
+/// Shared state of one pool's workers.
 struct Pool {
   const std::size_t itemCount;
   const WorkItem& work;
@@ -46,7 +46,7 @@ bool ParallelRun(std::size_t itemCount, int threads, const WorkItem& work) {
       workers.emplace_back([&pool, number] { pool.Work(number); });
     }
   } catch (const std::exception&) {
-    // No more threads, or no memory for one.
+    // The system cannot start another thread.
     if (workers.empty()) pool.Work(0);
   }
   for (std::thread& worker : workers) worker.join();

@@ -13,7 +13,7 @@ struct ProgramPaths {
 };
 
 ProgramPaths& Paths() {
-  // Never destroyed: detached workers may still read it while the process ends.
+  // Never destroyed, because detached workers may still read it while the process ends.
   static auto* paths = new ProgramPaths;
   return *paths;
 }

@@ -6,18 +6,18 @@
 
 namespace patcher {
 
-/// Number of this build of the launcher: the answer to --print-version, part of the window title, and
-/// what the manifest's patcherVersion is compared with. Set by the build (PATCHER_LAUNCHER_BUILD).
+/// Build number of this launcher, from the build option PATCHER_LAUNCHER_BUILD. Printed by --print-version,
+/// shown in the window title, and compared with the manifest's patcherVersion.
 extern const std::int32_t launcherBuild;
 
-/// Full path of the running executable. Set once by SetExePath, read-only afterwards, any thread.
+/// Full path of the running executable, set by SetExePath. Any thread.
 const std::filesystem::path& ExePath();
 
-/// Directory of the running executable: the install directory, root of everything read and written.
+/// Directory of the running executable: the install directory. The launcher reads and writes files only below
+/// it.
 const std::filesystem::path& ExeDir();
 
-/// Whether removing `file` would take the running executable's name away. Not so for a second name of the
-/// same file (a hard link).
+/// Whether `file` is the name of the running executable. False for another hard link to the same file.
 bool IsOwnName(const std::filesystem::path& file);
 
 /// Main thread only, before any other thread exists.

@@ -4,9 +4,9 @@
 
 namespace patcher {
 
-/// Calls `attempt`, which returns 0 or the system's error number, until it succeeds, or fails for another
-/// reason than that a program holds a file for a moment, or 5 s have passed. Virus scanners hold every fresh
-/// file so. Returns what `attempt` returned last. Waits on the calling thread; on Linux never.
+/// Calls `attempt`, which returns 0 or the system's error number. Repeats the call for up to 5 s while it
+/// fails because another program has a file open (platform::IsHeldForAMoment), as virus scanners do with
+/// every new file. Returns the last result. Blocks the calling thread; never waits on Linux.
 [[nodiscard]] int RetryWhileHeld(const std::function<int()>& attempt);
 
 }  // namespace patcher

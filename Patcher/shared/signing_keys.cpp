@@ -18,7 +18,7 @@ static_assert(IsNoneOrKey(kKeys[1]), "PATCHER_SPARE_SIGNING_KEY takes the 128 di
 }  // namespace
 
 const std::vector<platform::PublicKey>& LauncherKeys() {
-  // Never destroyed: a detached worker may still use it while the process ends.
+  // Never destroyed, because a detached worker may still use it while the process ends.
   static const auto* keys = [] {
     auto* read = new std::vector<platform::PublicKey>;
     for (const std::string_view hex : kKeys) {

@@ -6,8 +6,8 @@
 
 namespace patcher {
 
-/// The public keys of which one must have signed what the server says is the game: those of the cache
-/// variables PATCHER_SIGNING_KEY and PATCHER_SPARE_SIGNING_KEY. None: this launcher takes what comes.
+/// The public keys from the cache variables PATCHER_SIGNING_KEY and PATCHER_SPARE_SIGNING_KEY. One of them
+/// must have signed the manifest. If there are none, this launcher does not check signatures.
 const std::vector<platform::PublicKey>& LauncherKeys();
 
 }  // namespace patcher

@@ -26,7 +26,7 @@ int ReplaceWholeFile(const fs::path& file, std::string_view text) {
   fs::path part = file;
   part += ".part";
   std::error_code ignored;
-  // What a link leads to is not ours to overwrite.
+  // Remove the entry first: it may be a link, whose target must not be overwritten.
   fs::remove(part, ignored);
   int error = WriteFlushed(part, text);
   if (error == 0) error = platform::MoveReplacing(part, file, false);
@@ -34,8 +34,7 @@ int ReplaceWholeFile(const fs::path& file, std::string_view text) {
     fs::remove(part, ignored);
     return error;
   }
-  // Some file systems cannot flush a directory; the move is in order with what the caller does next all the
-  // same.
+  // Some file systems cannot flush a directory. The move still reaches the disk before later changes.
   static_cast<void>(platform::FlushDirectory(file.parent_path()));
   return 0;
 }
@@ -46,7 +45,7 @@ bool RemoveFile(const fs::path& file) {
     fs::permissions(file, fs::perms::owner_write, fs::perm_options::add, error);
     fs::remove(file, error);
   }
-  // As above.
+  // Some file systems cannot flush a directory.
   static_cast<void>(platform::FlushDirectory(file.parent_path()));
   const fs::file_type left = fs::symlink_status(file, error).type();
   return left == fs::file_type::not_found || left == fs::file_type::directory;

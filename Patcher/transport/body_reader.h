@@ -8,21 +8,21 @@
 
 namespace patcher {
 
-/// Reads the body of a response block by block, and ends a transfer that has gone silent.
+/// Reads the body of a response block by block. Fails if the transfer is silent or too slow (TransferPace).
 class BodyReader {
  public:
-  /// The request's response has arrived. The request outlives the reader.
+  /// Create it after the response has arrived. The request must outlive the reader.
   explicit BodyReader(platform::HttpRequest& request) : request_(request) {}
 
-  /// Waits for the next block of at most `size` bytes; `read` 0 is the end of the body. False if the transfer
-  /// has failed.
+  /// Waits for the next block of at most `size` bytes. `read` is 0 at the end of the body. Returns false if
+  /// the transfer has failed.
   [[nodiscard]] bool Read(void* buffer, std::uint32_t size, std::uint32_t& read);
 
-  /// Whether it failed because too little came.
+  /// Whether the transfer failed because it was too slow.
   bool IsSilent() const { return silent_; }
   /// The error number of the step that failed; 0 if none did.
   std::uint32_t Error() const { return error_; }
-  /// The line for the debug log that says how the transfer of `path` failed.
+  /// The debug log's line about the failed transfer of `path`.
   std::string FailureLine(const std::string& path) const;
 
  private:
@@ -30,8 +30,8 @@ class BodyReader {
 
   platform::HttpRequest& request_;
   TransferPace pace_;
-  const char* step_ = "";    // that failed
-  std::uint32_t error_ = 0;  // its number
+  const char* step_ = "";    // the step that failed
+  std::uint32_t error_ = 0;  // its error number
   bool silent_ = false;
 };
 

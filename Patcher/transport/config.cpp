@@ -12,7 +12,8 @@
 namespace patcher {
 namespace {
 
-/// As the C library's atoi, but a number too large stays out of every valid range instead of being undefined.
+/// Like atoi, but a number that is too large gives a value outside of every valid range instead of undefined
+/// behaviour.
 std::int32_t LeadingInteger(std::string_view text) {
   std::size_t at = text.find_first_not_of(" \t\n\v\f\r");
   if (at == std::string_view::npos) return 0;
@@ -41,7 +42,7 @@ void ApplyLine(PatchConfig& config, std::string_view line) {
 }
 
 void WriteDefaults(const std::filesystem::path& file, const PatchConfig& config) {
-  // In one step: half a base URL would count at every later start.
+  // Written atomically: a truncated base URL would be used at every later start.
   static_cast<void>(ReplaceWholeFile(
       file, "BaseUrl=" + config.baseUrl + "\r\nConnections=" + std::to_string(config.connections) + "\r\n"));
 }
@@ -66,7 +67,7 @@ void PatchConfig::Load() {
   const std::filesystem::path file = ExeDir() / kConfigFile;
   std::ifstream in(file, std::ios::binary);
   if (in) {
-    // Not through an iterator: that would raise where the file is a directory or the disk fails.
+    // Not with an iterator, which would raise if the file is a directory or the disk fails.
     std::ostringstream text;
     text << in.rdbuf();
     Current().Apply(text.str());

@@ -10,7 +10,7 @@
 namespace patcher::DebugLog {
 
 void Write(std::string_view message) {
-  // Never destroyed: a worker may log while the process ends.
+  // Never destroyed, because a worker may log while the process ends.
   static auto* lock = new platform::Mutex;
   std::string line(message);
   line += "\r\n";
@@ -23,7 +23,7 @@ void WriteException(std::string_view place, const std::exception& failure) noexc
   try {
     Write("Exception in " + std::string(place) + " : " + failure.what());
   } catch (const std::exception&) {
-    // Without memory there is no line.
+    // There is not enough memory for the line.
   }
 }
 

@@ -33,7 +33,7 @@ void LogTooLarge(const std::string& path, std::uint64_t limit) {
   DebugLog::Write("TooLarge " + path + " limit=" + std::to_string(limit));
 }
 
-/// The body of one response on its way into a temporary file.
+/// Writes the body of one response to a temporary file.
 class Transfer {
  public:
   Transfer(platform::HttpRequest& request, const std::string& path, const DownloadRules& rules)
@@ -41,10 +41,10 @@ class Transfer {
     received_.announced = request.AnnouncedLength().has_value();
   }
 
-  /// Writes the body to a new file `part`. False if that or the transfer failed; the reason is in the log.
+  /// Writes the body to a new file `part`. Returns false if this or the transfer failed, and logs the reason.
   bool ReceiveTo(const fs::path& part, const std::error_code& directoryError) {
     std::ofstream file;
-    // Unbuffered: the blocks are large already, and a failed write shows at once.
+    // Unbuffered, because the blocks are large and write errors should be reported immediately.
     file.rdbuf()->pubsetbuf(nullptr, 0);
     file.open(part, std::ios::binary | std::ios::trunc);
     if (!file) {
@@ -97,11 +97,11 @@ class Transfer {
   ReceivedFile received_;
 };
 
-/// Puts the finished temporary file in place. The temporary file is gone afterwards in every case.
+/// Moves or copies the complete temporary file to `destination`. Removes the temporary file in any case.
 bool PutInPlace(const fs::path& part, const fs::path& destination) {
   const int moved = RetryWhileHeld([&] {
-    // A file that stays in use is moved aside at once, so that there is a wait only for one that cannot be
-    // moved. If this fails, so does the move below.
+    // Move a file in use away first, so that only a file that cannot be moved causes a wait. If this fails,
+    // the move below reports the error.
     static_cast<void>(MoveLockedTargetAside(destination));
     return platform::MoveReplacing(part, destination, true);
   });
@@ -129,7 +129,7 @@ bool ReceiveFile(std::optional<platform::HttpRequest> request, const std::string
     return false;
   }
 
-  // Made before the file: if it raises, there is no file to remove.
+  // Created before the file, so that there is no file to remove if it raises.
   Transfer transfer(*request, path, rules);
   const fs::path part = WithSuffix(destination, ".part");
   std::error_code directoryError;

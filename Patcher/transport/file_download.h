@@ -10,34 +10,33 @@
 
 namespace patcher {
 
-/// Called with the number of bytes of each block that arrived; may be empty.
+/// Called with the size of each block that arrives; may be empty.
 using ByteCallback = std::function<void(std::uint64_t)>;
 
-/// A body that has arrived as a file.
+/// A body that has been stored as a file.
 struct ReceivedFile {
   std::string digest;      ///< hexadecimal SHA-256
   std::uint64_t size = 0;  ///< bytes
-  bool announced = false;  ///< by the response; if not, a cut body may pass for a whole one
+  bool announced = false;  ///< the response announced its length; if not, a truncated body may look complete
 };
 
-/// What a download does apart from the transfer.
+/// Limits and checks of a download.
 struct DownloadRules {
-  std::uint64_t maxSize = 0;  ///< bytes; a longer body, or the announcement of one, is a failed transfer
+  std::uint64_t maxSize = 0;  ///< bytes; the transfer fails if the body or its announced length is larger
   ByteCallback onBytes = {};
-  /// Judges and prepares the received file, which is closed and still has its temporary name, before it is
-  /// put in place; false makes the download fail. May be empty.
+  /// Checks and prepares the received file before it is moved to its place. The file is closed and still has
+  /// its temporary name. The download fails if this returns false. May be empty.
   std::function<bool(const std::filesystem::path& part, const ReceivedFile& received)> accept = {};
 };
 
-/// The rest of HttpSession::DownloadToFile once the response is there; `request` is nothing if there is none.
+/// The part of HttpSession::DownloadToFile after the response; `request` is nothing if there is no response.
 /// `path` is for the debug log.
 [[nodiscard]] bool ReceiveFile(std::optional<platform::HttpRequest> request, const std::string& path,
                                const std::filesystem::path& destination, const DownloadRules& rules,
                                std::string& digest);
 
-/// Makes way for a new file: if there is a file at `destination` that cannot be opened for exclusive writing,
-/// it is moved to the same name followed by ".old", replacing a file of that name. True unless a needed move
-/// failed.
+/// If the file at `destination` cannot be opened for exclusive writing, moves it to the same name followed by
+/// ".old", replacing a file of that name. Returns false only if this move failed.
 [[nodiscard]] bool MoveLockedTargetAside(const std::filesystem::path& destination);
 
 }  // namespace patcher

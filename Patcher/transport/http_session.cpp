@@ -17,7 +17,8 @@ void LogFailure(const char* step, const std::string& path, std::uint32_t error) 
   DebugLog::Write(step + (" " + path + " err=" + std::to_string(error)));
 }
 
-/// Appends a block. Room is doubled, but not beyond `enough`: a document may have many megabytes.
+/// Appends a block. Doubles the capacity when needed, but not beyond `enough`, because documents can be
+/// large.
 void Append(std::string& body, const char* block, std::size_t size, std::size_t enough) {
   const std::size_t needed = body.size() + size;
   if (needed > body.capacity()) body.reserve(std::max(needed, std::min(body.capacity() * 2, enough)));

@@ -5,11 +5,11 @@
 
 namespace patcher {
 
-/// How every request of the launcher names its sender.
+/// User agent of all the launcher's requests.
 inline constexpr char kUserAgent[] = "TolmiraMMO-Patcher/1.0";
 
-/// Bytes other than ASCII letters, digits and -_.~/ become a percent sign and two capital hexadecimal digits,
-/// so that a name is never taken for a query and must not come encoded.
+/// Replaces all bytes except ASCII letters, digits and -_.~/ with a percent sign and two upper-case
+/// hexadecimal digits. `path` must not be encoded already.
 std::string PercentEncodePath(std::string_view path);
 
 }  // namespace patcher

@@ -6,8 +6,7 @@
 
 namespace patcher {
 
-/// ParallelRun with as many workers as patcher.ini has connections. An exception of a work item leaves a line
-/// in the debug log.
+/// Calls ParallelRun with as many workers as patcher.ini sets connections. Logs the exceptions of work items.
 [[nodiscard]] bool RunPool(std::size_t itemCount, const WorkItem& work);
 
 }  // namespace patcher

@@ -24,7 +24,7 @@ int FlushFileSystemOf(const fs::path& directory) {
 int StartFlush(const fs::path&) { return 0; }
 
 int FinishFlush(std::span<const fs::path> files) {
-  // By directory: a file may be unreadable, and neighbours share theirs.
+  // Opens the directories: the files may be unreadable, and many files share a directory.
   std::set<fs::path> directories;
   for (const fs::path& file : files) directories.insert(file.parent_path());
   std::set<dev_t> devices;

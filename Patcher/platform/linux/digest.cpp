@@ -14,7 +14,7 @@ EVP_MD_CTX* Context(void* handle) { return static_cast<EVP_MD_CTX*>(handle); }
 }  // namespace
 
 DigestProvider::DigestProvider() : handle_(EVP_MD_fetch(nullptr, "SHA256", nullptr)) {
-  // The words are the same on every system.
+  // The message is the same on every system.
   if (handle_ == nullptr) throw std::runtime_error("BCryptOpenAlgorithmProvider failed");
   digestLength_ = static_cast<std::uint32_t>(EVP_MD_get_size(Algorithm(handle_)));
 }

@@ -10,7 +10,7 @@
 
 namespace platform {
 
-/// The directory itself carries the lock.
+/// Locks the directory itself.
 struct DirectoryLock::Impl {
   explicit Impl(const std::filesystem::path& directory)
       : descriptor(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
@@ -29,7 +29,7 @@ DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
 DirectoryLock::~DirectoryLock() = default;
 
 bool DirectoryLock::TakeWithin(std::chrono::milliseconds patience) {
-  // The system offers no wait with an end.
+  // flock has no time limit.
   constexpr std::chrono::milliseconds kPause(100);
   const auto end = std::chrono::steady_clock::now() + patience;
   while (flock(impl_->descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {

@@ -33,7 +33,7 @@ std::vector<ScreenSize> ReadDrmModes(const fs::path& root) {
     std::ifstream file(connector / "modes");
     ScreenSize mode;
     char separator = 0;
-    std::string rest;  // an "i" for interlaced
+    std::string rest;  // "i" for interlaced modes
     while (file >> mode.width >> separator >> mode.height) {
       modes.push_back(mode);
       std::getline(file, rest);

@@ -7,9 +7,9 @@
 
 namespace platform {
 
-/// Modes of every connected display, connectors in the order of their names, each with its preferred mode
-/// first. `root` is the kernel's list of connectors, /sys/class/drm: one directory for each with the files
-/// "status" and "modes", the latter with one "1920x1080" a line.
+/// Modes of every connected display. Connectors are sorted by name; each display's preferred mode comes
+/// first. `root` is the kernel's list of connectors, /sys/class/drm: one directory per connector with the
+/// files "status" and "modes", which has one mode such as "1920x1080" per line.
 std::vector<ScreenSize> ReadDrmModes(const std::filesystem::path& root);
 
 }  // namespace platform

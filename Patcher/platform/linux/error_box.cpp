@@ -11,7 +11,7 @@ void ShowErrorBox(const std::u16string& text, const std::u16string& title) {
   const std::string narrowText = WideToUtf8(text);
   const std::string narrowTitle = WideToUtf8(title);
   if (gdk_display_get_default() == nullptr) {
-    // Without a screen the text goes to standard error.
+    // There is no screen.
     WriteErrorLine(narrowTitle + ": " + narrowText);
     return;
   }

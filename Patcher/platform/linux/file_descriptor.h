@@ -7,11 +7,10 @@
 
 namespace platform {
 
-/// An open file or directory, closed when this goes; Get() is negative, with the reason in errno, if it could
-/// not be opened.
+/// Owns an open file or directory. If it could not be opened, Get() is negative and errno has the reason.
 class FileDescriptor {
  public:
-  /// `mode` is that of a file which the flags let it create.
+  /// `mode` applies if `flags` lets open() create the file.
   FileDescriptor(const std::filesystem::path& file, int flags, mode_t mode = 0)
       : descriptor_(open(file.c_str(), flags | O_CLOEXEC, mode)) {}
   ~FileDescriptor() {

@@ -9,7 +9,7 @@
 
 namespace platform {
 
-// A pipe without a writer would wait for one; regular files do not know O_NONBLOCK.
+// Without O_NONBLOCK, opening a pipe would wait for a writer. Regular files ignore the flag.
 FileReader::FileReader(const std::filesystem::path& file)
     : handle_(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
   if (handle_ < 0) openError_ = errno;

@@ -108,7 +108,7 @@ Overwriting OverwriteInPlace(const fs::path& file, std::string_view content) {
   const auto oldSize = static_cast<std::uint64_t>(before.st_size);
   const std::string_view head = content.substr(0, std::min<std::uint64_t>(oldSize, content.size()));
   const std::string_view tail = content.substr(head.size());
-  // Steps that can be refused come first, while the old content can still be kept.
+  // The steps that can fail come first, while the old content can still be restored.
   if (!tail.empty() && (!WriteAt(opened.Get(), tail, oldSize) || fsync(opened.Get()) != 0)) {
     return SetSize(opened.Get(), oldSize) ? Overwriting::kUntouched : Overwriting::kTorn;
   }

@@ -19,13 +19,13 @@ namespace {
 constexpr std::size_t kMaxHostLength = 255;
 constexpr long kConnectSeconds = 60;
 constexpr std::chrono::seconds kSilence{30};
-/// Longest wait for the head of a response, and for a byte of its body: what comes instead, dribbled headers
-/// or trailers for example, is no silence.
+/// Longest wait for the headers of a response, and for the next byte of its body. The limit for silence does
+/// not cover a server that sends headers or trailers very slowly.
 constexpr std::chrono::seconds kLongestWait{60};
 constexpr std::chrono::seconds kLongestSend = kSilence + std::chrono::seconds(kConnectSeconds);
 constexpr std::size_t kMaxHeadSize = std::size_t{256} * 1024;
 constexpr long kReceiveBuffer = 128L * 1024;
-/// Bytes that may wait for the caller before the transfer is paused.
+/// The transfer is paused while this many bytes wait for the caller.
 constexpr std::size_t kMaxPending = std::size_t{512} * 1024;
 
 struct UrlDeleter {
@@ -40,12 +40,11 @@ std::optional<std::string> UrlPart(CURLU* url, CURLUPart part, unsigned flags = 
   return copy;
 }
 
-/// One transfer engine. Its connection cache keeps connections open from one request to the next, which takes
-/// the engine over.
+/// One transfer engine, used by one request after the other. Its cache keeps connections open between them.
 struct Engine {
   CURLM* multi = curl_multi_init();
   CURL* easy = curl_easy_init();
-  std::vector<char> pending;  // received, not yet read; lives here so that its memory is used again
+  std::vector<char> pending;  // received, not yet read; kept here to reuse its memory
 
   Engine() = default;
   Engine(const Engine&) = delete;
@@ -58,7 +57,7 @@ struct Engine {
   bool IsWhole() const { return multi != nullptr && easy != nullptr; }
 };
 
-/// The library's process-wide set-up; thread-safe by the rules of static initialisation, and never undone.
+/// Process-wide set-up of the library. Thread-safe, because static initialisation is; never undone.
 void InitialiseLibrary() {
   static const CURLcode done = curl_global_init(CURL_GLOBAL_DEFAULT);
   static_cast<void>(done);
@@ -71,8 +70,7 @@ std::string HttpErrorText(std::uint32_t error) { return curl_easy_strerror(stati
 std::optional<ServerAddress> CrackUrl(const std::string& text) {
   InitialiseLibrary();
   const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
-  // Blanks are allowed after the host, since that part is ignored; in the host the library still refuses
-  // them.
+  // Allows blanks after the host, because that part is ignored. The library still rejects blanks in the host.
   if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_ALLOW_SPACE) != CURLUE_OK) {
     return std::nullopt;
   }
@@ -93,7 +91,7 @@ struct HttpClient::Impl {
     {
       const MutexLock guard(lock);
       if (!idle.empty()) {
-        // The one used last has the freshest connection.
+        // The most recently used engine is the most likely to have an open connection.
         auto engine = std::move(idle.back());
         idle.pop_back();
         return engine;
@@ -120,7 +118,7 @@ bool HttpClient::Open(const std::string& userAgent) {
   return true;
 }
 
-// Every request has an engine and thus a connection of its own: there is no limit to raise.
+// Each request has its own engine and connection: there is no limit to raise.
 void HttpClient::SetMaxConnectionsPerServer(std::uint32_t) {}
 
 struct HttpConnection::Impl {
@@ -161,7 +159,7 @@ struct HttpRequest::Impl {
   std::unique_ptr<Engine> engine;
   const bool follows;        // redirects
   std::size_t consumed = 0;  // bytes of `pending` that were read
-  std::size_t headSize = 0;  // of all responses up to the final one, and of trailers
+  std::size_t headSize = 0;  // all headers of redirects and of the final response, and trailers
   bool paused = false;
   bool headersDone = false;
   bool redirecting = false;
@@ -221,13 +219,13 @@ struct HttpRequest::Impl {
     curl_easy_setopt(easy, CURLOPT_USERAGENT, client.userAgent.c_str());
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    // A proxy's answer to CONNECT must not pass for the server's.
+    // A proxy's response to CONNECT must not be mistaken for the server's.
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, follows ? 1L : 0L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 10L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, connection.secure ? "https" : "http,https");
-    // The variable of OpenSSL, which the library itself does not read.
+    // OpenSSL's variable; libcurl itself does not read it.
     if (const char* certificates = std::getenv("SSL_CERT_FILE")) {
       curl_easy_setopt(easy, CURLOPT_CAINFO, certificates);
     }
@@ -239,17 +237,17 @@ struct HttpRequest::Impl {
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
   }
 
-  /// The request is on its way as soon as there is a connection.
+  /// The request is sent as soon as there is a connection.
   bool IsSent() const {
     curl_off_t sent = 0;
     curl_easy_getinfo(engine->easy, CURLINFO_PRETRANSFER_TIME_T, &sent);
     return sent > 0 || headersDone;
   }
 
-  /// Lets the transfer go on until `enough` says so, it is done, or `limit` has passed.
+  /// Runs the transfer until `enough` returns true, the transfer ends, or `limit` has passed.
   template <typename Condition>
   CURLcode Drive(Condition enough, std::chrono::seconds limit) {
-    // Only waiting counts as silence, not the time that the caller took between two calls.
+    // The time between two calls does not count as silence.
     NoteActivity();
     const auto deadline = lastByte + limit;
     while (!enough() && !done) {
@@ -266,7 +264,7 @@ struct HttpRequest::Impl {
     return result;
   }
 
-  /// Whether a made connection has brought nothing for too long; making one has its own limit.
+  /// Whether an open connection has been silent for too long. Connecting has its own limit.
   bool IsSilent() const {
     const auto limit = IsSent() ? kSilence : kLongestSend;
     return std::chrono::steady_clock::now() - lastByte > limit;
@@ -299,14 +297,14 @@ std::uint32_t HttpRequest::Send() {
   if (curl_multi_add_handle(impl_->engine->multi, impl_->engine->easy) != CURLM_OK) return CURLE_FAILED_INIT;
   const auto isSent = [this] { return impl_->IsSent(); };
   const CURLcode error = impl_->Drive(isSent, kLongestSend);
-  // What broke after the request, even in the same step, ReceiveResponse reports.
+  // ReceiveResponse reports failures after the request, even if they happen in this call.
   return isSent() ? 0 : error;
 }
 
 std::uint32_t HttpRequest::ReceiveResponse() {
   if (!impl_) return CURLE_FAILED_INIT;
   const CURLcode error = impl_->Drive([this] { return impl_->headersDone; }, kLongestWait);
-  // A body that broke after the headers: QueryDataAvailable reports that.
+  // QueryDataAvailable reports failures after the headers.
   return impl_->headersDone ? 0 : error;
 }
 
@@ -319,7 +317,7 @@ std::optional<std::string> HttpRequest::Header(const std::string& name) const {
   for (std::size_t i = 0;
        curl_easy_header(impl_->engine->easy, name.c_str(), i, CURLH_HEADER, -1, &header) == CURLHE_OK; ++i) {
     std::string_view text = header->value;
-    // Older libraries leave the line's end in an empty value.
+    // Older versions of the library leave the line end in an empty value.
     if (text.ends_with('\r')) text.remove_suffix(1);
     value = (value ? *value + ", " : std::string()).append(text);
   }

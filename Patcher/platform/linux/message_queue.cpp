@@ -36,10 +36,11 @@ MessageQueue::~MessageQueue() = default;
 
 bool MessageQueue::Post(const QueueMessage& message) noexcept {
   try {
-    // Notified under the lock: the queue may be gone as soon as its thread can see the message.
+    // Notify while holding the lock: after that, the queue's thread may take the message and destroy the
+    // queue.
     const MutexLock guard(impl_->lock);
     impl_->messages.push_back(message);
-    // The thread waits only while the queue is empty: after a first message it needs no second notification.
+    // The thread waits only while the queue is empty, so only the first message needs a notification.
     if (impl_->messages.size() == 1) impl_->arrived.notify_one();
     return true;
   } catch (const std::bad_alloc&) {

@@ -25,7 +25,7 @@ bool IsWindowsProgram(const fs::path& file) {
   return magic[0] == 'M' && magic[1] == 'Z';
 }
 
-/// A file that was downloaded, or lay in an archive, has no permission to run yet.
+/// A file from a download or an archive has no execute permission yet.
 void AllowRunning(const fs::path& program) {
   if (access(program.c_str(), X_OK) == 0) return;
   std::error_code ignored;
@@ -45,13 +45,13 @@ void DropStandardStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, stream);
 }
 
-/// In the grandchild: becomes the program, or reports the error number through `report`.
+/// Runs in the grandchild: executes the program, or writes the error number to `report`.
 [[noreturn]] void BecomeProgram(char* const* argv, const char* directory, Streams streams, int report) {
   if (chdir(directory) != 0) FailInChild(errno, report);
   if (streams == Streams::kNone) DropStandardStreams();
   std::signal(SIGPIPE, SIG_DFL);
   close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
-  // execvp would hand a file that is no program to the shell.
+  // Not execvp for a path: it would pass a file that is not a program to the shell.
   if (std::strchr(argv[0], '/') != nullptr) {
     execv(argv[0], argv);
   } else {
@@ -60,7 +60,7 @@ void DropStandardStreams() {
   FailInChild(errno, report);
 }
 
-/// Starts a program as a grandchild, which the system's first process waits for. Returns 0 or errno.
+/// Starts a program as a grandchild, so that init reaps it. Returns 0 or errno.
 int StartDetached(std::vector<std::string> words, const fs::path& directory,
                   Streams streams = Streams::kInherited) {
   std::vector<char*> argv;
@@ -131,7 +131,7 @@ bool OpenInBrowser(const std::u16string& url) {
 }
 
 void EndProcess(int code) {
-  // Not every stream: a thread that waits for input holds the lock of standard input.
+  // Do not flush all streams: a thread that waits for input holds the lock of standard input.
   std::fflush(stdout);
   std::fflush(stderr);
   std::_Exit(code);

@@ -18,7 +18,7 @@ namespace {
 
 constexpr char kCurve[] = "P-256";
 constexpr int kNumberSize = 32;
-constexpr std::uint8_t kUncompressed = 4;  // first byte of a point that is both coordinates (SEC 1, 2.3.3)
+constexpr std::uint8_t kUncompressed = 4;  // first byte of a point with both coordinates (SEC 1, 2.3.3)
 
 template <auto Free>
 struct Freed {
@@ -34,7 +34,7 @@ using Builder = std::unique_ptr<OSSL_PARAM_BLD, Freed<OSSL_PARAM_BLD_free>>;
 using Parameters = std::unique_ptr<OSSL_PARAM, Freed<OSSL_PARAM_free>>;
 using NumberPair = std::unique_ptr<ECDSA_SIG, Freed<ECDSA_SIG_free>>;
 
-/// Without `secret` a key that only verifies.
+/// Without `secret` the key can only verify.
 Key ImportKey(const PublicKey& publicKey, const BIGNUM* secret) {
   std::array<std::uint8_t, 1 + sizeof(PublicKey)> point{kUncompressed};
   std::copy(publicKey.begin(), publicKey.end(), point.begin() + 1);
@@ -60,7 +60,7 @@ bool ExportNumber(const EVP_PKEY* key, const char* name, std::uint8_t* number) {
   return found != nullptr && BN_bn2binpad(found, number, kNumberSize) == kNumberSize;
 }
 
-/// The numbers in the form that the library works with (RFC 3279, 2.2.3); empty if that fails.
+/// The signature in the library's format (RFC 3279, 2.2.3); empty if encoding fails.
 std::vector<std::uint8_t> Encoded(const Signature& signature) {
   const NumberPair pair(ECDSA_SIG_new());
   Number r(BN_bin2bn(signature.data(), kNumberSize, nullptr));
@@ -91,7 +91,8 @@ std::optional<Signature> Decoded(const std::vector<std::uint8_t>& encoded) {
 }  // namespace
 
 bool IsGoodSignature(const PublicKey& publicKey, SignedDigest digest, const Signature& signature) {
-  // What the library notes about a bad one must not look like a failure of this thread's next connection.
+  // Discard the library's error entries about a bad signature: this thread's next connection would report
+  // them.
   ERR_set_mark();
   const Key key = ImportKey(publicKey, nullptr);
   const KeyContext context(key ? EVP_PKEY_CTX_new_from_pkey(nullptr, key.get(), nullptr) : nullptr);

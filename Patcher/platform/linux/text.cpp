@@ -7,8 +7,8 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-/// Decodes the character at `at` and moves past it; a broken sequence gives one replacement for its longest
-/// valid beginning.
+/// Decodes the character at `at` and moves past it. A broken sequence gives one U+FFFD for its longest valid
+/// prefix.
 char32_t NextCharacter(std::string_view text, std::size_t& at) {
   const auto lead = static_cast<std::uint8_t>(text[at++]);
   if (lead < 0x80) return lead;

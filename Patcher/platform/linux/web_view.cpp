@@ -9,15 +9,15 @@
 namespace platform {
 namespace {
 
-// The web view cannot intercept https: the page and its images come under a scheme of the program's own.
+// The web view cannot intercept https, so the page and its images use a custom scheme.
 constexpr char kScheme[] = "launcher";
 constexpr char kPageAddress[] = "launcher://page/";
 constexpr char kAssetOrigin[] = "launcher://assets";
 
-/// No program listens there: a request of the page to the network fails.
+/// No program listens on this port: all network requests of the page fail.
 constexpr char kDeadProxy[] = "http://127.0.0.1:1";
 
-/// What the page finds in place before its own script runs.
+/// Runs before the page's own script.
 constexpr char kBridge[] = R"(
 (() => {
   const channel = window.webkit.messageHandlers.host;
@@ -50,7 +50,7 @@ struct WebView::Impl {
 
   WebViewOwner& owner;
   std::string page;
-  WebKitWebView* view = nullptr;  // null again when the window has gone
+  WebKitWebView* view = nullptr;  // null again after the window is destroyed
 
   void CreateView(GtkContainer* window);
   void ConnectPage();
@@ -76,7 +76,7 @@ void WebView::Impl::CreateView(GtkContainer* window) {
   webkit_network_proxy_settings_free(proxy);
   view = WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(context));
   g_object_unref(context);
-  // The window's own colour shows until the page does.
+  // The window's background shows until the page appears.
   const GdkRGBA transparent{0, 0, 0, 0};
   webkit_web_view_set_background_color(view, &transparent);
   gtk_container_add(window, GTK_WIDGET(view));
@@ -169,7 +169,7 @@ void WebView::Start(NativeWindow& window, const WebViewContent& content) {
 
 void WebView::UpdateBounds() {
   if (impl_->view == nullptr) return;
-  // The view fills the window but for its margins; the window's own layout follows the size.
+  // The view fills the window except for its margins; the layout follows the window's size.
   const Rect bounds = impl_->owner.Bounds();
   GtkWidget* view = GTK_WIDGET(impl_->view);
   const int margin = bounds.left;

@@ -21,7 +21,7 @@
 namespace platform {
 namespace {
 
-/// How long queued messages may keep the loop from what the player does and sees.
+/// Longest time for queued messages before the loop handles input and drawing again.
 constexpr std::chrono::milliseconds kMessageTurn{4};
 
 struct Edge {
@@ -50,7 +50,7 @@ GdkDevice* PointerOf(GdkDisplay* display) {
   return gdk_seat_get_pointer(gdk_display_get_default_seat(display));
 }
 
-/// The web view's accelerated drawing needs a graphics device; without one it shows nothing.
+/// Without a graphics device, the web view's accelerated drawing would show nothing.
 void AvoidMissingGraphicsDevice() {
   std::error_code error;
   if (!std::filesystem::exists("/dev/dri/renderD128", error)) {
@@ -75,11 +75,11 @@ struct NativeWindow::Impl {
   explicit Impl(WindowOwner& windowOwner) : owner(windowOwner) {}
 
   WindowOwner& owner;
-  GtkWidget* window = nullptr;  // null again when it has been destroyed
+  GtkWidget* window = nullptr;  // null again after it is destroyed
   Size size;                    // as last reported to the owner
   Size restoredSize;
   std::optional<int> exitCode;
-  GtkGesture* press = nullptr;  // the primary button, from its press to its release
+  GtkGesture* press = nullptr;  // the primary button, from press to release
   bool pointerWatched = false;
 
   Mutex lock;
@@ -134,8 +134,8 @@ PointerState NativeWindow::Impl::Pointer(bool pressed) const {
   return pointer;
 }
 
-/// A window manager may size a window before it says that it is maximized now: such a size fills the work
-/// area.
+/// A window manager may resize a window before it reports that the window is maximized, so a size that fills
+/// the work area is not stored.
 void NativeWindow::Impl::RememberRestoredSize() {
   GdkRectangle area{};
   gdk_monitor_get_workarea(gdk_display_get_monitor_at_window(gdk_window_get_display(Surface()), Surface()),
@@ -262,7 +262,7 @@ void NativeWindow::Impl::OnPressEnded(GtkGestureDrag*, double, double, gpointer 
 
 bool PrepareWindowSystem(int argc, char** argv) {
   AvoidMissingGraphicsDevice();
-  // Text follows the player's language; numbers stay as the program's formats have them.
+  // Use the player's language for text, but not for the format of numbers.
   gtk_disable_setlocale();
   std::setlocale(LC_CTYPE, "");
   return gtk_init_check(&argc, &argv) != 0;
@@ -313,7 +313,7 @@ bool NativeWindow::Post(const QueueMessage& message) noexcept {
     const MutexLock guard(impl_->lock);
     impl_->messages.push_back(message);
     if (!std::exchange(impl_->turnScheduled, true)) {
-      // After what the player does and sees: a flood of messages must not freeze the window.
+      // Lower priority than input and drawing: many messages must not freeze the window.
       g_idle_add_full(G_PRIORITY_DEFAULT_IDLE, &Impl::HandleMessages, impl_.get(), nullptr);
     }
     return true;
@@ -362,7 +362,7 @@ void NativeWindow::Restore() { gtk_window_unmaximize(GTK_WINDOW(impl_->window));
 void NativeWindow::RestoreTo(const Rect& place) {
   if (!GDK_IS_X11_WINDOW(impl_->Surface())) return;
   gtk_window_unmaximize(GTK_WINDOW(impl_->window));
-  // At once, not with the next layout: before the request to move the window with the pointer.
+  // Move now, not with the next layout: the request to move the window with the pointer comes next.
   gdk_window_move(impl_->Surface(), place.left, place.top);
 }
 

@@ -10,7 +10,7 @@ int StartFlush(const std::filesystem::path& file) {
   const DWORD attributes = GetFileAttributesW(file.c_str());
   const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
   if (!readOnly) return FlushToDisk(file);
-  // Only a handle that may write can flush.
+  // Flushing needs a handle with write access.
   SetFileAttributesW(file.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
   const int error = FlushToDisk(file);
   SetFileAttributesW(file.c_str(), attributes);

@@ -9,9 +9,9 @@ template <typename Interface>
 class ComReference {
  public:
   ComReference() = default;
-  /// Takes over a reference that the caller owns.
+  /// Takes ownership of the caller's reference.
   static ComReference Adopt(Interface* object) { return ComReference(object); }
-  /// Adds a reference to an object that is only lent.
+  /// Adds a reference to an object that the caller does not own.
   static ComReference Share(Interface* object) {
     if (object != nullptr) object->AddRef();
     return ComReference(object);
@@ -28,7 +28,7 @@ class ComReference {
   Interface* Get() const { return object_; }
   Interface* operator->() const { return object_; }
   explicit operator bool() const { return object_ != nullptr; }
-  /// For a call that hands out a reference. Only while this is empty.
+  /// For a function that returns a reference through a pointer. Use only while this is empty.
   Interface** Receive() { return &object_; }
 
  private:

@@ -12,7 +12,8 @@
 namespace platform {
 namespace {
 
-/// A name that is the same however the directory's path is spelled; empty if the system does not report one.
+/// A name that does not depend on the spelling of the path; empty if the system does not identify the
+/// directory.
 std::wstring NameOf(const std::filesystem::path& directory) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const OwnedHandle opened(CreateFileW(directory.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
@@ -27,8 +28,8 @@ struct LocalDeleter {
   void operator()(void* memory) const { LocalFree(memory); }
 };
 
-/// Everyone may wait for it and release it. No other rights are asked for when it is opened, because another
-/// account may have made it.
+/// Everyone may wait for the mutex and release it. Opening requests no other rights, because another account
+/// may have created it.
 HANDLE MakeMutex(const std::filesystem::path& directory) {
   constexpr DWORD kRights = SYNCHRONIZE | MUTEX_MODIFY_STATE;
   constexpr wchar_t kEveryoneHasThem[] = L"D:(A;;0x100001;;;WD)";
@@ -53,7 +54,7 @@ struct DirectoryLock::Impl {
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
 
-  /// False only if the time passed. A holder that died has released the lock.
+  /// Returns false only after a timeout. A process that ended has released the lock.
   bool Wait(DWORD milliseconds) {
     if (!mutex.IsOpen()) return true;
     const DWORD outcome = WaitForSingleObject(mutex.Get(), milliseconds);

@@ -12,7 +12,7 @@
 
 namespace platform {
 
-/// The identifier of an interface that the program implements.
+/// Identifier of an interface that the program implements.
 template <typename Interface>
 inline constexpr IID kInterfaceId = {};
 
@@ -41,12 +41,12 @@ template <>
 inline constexpr IID kInterfaceId<ICoreWebView2ProcessFailedEventHandler> = {
     0x79e0aea4, 0x990b, 0x42d9, {0xaa, 0x1d, 0x0f, 0xcc, 0x2e, 0x5b, 0xc7, 0xf1}};
 
-// A handler is never deleted through its interface.
+// Handlers are never deleted through their interface.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-/// A callback object. Its maker owns the first reference. Invoke reports success whatever the function
-/// did: the web view ignores failures, and no exception may pass through its frames.
+/// A callback object. The caller that creates it owns the first reference. Invoke always returns success: the
+/// web view ignores failures, and exceptions must not pass through its frames.
 template <typename Interface>
 class EventHandler final : public Interface {
  public:

@@ -10,10 +10,10 @@
 namespace platform {
 namespace {
 
-/// Any directory: the system completes only absolute paths without a look at the present one.
+/// Any absolute directory, so that the result does not depend on the current directory.
 constexpr std::wstring_view kRoot = L"C:\\";
 
-/// The path as the system reads it when it opens a file; that of a device begins in another way.
+/// The full path that the system uses to open the file. The path of a device does not begin with kRoot.
 std::wstring Completed(std::string_view path) {
   const std::wstring given = std::wstring(kRoot) + PathFromBytes(path).native();
   std::wstring full(GetFullPathNameW(given.c_str(), 0, nullptr, nullptr), L'\0');
@@ -22,7 +22,7 @@ std::wstring Completed(std::string_view path) {
   return full.empty() ? given : full;
 }
 
-/// One character for one, as the file system's own table has them.
+/// Replaces single characters only, as the file system's table does.
 void MakeUpperCase(std::wstring& text) {
   const auto size = static_cast<int>(text.size());
   std::wstring upper(text.size(), L'\0');
@@ -46,7 +46,7 @@ std::string FileIdentity(std::string_view path) {
 bool NamesAFile(std::string_view path) {
   if (path.find(':') != std::string_view::npos) return false;
   const std::string_view name = path.substr(path.find_last_of("/\\") + 1);
-  // No device has a longer name, and most files have.
+  // Longer names need no further check: no device has one, and most files do.
   constexpr std::size_t kLongestDevice = std::string_view("CONOUT$").size();
   std::string_view stem = name.substr(0, name.find('.'));
   stem = stem.substr(0, stem.find_last_not_of(' ') + 1);

@@ -39,7 +39,7 @@ int Move(const std::filesystem::path& source, const std::filesystem::path& targe
   return LastErrorUnless(MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | flags));
 }
 
-/// The usual form of a path.
+/// The path without its "\\?\" prefix.
 std::wstring WithoutLongPathPrefix(const std::wstring& path) {
   const std::wstring server = L"\\\\?\\UNC\\";
   const std::wstring local = L"\\\\?\\";
@@ -94,8 +94,8 @@ Overwriting OverwriteInPlace(const std::filesystem::path& file, std::string_view
   const std::string_view head =
       content.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(oldSize, content.size())));
   const std::string_view tail = content.substr(head.size());
-  // Steps that can be refused come first, while the old content can still be kept: the disk may be full, and
-  // a file that a program has mapped into memory cannot be made shorter.
+  // The steps that can fail come first, while the old content can still be restored: the disk may be full,
+  // and a file that a program has mapped into memory cannot be made shorter.
   if (!tail.empty() && (!WriteAt(opened.Get(), tail, oldSize) || !FlushFileBuffers(opened.Get()))) {
     return SetSize(opened.Get(), oldSize) ? Overwriting::kUntouched : Overwriting::kTorn;
   }

@@ -103,8 +103,8 @@ bool HttpConnection::Open(HttpClient& client, const ServerAddress& server) {
 
 struct HttpRequest::Impl {
   Handle request;
-  std::optional<std::uint64_t> announced;  // bytes of the body, by the response
-  std::uint64_t missing = 0;               // of those, the bytes that have not been read
+  std::optional<std::uint64_t> announced;  // length of the body in bytes
+  std::uint64_t missing = 0;               // announced bytes that are not read yet
   DWORD available = 0;                     // bytes that can be read without waiting
 
   bool HasHeader(DWORD header, wchar_t* text, DWORD size) const {
@@ -115,9 +115,9 @@ struct HttpRequest::Impl {
   void ReadAnnouncedLength() {
     wchar_t text[32] = {};
     constexpr DWORD kSize = sizeof text - sizeof(wchar_t);
-    // Chunks make a length beside them void.
+    // With a transfer encoding, Content-Length does not count.
     if (HasHeader(WINHTTP_QUERY_TRANSFER_ENCODING, text, kSize)) return;
-    // As text: the number forms of the query end at 32 bits or need a newer system.
+    // Query text: the numeric queries are limited to 32 bits or need a newer system.
     if (!HasHeader(WINHTTP_QUERY_CONTENT_LENGTH, text, kSize)) return;
     announced = std::wcstoull(text, nullptr, 10);
     missing = *announced;
@@ -198,15 +198,14 @@ std::uint32_t HttpRequest::QueryDataAvailable(std::uint32_t& available) {
   const std::uint32_t error =
       Impl::ErrorUnless(WinHttpQueryDataAvailable(impl_->request.get(), &impl_->available));
   available = impl_->available;
-  // The system may take a connection that was lost for the end of the body.
+  // The system may report a lost connection as the end of the body.
   return error == 0 && available == 0 && impl_->missing > 0 ? ERROR_WINHTTP_CONNECTION_ERROR : error;
 }
 
 std::uint32_t HttpRequest::ReadData(void* buffer, std::uint32_t size, std::uint32_t& read) {
   read = 0;
   if (!impl_) return ERROR_INVALID_HANDLE;
-  // No more than is there: the system waits until it has as many bytes as it is asked for, however long that
-  // takes.
+  // Request only available bytes: the system would wait without a limit for more.
   const DWORD wanted = std::min<DWORD>(size, impl_->available);
   DWORD count = 0;
   const std::uint32_t error =

@@ -7,8 +7,9 @@
 namespace platform {
 namespace {
 
-/// Other tags (compressed or cloud files, for example) keep the content in its own place. No real tag is 0.
-bool StandsForAnotherPlace(DWORD tag) { return tag == 0 || IsReparseTagNameSurrogate(tag); }
+/// Other tags (for example of compressed or cloud files) do not redirect the path. Tag 0 is not a real tag
+/// and counts as a link.
+bool PointsElsewhere(DWORD tag) { return tag == 0 || IsReparseTagNameSurrogate(tag); }
 
 }  // namespace
 
@@ -27,7 +28,7 @@ bool IsLink(const std::filesystem::path& entry) {
       !GetFileInformationByHandleEx(opened.Get(), FileAttributeTagInfo, &info, sizeof(info))) {
     return true;
   }
-  return StandsForAnotherPlace(info.ReparseTag);
+  return PointsElsewhere(info.ReparseTag);
 }
 
 }  // namespace platform

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-// UTF-16 as the launcher has it, and as the functions of Windows take and return it.
+// Conversions between the launcher's UTF-16 type and that of the Windows functions.
 
 inline std::wstring ToNative(std::u16string_view text) { return {text.begin(), text.end()}; }
 inline std::u16string FromNative(std::wstring_view text) { return {text.begin(), text.end()}; }

@@ -4,7 +4,7 @@
 
 namespace platform {
 
-/// A kernel object that is closed with its owner.
+/// Owns a kernel object and closes it.
 class OwnedHandle {
  public:
   explicit OwnedHandle(HANDLE handle) : handle_(handle) {}
@@ -14,7 +14,7 @@ class OwnedHandle {
   OwnedHandle(const OwnedHandle&) = delete;
   OwnedHandle& operator=(const OwnedHandle&) = delete;
 
-  /// Both values that the system's functions return for "none" count as closed.
+  /// False for both values that system functions return on failure.
   bool IsOpen() const { return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE; }
   HANDLE Get() const { return handle_; }
 

@@ -57,12 +57,12 @@ int StartProgram(const std::filesystem::path& program, const std::vector<std::st
 bool OpenInBrowser(const std::u16string& url) {
   const HINSTANCE result =
       ShellExecuteW(nullptr, L"open", ToNative(url).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
-  // Above 32 is success, by the function's own rule.
+  // ShellExecute returns a value above 32 for success.
   return reinterpret_cast<INT_PTR>(result) > 32;
 }
 
 void EndProcess(int code) {
-  // Not every stream: a thread that waits for input holds the lock of standard input.
+  // Do not flush all streams: a thread that waits for input holds the lock of standard input.
   std::fflush(stdout);
   std::fflush(stderr);
   ExitProcess(static_cast<UINT>(code));

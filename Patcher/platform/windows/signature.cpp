@@ -12,7 +12,7 @@ namespace {
 
 constexpr ULONG kNumberSize = 32;
 
-/// A key as the system imports and exports it; a public one is without the secret.
+/// Import and export format of a key; a public key ends before the secret.
 struct KeyBlob {
   BCRYPT_ECCKEY_BLOB head{};
   PublicKey publicKey{};
@@ -21,7 +21,7 @@ struct KeyBlob {
 constexpr ULONG kPublicSize = sizeof(KeyBlob) - kNumberSize;
 static_assert(sizeof(KeyBlob) == sizeof(BCRYPT_ECCKEY_BLOB) + 3 * kNumberSize);
 
-/// The system's ECDSA, and one key of it. A step that fails leaves no key.
+/// The system's ECDSA provider and one key. There is no key after a failed step.
 class Key {
  public:
   Key() {
@@ -51,7 +51,7 @@ class Key {
   BCRYPT_KEY_HANDLE key_ = nullptr;
 };
 
-/// The system only reads them.
+/// The system's functions take non-const pointers but do not write.
 PUCHAR Bytes(const std::uint8_t* bytes) { return const_cast<PUCHAR>(bytes); }
 
 }  // namespace

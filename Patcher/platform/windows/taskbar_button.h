@@ -9,17 +9,17 @@
 
 namespace platform {
 
-/// The window's button on the task bar, which the system makes at a time of its own and again when the task
-/// bar has been restarted. Main thread only.
+/// The window's button on the task bar. The system creates it some time after the window, and again after a
+/// restart of the task bar. Main thread only.
 class TaskbarButton {
  public:
-  /// The window's message that says that there is a new button.
+  /// The message that the window receives when there is a new button.
   static UINT CreatedMessage() {
     static const UINT number = RegisterWindowMessageW(L"TaskbarButtonCreated");
     return number;
   }
 
-  /// Allows that message in a program that runs with more rights than the task bar.
+  /// Allows this message even if the program has more rights than the task bar.
   static void AllowMessage(HWND window) {
     ChangeWindowMessageFilterEx(window, CreatedMessage(), MSGFLT_ALLOW, nullptr);
   }

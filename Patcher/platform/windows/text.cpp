@@ -7,7 +7,7 @@
 namespace platform {
 namespace {
 
-/// The code page in which the system takes narrow file names.
+/// The system's code page for narrow file names.
 UINT FileNameCodePage() { return AreFileApisANSI() ? CP_ACP : CP_OEMCP; }
 
 std::wstring ToWide(UINT codePage, std::string_view text) {

@@ -17,7 +17,7 @@
 namespace platform {
 namespace {
 
-/// A string that the web view has allocated for its caller.
+/// Owns a string that the web view allocated.
 class TaskString {
  public:
   TaskString() = default;
@@ -36,13 +36,13 @@ class TaskString {
   wchar_t* text_ = nullptr;
 };
 
-/// Read when a web view is created: what it shows before its page. A call would come too late, after a flash
-/// of white.
+/// The web view reads its background colour from this variable when it is created. Setting it later would
+/// cause a white flash.
 constexpr wchar_t kBackgroundVariable[] = L"WEBVIEW2_DEFAULT_BACKGROUND_COLOR";
 
 }  // namespace
 
-// A step that fails ends the chain, without a report: the window stays empty and can be closed.
+// A failed step ends the chain without an error report: the window stays empty and can be closed.
 struct WebView::Impl {
   explicit Impl(WebViewOwner& webViewOwner) : owner(webViewOwner) {}
 
@@ -52,7 +52,7 @@ struct WebView::Impl {
   ComReference<ICoreWebView2Environment> environment;
   ComReference<ICoreWebView2Controller> controller;
   ComReference<ICoreWebView2> view;
-  std::set<UINT64> refused;  // navigations whose completion is still to come
+  std::set<UINT64> refused;  // refused navigations that have not completed yet
 
   void CreateEnvironment();
   void OnEnvironmentCreated(ICoreWebView2Environment* made);
@@ -90,7 +90,7 @@ void WebView::Impl::OnEnvironmentCreated(ICoreWebView2Environment* made) {
 }
 
 void WebView::Impl::OnControllerCreated(ICoreWebView2Controller* made) {
-  // It has been read: what the launcher starts, the game above all, must not inherit it.
+  // The web view has read it. The game and other programs must not inherit it.
   SetEnvironmentVariableW(kBackgroundVariable, nullptr);
   if (made == nullptr) return;
   controller = ComReference<ICoreWebView2Controller>::Share(made);
@@ -101,7 +101,7 @@ void WebView::Impl::OnControllerCreated(ICoreWebView2Controller* made) {
   ConnectPage();
   KeepToThePage();
   WatchProcesses();
-  // Last, so that neither a request nor the completion can be missed.
+  // Load last, after all handlers are registered.
   LoadPage();
   if (GetForegroundWindow() == window) FocusPage();
 }
@@ -126,8 +126,8 @@ void WebView::Impl::ConnectPage() {
   view->add_NavigationCompleted(completed.Get(), &unused);
 }
 
-/// A file dropped on the window or a link must not put another document in the page's place: what is loaded
-/// there may ask for everything that the page may.
+/// A link or a dropped file must not replace the page: another document could send the same requests as the
+/// page.
 void WebView::Impl::KeepToThePage() {
   EventRegistrationToken unused{};
   const auto starting = MakeHandler<ICoreWebView2NavigationStartingEventHandler>(
@@ -180,7 +180,7 @@ void WebView::Impl::OnNavigationStarting(ICoreWebView2NavigationStartingEventArg
 }
 
 void WebView::Impl::OnNavigationCompleted(ICoreWebView2NavigationCompletedEventArgs* args) {
-  // A refused navigation completes, too; the page is still the one that was there.
+  // A refused navigation also completes; ignore that, because the page has not changed.
   UINT64 id = 0;
   if (args != nullptr && SUCCEEDED(args->get_NavigationId(&id)) && refused.erase(id) > 0) return;
   owner.NavigationCompleted();
@@ -189,8 +189,8 @@ void WebView::Impl::OnNavigationCompleted(ICoreWebView2NavigationCompletedEventA
 void WebView::Impl::OnProcessFailed(ICoreWebView2ProcessFailedEventArgs* args) {
   COREWEBVIEW2_PROCESS_FAILED_KIND kind{};
   if (args == nullptr || FAILED(args->get_ProcessFailedKind(&kind))) return;
-  // Other processes are started again by the web view itself, and a page that does not answer for a while may
-  // be waiting for a busy machine.
+  // Ignore other failures: the web view restarts its other processes itself, and a page that does not respond
+  // may only be waiting for a busy machine.
   if (kind == COREWEBVIEW2_PROCESS_FAILED_KIND_BROWSER_PROCESS_EXITED) {
     owner.ProcessDied(WebViewProcess::kBrowser);
   } else if (kind == COREWEBVIEW2_PROCESS_FAILED_KIND_RENDER_PROCESS_EXITED) {
@@ -222,7 +222,7 @@ void WebView::Recover(WebViewProcess died) {
     if (impl_->view) impl_->LoadPage();
     return;
   }
-  // Nothing of it can be used any more.
+  // These objects are unusable after the browser process has exited.
   impl_->view = {};
   impl_->controller = {};
   impl_->environment = {};

@@ -6,10 +6,10 @@
 #include <objidl.h>
 #include <unknwn.h>
 
-/// The part of the WebView2 interfaces that this program uses, as their binary interface has it: the order of
-/// the methods is the order of the slots. A method that is never called is `Unused` and its slot's number.
+/// The WebView2 interfaces that this program uses. The order of the methods is the order of the slots in the
+/// binary interface. An unused method is named `Unused` with the number of its slot.
 
-// Interfaces are never deleted: IUnknown counts references.
+// Interfaces are never deleted directly; IUnknown counts references.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
@@ -62,7 +62,7 @@ struct ICoreWebView2NavigationCompletedEventArgs : IUnknown {
   WEBVIEW2_METHOD get_NavigationId(UINT64* id) = 0;
 };
 
-/// The kinds of failure after which the page is gone.
+/// The kinds of failure that end the page.
 enum COREWEBVIEW2_PROCESS_FAILED_KIND : int {
   COREWEBVIEW2_PROCESS_FAILED_KIND_BROWSER_PROCESS_EXITED = 0,
   COREWEBVIEW2_PROCESS_FAILED_KIND_RENDER_PROCESS_EXITED = 1,
@@ -72,10 +72,10 @@ struct ICoreWebView2ProcessFailedEventArgs : IUnknown {
   WEBVIEW2_METHOD get_ProcessFailedKind(COREWEBVIEW2_PROCESS_FAILED_KIND* kind) = 0;
 };
 
-/// By the program's own decision: COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC.
+/// The program moves the focus: COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC.
 enum COREWEBVIEW2_MOVE_FOCUS_REASON : int { COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC = 0 };
 
-/// A callback that the program implements: one method after those of IUnknown.
+/// A callback that the program implements: one method after the methods of IUnknown.
 #define WEBVIEW2_HANDLER(name, first, second)              \
   struct name : IUnknown {                                 \
     using First = first;                                   \
@@ -207,7 +207,7 @@ struct ICoreWebView2 : IUnknown {
 
 #pragma GCC diagnostic pop
 
-/// Exported by WebView2Loader.dll. `options` is an interface that this program does not use: null.
+/// Exported by WebView2Loader.dll. `options` is null: this program does not use that interface.
 extern "C" HRESULT STDMETHODCALLTYPE
 CreateCoreWebView2EnvironmentWithOptions(LPCWSTR browserFolder, LPCWSTR dataFolder, IUnknown* options,
                                          ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler);

@@ -19,10 +19,10 @@ constexpr wchar_t kWindowClass[] = L"TolmiraMMOPatcherWnd";
 constexpr DWORD kStyle =
     WS_POPUP | WS_CLIPCHILDREN | WS_SYSMENU | WS_THICKFRAME | WS_MINIMIZEBOX | WS_MAXIMIZEBOX;
 
-/// The program's icon among its resources.
+/// Resource number of the program's icon.
 constexpr int kIcon = 1;
 constexpr UINT_PTR kPointerTimer = 1;
-/// Messages of the system that its headers do not have: they draw a themed frame over whatever is there.
+/// Undocumented system messages that draw a themed frame over the window.
 constexpr UINT kDrawThemedCaption = 0x00AE;
 constexpr UINT kDrawThemedFrame = 0x00AF;
 
@@ -36,7 +36,7 @@ OwnedIcon LoadIconOfSize(int width, int height) {
                                                  IMAGE_ICON, width, height, LR_DEFAULTCOLOR)));
 }
 
-/// For drawing in a window's frame, all of it that lies around the client area.
+/// A device context for the frame of a window: everything outside the client area.
 class FrameDrawing {
  public:
   explicit FrameDrawing(HWND window) : window_(window) {
@@ -45,7 +45,7 @@ class FrameDrawing {
     MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&client), 2);
     const HRGN inside = CreateRectRgnIndirect(&client);
     context_ = GetDCEx(window, inside, DCX_WINDOW | DCX_CACHE | DCX_EXCLUDERGN);
-    if (context_ == nullptr) DeleteObject(inside);  // else the system owns it now
+    if (context_ == nullptr) DeleteObject(inside);  // otherwise the system owns it
   }
   ~FrameDrawing() {
     if (context_ != nullptr) ReleaseDC(window_, context_);
@@ -76,7 +76,7 @@ SizeKind KindOf(WPARAM kind) {
   }
 }
 
-/// The show command that the program which started this process asked for.
+/// The show command from the process that started this one.
 int ShowCommand() {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
@@ -96,7 +96,7 @@ struct NativeWindow::Impl {
   TaskbarButton taskbarButton;
   bool paintsFrame = false;
 
-  /// The program's one window; its procedure finds it here.
+  /// For the window procedure; there is only one window.
   static inline Impl* main = nullptr;
 
   LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
@@ -116,7 +116,7 @@ namespace {
 
 LRESULT CALLBACK HostWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   NativeWindow::Impl& self = *NativeWindow::Impl::main;
-  // Once, before there are workers: they read it when they post.
+  // Set once, before workers exist: they read it in Post.
   if (self.window == nullptr) self.window = window;
   return self.Handle(message, wParam, lParam);
 }
@@ -162,7 +162,7 @@ LRESULT NativeWindow::Impl::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
   }
 }
 
-/// What lies around the client area, and where that is.
+/// Messages about the frame and the client area.
 LRESULT NativeWindow::Impl::HandleFrame(UINT message, WPARAM wParam, LPARAM lParam) const {
   switch (message) {
     case WM_NCCALCSIZE:
@@ -195,7 +195,7 @@ LRESULT NativeWindow::Impl::HandleOther(UINT message, WPARAM wParam, LPARAM lPar
 void NativeWindow::Impl::OnSize(SizeKind kind) {
   const bool frameShows = kind == SizeKind::kMaximized || (kind == SizeKind::kMinimized && paintsFrame);
   if (std::exchange(paintsFrame, frameShows) != frameShows) {
-    // The system's compositor draws frames itself; that of a maximized window is left to PaintFrame.
+    // PaintFrame draws the frame of a maximized window instead of the compositor.
     const DWMNCRENDERINGPOLICY policy = frameShows ? DWMNCRP_DISABLED : DWMNCRP_USEWINDOWSTYLE;
     DwmSetWindowAttribute(window, DWMWA_NCRENDERING_POLICY, &policy, sizeof policy);
     RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME);
@@ -203,7 +203,7 @@ void NativeWindow::Impl::OnSize(SizeKind kind) {
   owner.WindowResized(kind);
 }
 
-/// Task bars and task switchers ask the window itself.
+/// Task bars and task switchers ask the window for its icons.
 void NativeWindow::Impl::ShowIcons() {
   largeIcon = LoadIconOfSize(GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON));
   smallIcon = LoadIconOfSize(GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON));
@@ -211,10 +211,10 @@ void NativeWindow::Impl::ShowIcons() {
   SendMessageW(window, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(smallIcon.get()));
 }
 
-/// In the colour of the inside. Only a maximized window has a frame.
+/// Uses the background colour. Only a maximized window has a frame.
 void NativeWindow::Impl::PaintFrame() const {
   const FrameDrawing drawing(window);
-  // The system fills whatever the drawing reaches with the colour of the window's class.
+  // The system fills the context's region with the background of the window class.
   DefWindowProcW(window, WM_ERASEBKGND, reinterpret_cast<WPARAM>(drawing.Context()), 0);
 }
 
@@ -225,7 +225,8 @@ void NativeWindow::Impl::TakePlace(const RECT& place) const {
 
 PointerState NativeWindow::Impl::PointerNow() {
   PointerState pointer;
-  // The buttons first: the place is never older than what they say. The sign says that one is down.
+  // Read the buttons first, so that the position is never older. A negative value means that the button is
+  // down.
   pointer.leftDown = GetAsyncKeyState(VK_LBUTTON) < 0;
   pointer.rightDown = GetAsyncKeyState(VK_RBUTTON) < 0;
   pointer.swapped = GetSystemMetrics(SM_SWAPBUTTON) != 0;
@@ -260,14 +261,14 @@ void NativeWindow::Impl::CalculateClientArea(NCCALCSIZE_PARAMS& parameters) cons
 WindowPart NativeWindow::Impl::HitTest(LPARAM point) const {
   RECT rect{};
   GetWindowRect(window, &rect);
-  // Signed: a monitor left of the primary one has negative coordinates.
+  // Signed, because coordinates left of the primary monitor are negative.
   const Point place{static_cast<std::int16_t>(LOWORD(point)), static_cast<std::int16_t>(HIWORD(point))};
   return owner.HitTest(Portable(rect), place, IsZoomed(window) != 0);
 }
 
 namespace {
 
-/// Windows 10 before 1703 has no such function: there the program's manifest decides.
+/// Windows 10 before 1703 does not have this function; there the program's manifest applies.
 void UsePhysicalPixels() {
   const auto address = reinterpret_cast<void*>(
       GetProcAddress(GetModuleHandleW(L"user32.dll"), "SetProcessDpiAwarenessContext"));
@@ -279,10 +280,10 @@ void UsePhysicalPixels() {
 }  // namespace
 
 bool PrepareWindowSystem(int, char**) {
-  // A library that is asked for by name comes from the system, never from the game's directory.
+  // Load libraries by name only from the system's directory, never from the game's.
   SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
   UsePhysicalPixels();
-  // Without COM the web view fails later, silently; the window still works.
+  // Without COM the web view later fails without an error; the window still works.
   [[maybe_unused]] const HRESULT unread = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   return true;
 }
@@ -320,7 +321,8 @@ bool NativeWindow::Create(const WindowLook& look, const Rect& placement) {
   if (created == nullptr) return false;
   impl_->ShowIcons();
   TaskbarButton::AllowMessage(created);
-  // The system lays a new window out with a frame and asks for the client area only when something changes.
+  // A new window has the system's frame. The system asks for the client area only after a change of the
+  // frame.
   SetWindowPos(created, nullptr, 0, 0, 0, 0,
                SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
   return true;
@@ -372,7 +374,7 @@ Size NativeWindow::RestoredSize() const {
 PointerState NativeWindow::Pointer() const { return Impl::PointerNow(); }
 
 void NativeWindow::WatchPointer(bool watch) {
-  // The web view has the mouse, so that the window gets no message of it.
+  // A timer, because the web view receives the mouse messages, not the window.
   if (watch) {
     SetTimer(impl_->window, kPointerTimer, USER_TIMER_MINIMUM, nullptr);
   } else {
@@ -383,7 +385,7 @@ void NativeWindow::WatchPointer(bool watch) {
 void NativeWindow::StartMoving() {
   POINT pointer{};
   GetCursorPos(&pointer);
-  // The web view holds the mouse since the button went down.
+  // The web view captured the mouse when the button was pressed.
   ReleaseCapture();
   SendMessageW(impl_->window, WM_NCLBUTTONDOWN, HTCAPTION, MAKELPARAM(pointer.x, pointer.y));
 }
@@ -401,7 +403,8 @@ void NativeWindow::RestoreTo(const Rect& place) {
   placement.showCmd = SW_SHOWNORMAL;
   placement.rcNormalPosition = Native(place);
   SetWindowPlacement(impl_->window, &placement);
-  // A placement's coordinates leave out a task bar at the left or at the top.
+  // Placement coordinates are relative to the work area. Correct the position if a task bar is at the left or
+  // top.
   impl_->TakePlace(Native(place));
 }
 
