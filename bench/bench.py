@@ -1,4 +1,4 @@
-"""The benchmarks of bench/run. Peers run in turn with ours, in the same minutes on the same files."""
+"""The benchmarks of bench/run. Our programs and their peers run alternately on the same files."""
 
 import argparse
 import json
@@ -42,7 +42,7 @@ class Bench:
             server.stop()
 
     def launcher(self, url, name="patcher-stdio", keep=False, connections=4):
-        """A fresh installation before each run; `keep`: the same one for all runs."""
+        """Installs the game anew before each run; with `keep` only once."""
         install = self.folder() / "install"
 
         def prepare():
@@ -63,7 +63,7 @@ def installed(command):
 
 
 def check_install(command, game):
-    """A run that installed nothing must not pass for a fast one."""
+    """Raises an error if a run did not install the game completely."""
     record = installed(command) / "patch_manifest.json"
     if record.read_bytes() != game.manifest.read_bytes():
         raise RuntimeError("the installation is not complete")
@@ -144,12 +144,12 @@ def fresh_install(bench):
                                              f"--dir={target}", "-i", str(aria2_list(game, url))],
                     fresh_folder(target))
     ours = bench.launcher(url)
-    # What a contestant leaves unwritten must not slow down the next one.
+    # Unwritten data of one program must not slow down the next one.
     for command in (ours, curl, synced, aria2):
         command.prepare = settled(command.prepare)
     alternate([ours, synced, curl, aria2], bench.rounds)
     check_install(ours, game)
-    # Ours is on the disk when it ends, so the peer that also is gives the ratio.
+    # Our program flushes its files, so the ratio refers to the peer that also does.
     table(f"Fresh install of 5,000 files, {game.total() / 1e6:.0f} MB, 4 connections", [synced, ours, curl, aria2],
           synced)
 
@@ -221,7 +221,7 @@ def archives(bench):
 
 
 def extract(bench, game, count):
-    """Several archives: as many at a time as there are cores, the peers as processes of their own."""
+    """Several archives, one per core at a time; one process per archive for the peers."""
     packed = [game.folder / f"game{number}.zip" for number in range(count)]
     for number, archive in enumerate(packed):
         game.zip_to(archive, game.files[number::count])
@@ -229,7 +229,7 @@ def extract(bench, game, count):
     at_a_time = min(count, len(os.sched_getaffinity(0)))
 
     def peer(program, command):
-        # Each archive into a folder of its own: processes that make the same ones trip over each other.
+        # Extract each archive into its own folder: processes that create the same folders can fail.
         each = [f"mkdir {target}/{number} && {command.format(archive=archive, folder=f'{target}/{number}')}"
                 for number, archive in enumerate(packed)]
         return shell(program if count == 1 else f"{program}, {at_a_time} at a time",
@@ -267,8 +267,8 @@ BENCHMARKS = {"manifest": manifest_text, "install": fresh_install, "large": one_
 def main():
     parser = argparse.ArgumentParser(prog="bench/run", description="Measures the engine beside its peers.")
     parser.add_argument("--bin", required=True, help=argparse.SUPPRESS)
-    parser.add_argument("--rounds", type=int, default=5, help="runs of each contestant (default 5)")
-    parser.add_argument("--scratch", help="where samples and installations are made (needs 8 GB)")
+    parser.add_argument("--rounds", type=int, default=5, help="runs of each program (default 5)")
+    parser.add_argument("--scratch", help="folder for samples and installations (needs 8 GB)")
     parser.add_argument("benchmark", nargs="*", help="any of: " + ", ".join(BENCHMARKS) + " (default all)")
     options = parser.parse_args()
     for name in options.benchmark:

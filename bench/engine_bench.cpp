@@ -1,4 +1,4 @@
-// What costs processor time only: reading a manifest, and the saves of the local record.
+// Benchmarks of processor time: reading a manifest, and saving the local record.
 
 #include <algorithm>
 #include <filesystem>
@@ -56,7 +56,7 @@ void WholeManifest(benchmark::State& state) {
 }
 BENCHMARK(WholeManifest)->Unit(benchmark::kMillisecond);
 
-/// One install's worth of entries and saves; `shuffled` is what a manifest out of path order costs.
+/// The entries and saves of one install; `shuffled` for a manifest that is not sorted by path.
 void RecordSaves(benchmark::State& state, bool shuffled) {
   const auto files = static_cast<std::size_t>(state.range(0));
   patcher::PatchManifest manifest;

@@ -1,4 +1,4 @@
-"""Runs commands in turn and keeps time, processor time and peak memory of each run."""
+"""Runs commands alternately and records the time, processor time and peak memory of each run."""
 
 import os
 import statistics
@@ -10,7 +10,7 @@ from dataclasses import dataclass, field
 
 @dataclass
 class Command:
-    """One contestant. `prepare` runs before each run, outside the measured time."""
+    """One command. `prepare` is called before each run and is not measured."""
 
     name: str
     argv: list
@@ -18,7 +18,7 @@ class Command:
     runs: list = field(default_factory=list)
 
     def wall(self):
-        """The fastest run: what other programs on the machine disturbed least."""
+        """The fastest run, which other programs on the machine disturbed least."""
         return min(run[0] for run in self.runs)
 
     def median(self):
@@ -35,7 +35,7 @@ def run_once(command):
     if command.prepare:
         command.prepare()
     with open(os.devnull, "r+b") as null, tempfile.NamedTemporaryFile("r") as peak:
-        # Through `time`, which is small: a process inherits the peak memory of the one that started it.
+        # Started by `time`, which is small, because a process inherits the peak memory of its parent.
         argv = ["/usr/bin/time", "-q", "-f", "%M", "-o", peak.name, *command.argv]
         start = time.perf_counter()
         process = subprocess.Popen(argv, stdin=null, stdout=null, stderr=subprocess.PIPE)
@@ -51,14 +51,14 @@ def run_once(command):
 
 
 def alternate(commands, rounds):
-    """One run of each command a round, so that what disturbs the machine disturbs all of them."""
+    """Runs each command once per round, so that other load on the machine affects all commands."""
     for _ in range(rounds):
         for command in commands:
             run_once(command)
 
 
 def table(title, commands, base=None, extra=None):
-    """`base`: the peer that ratios refer to. `extra`: a further column, title and text per command."""
+    """`base`: the peer for the ratios. `extra`: an additional column, a title and one text per command."""
     print(f"\n### {title}\n")
     heads = ["", "fastest s", "median s", "CPU s", "peak MiB"]
     if base:

@@ -86,7 +86,7 @@ class Game:
         while left > 0:
             start = source.randrange(len(pool) // 2)
             block = pool[start : start + left]
-            if compressible:  # hexadecimal digits: half their size when packed
+            if compressible:  # hexadecimal digits compress to half their size
                 block = block[:50_000].hex().encode()[:left]
             yield block
             left -= len(block)
@@ -101,7 +101,7 @@ class Game:
 
 
 def sizes_around(count, mean):
-    """Sizes of very different magnitude, as games have them, with the given mean."""
+    """Sizes as in a game, with a large variance and the given mean."""
     source = random.Random(2)
     raw = [source.lognormvariate(0, 1.3) for _ in range(count)]
     scale = mean * count / sum(raw)

@@ -1,4 +1,4 @@
-// The floor of a start with nothing to do: one parse of the manifest and one existence test a file.
+// The least work of a start without changes: parses the manifest once and tests whether each file exists.
 // Usage: start_floor MANIFEST DIRECTORY
 
 #include <cstdio>

@@ -1,5 +1,5 @@
-// The verification pass by itself, without a server and a page: VerifyFiles over a directory.
-// Usage: verify_tree MANIFEST DIRECTORY WORKERS
+// Runs only the verification pass (VerifyFiles) on a directory, without a server and a page. Usage:
+// verify_tree MANIFEST DIRECTORY WORKERS
 
 #include <cstdio>
 #include <cstdlib>
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Nobody looks.
+/// Ignores all events.
 class NoWindow final : public patcher::HostWindow {
  public:
   void PostEvent(const patcher::UiEvent& event) noexcept override { patcher::ReleasePayload(event); }

@@ -1,4 +1,4 @@
-# 32-bit Windows, cross-built with mingw-w64 in its POSIX-threads flavour (std::thread, std::mutex).
+# Cross-builds for 32-bit Windows with the POSIX-threads variant of mingw-w64 (for std::thread and std::mutex).
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_C_COMPILER i686-w64-mingw32-gcc-posix)

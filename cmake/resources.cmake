@@ -1,8 +1,8 @@
-# What programs carry inside: files of their own and, on Windows, what the system wants to know of a program.
+# Embeds files in programs and, on Windows, adds a version and a manifest.
 set(PATCHER_RESOURCES_DIR "${CMAKE_BINARY_DIR}/resources")
 set(PATCHER_PLATFORM_DIR "${CMAKE_CURRENT_LIST_DIR}/../Patcher/platform")
 
-# embed_resources(TARGET NUMBER FILE...): carries files inside a program, each under its number.
+# embed_resources(TARGET NUMBER FILE...): embeds files in a program, each with its number.
 function(embed_resources target)
   set(files "${ARGN}")
   set(depends "")
@@ -29,14 +29,14 @@ function(embed_resources target)
     set(source "${PATCHER_RESOURCES_DIR}/${target}_embedded_files.cpp")
     configure_file("${PATCHER_PLATFORM_DIR}/linux/embedded_files.cpp.in" "${source}" @ONLY)
     set_source_files_properties("${source}" PROPERTIES OBJECT_DEPENDS "${depends}"
-      # Link-time optimization splits what the assembler defines from what uses it.
+      # Link-time optimization would separate the assembler's symbols from the code that uses them.
       COMPILE_OPTIONS -fno-lto)
     target_sources(${target} PRIVATE "${source}")
   endif()
 endfunction()
 
-# A version and a manifest: without one, Windows asks for an administrator to run a 32-bit program with "patch" in its
-# name. A program with a window has the icon, too.
+# Adds a version and a manifest. Without a manifest, Windows requires an administrator to run a 32-bit program with
+# "patch" in its name. A program with a window also gets the icon.
 function(describe_program target)
   set(depends "")
   set(EMBEDDED_ENTRIES "")
@@ -65,7 +65,7 @@ function(describe_program target)
   target_sources(${target} PRIVATE "${source}")
 endfunction()
 
-# describe_programs(FOLDER): every program that is built in this folder and below.
+# describe_programs(FOLDER): calls describe_program for each program in this folder and below.
 function(describe_programs folder)
   get_property(targets DIRECTORY "${folder}" PROPERTY BUILDSYSTEM_TARGETS)
   foreach(target ${targets})

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Shows the launcher at work on a sample game: publishes it, installs it, publishes a second version over it and
-updates, damages some files and repairs them, changes a setting, starts the game; all that first in words, through
-patcher-stdio, then in the launcher's window. With a display the window is the player's; without one it takes a tour by
-itself and leaves pictures.
+"""Demonstrates the launcher with a sample game: publishes it, installs it, publishes a second version and
+updates, damages some files and repairs them, changes a setting, and starts the game. This runs first as text with
+patcher-stdio, then in the launcher's window. With a display the user operates the window; without one a tour runs
+and saves pictures.
 
     demo.py --programs BUILD/bin --work DIRECTORY
 """
@@ -53,7 +53,7 @@ def check_installed(client, install):
 
 
 def damage(install, client):
-    """Flips a byte in some files and deletes others, as a bad disk and a careless player would."""
+    """Flips a byte in some files and deletes others."""
     rng = random.Random(3)
     names = sorted(name for name, data in tree(client).items() if data and name != "Tolmira.exe")
     chosen = rng.sample(names, 8)
@@ -105,7 +105,7 @@ def play(install):
 
 
 def show_window(programs, client, work, url):
-    """A second installation, through the launcher as players have it."""
+    """Makes a second installation with the launcher's window."""
     install = work / "jeu avec fenêtre"
     install.mkdir()
     shutil.copy2(programs / "Patcher", install)

@@ -1,4 +1,4 @@
-// The game of the sample: shows how the launcher has started it, on standard output and in a file beside it.
+// The sample's game: prints how the launcher started it, also to a file in its folder.
 
 #include <filesystem>
 #include <fstream>

@@ -9,13 +9,13 @@ import time
 
 TESTS = pathlib.Path(__file__).resolve().parents[2] / "tests"
 sys.path[:0] = [str(TESTS / "window"), str(TESTS / "scenario")]
-from display import Display  # noqa: E402  the tests' screen serves here too
+from display import Display  # noqa: E402  from the tests
 from launcher import wait_until  # noqa: E402
 
-# Places in the window, from its left and top, or from its right and bottom.
+# Points in the window, relative to its left and top edges; negative: to its right and bottom edges.
 TABS = {"accueil": (90, 228), "nouveautes": (195, 228), "parametres": (325, 228), "reparation": (450, 228)}
 FULL_SCREEN_SWITCH = (-105, 427)
-RIGHT_BUTTON = (-110, -55)  # ENREGISTRER, VERIFIER, REPARER, JOUER: each page's main one
+RIGHT_BUTTON = (-110, -55)  # the main button of each page: ENREGISTRER, VERIFIER, REPARER, JOUER
 NOTHING = (640, 120)  # the picture at the top
 
 
