@@ -265,7 +265,7 @@ BENCHMARKS = {"manifest": manifest_text, "install": fresh_install, "large": one_
 
 
 def main():
-    parser = argparse.ArgumentParser(prog="bench/run", description="Measures the engine beside its peers.")
+    parser = argparse.ArgumentParser(prog="bench/run", description="Measures the programs and their peers.")
     parser.add_argument("--bin", required=True, help=argparse.SUPPRESS)
     parser.add_argument("--rounds", type=int, default=5, help="runs of each program (default 5)")
     parser.add_argument("--scratch", help="folder for samples and installations (needs 8 GB)")

@@ -1,4 +1,4 @@
-"""A player's tour of the launcher's window on a screen that nobody sees: update, news, settings, repair, play, with a
+"""A player's tour of the launcher's window on a virtual screen: update, news, settings, repair, play, with a
 picture of each step."""
 import hashlib
 import pathlib

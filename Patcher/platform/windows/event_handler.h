@@ -57,9 +57,9 @@ class EventHandler final : public Interface {
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
     if (object == nullptr) return E_POINTER;
-    const bool known = IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, kInterfaceId<Interface>);
-    *object = known ? static_cast<Interface*>(this) : nullptr;
-    if (!known) return E_NOINTERFACE;
+    const bool isSupported = IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, kInterfaceId<Interface>);
+    *object = isSupported ? static_cast<Interface*>(this) : nullptr;
+    if (!isSupported) return E_NOINTERFACE;
     AddRef();
     return S_OK;
   }

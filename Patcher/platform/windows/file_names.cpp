@@ -15,11 +15,11 @@ constexpr std::wstring_view kRoot = L"C:\\";
 
 /// The full path that the system uses to open the file. The path of a device does not begin with kRoot.
 std::wstring Completed(std::string_view path) {
-  const std::wstring given = std::wstring(kRoot) + PathFromBytes(path).native();
-  std::wstring full(GetFullPathNameW(given.c_str(), 0, nullptr, nullptr), L'\0');
+  const std::wstring absolutePath = std::wstring(kRoot) + PathFromBytes(path).native();
+  std::wstring full(GetFullPathNameW(absolutePath.c_str(), 0, nullptr, nullptr), L'\0');
   const auto room = static_cast<DWORD>(full.size());
-  full.resize(GetFullPathNameW(given.c_str(), room, full.data(), nullptr));
-  return full.empty() ? given : full;
+  full.resize(GetFullPathNameW(absolutePath.c_str(), room, full.data(), nullptr));
+  return full.empty() ? absolutePath : full;
 }
 
 /// Replaces single characters only, as the file system's table does.

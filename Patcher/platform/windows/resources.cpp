@@ -5,10 +5,10 @@
 namespace platform {
 
 std::span<const std::byte> EmbeddedResource(int number) {
-  const HRSRC found = FindResourceW(nullptr, MAKEINTRESOURCEW(number), RT_RCDATA);
-  if (found == nullptr) return {};
-  const DWORD size = SizeofResource(nullptr, found);
-  const HGLOBAL loaded = LoadResource(nullptr, found);
+  const HRSRC resource = FindResourceW(nullptr, MAKEINTRESOURCEW(number), RT_RCDATA);
+  if (resource == nullptr) return {};
+  const DWORD size = SizeofResource(nullptr, resource);
+  const HGLOBAL loaded = LoadResource(nullptr, resource);
   if (size == 0 || loaded == nullptr) return {};
   const auto* bytes = static_cast<const std::byte*>(LockResource(loaded));
   if (bytes == nullptr) return {};

@@ -240,11 +240,11 @@ PointerState NativeWindow::Impl::PointerNow() {
 void NativeWindow::Impl::FillMinMaxInfo(MINMAXINFO& info) const {
   MONITORINFO monitor{};
   monitor.cbSize = sizeof monitor;
-  const bool known = GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor) != 0;
+  const bool hasMonitor = GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor) != 0;
   const Rect anySize{0, 0, INT_MAX, INT_MAX};
-  const Size minimum = owner.MinimumWindowSize(known ? Portable(monitor.rcWork) : anySize);
+  const Size minimum = owner.MinimumWindowSize(hasMonitor ? Portable(monitor.rcWork) : anySize);
   info.ptMinTrackSize = {minimum.width, minimum.height};
-  if (!known) return;
+  if (!hasMonitor) return;
   const MaximizedPlacement placement =
       owner.PlaceMaximized(Portable(monitor.rcMonitor), Portable(monitor.rcWork));
   info.ptMaxPosition = {placement.position.x, placement.position.y};
