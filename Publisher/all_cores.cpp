@@ -3,16 +3,17 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
-#include <mutex>
 #include <numeric>
 #include <thread>
 
+#include "platform/mutex.h"
 #include "shared/parallel_run.h"
 
 namespace patcher::publisher {
 namespace {
 
-/// Items up to this size take a moment each. Neighbours among them lie near each other on the disk.
+/// Items up to this size take little time, so they keep their order: neighbours are close to each other on
+/// the disk.
 constexpr std::uint64_t kSmall = 8u << 20;
 
 std::vector<std::size_t> LargestFirst(const std::vector<std::uint64_t>& sizes) {
@@ -33,7 +34,7 @@ void RunOnAllCores(const std::string& stage, const std::vector<std::uint64_t>& s
   std::vector<std::unique_ptr<FileHasher>> hashers;
   for (unsigned i = 0; i < threads; ++i) hashers.push_back(std::make_unique<FileHasher>(progress));
   progress.Begin(stage, sizes.size(), std::accumulate(sizes.begin(), sizes.end(), std::uint64_t{0}));
-  std::mutex lock;
+  platform::Mutex lock;
   std::exception_ptr failure;
   const bool ok =
       ParallelRun(order.size(), static_cast<int>(threads), [&](std::size_t number, unsigned worker) {
@@ -42,7 +43,7 @@ void RunOnAllCores(const std::string& stage, const std::vector<std::uint64_t>& s
           progress.ItemDone();
           return true;
         } catch (...) {
-          std::lock_guard guard(lock);
+          const platform::MutexLock guard(lock);
           if (!failure) failure = std::current_exception();
           return false;
         }

@@ -7,7 +7,8 @@
 namespace patcher::publisher {
 namespace {
 
-/// Bytes around the contents: headers, descriptors and names, each name twice, and the end of the directory.
+/// Bytes of an archive besides the contents: headers, descriptors, each name twice, and the end of the
+/// directory.
 constexpr std::uint64_t kBytesPerEntry = 92;
 constexpr std::uint64_t kBytesAtEnd = 22;
 

@@ -10,19 +10,19 @@
 
 namespace patcher::publisher {
 
-/// The archives that a version would have, without packing any.
+/// The archives that a version would have, without any of them being packed.
 struct ArchiveForecast {
-  /// Those that would be packed have an estimated size, and neither a name nor a digest.
+  /// New archives have an estimated size, no name and no digest.
   std::vector<PublishedArchive> archives;
   std::size_t toPack = 0;
   std::uint64_t bytesToPack = 0;  ///< estimated
-  /// What the published archives have made of 100 bytes of content; nothing if there are none. Then estimates
-  /// are as large as the content, which is an upper bound.
+  /// The size of the published archives in percent of their content; nothing if there are none. Then each
+  /// estimate is the size of the content, which is an upper bound.
   std::optional<double> percent;
 };
 
 /// `previous` may be null.
-ArchiveForecast ForecastArchives(const PatchManifest& manifest, const Publication* previous,
-                                 const ContentStore& store, const ArchiveLimits& limits);
+[[nodiscard]] ArchiveForecast ForecastArchives(const PatchManifest& manifest, const Publication* previous,
+                                               const ContentStore& store, const ArchiveLimits& limits);
 
 }  // namespace patcher::publisher

@@ -9,14 +9,14 @@
 
 namespace patcher::publisher {
 
-/// Deflates whole files in memory, in less time and into fewer bytes than the ZIP library does. Available in
-/// builds with libdeflate. One thread only. Takes the memory of the largest file that it has read, twice.
+/// Compresses files in memory, faster and better than the ZIP library. Works only in builds with libdeflate.
+/// One thread only. Needs memory for twice the largest file that it has read.
 class ArchivePacker {
  public:
-  /// The bytes of an entry, valid until the next call.
+  /// The data of an entry, valid until the next call.
   struct Entry {
     std::span<const char> bytes;
-    bool deflated = false;  ///< otherwise these are the content itself
+    bool deflated = false;  ///< false: `bytes` is the content itself
     std::uint32_t crc32 = 0;
   };
 
@@ -25,9 +25,9 @@ class ArchivePacker {
   ArchivePacker(const ArchivePacker&) = delete;
   ArchivePacker& operator=(const ArchivePacker&) = delete;
 
-  /// Reads a file of `size` bytes; deflates it if that saves more than a 32nd. Nothing if the file is above
-  /// 64 MiB or this build has no libdeflate. Raises PublishError.
-  std::optional<Entry> Pack(const std::filesystem::path& file, std::uint64_t size);
+  /// Reads a file of `size` bytes, and compresses it if that saves more than 1/32. Nothing if the file is
+  /// larger than 64 MiB or this build has no libdeflate. Raises PublishError.
+  [[nodiscard]] std::optional<Entry> Pack(const std::filesystem::path& file, std::uint64_t size);
 
  private:
   struct State;

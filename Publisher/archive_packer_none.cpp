@@ -1,4 +1,4 @@
-// The packer of builds without libdeflate.
+// ArchivePacker in builds without libdeflate.
 #include "archive_packer.h"
 
 namespace patcher::publisher {

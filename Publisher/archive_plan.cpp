@@ -11,7 +11,7 @@
 namespace patcher::publisher {
 namespace {
 
-/// Keeps archives below the number of entries from which ZIP needs its 64-bit form.
+/// Below the number of entries that requires the 64-bit form of ZIP.
 constexpr std::size_t kMaxEntries = 60000;
 
 using FilesByPath = std::unordered_map<std::string_view, const PatchFile*>;
@@ -54,44 +54,44 @@ class Planner {
   }
 
   bool MayBePacked(const PatchFile& file) const {
-    return file.size <= limits_.largestFile && MayStandInArchive(file.path);
+    return file.size <= limits_.largestFile && MayBeInArchive(file.path);
   }
 
   void TakeArchive(const PublishedArchive& archive) {
-    std::vector<const PatchFile*> survivors;
+    std::vector<const PatchFile*> unchangedFiles;
     for (const std::string& path : archive.bundle.files) {
       const auto file = files_.find(path);
       if (file == files_.end() || !IsUnchanged(*file->second) || !MayBePacked(*file->second)) continue;
-      if (taken_.insert(file->first).second) survivors.push_back(file->second);
+      if (taken_.insert(file->first).second) unchangedFiles.push_back(file->second);
     }
-    const bool whole = !survivors.empty() && survivors.size() == archive.bundle.files.size();
-    if (whole && isStored_(archive.bundle)) {
+    const bool isUnchanged = !unchangedFiles.empty() && unchangedFiles.size() == archive.bundle.files.size();
+    if (isUnchanged && isStored_(archive.bundle)) {
       plan_.push_back({archive.since, &archive.bundle, {}});
     } else {
       auto& loose = loose_[archive.since];
-      loose.insert(loose.end(), survivors.begin(), survivors.end());
+      loose.insert(loose.end(), unchangedFiles.begin(), unchangedFiles.end());
     }
   }
 
   void Pack(std::int32_t since, std::vector<const PatchFile*>& files) {
     std::sort(files.begin(), files.end(),
               [](const PatchFile* a, const PatchFile* b) { return a->path < b->path; });
-    PlannedArchive open{since, nullptr, {}};
+    PlannedArchive archive{since, nullptr, {}};
     std::uint64_t content = 0;
     for (const PatchFile* file : files) {
       if (file->size > limits_.content) {
         plan_.push_back({since, nullptr, {file}});
         continue;
       }
-      if (content + file->size > limits_.content || open.files.size() == kMaxEntries) {
-        plan_.push_back(std::move(open));
-        open = {since, nullptr, {}};
+      if (content + file->size > limits_.content || archive.files.size() == kMaxEntries) {
+        plan_.push_back(std::move(archive));
+        archive = {since, nullptr, {}};
         content = 0;
       }
-      open.files.push_back(file);
+      archive.files.push_back(file);
       content += file->size;
     }
-    if (!open.files.empty()) plan_.push_back(std::move(open));
+    if (!archive.files.empty()) plan_.push_back(std::move(archive));
   }
 
   static std::string_view FirstPath(const PlannedArchive& archive) {

@@ -2,13 +2,13 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <mutex>
 #include <string>
 #include <system_error>
 #include <unordered_set>
 
 #include "all_cores.h"
 #include "archive_writer.h"
+#include "platform/mutex.h"
 
 namespace patcher::publisher {
 namespace {
@@ -21,9 +21,9 @@ std::uint64_t ContentSize(const PlannedArchive& archive) {
   return bytes;
 }
 
-/// Names of the planned archives that are published already and are not what they should be.
-std::unordered_set<std::string> DamagedAmong(const std::vector<PlannedArchive>& plan, ContentProof& proof,
-                                             Progress& progress) {
+/// The names of the published archives in the plan that are damaged.
+std::unordered_set<std::string> DamagedAmong(const std::vector<PlannedArchive>& plan,
+                                             VerifiedContents& verified, Progress& progress) {
   std::vector<const PatchBundle*> kept;
   std::vector<std::uint64_t> sizes;
   for (const PlannedArchive& archive : plan) {
@@ -32,11 +32,11 @@ std::unordered_set<std::string> DamagedAmong(const std::vector<PlannedArchive>& 
     sizes.push_back(archive.kept->size);
   }
   std::unordered_set<std::string> damaged;
-  std::mutex lock;
+  platform::Mutex lock;
   RunOnAllCores("proving archives", sizes, progress, [&](std::size_t index, FileHasher& hasher) {
     const PatchBundle& archive = *kept[index];
-    if (!proof.IsSound(archive.name, archive.size, archive.sha256, hasher)) {
-      std::lock_guard guard(lock);
+    if (!verified.IsSound(archive.name, archive.size, archive.sha256, hasher)) {
+      const platform::MutexLock guard(lock);
       damaged.insert(archive.name);
     }
   });
@@ -44,13 +44,13 @@ std::unordered_set<std::string> DamagedAmong(const std::vector<PlannedArchive>& 
 }
 
 std::vector<PlannedArchive> PlanSoundArchives(const PatchManifest& manifest, const Publication* previous,
-                                              const ContentStore& store, ContentProof& proof,
+                                              const ContentStore& store, VerifiedContents& verified,
                                               const ArchiveLimits& limits, Progress& progress) {
   const auto isStored = [&store](const PatchBundle& archive) {
     return store.Has(archive.name, archive.size);
   };
   std::vector<PlannedArchive> plan = PlanArchives(manifest, previous, isStored, limits);
-  const std::unordered_set<std::string> damaged = DamagedAmong(plan, proof, progress);
+  const std::unordered_set<std::string> damaged = DamagedAmong(plan, verified, progress);
   if (damaged.empty()) return plan;
   for (const std::string& name : damaged) progress.Notice(name + " was damaged and is packed again");
   const auto isSound = [&](const PatchBundle& archive) {
@@ -59,13 +59,13 @@ std::vector<PlannedArchive> PlanSoundArchives(const PatchManifest& manifest, con
   return PlanArchives(manifest, previous, isSound, limits);
 }
 
-/// An archive that is being made.
+/// An archive that is being written.
 struct NewArchive {
   std::size_t number;  ///< in the plan
   fs::path unfinished;
 };
 
-/// Packs the archives that are not kept, in the work folder.
+/// Writes the new archives to the work folder.
 std::vector<NewArchive> PackArchives(const std::vector<PlannedArchive>& plan, const ContentStore& store,
                                      Progress& progress) {
   std::vector<NewArchive> archives;
@@ -84,8 +84,8 @@ std::vector<NewArchive> PackArchives(const std::vector<PlannedArchive>& plan, co
 }  // namespace
 
 ArchiveSet MakeArchives(const PatchManifest& manifest, const Publication* previous, const ContentStore& store,
-                        ContentProof& proof, const ArchiveLimits& limits, Progress& progress) {
-  const auto plan = PlanSoundArchives(manifest, previous, store, proof, limits, progress);
+                        VerifiedContents& verified, const ArchiveLimits& limits, Progress& progress) {
+  const auto plan = PlanSoundArchives(manifest, previous, store, verified, limits, progress);
   ArchiveSet set;
   for (const PlannedArchive& planned : plan) {
     set.archives.push_back({planned.kept != nullptr ? *planned.kept : PatchBundle{}, planned.since});

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "archive_plan.h"
-#include "content_proof.h"
 #include "content_store.h"
 #include "progress_line.h"
+#include "verified_contents.h"
 
 namespace patcher::publisher {
 
@@ -17,9 +17,10 @@ struct ArchiveSet {
   std::size_t built = 0;
 };
 
-/// Plans the archives, proves those that stay, and packs the others anew, on all cores. `previous` may be
-/// null. Raises PublishError.
-ArchiveSet MakeArchives(const PatchManifest& manifest, const Publication* previous, const ContentStore& store,
-                        ContentProof& proof, const ArchiveLimits& limits, Progress& progress);
+/// Plans the archives, verifies the published ones that stay, and packs the others, on all cores. `previous`
+/// may be null. Raises PublishError.
+[[nodiscard]] ArchiveSet MakeArchives(const PatchManifest& manifest, const Publication* previous,
+                                      const ContentStore& store, VerifiedContents& verified,
+                                      const ArchiveLimits& limits, Progress& progress);
 
 }  // namespace patcher::publisher

@@ -7,7 +7,7 @@
 
 #include <miniz.h>
 
-#include "archive_contents.h"
+#include "archive_check.h"
 #include "archive_packer.h"
 #include "platform/text.h"
 #include "publish_error.h"
@@ -20,14 +20,14 @@ namespace fs = std::filesystem;
 constexpr std::uint64_t kSampleSize = 65536;
 constexpr std::uint64_t kMaxSamples = 64;
 
-/// The library reads a file in blocks of this size.
+/// The ZIP library reads a file in blocks of this size.
 constexpr std::uint64_t kBlockSize = MZ_ZIP_MAX_IO_BUF_SIZE;
 
-/// Packed once and fetched by every player: time spent here is well spent.
+/// A slow level, since a file is compressed once and downloaded by every player.
 constexpr mz_uint kLevel = MZ_BEST_COMPRESSION;
 constexpr mz_uint kStored = MZ_NO_COMPRESSION;
 
-/// Bytes that quick packing makes of a sample, which is not changed by it.
+/// The size of a sample after fast compression.
 std::size_t PackedSize(const std::vector<char>& sample) {
   std::vector<char> packed(sample.size() + 1024);
   const mz_uint flags = tdefl_create_comp_flags_from_zip_params(MZ_BEST_SPEED, -15, MZ_DEFAULT_STRATEGY);
@@ -36,8 +36,8 @@ std::size_t PackedSize(const std::vector<char>& sample) {
   return size == 0 ? sample.size() : size;
 }
 
-/// Looks at samples from all over the file: what is already compressed or encrypted is stored, so that the
-/// player's machine does not unpack it for nothing.
+/// Compresses samples from the whole file. A file that is already compressed or encrypted is stored, to save
+/// players the time to unpack it.
 bool IsWorthPacking(const fs::path& file, std::uint64_t size) {
   std::ifstream in(file, std::ios::binary);
   std::size_t plain = 0;
@@ -100,7 +100,7 @@ class Writer {
     return static_cast<Writer*>(self)->Append(offset, static_cast<const char*>(bytes), size) ? size : 0;
   }
 
-  /// The library asks after each block that it has read whether its output is wanted at once.
+  /// The ZIP library calls this after each block that it has read.
   static mz_bool BlockIsRead(void* self) {
     static_cast<Writer*>(self)->Count(kBlockSize);
     return MZ_FALSE;
@@ -126,7 +126,7 @@ class Writer {
     Require(added, archive_);
   }
 
-  /// Counts bytes of the present entry, never more than it has.
+  /// Counts bytes of the current entry, but never more than it has.
   void Count(std::uint64_t bytes) {
     const std::uint64_t counted = std::min(bytes, uncounted_);
     uncounted_ -= counted;
@@ -144,10 +144,10 @@ class Writer {
   FileHasher& hasher_;
   ArchivePacker packer_;
   std::ofstream out_;
-  std::uint64_t end_ = 0;  ///< of what was written last
+  std::uint64_t end_ = 0;  ///< of the last write
   std::error_code writeError_;
-  std::uint64_t uncounted_ = 0;  ///< bytes of the present entry
-  bool countsWrites_ = false;    ///< stored entries are counted as they are written
+  std::uint64_t uncounted_ = 0;  ///< bytes of the current entry that are not counted yet
+  bool countsWrites_ = false;    ///< true: count bytes when they are written (stored entries)
   mz_zip_archive zip_;
 };
 
@@ -162,7 +162,7 @@ void WriteArchive(const fs::path& archive, const ContentStore& store,
 
 PatchBundle StoreArchive(const fs::path& archive, const ContentStore& store,
                          const std::vector<const PatchFile*>& files, std::int32_t since, FileHasher& hasher) {
-  // Players do not hash what they extract, so this is where a damaged content would slip through.
+  // Launchers do not hash extracted files, so only this check finds damaged content.
   const std::vector<std::string> findings = ArchiveFindings(archive, files, hasher);
   if (!findings.empty()) throw PublishError("a new archive " + findings.front());
   const FileContent content = hasher.Read(archive);

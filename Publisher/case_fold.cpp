@@ -24,7 +24,7 @@ bool IsAscii(std::string_view text) {
 
 bool IsHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 
-/// Folded characters have as many units as the others.
+/// A folded character has the same number of UTF-16 units.
 void FoldUnits(std::u16string& text) {
   for (std::size_t at = 0; at < text.size(); ++at) {
     if (!IsHighSurrogate(text[at]) || at + 1 == text.size()) {
@@ -40,7 +40,7 @@ void FoldUnits(std::u16string& text) {
 }  // namespace
 
 bool IsUtf8(std::string_view text) {
-  // What is broken comes back as a replacement character, which is another text.
+  // Invalid bytes become replacement characters, so the text changes.
   return IsAscii(text) || platform::WideToUtf8(platform::Utf8ToWide(text)) == text;
 }
 

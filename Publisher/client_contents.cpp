@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 using TakeFile = std::function<std::string(const ClientFile& file, std::size_t index, FileHasher& hasher)>;
 
-/// Calls `take`, which returns the digest, for each file. `readings`: how often each is read.
+/// Calls `take` for each file, which returns its digest. `readings` is how often each file is read.
 std::vector<PatchFile> ForEachFile(const ClientScan& scan, std::uint64_t readings, ContentNames& names,
                                    Progress& progress, const TakeFile& take) {
   std::vector<std::uint64_t> sizes;
@@ -34,23 +34,24 @@ void RequireSize(const ClientFile& file, const FileContent& content) {
   if (content.size != file.size) throw PublishError(file.path + " changed while it was being published");
 }
 
-class Storing {
+class ContentWriter {
  public:
-  Storing(const ContentStore& store, ContentNames& names, ContentProof& proof, Progress& progress)
-      : store_(store), names_(names), proof_(proof), progress_(progress) {
+  ContentWriter(const ContentStore& store, ContentNames& names, VerifiedContents& verified,
+                Progress& progress)
+      : store_(store), names_(names), verified_(verified), progress_(progress) {
     std::error_code error;
     const fs::path& root = store_.Root();
-    probablyStored_ = !fs::is_empty(root / "f", error) || fs::exists(root / "files", error);
+    hasContents_ = !fs::is_empty(root / "f", error) || fs::exists(root / "files", error);
   }
 
-  /// Of a client's file: once, and once more as the stored content or for its copy.
-  std::uint64_t Readings() const { return probablyStored_ ? 2 : 1; }
+  /// How often a client's file is read: once, and once more as its stored content or for its copy.
+  std::uint64_t Readings() const { return hasContents_ ? 2 : 1; }
 
-  /// Returns the digest. Where contents lie already, most are unchanged: they are read only. Otherwise one
-  /// pass reads, writes and hashes.
+  /// Returns the digest. If the store has contents, most files are unchanged, so the file is first only read
+  /// and hashed. Otherwise one pass reads, copies and hashes it.
   std::string Store(const ClientFile& file, std::size_t index, FileHasher& hasher) {
     const fs::path copy = store_.WorkFile(std::to_string(index));
-    if (probablyStored_) {
+    if (hasContents_) {
       const FileContent content = hasher.Read(file.place);
       RequireSize(file, content);
       if (IsSound(content, hasher) || LinkOldName(content, copy, hasher)) return content.digest;
@@ -66,47 +67,47 @@ class Storing {
     }
     if (present) progress_.Notice(name + " was damaged and is written again, from " + file.path);
     store_.PutInPlace(copy, store_.Place(name));
-    proof_.Written(name);
+    verified_.MarkSound(name);
     return content.digest;
   }
 
  private:
   bool IsSound(const FileContent& content, FileHasher& hasher) {
-    return proof_.IsSound(names_.NameOf(content.digest), content.size, content.digest, hasher);
+    return verified_.IsSound(names_.NameOf(content.digest), content.size, content.digest, hasher);
   }
 
-  /// What an earlier release has stored gets its new name without a second copy, if the file system can do
-  /// that.
+  /// Gives a content that an earlier release has stored its new name, without a second copy if the file
+  /// system has hard links.
   bool LinkOldName(const FileContent& content, const fs::path& link, FileHasher& hasher) {
     const std::string name = names_.NameOf(content.digest);
     const std::string oldName = ContentStore::OldFileName(content.digest);
     std::error_code error;
     if (fs::exists(store_.Place(name), error) ||
-        !proof_.IsSound(oldName, content.size, content.digest, hasher)) {
+        !verified_.IsSound(oldName, content.size, content.digest, hasher)) {
       return false;
     }
     fs::create_hard_link(store_.Place(oldName), link, error);
     if (error) return false;
     store_.PutInPlace(link, store_.Place(name));
-    proof_.Written(name);
+    verified_.MarkSound(name);
     return true;
   }
 
   const ContentStore& store_;
   ContentNames& names_;
-  ContentProof& proof_;
+  VerifiedContents& verified_;
   Progress& progress_;
-  bool probablyStored_ = false;
+  bool hasContents_ = false;
 };
 
 }  // namespace
 
 std::vector<PatchFile> StoreContents(const ClientScan& scan, const ContentStore& store, ContentNames& names,
-                                     ContentProof& proof, Progress& progress) {
-  Storing storing(store, names, proof, progress);
-  return ForEachFile(scan, storing.Readings(), names, progress,
+                                     VerifiedContents& verified, Progress& progress) {
+  ContentWriter writer(store, names, verified, progress);
+  return ForEachFile(scan, writer.Readings(), names, progress,
                      [&](const ClientFile& file, std::size_t index, FileHasher& hasher) {
-                       return storing.Store(file, index, hasher);
+                       return writer.Store(file, index, hasher);
                      });
 }
 

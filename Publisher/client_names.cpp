@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "case_fold.h"
+#include "platform/hex_digits.h"
 #include "shared/own_files.h"
 #include "update/manifest_paths.h"
 
@@ -13,7 +14,7 @@ namespace {
 
 /// The launcher reads entry names into a buffer of 1,024 bytes.
 constexpr std::size_t kMaxEntryName = 1023;
-/// Windows allows 260 characters for a whole path, and the install directory comes before these.
+/// Windows allows 260 characters for a full path, which begins with the install directory.
 constexpr std::size_t kLongPath = 200;
 constexpr std::size_t kMaxComponentUnits = 255;
 
@@ -45,7 +46,7 @@ std::string ComponentProblem(std::string_view component) {
   return {};
 }
 
-/// Calls `visit` with each directory that leads to the path: "a" and "a/b" of "a/b/c".
+/// Calls `visit` with each parent directory of the path: "a" and "a/b" for "a/b/c".
 template <typename Visitor>
 void ForEachDirectory(std::string_view path, Visitor visit) {
   for (std::size_t at = path.find('/'); at != std::string_view::npos; at = path.find('/', at + 1)) {
@@ -87,10 +88,10 @@ bool IsAscii(std::string_view text) {
 }
 
 bool IsDigest(std::string_view text) {
-  return text.size() == 64 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+  return text.size() == 64 && text.find_first_not_of(platform::kLowerHexDigits) == std::string_view::npos;
 }
 
-bool MayStandInArchive(std::string_view path) {
+bool MayBeInArchive(std::string_view path) {
   return path.size() <= kMaxEntryName && path.find("..") == std::string_view::npos;
 }
 
@@ -109,8 +110,8 @@ std::vector<std::string> PathClashes(const std::vector<std::string_view>& paths)
     ForEachDirectory(folded, [&](std::string_view directory) { directories.emplace(directory, path); });
   }
   for (const std::string_view path : paths) {
-    if (const auto aside = files.find(FoldCase(path) + ".old"); aside != files.end()) {
-      clashes.push_back(std::string(aside->second) + " is the name to which the launcher moves " +
+    if (const auto renamedFile = files.find(FoldCase(path) + ".old"); renamedFile != files.end()) {
+      clashes.push_back(std::string(renamedFile->second) + " is the name to which the launcher moves " +
                         std::string(path) + " when that is in use");
     }
     const auto directory = directories.find(FoldCase(path));

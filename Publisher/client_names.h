@@ -6,28 +6,28 @@
 
 namespace patcher::publisher {
 
-/// Why a path must not be published, as the end of a sentence; empty if it may. Refused is what the launcher
-/// refuses, what is no UTF-8, and what a Windows file system cannot hold.
-std::string NameProblem(std::string_view path);
+/// Why a path must not be published, as the end of a sentence; empty if it may. Refuses paths that the
+/// launcher refuses, that are not UTF-8, or that Windows cannot store.
+[[nodiscard]] std::string NameProblem(std::string_view path);
 
-/// Whether the entry is the launcher's or the player's own and stays with who has it: configuration,
+/// Whether the entry belongs to the launcher or the player, so that it is never published: configuration,
 /// record, log, settings, work files that every start of the launcher deletes. `path` may name a directory.
-bool BelongsToInstallation(std::string_view path, bool isDirectory);
+[[nodiscard]] bool BelongsToInstallation(std::string_view path, bool isDirectory);
 
-/// Whether the path may be too long below a player's install directory.
-bool IsLongForWindows(std::string_view path);
+/// Whether the path may be too long for Windows together with a player's install directory.
+[[nodiscard]] bool IsLongForWindows(std::string_view path);
 
-/// Whether all bytes are below 128. Other names depend on a player's code page on Windows.
-bool IsAscii(std::string_view text);
+/// Whether all bytes are below 128. On Windows other names depend on the player's code page.
+[[nodiscard]] bool IsAscii(std::string_view text);
 
-/// Whether the text is a SHA-256 as manifests give it: 64 lower-case hexadecimal digits.
-bool IsDigest(std::string_view text);
+/// Whether the text is a digest as in manifests: 64 lower-case hexadecimal digits.
+[[nodiscard]] bool IsDigest(std::string_view text);
 
-/// Whether the launcher would extract an archive's entry of this name.
-bool MayStandInArchive(std::string_view path);
+/// Whether the launcher extracts an archive's entry of this name.
+[[nodiscard]] bool MayBeInArchive(std::string_view path);
 
-/// A sentence for each pair of paths that a file system that ignores case cannot hold side by side, or that
-/// the launcher refuses together: a path and the same with ".old".
-std::vector<std::string> PathClashes(const std::vector<std::string_view>& paths);
+/// A sentence for each pair of paths that a case-insensitive file system cannot store together, or that the
+/// launcher refuses together: a path, and the same path with ".old".
+[[nodiscard]] std::vector<std::string> PathClashes(const std::vector<std::string_view>& paths);
 
 }  // namespace patcher::publisher

@@ -6,8 +6,9 @@
 
 namespace patcher::publisher {
 
-/// Gives the notices about a client: what stays out, patterns that match nothing, names that may fail on a
-/// player's machine. Raises PublishError if nothing can be published or something must not be.
-void GiveNotices(const ClientScan& scan, const Exclusions& exclusions, Progress& progress);
+/// Prints notices about a client: entries that are not published, patterns that match nothing, names that may
+/// fail on a player's machine. Raises PublishError if there is no file to publish or a file must not be
+/// published.
+void PrintNotices(const ClientScan& scan, const Exclusions& exclusions, Progress& progress);
 
 }  // namespace patcher::publisher

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A path as a message can show it.
+/// The path as text for a message, with invalid UTF-8 replaced.
 std::string Printable(std::string_view path) { return platform::WideToUtf8(platform::Utf8ToWide(path)); }
 
 class Scanner {

@@ -11,16 +11,16 @@ namespace patcher::publisher {
 
 namespace {
 
-/// Letters to insert, delete or replace to make one text of the other.
+/// The number of characters to insert, delete or replace to change one text into the other.
 std::size_t EditDistance(std::string_view from, std::string_view to) {
   std::vector<std::size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
   for (std::size_t i = 0; i < from.size(); ++i) {
     std::size_t diagonal = std::exchange(row[0], i + 1);
     for (std::size_t j = 0; j < to.size(); ++j) {
-      const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+      const std::size_t replacement = diagonal + (from[i] == to[j] ? 0 : 1);
       diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
+      row[j + 1] = std::min({replacement, diagonal + 1, row[j] + 1});
     }
   }
   return row.back();
@@ -53,19 +53,19 @@ CommandLine::CommandLine(const std::vector<OptionRule>& rules, const std::vector
 }
 
 std::filesystem::path CommandLine::Path(std::string_view name) {
-  const auto found = values_.find(name);
-  if (found == values_.end()) {
+  const auto entry = values_.find(name);
+  if (entry == values_.end()) {
     Fail(std::string(name) + " is missing");
     return {};
   }
-  return platform::PathFromUtf8(found->second.front());
+  return platform::PathFromUtf8(entry->second.front());
 }
 
 std::optional<std::int32_t> CommandLine::Number(std::string_view name, std::int32_t highest,
                                                 std::int32_t lowest) {
-  const auto found = values_.find(name);
-  if (found == values_.end()) return std::nullopt;
-  const std::string& text = found->second.front();
+  const auto entry = values_.find(name);
+  if (entry == values_.end()) return std::nullopt;
+  const std::string& text = entry->second.front();
   std::int32_t number = 0;
   const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (failure != std::errc() || end != text.data() + text.size() || number < lowest || number > highest) {
@@ -76,8 +76,8 @@ std::optional<std::int32_t> CommandLine::Number(std::string_view name, std::int3
 }
 
 std::vector<std::string> CommandLine::List(std::string_view name) const {
-  const auto found = values_.find(name);
-  return found != values_.end() ? found->second : std::vector<std::string>();
+  const auto entry = values_.find(name);
+  return entry != values_.end() ? entry->second : std::vector<std::string>();
 }
 
 void CommandLine::AllowOnly(unsigned task, std::string_view name) {

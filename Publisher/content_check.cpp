@@ -8,6 +8,7 @@
 #include "all_cores.h"
 #include "launcher_file.h"
 #include "launcher_store.h"
+#include "platform/hex_digits.h"
 #include "platform/text.h"
 #include "publish_error.h"
 #include "update/manifest_paths.h"
@@ -17,22 +18,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The digest, or its first digits, of which a name of the store is made; empty if it is made of none.
+/// The digest, or its first digits, in a name of the store; empty if the name has none.
 std::string DigestInName(const std::string& name) {
   const std::size_t end = std::min(name.find('.'), name.size());
   const std::size_t begin = name.find_last_of("/-", end) + 1;
   std::string digits = name.substr(begin, end - begin);
-  // The folder has the first digits.
+  // The folder's name is the first digits.
   if (name.starts_with("f/") && begin > 3) digits.insert(0, name, 2, begin - 3);
-  const bool isMade =
-      digits.size() >= 16 && digits.find_first_not_of("0123456789abcdef") == std::string::npos;
-  return isMade ? digits : std::string();
+  const bool isDigest =
+      digits.size() >= 16 && digits.find_first_not_of(platform::kLowerHexDigits) == std::string::npos;
+  return isDigest ? digits : std::string();
 }
 
 }  // namespace
 
 void ContentCheck::Expect(Expected expected) {
-  // A name that leaves the store is a finding of the document's check; nothing is read there.
+  // CheckDocument reports names that leave the store. Such files are not read.
   if (expected.name.empty() || !StaysInside(expected.name)) return;
   const auto [place, added] = places_.emplace(expected.name, contents_.size());
   if (added) {
@@ -71,11 +72,11 @@ void ContentCheck::AddLauncher(const Publication& publication, const std::string
                                  std::to_string(launcher.build));
     }
   } catch (const PublishError&) {
-    // Its content is a finding already.
+    // Run reports a file that cannot be read.
   }
 }
 
-void ContentCheck::AddTheRest() {
+void ContentCheck::AddOtherContents() {
   for (const char* folder : ContentStore::kContentFolders) {
     std::error_code error;
     if (!fs::exists(store_.Root() / folder, error) && !error) continue;

@@ -14,23 +14,24 @@
 
 namespace patcher::publisher {
 
-/// Reads contents of a store, each once, and compares them with what manifests and their names say.
+/// Reads contents of a store, each once, and compares them with the sizes and digests in manifests and with
+/// their names.
 class ContentCheck {
  public:
   ContentCheck(const ContentStore& store, Progress& progress, Findings& findings)
       : store_(store), progress_(progress), findings_(findings) {}
 
-  /// Adds the files, archives and launcher of a manifest. `whose` begins its findings.
+  /// Adds the files, archives and launcher of a manifest. Its findings begin with `whose`.
   void Add(const Publication& publication, const std::string& whose);
-  /// Adds what else is in the store under a name that is made of a digest. Raises PublishError if the store
-  /// cannot be listed.
-  void AddTheRest();
+  /// Adds all other files in the store with a digest in their name. Raises PublishError if the store cannot
+  /// be listed.
+  void AddOtherContents();
 
-  /// Reads all that was added, on all cores.
+  /// Reads all added contents, on all cores.
   void Run();
 
-  /// After Run: whether the content was added and nothing is wrong with it.
-  bool IsSound(const std::string& name) const;
+  /// Call this after Run. Whether the content was added and has no problem.
+  [[nodiscard]] bool IsSound(const std::string& name) const;
 
  private:
   struct Expected {
@@ -43,14 +44,14 @@ class ContentCheck {
 
   void Expect(Expected expected);
   void AddLauncher(const Publication& publication, const std::string& whose);
-  /// What is wrong; empty if nothing is.
-  std::string Problem(const Expected& expected, FileHasher& hasher) const;
+  /// The problem of a content; empty if there is none.
+  [[nodiscard]] std::string Problem(const Expected& expected, FileHasher& hasher) const;
 
   const ContentStore& store_;
   Progress& progress_;
   Findings& findings_;
   std::vector<Expected> contents_;
-  std::unordered_map<std::string, std::size_t> places_;  ///< by name: where in contents_
+  std::unordered_map<std::string, std::size_t> places_;  ///< indexes in contents_, by name
 };
 
 }  // namespace patcher::publisher

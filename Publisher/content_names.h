@@ -1,27 +1,27 @@
 #pragma once
 
-#include <mutex>
 #include <string>
 #include <unordered_map>
 
 #include "manifest_document.h"
+#include "platform/mutex.h"
 
 namespace patcher::publisher {
 
-/// Gives contents their names. A name is made of the first digits of the digest, since each player reads
-/// every name at every start. Should two contents ever have these digits in common, the second gets a name of
-/// all its digits: no name ever means two contents. Any thread.
+/// Gives contents their names. A name consists of the first digits of the digest and is short, since each
+/// player downloads all names at every start. If two contents have the same first digits, the second gets a
+/// name with all its digits, so a name never means two contents. Any thread.
 class ContentNames {
  public:
-  /// The names of a manifest, and the contents that they mean.
+  /// Adds the names of a manifest, with the digests of their contents.
   void Add(const Publication& publication);
 
-  /// The same for the same digest, always.
-  std::string NameOf(const std::string& digest);
+  /// Always returns the same name for the same digest.
+  [[nodiscard]] std::string NameOf(const std::string& digest);
 
  private:
-  std::mutex lock_;                                      ///< guards owners_
-  std::unordered_map<std::string, std::string> owners_;  ///< by name: the digest
+  platform::Mutex lock_;
+  std::unordered_map<std::string, std::string> owners_ PATCHER_GUARDED_BY(lock_);  ///< digests by name
 };
 
 }  // namespace patcher::publisher

@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kWorkFolder[] = ".publish";
-/// Hexadecimal digits in names of contents and archives: 64 bits.
+/// Hexadecimal digits in the names of contents and archives: 64 bits.
 constexpr std::size_t kDigits = 16;
 
 constexpr fs::perms kReadable = fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read;
@@ -36,7 +36,7 @@ void AddPermissions(const fs::path& place, fs::perms wanted) {
   if (!error && (present & wanted) != wanted) SetPermissions(place, present | wanted);
 }
 
-/// A missing folder, with the folders that lead to it.
+/// Makes a folder, and its missing parent folders.
 void MakeFolder(const fs::path& folder) {
   std::error_code error;
   if (fs::is_directory(folder, error)) return;
@@ -50,8 +50,8 @@ void MakeServedFolder(const fs::path& folder) {
   AddPermissions(folder, kReadable | kSearchable);
 }
 
-/// Two machines may share a folder whose file system has no locks, and their processes may have equal
-/// numbers.
+/// A random name, since machines may share a folder without locks, and process numbers of two machines may be
+/// equal.
 std::string NameOfThisProcess() {
   std::random_device random;
   return std::to_string(random()) + "-" + std::to_string(random());

@@ -51,7 +51,7 @@ void CheckArchives(const Publication& publication, Findings& findings) {
       if (files.count(path) == 0) {
         findings.Add(subject, "it lists " + path + ", which is no file of the manifest");
       }
-      if (!MayStandInArchive(path)) findings.Add(subject, "launchers do not extract " + path);
+      if (!MayBeInArchive(path)) findings.Add(subject, "launchers do not extract " + path);
     }
   }
 }

@@ -5,9 +5,8 @@
 
 namespace patcher::publisher {
 
-/// Checks what a manifest says, without the store: that launchers accept its paths and names, that digests
-/// are digests, that no path is listed twice, neither as a file nor in archives, and that archives list files
-/// of the manifest.
+/// Checks a manifest without its contents: launchers accept its paths and names, digests have the right form,
+/// no path is listed twice, neither as a file nor in archives, and archives list only files of the manifest.
 void CheckDocument(const Publication& publication, Findings& findings);
 
 }  // namespace patcher::publisher

@@ -11,33 +11,33 @@
 
 namespace patcher::publisher {
 
-/// What the launcher will fetch to bring an installation up to a publication.
+/// What the launcher downloads to update an installation to a publication.
 struct DownloadCost {
-  std::size_t files = 0;     ///< files that are missing or of another content
-  std::size_t archives = 0;  ///< that it will use: none if single files cost fewer bytes
+  std::size_t files = 0;     ///< files that are missing or have other content
+  std::size_t archives = 0;  ///< archives that it uses; 0 if single files need fewer bytes
   std::uint64_t bytes = 0;
-  bool isEstimate = false;  ///< it depends on an archive that is not packed yet
+  bool isEstimate = false;  ///< true: depends on an archive that is not packed yet
 };
 
-/// `installed` is the version that the player has completely, or null for an empty directory. An archive
-/// without a digest is not packed yet.
-DownloadCost CostOfUpdate(const Publication& current, const PatchManifest* installed);
+/// `installed` is the complete version that the player has, or null for a new player. An archive without a
+/// digest is not packed yet.
+[[nodiscard]] DownloadCost CostOfUpdate(const Publication& current, const PatchManifest* installed);
 
-/// A line of the table.
+/// One line of the table.
 struct DownloadRow {
-  std::size_t behind = 0;    ///< versions that were live since the player's; 0: a new player
-  std::int32_t version = 0;  ///< the player's; 0: a new player
+  std::size_t behind = 0;    ///< how many live versions the player is behind; 0: a new player
+  std::int32_t version = 0;  ///< version that the player has; 0: a new player
   DownloadCost cost;
 };
 
-/// A new player, and players of the newest earlier versions that were live.
-std::vector<DownloadRow> DownloadRows(const ContentStore& store, const History& history,
-                                      const Publication& current);
+/// Rows for a new player, and for players with one of the latest earlier versions that were live.
+[[nodiscard]] std::vector<DownloadRow> DownloadRows(const ContentStore& store, const History& history,
+                                                    const Publication& current);
 
-/// The rows below a line of headings, without the last line feed.
-std::string DownloadTable(const std::vector<DownloadRow>& rows);
+/// The table as text: a line of headings and the rows, without the last line feed.
+[[nodiscard]] std::string DownloadTable(const std::vector<DownloadRow>& rows);
 
-/// An array with an object for each row.
-MiniJson::Value JsonDownloads(const std::vector<DownloadRow>& rows);
+/// The table as JSON: an array with an object for each row.
+[[nodiscard]] MiniJson::Value JsonDownloads(const std::vector<DownloadRow>& rows);
 
 }  // namespace patcher::publisher

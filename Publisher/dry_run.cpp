@@ -17,10 +17,10 @@ using MiniJson::Value;
 
 constexpr std::size_t kLargestListed = 10;
 
-/// What a server that has the present store lacks.
+/// What has to be uploaded to a server that has the current store.
 struct Upload {
   Amount contents;
-  Amount renamed;  ///< of these: in the store under the names of an earlier release
+  Amount renamed;  ///< those that the store has under names of an earlier release
   std::size_t archives = 0;
   std::uint64_t archiveBytes = 0;  ///< estimated
   std::uint64_t launcherBytes = 0;
@@ -40,13 +40,13 @@ Upload UploadOf(const DryRun& run, const ArchiveForecast& forecast) {
   }
   upload.archives = forecast.toPack;
   upload.archiveBytes = forecast.bytesToPack;
-  Publication whole = run.next;
-  for (PublishedArchive& archive : whole.archives) {
+  Publication publication = run.next;
+  for (PublishedArchive& archive : publication.archives) {
     if (!archive.bundle.sha256.empty()) continue;
     archive.bundle.sha256.assign(64, '0');
     archive.bundle.name = ContentStore::ArchiveName(archive.since, archive.bundle.sha256);
   }
-  upload.manifestBytes = ManifestText(whole).size();
+  upload.manifestBytes = ManifestText(publication).size();
   return upload;
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What version control and desktops leave in folders.
+/// Files of version control systems and desktops.
 constexpr std::array<std::string_view, 10> kStrayNames{
     ".git",      ".gitattributes", ".gitignore",  ".svn",     ".hg",
     ".DS_Store", "Thumbs.db",      "desktop.ini", "__MACOSX", kIgnoreFile};

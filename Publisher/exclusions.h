@@ -9,21 +9,22 @@
 
 namespace patcher::publisher {
 
-/// The file in a client directory that lists patterns, one a line; "#" begins a comment.
+/// A file in the client directory with one pattern in each line; "#" starts a comment.
 inline constexpr char kIgnoreFile[] = ".publishignore";
 
-/// What stays out of a publication: what belongs to an installation, what belongs in no client at all, and
-/// what the publisher's patterns name. A folder stays out with all that is in it.
+/// Decides which entries are not published: those that belong to an installation, those that belong in no
+/// client, and those that match the publisher's patterns. If a folder is excluded, so is its content.
 class Exclusions {
  public:
-  /// Adds the patterns of the client's ignore file. Raises PublishError if that cannot be read.
+  /// Also reads the patterns of the client's ignore file. Raises PublishError if it cannot be read.
   Exclusions(const std::filesystem::path& client, const std::vector<std::string>& patterns);
 
-  /// Why the entry stays out, for a notice; empty if it is to be published. `path` is relative to the client.
-  std::string Reason(std::string_view path, bool isDirectory);
+  /// Why the entry is not published, for a notice; empty if it is published. `path` is relative to the
+  /// client.
+  [[nodiscard]] std::string Reason(std::string_view path, bool isDirectory);
 
-  /// Patterns for which Reason has found nothing so far.
-  std::vector<std::string> Unused() const;
+  /// The patterns that have not matched in a call of Reason so far.
+  [[nodiscard]] std::vector<std::string> Unused() const;
 
  private:
   struct Rule {

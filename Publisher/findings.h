@@ -1,32 +1,34 @@
 #pragma once
 
 #include <algorithm>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/mutex.h"
+
 namespace patcher::publisher {
 
-/// What a check has found, a sentence each. Any thread.
+/// The findings of a check, one sentence each. Any thread.
 class Findings {
  public:
   void Add(const std::string& subject, const std::string& what) { Add(subject + ": " + what); }
   void Add(std::string finding) {
-    std::lock_guard guard(lock_);
+    const platform::MutexLock guard(lock_);
     findings_.push_back(std::move(finding));
   }
 
-  /// Call when all has been added.
-  std::vector<std::string> Sorted() const {
+  /// The findings so far, sorted.
+  [[nodiscard]] std::vector<std::string> Sorted() const {
+    const platform::MutexLock guard(lock_);
     std::vector<std::string> findings = findings_;
     std::sort(findings.begin(), findings.end());
     return findings;
   }
 
  private:
-  std::mutex lock_;  ///< guards findings_
-  std::vector<std::string> findings_;
+  mutable platform::Mutex lock_;
+  std::vector<std::string> findings_ PATCHER_GUARDED_BY(lock_);
 };
 
 }  // namespace patcher::publisher

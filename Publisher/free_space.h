@@ -6,8 +6,9 @@
 
 namespace patcher::publisher {
 
-/// Compares the free space with the files whose contents cannot be in the store, since it has none of their
-/// size. Raises PublishError if these do not fit. A notice if they do, but perhaps not with their archives.
+/// Compares the free space with the size of the new contents: files of a size that no stored content has.
+/// Raises PublishError if they do not fit. Prints a notice if they fit, but perhaps not together with their
+/// archives.
 void RequireSpace(const ClientScan& scan, const ContentStore& store, Progress& progress);
 
 }  // namespace patcher::publisher

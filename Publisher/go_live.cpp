@@ -32,11 +32,11 @@ class LiveSwitch {
   void Run() {
     RequireStore(store_);
     const StoreSession session(store_);
-    ReadPresent();
+    ReadCurrent();
     if (live_) KeepCopy(store_, *live_);
     history_ = ReadHistory(store_);
     ReadNext();
-    Prove();
+    Verify();
     const bool already = IsLive();
     report_.Add("version", static_cast<std::uint64_t>(request_.version));
     report_.Add("already", MiniJson::Value::MakeBool(already));
@@ -45,7 +45,7 @@ class LiveSwitch {
       return;
     }
     next_.sequence = NextSequence(history_, Live());
-    next_.text = signer_.Finished(ManifestText(next_));
+    next_.text = signer_.WithSignature(ManifestText(next_));
     PutLive(store_, next_);
     Finish(Name() + " is live" + Summary(), live_ ? std::optional(live_->manifest.version) : std::nullopt);
   }
@@ -54,8 +54,8 @@ class LiveSwitch {
   const Publication* Live() const { return live_ ? &*live_ : nullptr; }
   std::string Name() const { return "version " + std::to_string(request_.version); }
 
-  /// A damaged manifest is one of the reasons to be here.
-  void ReadPresent() {
+  /// Going live also replaces a damaged manifest, so that is not an error.
+  void ReadCurrent() {
     try {
       live_ = ReadPublication(store_.ManifestFile());
     } catch (const PublishError& error) {
@@ -68,7 +68,7 @@ class LiveSwitch {
       throw PublishError("the history has no " + Name() + ListOfVersions());
     }
     next_ = ReadCopy(store_, request_.version);
-    // What is live may be damaged: then the copy has to say whether players are used to signatures.
+    // If the live manifest is damaged, the signature of the copy decides whether players expect one.
     signer_.RequireKeyAfter(live_ ? Live() : &next_);
     next_.held = false;
     if (!request_.allowOlderLauncher) {
@@ -85,8 +85,8 @@ class LiveSwitch {
     return text;
   }
 
-  /// What archives hold was proven when they were packed: their digests are enough.
-  void Prove() {
+  /// The content of archives was verified when they were packed, so their digests are enough.
+  void Verify() {
     Findings findings;
     CheckDocument(next_, findings);
     ContentCheck contents(store_, progress_, findings);
@@ -97,14 +97,14 @@ class LiveSwitch {
       throw PublishError(Name() + " cannot go live, " + std::to_string(sentences.size()) +
                          " findings: " + sentences.front());
     }
-    Announce(next_, ProveLauncher(LauncherOf(next_), store_, progress_));
+    Announce(next_, VerifyLauncher(LauncherOf(next_), store_, progress_));
   }
 
-  /// Of what follows the JSON value only the signature counts, and the blanks of the value do not.
+  /// Compares the JSON values without white space. Of the text after them only the signature counts.
   bool IsLive() {
     if (!live_ || live_->manifest.version != request_.version) return false;
     next_.sequence = live_->sequence;
-    return JsonText(*live_) == JsonText(next_) && signer_.IsContentWith(*live_);
+    return JsonText(*live_) == JsonText(next_) && signer_.Accepts(*live_);
   }
 
   std::string Summary() {

@@ -23,15 +23,15 @@ std::vector<std::int32_t> VersionsInFolder(const ContentStore& store) {
     const std::string name = platform::Utf8FromPath(entry->path().stem());
     std::int32_t version = 0;
     const auto [rest, failure] = std::from_chars(name.data(), name.data() + name.size(), version);
-    const bool whole = failure == std::errc() && rest == name.data() + name.size();
-    if (whole && version > 0 && entry->path() == HistoryFile(store, version)) versions.push_back(version);
+    const bool isNumber = failure == std::errc() && rest == name.data() + name.size();
+    if (isNumber && version > 0 && entry->path() == HistoryFile(store, version)) versions.push_back(version);
   }
   if (error) throw FileError("cannot list", store.HistoryFolder(), error);
   std::sort(versions.begin(), versions.end(), std::greater<>());
   return versions;
 }
 
-/// A copy that is not what its name says is no copy.
+/// Raises PublishError if a copy contains another version than its name says.
 void RequireCopyOf(std::int32_t version, std::int32_t present, const fs::path& file) {
   if (version == present) return;
   throw PublishError(platform::Utf8FromPath(file) + " is the manifest of version " + std::to_string(present));
@@ -73,9 +73,9 @@ History ReadHistory(const ContentStore& store) {
 }
 
 const PublishedVersion* FindVersion(const History& history, std::int32_t version) {
-  const auto found = std::find_if(history.begin(), history.end(),
+  const auto entry = std::find_if(history.begin(), history.end(),
                                   [version](const PublishedVersion& v) { return v.version == version; });
-  return found != history.end() ? &*found : nullptr;
+  return entry != history.end() ? &*entry : nullptr;
 }
 
 std::vector<const PublishedVersion*> ByTime(const History& history) {
@@ -83,7 +83,7 @@ std::vector<const PublishedVersion*> ByTime(const History& history) {
   for (const PublishedVersion& version : history) {
     if (!version.held && version.problem.empty()) versions.push_back(&version);
   }
-  // Manifests of earlier releases all have the sequence 0: their numbers order them.
+  // Manifests of earlier releases all have sequence 0. The stable sort keeps them ordered by version.
   std::stable_sort(
       versions.begin(), versions.end(),
       [](const PublishedVersion* a, const PublishedVersion* b) { return a->sequence > b->sequence; });
@@ -91,7 +91,7 @@ std::vector<const PublishedVersion*> ByTime(const History& history) {
 }
 
 std::uint64_t NextSequence(const History& history, const Publication* live) {
-  // A copy that cannot be read may have had a higher number than the others. Gaps do no harm.
+  // A copy that cannot be read may have a higher sequence than the others. Gaps do no harm.
   constexpr std::uint64_t kRoomForUnknown = 1000;
   std::uint64_t highest = live != nullptr ? live->sequence : 0;
   std::uint64_t room = 0;
@@ -117,7 +117,7 @@ void KeepCopy(const ContentStore& store, const Publication& live) {
     const auto kept = ReadPublication(copy);
     if (kept && kept->text == live.text) return;
   } catch (const PublishError&) {
-    // A copy that cannot be read is replaced as well.
+    // A copy that cannot be read is replaced too.
   }
   store.WriteDocument(copy, live.text);
   store.FlushFolder(store.HistoryFolder());

@@ -65,7 +65,7 @@ std::int32_t BuildOfWindowsProgram(const Program& program) {
 
 std::int32_t LauncherBuild(const fs::path& file, std::optional<std::int32_t> claimed) {
   const Program program = ReadProgram(file);
-  if (ExamineProgram(file) != ProgramFile::kWhole) {
+  if (ExamineProgram(file) != ProgramFile::kComplete) {
     throw PublishError("the launcher is no whole program for Windows or Linux");
   }
   if (IsForLinux(program)) {

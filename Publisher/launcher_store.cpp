@@ -15,15 +15,15 @@ AnnouncedLauncher StoreLauncher(const fs::path& file, std::int32_t build, const 
   const fs::path copy = store.WorkFile("launcher");
   FileHasher hasher(progress);
   const FileContent content = hasher.Copy(file, copy);
-  // What is published is the copy: the file may have been built anew since its number was read.
-  LauncherBuild(copy, build);
+  // Checks the copy, which is published: the file may have changed since its number was read.
+  static_cast<void>(LauncherBuild(copy, build));
   AnnouncedLauncher launcher{build, ContentStore::LauncherName(content.digest), content.digest};
   store.PutInPlace(copy, store.Place(launcher.name));
   return launcher;
 }
 
-AnnouncedLauncher ProveLauncher(const AnnouncedLauncher& launcher, const ContentStore& store,
-                                Progress& progress) {
+AnnouncedLauncher VerifyLauncher(const AnnouncedLauncher& launcher, const ContentStore& store,
+                                 Progress& progress) {
   if (launcher.name.empty()) return launcher;
   FileHasher hasher(progress);
   std::string problem;

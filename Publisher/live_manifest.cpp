@@ -10,7 +10,7 @@
 namespace patcher::publisher {
 namespace {
 
-bool IsThere(const ContentStore& store, const Publication& publication) {
+bool HasAllContents(const ContentStore& store, const Publication& publication) {
   const PatchManifest& manifest = publication.manifest;
   return std::all_of(manifest.files.begin(), manifest.files.end(),
                      [&](const PatchFile& file) { return store.Has(file.url, file.size); }) &&
@@ -31,9 +31,9 @@ std::optional<Publication> FindLive(const ContentStore& store, const History& hi
                          version.problem + ". --live N puts a version before players");
     }
   }
-  const auto lived = ByTime(history);
-  if (lived.empty()) return std::nullopt;
-  return ReadCopy(store, lived.front()->version);
+  const auto versions = ByTime(history);
+  if (versions.empty()) return std::nullopt;
+  return ReadCopy(store, versions.front()->version);
 }
 
 std::optional<Publication> ReadLive(const ContentStore& store, const History& history, Progress& progress) {
@@ -41,7 +41,7 @@ std::optional<Publication> ReadLive(const ContentStore& store, const History& hi
   std::error_code error;
   if (!live || std::filesystem::exists(store.ManifestFile(), error) || error) return live;
   const std::string version = std::to_string(live->manifest.version);
-  if (IsThere(store, *live)) {
+  if (HasAllContents(store, *live)) {
     store.WriteDocument(store.ManifestFile(), live->text);
     store.FlushFolder(store.Root());
     progress.Notice("version.json was missing: version " + version + " is live again, from the history");

@@ -11,20 +11,23 @@
 
 namespace patcher::publisher {
 
-/// The manifest that players get; nothing if nothing is live. If it is missing although the history has
-/// versions that were live, it was lost: the last of them is returned, and put back if all its contents are
-/// there. Raises PublishError if the manifest is damaged, or if it was lost and the history is damaged too.
-std::optional<Publication> ReadLive(const ContentStore& store, const History& history, Progress& progress);
+/// Reads the manifest that players get; nothing if no version is live. If it is missing but the history has
+/// versions that were live, returns the latest of them, and writes it as the manifest again if all its
+/// contents exist. Raises PublishError if the manifest is damaged, or if it is missing and the history is
+/// damaged too.
+[[nodiscard]] std::optional<Publication> ReadLive(const ContentStore& store, const History& history,
+                                                  Progress& progress);
 
-/// The same without putting anything back.
-std::optional<Publication> FindLive(const ContentStore& store, const History& history);
+/// The same, but never writes.
+[[nodiscard]] std::optional<Publication> FindLive(const ContentStore& store, const History& history);
 
-/// Makes a manifest the live one, in one step, when the names of its contents are on the disk. Raises
-/// PublishError if that failed: then the former one is live. LaterStepError: it is live, but it may not
-/// survive a power cut, or it has no copy in the history.
+/// Flushes the names of all contents, then replaces the live manifest in one step. Raises PublishError if
+/// that failed and the previous manifest is still live. Raises LaterStepError if the new manifest is live,
+/// but a power cut may still undo that, or it has no copy in the history.
 void PutLive(const ContentStore& store, const Publication& next);
 
-/// Does what follows a publication; turns any exception into a LaterStepError that begins with `done`.
+/// Runs a step after a publication. Replaces any exception by a LaterStepError with a text that begins with
+/// `done`.
 void DoLaterStep(const std::string& done, const std::function<void()>& step);
 
 }  // namespace patcher::publisher

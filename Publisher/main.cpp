@@ -2,6 +2,7 @@
 #include <string>
 #include <utility>
 
+#include "folder_check.h"
 #include "go_live.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
@@ -12,7 +13,6 @@
 #include "report.h"
 #include "signing.h"
 #include "status.h"
-#include "store_check.h"
 #include "upload_list.h"
 
 namespace {
@@ -69,7 +69,7 @@ int Check(const Options& options, Report& report) {
   return ReportCheck(result, options, report);
 }
 
-/// The public key is printed also when nothing else is to be.
+/// Prints the public key even with --quiet.
 void MakeKey(const Options& options, Report& report) {
   const std::string publicKey = patcher::publisher::MakeKeyFile(options.keyFile);
   if (!options.json) platform::WriteLine(publicKey);

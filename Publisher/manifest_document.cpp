@@ -29,7 +29,7 @@ using MiniJson::Kind;
 using MiniJson::Reader;
 using MiniJson::WriteString;
 
-/// Numbers of JSON are doubles here: above 2^53 they are not exact.
+/// JSON numbers are read as doubles, which are not exact above 2^53.
 template <typename Integer>
 constexpr double kHighest = std::min(static_cast<double>(std::numeric_limits<Integer>::max()),
                                      9007199254740992.0);
@@ -39,13 +39,13 @@ std::optional<std::string> ReadText(const fs::path& file) {
   std::error_code error;
   if (!fs::exists(file, error) && !error) return std::nullopt;
   if (error) throw FileError("cannot read", file, error);
-  // If it stays held, opening it below fails with the reason.
+  // If another program still holds the file, opening it below fails with the reason.
   static_cast<void>(RetryWhileHeld([&file] { return platform::FileReader(file).OpenError(); }));
   errno = 0;
   std::ifstream in(file, std::ios::binary);
   std::string text;
   std::array<char, 65536> block;
-  // A text above the limit is refused by its parser.
+  // The parser refuses a text above the limit.
   while (in && text.size() <= kMaxManifestSize) {
     errno = 0;
     in.read(block.data(), block.size());
@@ -59,7 +59,7 @@ PublishError NoManifest(const std::string& source, const std::string& reason) {
   return PublishError(source + " is no manifest: " + reason);
 }
 
-/// A whole number from 0 to the highest of its type; 0 for anything else.
+/// A number from 0 to the highest of its type, truncated; 0 for anything else.
 template <typename Integer>
 Integer ReadNumber(Reader& reader, Kind kind) {
   if (kind != Kind::Number) {
@@ -70,7 +70,7 @@ Integer ReadNumber(Reader& reader, Kind kind) {
   return number >= 0 && number <= kHighest<Integer> ? static_cast<Integer>(number) : Integer{0};
 }
 
-/// Empty for anything but a text.
+/// Empty if the value is not a text.
 std::string ReadString(Reader& reader, Kind kind) {
   std::string text;
   if (kind == Kind::String) {
@@ -83,7 +83,7 @@ std::string ReadString(Reader& reader, Kind kind) {
 
 using TakeMember = std::function<void(const std::string& key, Kind kind)>;
 
-/// Calls `take`, which reads or skips the value, for each member of a begun value.
+/// Calls `take` for each member of an object, to read or skip its value.
 void ForEachMember(Reader& reader, Kind kind, const TakeMember& take) {
   if (kind != Kind::Object) return reader.Skip(kind);
   std::string key;
@@ -169,7 +169,7 @@ void WriteFile(std::ostream& out, const PatchFile& file) {
   out << '}';
 }
 
-/// Launchers refuse a manifest as a whole; none that they would refuse may be published.
+/// A manifest that launchers would refuse must not be published.
 void RequireAcceptable(const std::string& text) {
   PatchManifest parsed;
   std::string reason;

@@ -36,7 +36,7 @@ NamePattern::NamePattern(std::string_view text) {
 bool NamePattern::Matches(std::string_view path, bool isDirectory) const {
   if (onlyDirectories_ && !isDirectory) return false;
   if (!wholePath_) path.remove_prefix(path.rfind('/') + 1);
-  // reached[i]: the first i tokens match what has been read so far.
+  // reached[i]: the first i tokens match the part of the path read so far.
   std::vector<char> reached(tokens_.size() + 1, 0);
   reached[0] = 1;
   const auto skipEmpty = [&] {

@@ -6,15 +6,15 @@
 
 namespace patcher::publisher {
 
-/// A pattern for paths below a directory. "*" matches any characters but "/", also none; "?" one of them;
-/// "**" any characters, also none. A pattern without "/" matches the name of a file or folder anywhere, one
-/// with "/" a path from the top; one that ends in "/" only folders. A backslash counts as "/". Case does not
-/// count.
+/// A pattern for paths below a directory. "*" matches any number of characters except "/", "?" one character
+/// except "/", "**" any number of any characters. A pattern without "/" matches the name of a file or folder
+/// at any depth; one with "/" matches a path from the top; one that ends in "/" matches only folders. A
+/// backslash counts as "/". Ignores case.
 class NamePattern {
  public:
   explicit NamePattern(std::string_view text);
 
-  bool Matches(std::string_view path, bool isDirectory) const;
+  [[nodiscard]] bool Matches(std::string_view path, bool isDirectory) const;
 
  private:
   enum class Kind { kCharacter, kOne, kAnyInName, kAny };

@@ -14,10 +14,10 @@ constexpr std::chrono::milliseconds kTerminalPause{200};
 constexpr std::chrono::seconds kShortestLogPause{5};
 constexpr std::chrono::minutes kLongestLogPause{1};
 
-/// Seconds after which a rate says something.
+/// Seconds before the first rate is shown.
 constexpr double kFirstRate = 1;
 
-/// Systems that have no such name get the sparse lines.
+/// False on systems without this name.
 bool StandardErrorIsTerminal() {
   std::error_code error;
   return std::filesystem::is_character_file("/dev/stderr", error);
@@ -25,12 +25,12 @@ bool StandardErrorIsTerminal() {
 
 /// "0:07", "12:30", "1:02:03".
 std::string ReadableSeconds(double seconds) {
-  const long long whole = std::llround(seconds);
+  const long long total = std::llround(seconds);
   std::array<char, 48> text{};
-  if (whole < 3600) {
-    std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
+  if (total < 3600) {
+    std::snprintf(text.data(), text.size(), "%lld:%02lld", total / 60, total % 60);
   } else {
-    std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
+    std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", total / 3600, total / 60 % 60, total % 60);
   }
   return text.data();
 }
@@ -75,7 +75,7 @@ void Progress::EmitIfDue() {
   const Clock::duration elapsed = Clock::now() - begin_;
   Clock::rep due = due_;
   if (elapsed.count() < due) return;
-  // Only one of several workers that see it due says it.
+  // Only one of several workers prints the line that is due.
   if (due_.compare_exchange_strong(due, (elapsed + Pause(elapsed)).count())) Emit(false);
 }
 
@@ -90,11 +90,11 @@ Progress::Clock::duration Progress::Pause(Clock::duration elapsed) const {
 }
 
 std::string Progress::Line(Clock::duration elapsed, bool last) const {
-  // Contents that need not be read a second time count less than was expected, damaged ones more.
-  const bool whole = items_ == totalItems_;
-  const std::uint64_t bytes = whole ? totalBytes_ : std::min<std::uint64_t>(bytes_, totalBytes_);
+  // The estimate was too high for contents that were not read twice, and too low for damaged ones.
+  const bool isComplete = items_ == totalItems_;
+  const std::uint64_t bytes = isComplete ? totalBytes_ : std::min<std::uint64_t>(bytes_, totalBytes_);
   std::string line = stage_ + ": " + std::to_string(items_) + "/" + std::to_string(totalItems_) + ", " +
-                     ReadableBytes(bytes) + (whole ? "" : " of " + ReadableBytes(totalBytes_));
+                     ReadableBytes(bytes) + (isComplete ? "" : " of " + ReadableBytes(totalBytes_));
   const double seconds = std::chrono::duration<double>(elapsed).count();
   if (seconds < kFirstRate || bytes == 0) return line;
   const double rate = static_cast<double>(bytes) / seconds;
@@ -106,7 +106,7 @@ std::string Progress::Line(Clock::duration elapsed, bool last) const {
 void Progress::Emit(bool last) {
   if (quiet_) return;
   std::string line = Line(Clock::now() - begin_, last);
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   const std::size_t length = line.size();
   if (terminal_) {
     if (length < lineLength_) line.append(lineLength_ - length, ' ');
@@ -120,7 +120,7 @@ void Progress::Emit(bool last) {
 
 void Progress::Notice(const std::string& text) {
   if (quiet_) return;
-  std::lock_guard guard(lock_);
+  const platform::MutexLock guard(lock_);
   std::fprintf(stderr, "%snotice: %s\n", terminal_ && lineLength_ > 0 ? "\n" : "", text.c_str());
   lineLength_ = 0;
 }

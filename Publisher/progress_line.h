@@ -4,23 +4,24 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string>
+
+#include "platform/mutex.h"
 
 namespace patcher::publisher {
 
-/// Reports on standard error how far long work has come, how fast it is and how long it will take: one line
-/// that is rewritten on a terminal, else a line now and then, ever more rarely. Also the place for notices,
-/// which must not run into that line. AddBytes, ItemDone and Notice may be called on any thread, the others
-/// on the main thread with no workers active.
+/// Prints the progress of long work to standard error, with its speed and the time left. On a terminal,
+/// rewrites one line; otherwise prints lines, less and less often. Also prints notices, which must not
+/// overwrite that line. Call AddBytes, ItemDone and Notice on any thread, the others on the main thread while
+/// no workers are active.
 class Progress {
  public:
-  /// A quiet one says nothing at all.
+  /// `quiet`: print nothing.
   explicit Progress(bool quiet);
 
-  /// Begins a stage, for example "hashing".
+  /// Starts a stage, for example "hashing".
   void Begin(const std::string& stage, std::size_t items, std::uint64_t bytes);
-  /// Counts nothing and says nothing while there is no stage.
+  /// Has no effect outside a stage.
   void AddBytes(std::uint64_t count);
   void ItemDone();
   /// Ends the stage with a last line.
@@ -32,8 +33,8 @@ class Progress {
   using Clock = std::chrono::steady_clock;
   void EmitIfDue();
   void Emit(bool last);
-  std::string Line(Clock::duration elapsed, bool last) const;
-  Clock::duration Pause(Clock::duration elapsed) const;
+  [[nodiscard]] std::string Line(Clock::duration elapsed, bool last) const;
+  [[nodiscard]] Clock::duration Pause(Clock::duration elapsed) const;
 
   const bool quiet_;
   const bool terminal_;
@@ -43,12 +44,12 @@ class Progress {
   Clock::time_point begin_;
   std::atomic<std::size_t> items_{0};
   std::atomic<std::uint64_t> bytes_{0};
-  std::atomic<Clock::rep> due_{0};  ///< time since begin_ at which the next line is due
-  std::mutex lock_;                 ///< guards standard error and lineLength_
-  std::size_t lineLength_ = 0;      ///< of the unfinished line on the terminal
+  std::atomic<Clock::rep> due_{0};                        ///< time after begin_ when the next line is due
+  platform::Mutex lock_;                                  ///< also guards standard error
+  std::size_t lineLength_ PATCHER_GUARDED_BY(lock_) = 0;  ///< of the unfinished line on the terminal
 };
 
 /// "12.3 MB" and the like; 1 MB is 1,000,000 bytes.
-std::string ReadableBytes(std::uint64_t bytes);
+[[nodiscard]] std::string ReadableBytes(std::uint64_t bytes);
 
 }  // namespace patcher::publisher

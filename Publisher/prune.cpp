@@ -54,7 +54,7 @@ std::vector<fs::path> UnusedBelow(const ContentStore& store, const char* folder,
   return unused;
 }
 
-/// What no kept version uses.
+/// The files that no kept version uses.
 struct PrunePlan {
   std::vector<fs::path> copies;
   std::vector<fs::path> contents;
@@ -85,7 +85,7 @@ PrunePlan PlanPruning(const ContentStore& store, const Publication& live, std::o
   return plan;
 }
 
-/// Deletes files. Goes on after a failure: what is left is deleted by the next pruning.
+/// Deletes files. Continues after a failure; the next pruning deletes the remaining files.
 class Deleter {
  public:
   /// Raises PublishError, at the end, if a file could not be deleted.
@@ -120,7 +120,7 @@ PruneResult Prune(const ContentStore& store, const Publication& live, std::optio
                   std::size_t keep) {
   const PrunePlan plan = PlanPruning(store, live, before, keep);
   Deleter deleter;
-  // The copies first: none that stays may name a missing content, not even after a power cut.
+  // Copies first, so that no remaining copy names a missing content, even after a power cut.
   deleter.Delete(plan.copies);
   store.FlushFolder(store.HistoryFolder());
   deleter.Delete(plan.contents);

@@ -32,8 +32,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Whether `inner` is in `outer` or is the same folder, however the two are spelled.
-bool LiesIn(const fs::path& inner, const fs::path& outer) {
+/// Whether `inner` is below `outer` or is the same folder. Their spelling does not matter.
+bool IsBelow(const fs::path& inner, const fs::path& outer) {
   std::error_code error;
   fs::path folder = fs::weakly_canonical(fs::absolute(inner), error);
   for (;;) {
@@ -43,7 +43,7 @@ bool LiesIn(const fs::path& inner, const fs::path& outer) {
   }
 }
 
-/// One publication on its way.
+/// The steps of one publication.
 class Publisher {
  public:
   Publisher(const PublishRequest& request, Report& report)
@@ -67,7 +67,7 @@ class Publisher {
     // A held version is signed when it goes live, and a dry run needs no key.
     if (!request_.hold && !request_.dryRun) signer_.RequireKeyAfter(Previous());
     const ClientScan scan = ScanClient(request_.client, exclusions);
-    GiveNotices(scan, exclusions, progress_);
+    PrintNotices(scan, exclusions, progress_);
     if (IsPublished(scan)) {
       report_.Add("already", MiniJson::Value::MakeBool(true));
       Finish(Name() + " is already published", Previous());
@@ -92,11 +92,11 @@ class Publisher {
       throw PublishError("the client directory " + platform::Utf8FromPath(request_.client) +
                          " does not exist");
     }
-    if (LiesIn(store_.Root(), request_.client) || LiesIn(request_.client, store_.Root())) {
+    if (IsBelow(store_.Root(), request_.client) || IsBelow(request_.client, store_.Root())) {
       throw PublishError("the client directory and the published folder must not lie in each other");
     }
     const fs::path& key = request_.signing.keyFile;
-    if (!key.empty() && (LiesIn(key, request_.client) || LiesIn(key, request_.www))) {
+    if (!key.empty() && (IsBelow(key, request_.client) || IsBelow(key, request_.www))) {
       throw PublishError("everybody would get the private key: it must not lie in " +
                          platform::Utf8FromPath(request_.client) + " or " +
                          platform::Utf8FromPath(request_.www));
@@ -115,7 +115,7 @@ class Publisher {
     newestLauncher_ = NewestLauncher(history_, Previous());
   }
 
-  /// The highest number that is known to have been published.
+  /// The highest published version that is known.
   std::int32_t HighestVersion() const {
     const std::int32_t live = previous_ ? previous_->manifest.version : 0;
     return history_.empty() ? live : std::max(live, history_.front().version);
@@ -141,8 +141,8 @@ class Publisher {
                        "announces it nevertheless");
   }
 
-  /// Whether an earlier run has published this version, from this client. Raises PublishError if the number
-  /// is used up in another way.
+  /// Whether an earlier run has published this version of this client. Raises PublishError if the number was
+  /// used for something else.
   bool IsPublished(const ClientScan& scan) {
     const PublishedVersion* copy = FindVersion(history_, version_);
     const bool isHeld = copy != nullptr && copy->held;
@@ -187,12 +187,12 @@ class Publisher {
   }
 
   void RequireSignature(const Publication& published) const {
-    if (signer_.IsContentWith(published)) return;
+    if (signer_.Accepts(published)) return;
     throw PublishError(Name() + " has been published with another signature, or without one: --live " +
                        std::to_string(version_) + " publishes it anew");
   }
 
-  /// A name that has ever been published keeps its meaning.
+  /// A published name must never get another content.
   void ReadNames() {
     if (previous_) names_.Add(*previous_);
     for (const PublishedVersion& version : history_) {
@@ -201,17 +201,17 @@ class Publisher {
   }
 
   void Prepare(const ClientScan& scan) {
-    ContentProof proof(store_);
+    VerifiedContents verified(store_);
     next_.manifest.version = version_;
-    next_.manifest.files = StoreContents(scan, store_, names_, proof, progress_);
+    next_.manifest.files = StoreContents(scan, store_, names_, verified, progress_);
     Announce(next_, Launcher());
-    ArchiveSet set = MakeArchives(next_.manifest, Previous(), store_, proof, request_.limits, progress_);
+    ArchiveSet set = MakeArchives(next_.manifest, Previous(), store_, verified, request_.limits, progress_);
     next_.archives = std::move(set.archives);
     archivesKept_ = set.kept;
     archivesBuilt_ = set.built;
     next_.sequence = NextSequence(history_, Previous());
     next_.held = request_.hold;
-    next_.text = signer_.Finished(ManifestText(next_));
+    next_.text = signer_.WithSignature(ManifestText(next_));
   }
 
   void Forecast(const ClientScan& scan) {
@@ -228,13 +228,13 @@ class Publisher {
     ReportDryRun({store_, history_, Previous(), request_.limits, std::move(next_), launcherBytes}, report_);
   }
 
-  /// The one that stays if no other is published.
+  /// The launcher that stays if the request has none.
   AnnouncedLauncher PublishedLauncher() const {
     return request_.allowOlderLauncher && previous_ ? LauncherOf(*previous_) : newestLauncher_;
   }
 
   AnnouncedLauncher Launcher() {
-    if (!request_.launcher) return ProveLauncher(PublishedLauncher(), store_, progress_);
+    if (!request_.launcher) return VerifyLauncher(PublishedLauncher(), store_, progress_);
     AnnouncedLauncher launcher = StoreLauncher(request_.launcher->file, launcherBuild_, store_, progress_);
     if (launcher.build == newestLauncher_.build && launcher.name != newestLauncher_.name) {
       progress_.Notice("another launcher with the published build number: players who have it keep it");
@@ -247,7 +247,7 @@ class Publisher {
     if (!path.empty()) {
       throw PublishError("the client directory changed while it was being published: " + path);
     }
-    // By hand, or from a machine that does not share the lock.
+    // Somebody may have replaced it by hand, or a machine that does not share the lock.
     const auto live = ReadPublication(store_.ManifestFile());
     if (live && (!previous_ || live->text != previous_->text)) {
       throw PublishError("version.json was replaced by another program in the meantime");
@@ -267,7 +267,7 @@ class Publisher {
     Finish(done, request_.hold ? Previous() : &next_);
   }
 
-  /// What follows a publication. `live` is what players get now; null if they get nothing.
+  /// The steps after the publication. `live` is what players get now; null if they get nothing.
   void Finish(const std::string& done, const Publication* live) {
     DoLaterStep(done, [&] {
       report_.Line(done + Summary());
@@ -281,7 +281,7 @@ class Publisher {
     });
   }
 
-  /// What this run has published: the rest of the line, and the table.
+  /// What this run has published: the rest of the result line, and the table. Empty if nothing.
   std::string Summary() {
     if (next_.text.empty()) return {};
     Amount all;

@@ -15,28 +15,28 @@ namespace patcher::publisher {
 /// A launcher that is published along with the game.
 struct NewLauncher {
   std::filesystem::path file;
-  std::optional<std::int32_t> build;  ///< what the publisher says it is
+  std::optional<std::int32_t> build;  ///< as given by the publisher
 };
 
 struct PublishRequest {
   std::filesystem::path client;
   std::filesystem::path www;
-  std::optional<std::int32_t> version;  ///< nothing: one above the highest that is known
-  std::optional<NewLauncher> launcher;  ///< none: the newest published one stays
+  std::optional<std::int32_t> version;  ///< nothing: one above the highest version
+  std::optional<NewLauncher> launcher;  ///< nothing: the newest published one stays
   bool allowOlderLauncher = false;
-  bool hold = false;  ///< everything but the last step: players keep the version they have
+  bool hold = false;  ///< publish without going live: players keep their version
   SigningRequest signing;
   std::vector<std::string> excluded;
   ArchiveLimits limits;
   std::size_t keep = 0;  ///< versions that pruning keeps; 0: no pruning
   bool quiet = false;
-  bool dryRun = false;  ///< only report what would be done
+  bool dryRun = false;  ///< only report what would happen
 };
 
-/// Publishes a client directory as the next version. The manifest is replaced last and in one step: until
-/// then players see the version before, whatever happens. If that was done already, by a run that ended
-/// early, only what it left is done. A dry run writes nothing at all, and takes no lock. Raises
-/// PublishError; LaterStepError if the version is published all the same.
+/// Publishes a client directory as the next version. Replaces the manifest last and in one step, so until
+/// then players get the previous version, even after a failure. If an interrupted run has already published
+/// this version, does only the remaining steps. A dry run writes nothing and takes no lock. Raises
+/// PublishError, or LaterStepError if the version is published but a later step failed.
 void Publish(const PublishRequest& request, Report& report);
 
 }  // namespace patcher::publisher

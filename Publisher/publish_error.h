@@ -7,26 +7,27 @@
 
 namespace patcher::publisher {
 
-/// Why a publication cannot go on, as a sentence for the publisher.
+/// Why a task failed, as a sentence for the publisher.
 class PublishError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// A step failed after players already got the new manifest: the publication itself is done.
+/// A step failed after the new version was published. The publication itself is complete.
 class LaterStepError : public PublishError {
  public:
   using PublishError::PublishError;
 };
 
-/// "cannot write /srv/game/x: No space left on device", for "cannot write", the file and the system's reason.
-PublishError FileError(std::string_view what, const std::filesystem::path& file,
-                       const std::error_code& reason);
+/// An error with the text "cannot write /srv/game/x: No space left on device", from "cannot write", the file
+/// and the system's reason.
+[[nodiscard]] PublishError FileError(std::string_view what, const std::filesystem::path& file,
+                                     const std::error_code& reason);
 
-/// An error number as the functions of the seam return it.
-std::error_code SystemReason(int number);
+/// The reason for an error number that a function of Patcher/platform has returned.
+[[nodiscard]] std::error_code SystemReason(int number);
 
-/// Why a stream of the standard library has just failed. The caller has set errno to 0 before.
-std::error_code StreamReason();
+/// Why the last operation of a standard stream failed. The caller must set errno to 0 before that operation.
+[[nodiscard]] std::error_code StreamReason();
 
 }  // namespace patcher::publisher

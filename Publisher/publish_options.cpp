@@ -119,7 +119,7 @@ const std::vector<OptionRule>& Rules() {
   return kRules;
 }
 
-/// Versions that pruning keeps, or would keep; 0 if nothing is pruned.
+/// How many versions pruning keeps, or would keep; 0 without pruning.
 std::size_t ReadKeep(CommandLine& line) {
   const std::int32_t keep = line.Number("--keep", kAny).value_or(kDefaultKeep);
   if (line.Has("--prune") || line.Has("--status")) return static_cast<std::size_t>(keep);
@@ -166,7 +166,7 @@ void ReadGoLive(CommandLine& line, GoLiveRequest& request) {
   request.quiet = line.Has("--quiet");
 }
 
-/// The folder or the server that --check names.
+/// Reads --check with a folder or a server.
 void ReadCheck(CommandLine& line, Options& options) {
   const std::vector<std::string> place = line.List("--check");
   const std::size_t scheme = place.empty() ? std::string::npos : place.front().find("://");
@@ -203,7 +203,7 @@ Options ReadOptions(std::vector<std::string> arguments) {
   CommandLine line(Rules(), arguments);
   Options options;
   options.quiet = line.Has("--quiet");
-  // Also on a command line that is wrong before it gets there: a script wants to read why.
+  // Not from `line`, which stops at an error: a script needs the error as JSON too.
   options.json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   if (line.Has("--help")) {
     options.task = Options::Task::kHelp;

@@ -12,7 +12,7 @@
 
 namespace patcher::publisher {
 
-/// What the command line asks for.
+/// The parsed command line.
 struct Options {
   enum class Task { kPublish, kGoLive, kPrune, kStatus, kCheck, kCheckServer, kListUpload, kKeygen, kHelp };
   Task task = Task::kPublish;
@@ -22,16 +22,16 @@ struct Options {
   std::filesystem::path www;       ///< of kPrune, kStatus, kCheck and kListUpload: the web server's root
   std::int32_t since = 0;          ///< of kListUpload
   std::size_t keep = 0;            ///< of kPrune and kStatus
-  std::string publicKey;           ///< of kCheck: whose signature is expected; empty: nobody's
-  std::filesystem::path keyFile;   ///< of kKeygen: to be made
+  std::string publicKey;           ///< of kCheck: key of the expected signature; empty: do not check it
+  std::filesystem::path keyFile;   ///< of kKeygen: the new file
   bool quiet = false;
   bool json = false;
-  std::string error;  ///< not empty: the command line is wrong, and why
+  std::string error;  ///< why the command line is wrong; empty if it is correct
 };
 
-Options ReadOptions(std::vector<std::string> arguments);
+[[nodiscard]] Options ReadOptions(std::vector<std::string> arguments);
 
 /// The text of --help.
-std::string_view HelpText();
+[[nodiscard]] std::string_view HelpText();
 
 }  // namespace patcher::publisher

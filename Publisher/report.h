@@ -9,8 +9,8 @@
 
 namespace patcher::publisher {
 
-/// The result of a task, on standard output: lines for people as they come, or one JSON object for scripts at
-/// the end. One thread.
+/// Prints the result of a task to standard output: for people as lines at once, or for scripts as one JSON
+/// object at the end. One thread.
 class Report {
  public:
   enum class Form { kLines, kJson, kNothing };
@@ -18,13 +18,13 @@ class Report {
   /// `task` is the name of the task in the JSON object.
   Report(Form form, std::string task) : form_(form), task_(std::move(task)) {}
 
-  /// Only for people. One or several lines, without the last line feed.
+  /// Prints text for people. One or several lines, without the last line feed.
   void Line(std::string_view line) const;
-  /// Only for scripts.
+  /// Adds a member to the JSON object for scripts.
   void Add(std::string_view key, MiniJson::Value value);
   void Add(std::string_view key, std::uint64_t number);
 
-  /// Ends the report. `done`: what was asked for has happened. `error` is empty if all went well.
+  /// Ends the report. `done`: the task did its main work. `error` is empty if there was no error.
   void Finish(bool done, const std::string& error) const;
 
  private:
@@ -33,9 +33,9 @@ class Report {
   MiniJson::Value members_ = MiniJson::Value::MakeObject();
 };
 
-MiniJson::Value JsonNumber(std::uint64_t number);
+[[nodiscard]] MiniJson::Value JsonNumber(std::uint64_t number);
 
 /// {"files": 2, "bytes": 345}
-MiniJson::Value JsonAmount(std::size_t files, std::uint64_t bytes);
+[[nodiscard]] MiniJson::Value JsonAmount(std::size_t files, std::uint64_t bytes);
 
 }  // namespace patcher::publisher

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <random>
 #include <unordered_set>
@@ -16,6 +15,7 @@
 #include "integrity/digest/sha256.h"
 #include "launcher_store.h"
 #include "manifest_document.h"
+#include "platform/mutex.h"
 #include "progress_line.h"
 #include "publish_error.h"
 #include "server_probe.h"
@@ -26,38 +26,37 @@
 namespace patcher::publisher {
 namespace {
 
-/// As many as the launcher opens at most.
+/// The most connections that a launcher opens.
 constexpr std::uint32_t kConnections = 8;
-/// Bytes of the sample.
+/// Total bytes of the large contents in the sample.
 constexpr std::uint64_t kSampleSize = std::uint64_t{256} << 20;
-/// A body that is not read costs its connection: one of so few bytes is read.
+/// Bodies up to this size are always read, since skipping a body closes its connection.
 constexpr std::uint64_t kSmall = 65536;
-/// Bytes. The manifest does not give the size of a launcher; players accept no more than this.
+/// Bytes. The manifest has no size for the launcher; launchers do not accept more.
 constexpr std::uint64_t kMaxLauncherSize = std::uint64_t{256} << 20;
-/// What a hostile server can make the check collect: contents, findings about the manifest, faults of
-/// headers.
+/// Limits against a hostile server: failed contents, findings about the manifest, faults of headers.
 constexpr std::size_t kMaxFailures = 50;
 constexpr std::size_t kMaxDocumentFindings = 100;
 constexpr std::size_t kMaxSharedFaults = 100;
-/// Bytes of a line, and of the part of a header in it.
+/// Limits in bytes of a printed line, and of a header in it.
 constexpr std::size_t kMaxTextSize = 1000;
 constexpr std::size_t kMaxHeaderSize = 100;
 constexpr std::uint32_t kStatusOk = 200;
 
-/// What the manifest names.
+/// A file, archive or launcher of the manifest.
 struct Content {
   std::string name;                   ///< below "/patch/"
-  std::optional<std::uint64_t> size;  ///< unknown for a launcher
+  std::optional<std::uint64_t> size;  ///< nothing for a launcher: unknown
   std::string digest;                 ///< empty if unknown
-  bool whole = false;                 ///< its body is to be read
+  bool readsBody = false;             ///< true: read the body
 };
 
-/// The same fault of many contents is one finding. Any thread.
+/// Collects faults. The same fault of many contents becomes one finding. Any thread.
 class SharedFaults {
  public:
   void Add(const std::string& fault, const std::string& name) {
-    std::lock_guard guard(lock_);
-    // A hostile server may send other headers each time.
+    const platform::MutexLock guard(lock_);
+    // A hostile server may send different headers each time.
     const bool isFull = faults_.size() >= kMaxSharedFaults && faults_.count(fault) == 0;
     const auto [entry, added] =
         faults_.try_emplace(isFull ? "its headers have other faults" : fault, Entry{name, 0});
@@ -65,6 +64,7 @@ class SharedFaults {
   }
 
   void MoveTo(Findings& findings) const {
+    const platform::MutexLock guard(lock_);
     for (const auto& [fault, entry] : faults_) {
       const std::string others =
           entry.others > 0 ? "; " + std::to_string(entry.others) + " others alike" : "";
@@ -74,15 +74,15 @@ class SharedFaults {
 
  private:
   struct Entry {
-    std::string name;  ///< of the first
+    std::string name;  ///< the first content with the fault
     std::size_t others;
   };
-  std::mutex lock_;  ///< guards faults_
-  std::map<std::string, Entry> faults_;
+  mutable platform::Mutex lock_;
+  std::map<std::string, Entry> faults_ PATCHER_GUARDED_BY(lock_);
 };
 
-/// Takes what a terminal would obey out of a text of a server, and bounds it.
-std::string Harmless(std::string text) {
+/// Replaces control characters in a text from a server, which a terminal could execute, and limits its size.
+std::string Sanitized(std::string text) {
   if (text.size() > kMaxTextSize) text.replace(kMaxTextSize, std::string::npos, "...");
   for (char& c : text) {
     if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
@@ -90,9 +90,9 @@ std::string Harmless(std::string text) {
   return text;
 }
 
-std::vector<std::string> HarmlessLines(const Findings& findings) {
+std::vector<std::string> SanitizedLines(const Findings& findings) {
   std::vector<std::string> lines = findings.Sorted();
-  std::transform(lines.begin(), lines.end(), lines.begin(), Harmless);
+  std::transform(lines.begin(), lines.end(), lines.begin(), Sanitized);
   return lines;
 }
 
@@ -116,7 +116,7 @@ class ServerChecker {
                     "plain http: anyone between the server and a player can give the player "
                     "other programs; publish over https only");
     }
-    if (!ReadManifest()) return {request_.url + ": no manifest", HarmlessLines(findings_)};
+    if (!ReadManifest()) return {request_.url + ": no manifest", SanitizedLines(findings_)};
     CheckManifest();
     CollectContents();
     ChooseSample();
@@ -125,11 +125,17 @@ class ServerChecker {
       CheckIsNotServed("/patch/history/" + name);
     }
     faults_.MoveTo(findings_);
-    if (!redirect_.empty()) progress_.Notice("redirected, which costs players time: " + Harmless(redirect_));
-    return {Summary(), HarmlessLines(findings_)};
+    ReportRedirect();
+    return {Summary(), SanitizedLines(findings_)};
   }
 
  private:
+  void ReportRedirect() {
+    const platform::MutexLock guard(lock_);
+    if (redirect_.empty()) return;
+    progress_.Notice("redirected, which costs players time: " + Sanitized(redirect_));
+  }
+
   bool ReadManifest() {
     const std::string path = "/patch/version.json";
     try {
@@ -162,14 +168,14 @@ class ServerChecker {
   ServerResponse Ask(const std::string& name) {
     ServerResponse response = server_.Ask("/patch/" + name);
     if (!response.redirectedTo.empty()) {
-      std::lock_guard guard(lock_);
+      const platform::MutexLock guard(lock_);
       if (redirect_.empty()) redirect_ = name + " to " + response.redirectedTo;
     }
     if (response.status == kStatusOk) return response;
     throw PublishError("the status is " + std::to_string(response.status) + ", and launchers take only 200");
   }
 
-  /// Faults of headers, which the whole server has or has not.
+  /// Adds faults of headers, which are usually the same for all contents.
   void CheckHeaders(const ServerResponse& response, const std::string& name, const ServingRule& rule) {
     const bool isManifest = &rule == &kManifestRule;
     const std::string cache = HeaderOf(response, "Cache-Control");
@@ -205,12 +211,12 @@ class ServerChecker {
   }
 
   void Expect(Content content) {
-    // Others are findings about the document.
+    // CheckDocument reports other names.
     if (content.name.empty() || !StaysInside(content.name)) return;
     if (names_.insert(content.name).second) contents_.push_back(std::move(content));
   }
 
-  /// Small contents are all read, the others by chance, so that further checks see further ones.
+  /// Reads all small contents and a random sample of the others, so that repeated checks read different ones.
   void ChooseSample() {
     std::vector<Content*> order;
     for (Content& content : contents_) order.push_back(&content);
@@ -219,9 +225,9 @@ class ServerChecker {
     for (Content* content : order) {
       const std::uint64_t size = content->size.value_or(0);
       if (request_.all || size <= kSmall) {
-        content->whole = true;
+        content->readsBody = true;
       } else if (size <= room) {
-        content->whole = true;
+        content->readsBody = true;
         room -= size;
       }
     }
@@ -229,7 +235,7 @@ class ServerChecker {
 
   void CheckContents() {
     std::uint64_t bytes = 0;
-    for (const Content& content : contents_) bytes += content.whole ? content.size.value_or(0) : 0;
+    for (const Content& content : contents_) bytes += content.readsBody ? content.size.value_or(0) : 0;
     std::vector<std::unique_ptr<Sha256>> digests;
     for (std::uint32_t i = 0; i < kConnections; ++i) digests.push_back(std::make_unique<Sha256>());
     progress_.Begin("checking the server", contents_.size(), bytes);
@@ -239,9 +245,9 @@ class ServerChecker {
         CheckContent(content, *digests[worker]);
       } catch (const PublishError& failure) {
         findings_.Add(content.name, failure.what());
-        if (++failures_ >= kMaxFailures) return false;
+        if (++failureCount_ >= kMaxFailures) return false;
       }
-      ++asked_;
+      ++requestCount_;
       progress_.ItemDone();
       return true;
     };
@@ -251,7 +257,7 @@ class ServerChecker {
     progress_.End();
   }
 
-  /// Raises PublishError if a launcher could not use the content.
+  /// Checks one content. Raises PublishError if a launcher could not use it.
   void CheckContent(const Content& content, Sha256& sha256) {
     ServerResponse response = Ask(content.name);
     CheckHeaders(response, content.name, kContentRule);
@@ -259,7 +265,7 @@ class ServerChecker {
       throw PublishError("it announces " + std::to_string(*response.length) + " bytes instead of " +
                          std::to_string(*content.size));
     }
-    if (!content.whole && response.length) return;
+    if (!content.readsBody && response.length) return;
     platform::DigestHash hash = sha256.BeginHash();
     std::uint64_t size = 0;
     ReadBody(response, content.size.value_or(kMaxLauncherSize), [&](const char* block, std::size_t count) {
@@ -273,8 +279,8 @@ class ServerChecker {
                          std::to_string(*content.size));
     }
     if (!content.digest.empty() && digest != content.digest) throw PublishError("it has another digest");
-    ++proven_;
-    provenBytes_ += size;
+    ++verifiedCount_;
+    verifiedBytes_ += size;
   }
 
   void CheckIsNotServed(const std::string& path) {
@@ -284,7 +290,7 @@ class ServerChecker {
         findings_.Add(path, "it is served: copies of manifests are for the publisher only");
       }
     } catch (const PublishError&) {
-      // Not served.
+      // It is not served, as it should be.
     }
   }
 
@@ -293,8 +299,8 @@ class ServerChecker {
     return request_.url + ": version " + std::to_string(manifest.version) + ", " +
            std::to_string(manifest.files.size()) + " files, " + std::to_string(live_.archives.size()) +
            " archives, launcher build " + std::to_string(manifest.patcherVersion) + "; asked for " +
-           std::to_string(asked_) + " of " + std::to_string(contents_.size()) + " contents, read " +
-           std::to_string(proven_) + " whole, " + ReadableBytes(provenBytes_);
+           std::to_string(requestCount_) + " of " + std::to_string(contents_.size()) + " contents, read " +
+           std::to_string(verifiedCount_) + " whole, " + ReadableBytes(verifiedBytes_);
   }
 
   const ServerCheckRequest request_;
@@ -305,12 +311,12 @@ class ServerChecker {
   Publication live_;
   std::unordered_set<std::string> names_;
   std::vector<Content> contents_;
-  std::atomic<std::size_t> failures_{0};
-  std::atomic<std::size_t> asked_{0};
-  std::atomic<std::size_t> proven_{0};
-  std::atomic<std::uint64_t> provenBytes_{0};
-  std::mutex lock_;  ///< guards redirect_
-  std::string redirect_;
+  std::atomic<std::size_t> failureCount_{0};
+  std::atomic<std::size_t> requestCount_{0};
+  std::atomic<std::size_t> verifiedCount_{0};
+  std::atomic<std::uint64_t> verifiedBytes_{0};
+  platform::Mutex lock_;
+  std::string redirect_ PATCHER_GUARDED_BY(lock_);  ///< the first one; empty: none
 };
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "store_check.h"
+#include "folder_check.h"
 
 namespace patcher::publisher {
 
@@ -12,10 +12,10 @@ struct ServerCheckRequest {
   bool quiet = false;
 };
 
-/// Asks a web server for the manifest and for everything that it names, as launchers do, and proves what
-/// comes: status, length, digests (of a random sample, of all that is small, or of everything), cache
-/// headers, that nothing is encoded, and that the history is not served. The server is not trusted: memory is
-/// bounded, and a server that fails often is given up. Raises PublishError if `url` is no address.
-CheckResult CheckServer(const ServerCheckRequest& request);
+/// Requests the manifest and all its contents from a web server, like launchers do. Checks status, length,
+/// cache headers, that nothing is encoded, and that the history is not served. Checks the digests of small
+/// contents and of a random sample of the others, or of everything. Does not trust the server: memory is
+/// limited, and the check stops after many failures. Raises PublishError if `url` is not a valid address.
+[[nodiscard]] CheckResult CheckServer(const ServerCheckRequest& request);
 
 }  // namespace patcher::publisher

@@ -10,28 +10,29 @@
 
 namespace patcher::publisher {
 
-/// A response whose head has arrived.
+/// A response after its headers have arrived.
 struct ServerResponse {
   platform::HttpRequest request;
   std::uint32_t status = 0;
-  std::optional<std::uint64_t> length;  ///< bytes of the body that the response announces
-  std::string redirectedTo;             ///< where it was asked for first pointed to; empty if nowhere else
+  std::optional<std::uint64_t> length;  ///< announced bytes of the body
+  std::string redirectedTo;             ///< address that the first response redirected to; empty: no redirect
 };
 
-/// Asks a server as the launcher does. The server is not trusted. Any thread.
+/// Sends requests to a server like the launcher. Does not trust the server. Any thread.
 class ServerProbe {
  public:
-  /// Raises PublishError if `url` is no http or https address. No byte goes over the network yet.
+  /// Raises PublishError if `url` is not an http or https address. Does not connect yet.
   ServerProbe(const std::string& url, std::uint32_t connections);
 
-  const platform::ServerAddress& Address() const { return address_; }
+  [[nodiscard]] const platform::ServerAddress& Address() const { return address_; }
 
-  /// GET of a path that starts with a slash. Follows redirects, but never from https to http. Raises
-  /// PublishError if there is no response.
-  ServerResponse Ask(const std::string& path);
+  /// Sends a GET request for a path, which starts with a slash. Follows redirects, but never from https to
+  /// http. Raises PublishError if there is no response.
+  [[nodiscard]] ServerResponse Ask(const std::string& path);
 
  private:
-  platform::HttpRequest Send(const std::string& path, platform::HttpRequest::Redirects redirects);
+  [[nodiscard]] platform::HttpRequest Send(const std::string& path,
+                                           platform::HttpRequest::Redirects redirects);
 
   platform::ServerAddress address_;
   platform::HttpClient client_;
@@ -40,8 +41,8 @@ class ServerProbe {
 
 using BodyTaker = std::function<void(const char* block, std::size_t size)>;
 
-/// Reads a body to its end. Raises PublishError if it breaks off, goes silent as the launcher understands it,
-/// or has more than `limit` bytes: no more than that is passed on.
+/// Reads a body to its end and passes it to `take`, at most `limit` bytes. Raises PublishError if the body is
+/// cut, has more bytes than that, or stops for as long as the launcher's time limit.
 void ReadBody(ServerResponse& response, std::uint64_t limit, const BodyTaker& take);
 
 }  // namespace patcher::publisher

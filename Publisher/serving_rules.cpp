@@ -11,7 +11,7 @@ namespace {
 constexpr std::uint64_t kDay = 86400;  // seconds
 constexpr std::string_view kMaxAge = "max-age=";
 
-/// The directives of a header, without blanks and in small letters.
+/// The directives of a header, in lower case and without blanks.
 std::set<std::string> DirectivesOf(std::string_view header) {
   std::set<std::string> directives;
   std::string directive;

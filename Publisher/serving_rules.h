@@ -4,21 +4,21 @@
 
 namespace patcher::publisher {
 
-/// The headers with which a web server sends a file.
+/// The headers that a web server must send with a file.
 struct ServingRule {
   std::string_view contentType;
   std::string_view cacheControl;
 };
 
 inline constexpr ServingRule kManifestRule{"application/json", "no-store"};
-/// Of everything with a digest in its name.
+/// For every file with a digest in its name.
 inline constexpr ServingRule kContentRule{"application/octet-stream", "public, max-age=31536000, immutable"};
 
-/// Whether a Cache-Control header keeps caches from storing the response.
-bool ForbidsCaching(std::string_view cacheControl);
+/// Whether a Cache-Control header forbids caches to store the response.
+[[nodiscard]] bool ForbidsCaching(std::string_view cacheControl);
 
-/// Whether a Cache-Control header lets every cache keep the response for a day at least, without asking
-/// again.
-bool AllowsLongCaching(std::string_view cacheControl);
+/// Whether a Cache-Control header allows every cache to use the response for at least a day without a new
+/// request.
+[[nodiscard]] bool AllowsLongCaching(std::string_view cacheControl);
 
 }  // namespace patcher::publisher

@@ -69,12 +69,12 @@ void DocumentSigner::RequireKeyAfter(const Publication* present) const {
                      "--unsigned publishes without a signature nevertheless");
 }
 
-bool DocumentSigner::IsContentWith(const Publication& document) const {
+bool DocumentSigner::Accepts(const Publication& document) const {
   if (key_) return IsSignedBy(document, key_->publicKey);
   return !allowUnsigned_ || !HasSignature(document);
 }
 
-std::string DocumentSigner::Finished(std::string manifestText) const {
+std::string DocumentSigner::WithSignature(std::string manifestText) const {
   if (!key_) return manifestText;
   try {
     const std::size_t valueSize = manifestText.find_last_of('}') + 1;

@@ -10,42 +10,43 @@
 
 namespace patcher::publisher {
 
-// A key file is one line of text: "patch-publish-key", the secret as 64 hexadecimal digits, and the public
-// key as 128.
+// A key file is one line of text: "patch-publish-key", the private key as 64 hexadecimal digits, and the
+// public key as 128.
 
-/// Makes a key and writes it to a new file that only its owner can read. Returns the public key in digits.
-/// Raises PublishError, also if there is a file of this name.
-std::string MakeKeyFile(const std::filesystem::path& file);
+/// Makes a key and writes it to a new file that only its owner can read. Returns the hexadecimal digits of
+/// the public key. Raises PublishError, also if the file exists.
+[[nodiscard]] std::string MakeKeyFile(const std::filesystem::path& file);
 
-/// What a command line says about signatures.
+/// The options of a command line for signatures.
 struct SigningRequest {
   std::filesystem::path keyFile;  ///< empty: do not sign
-  bool allowUnsigned = false;     ///< even if what players have is signed
+  bool allowUnsigned = false;     ///< even after a signed version
 };
 
 /// Signs the documents of one publication, or leaves them unsigned.
 class DocumentSigner {
  public:
-  /// Reads the key file. Raises PublishError.
+  /// Reads the key file, if there is one. Raises PublishError.
   explicit DocumentSigner(const SigningRequest& request);
 
-  /// Raises PublishError if players would get an unsigned document after this signed one, unless the request
-  /// allows that. `present` may be null.
+  /// Raises PublishError if `present` is signed and the next document would not be, unless the request allows
+  /// that. `present` is what players have, and may be null.
   void RequireKeyAfter(const Publication* present) const;
 
-  /// Whether a document has the signature that this object would give it, or needs none.
-  bool IsContentWith(const Publication& document) const;
+  /// Whether a document has a signature by this object's key. Without a key, whether it may stay as it is:
+  /// always, unless it is signed and the request asks for an unsigned one.
+  [[nodiscard]] bool Accepts(const Publication& document) const;
 
-  /// A manifest as it is to be published: signed, if there is a key. Raises PublishError.
-  std::string Finished(std::string manifestText) const;
+  /// The manifest to publish: with a signature if there is a key. Raises PublishError.
+  [[nodiscard]] std::string WithSignature(std::string manifestText) const;
 
  private:
   std::optional<platform::SigningKey> key_;
   bool allowUnsigned_;
 };
 
-/// What a check with a public key finds about the manifest that is live; empty if that key has signed it.
-/// Raises PublishError if `publicKey` is none.
-std::string SignatureFinding(const std::filesystem::path& www, std::string_view publicKey);
+/// Checks whether this key has signed the live manifest. Returns a finding, or an empty text if it has.
+/// Raises PublishError if `publicKey` is not a public key.
+[[nodiscard]] std::string SignatureFinding(const std::filesystem::path& www, std::string_view publicKey);
 
 }  // namespace patcher::publisher

@@ -7,9 +7,10 @@
 
 namespace patcher::publisher {
 
-/// Reports what a web server's folder holds: the live version and the others, the launcher, the contents,
-/// what players download, and what pruning with `keep` would delete. Reads only, and no content. `quiet`: no
-/// notices. Raises PublishError if nothing was ever published there or the folder cannot be read.
+/// Reports the state of a web server's folder: the live version and the others, the launcher, the contents,
+/// what players download, and what pruning with `keep` would delete. Reads only, and only documents and
+/// sizes. `quiet`: print no notices. Raises PublishError if nothing was ever published there or the folder
+/// cannot be read.
 void ReportStatus(const std::filesystem::path& www, std::size_t keep, bool quiet, Report& report);
 
 }  // namespace patcher::publisher

@@ -8,15 +8,15 @@
 namespace patcher::publisher {
 namespace {
 
-/// The lock is made of the folder.
-const std::filesystem::path& MadeRoot(const ContentStore& store) {
+/// The lock needs an existing folder.
+const std::filesystem::path& MakeRoot(const ContentStore& store) {
   store.MakeRoot();
   return store.Root();
 }
 
 }  // namespace
 
-StoreSession::StoreSession(const ContentStore& store) : store_(store), lock_(MadeRoot(store)) {
+StoreSession::StoreSession(const ContentStore& store) : store_(store), lock_(MakeRoot(store)) {
   if (!lock_.TakeWithin(std::chrono::milliseconds(0))) {
     throw PublishError("another patch-publish is at work on " + platform::Utf8FromPath(store.Root()) +
                        "; nothing was changed: start again when it has ended");

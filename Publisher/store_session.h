@@ -5,12 +5,13 @@
 
 namespace patcher::publisher {
 
-/// The right to change a store, and a work folder in it. One process at a time has it: publishing, going live
-/// and pruning exclude each other. Some file systems have no locks; there the different work folders keep two
-/// processes from writing the same unfinished file.
+/// Locks a store and has a work folder in it. Only one process at a time can publish, go live or prune. Some
+/// file systems have no locks; there the separate work folders prevent two processes from writing the same
+/// unfinished file.
 class StoreSession {
  public:
-  /// Raises PublishError if another process has it. Does not wait: that one may run for an hour.
+  /// Raises PublishError if another process has the lock. Does not wait, since that process may run for an
+  /// hour.
   explicit StoreSession(const ContentStore& store);
   ~StoreSession();
   StoreSession(const StoreSession&) = delete;

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The names of a publication's contents, sorted, in the order in which the kinds must arrive.
+/// The sorted names of a publication's contents, by kind, in the order in which they must be uploaded.
 struct NamesByKind {
   std::set<std::string> files;
   std::set<std::string> archives;
@@ -42,9 +42,9 @@ void AddLine(std::vector<std::string>& list, const ContentStore& store, const st
 }
 
 void AddNew(std::vector<std::string>& list, const ContentStore& store, const std::set<std::string>& names,
-            const std::set<std::string>& there) {
+            const std::set<std::string>& oldNames) {
   for (const std::string& name : names) {
-    if (there.count(name) == 0) AddLine(list, store, name, kContentRule);
+    if (oldNames.count(name) == 0) AddLine(list, store, name, kContentRule);
   }
 }
 
@@ -56,12 +56,12 @@ std::vector<std::string> UploadList(const fs::path& www, std::int32_t since) {
   if (!live) {
     throw PublishError("nothing is live: there is no " + platform::Utf8FromPath(store.ManifestFile()));
   }
-  const NamesByKind there = since == 0 ? NamesByKind() : NamesOf(ReadCopy(store, since));
+  const NamesByKind oldNames = since == 0 ? NamesByKind() : NamesOf(ReadCopy(store, since));
   const NamesByKind names = NamesOf(*live);
   std::vector<std::string> list;
-  AddNew(list, store, names.files, there.files);
-  AddNew(list, store, names.archives, there.archives);
-  AddNew(list, store, names.launchers, there.launchers);
+  AddNew(list, store, names.files, oldNames.files);
+  AddNew(list, store, names.archives, oldNames.archives);
+  AddNew(list, store, names.launchers, oldNames.launchers);
   AddLine(list, store, "version.json", kManifestRule);
   return list;
 }

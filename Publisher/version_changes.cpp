@@ -7,21 +7,21 @@
 namespace patcher::publisher {
 
 VersionChanges CompareVersions(const PatchManifest* before, const PatchManifest& after) {
-  std::unordered_map<std::string_view, const PatchFile*> gone;
+  std::unordered_map<std::string_view, const PatchFile*> missing;
   if (before != nullptr) {
-    for (const PatchFile& file : before->files) gone.emplace(file.path, &file);
+    for (const PatchFile& file : before->files) missing.emplace(file.path, &file);
   }
   VersionChanges changes;
   for (const PatchFile& file : after.files) {
-    const auto old = gone.find(file.path);
-    const bool isNew = old == gone.end();
+    const auto old = missing.find(file.path);
+    const bool isNew = old == missing.end();
     if (isNew || old->second->sha256 != file.sha256) {
       (isNew ? changes.added : changes.changed).Add(file.size);
       changes.files.push_back({&file, isNew});
     }
-    if (!isNew) gone.erase(old);
+    if (!isNew) missing.erase(old);
   }
-  for (const auto& [path, file] : gone) changes.removed.Add(file->size);
+  for (const auto& [path, file] : missing) changes.removed.Add(file->size);
   return changes;
 }
 

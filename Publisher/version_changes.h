@@ -9,7 +9,7 @@
 
 namespace patcher::publisher {
 
-/// Files, and their bytes.
+/// A number of files and their total bytes.
 struct Amount {
   std::size_t files = 0;
   std::uint64_t bytes = 0;
@@ -20,7 +20,7 @@ struct Amount {
   }
 };
 
-/// How the files of a version differ from those of the one before.
+/// The differences between the files of two versions.
 struct VersionChanges {
   struct File {
     const PatchFile* file;
@@ -30,16 +30,17 @@ struct VersionChanges {
   Amount added;
   Amount changed;  ///< bytes of the new contents
   Amount removed;
-  std::vector<File> files;  ///< added or changed, in the order of the manifest
+  std::vector<File> files;  ///< added or changed files, in the order of the manifest
 };
 
 /// `before` may be null: then everything is new. The result points into `after`.
-VersionChanges CompareVersions(const PatchManifest* before, const PatchManifest& after);
+[[nodiscard]] VersionChanges CompareVersions(const PatchManifest* before, const PatchManifest& after);
 
-/// The files of the most bytes, at most `count`, the largest first.
-std::vector<VersionChanges::File> LargestChanges(const VersionChanges& changes, std::size_t count);
+/// The largest added or changed files, at most `count`, the largest first.
+[[nodiscard]] std::vector<VersionChanges::File> LargestChanges(const VersionChanges& changes,
+                                                               std::size_t count);
 
 /// {"added": {"files": 1, "bytes": 2}, "changed": ..., "removed": ...}
-MiniJson::Value JsonChanges(const VersionChanges& changes);
+[[nodiscard]] MiniJson::Value JsonChanges(const VersionChanges& changes);
 
 }  // namespace patcher::publisher

@@ -7,10 +7,10 @@
 namespace patcher::publisher {
 namespace {
 
-/// The bytes are not what they should be.
+/// The exception for bytes that are not a valid file.
 struct Malformed {};
 
-/// Bytes whose members raise Malformed where they would read outside.
+/// A range of bytes. Members raise Malformed instead of reading outside it.
 class Bytes {
  public:
   Bytes() = default;
@@ -36,7 +36,7 @@ class Bytes {
   std::span<const std::uint8_t> bytes_;
 };
 
-/// The sections of a PE file, by the addresses at which they are loaded.
+/// The sections of a PE file, by their addresses in memory.
 class Image {
  public:
   explicit Image(Bytes file) {
@@ -49,14 +49,14 @@ class Image {
     for (std::size_t i = 0; i < header.U16(6); ++i) {
       const Bytes section = table.Part(i * 40, 40);
       const std::uint32_t size = section.U32(16);
-      // A section without bytes may give any place for them.
+      // A section without bytes may have any offset.
       if (size > 0) sections_.push_back({section.U32(12), file.Part(section.U32(20), size)});
     }
   }
 
   Bytes Resources() const { return At(resources_); }
 
-  /// From an address to the end of its section.
+  /// The bytes from an address to the end of its section.
   Bytes At(std::uint32_t address) const {
     for (const Section& section : sections_) {
       if (address >= section.address && address - section.address < section.content.Size()) {
@@ -89,7 +89,8 @@ class Image {
 
 constexpr std::uint32_t kHighBit = 0x80000000;
 
-/// Offset of the entry with this number in the directory at `offset`, or of its first entry.
+/// The offset in the entry with this number of the directory at `offset`. Without a number, in the first
+/// entry.
 std::uint32_t ResourceEntry(Bytes resources, std::uint32_t offset, std::optional<std::uint32_t> number) {
   const Bytes directory = resources.From(offset);
   const std::size_t count = std::size_t{directory.U16(12)} + directory.U16(14);
@@ -112,7 +113,7 @@ Bytes VersionResource(const Image& image) {
   return image.At(entry.U32(0)).Part(0, entry.U32(4));
 }
 
-/// UTF-16 up to its zero or the end. `offset` is left after the zero.
+/// Reads UTF-16 text up to a zero or the end. Moves `offset` past the zero.
 std::string Text(Bytes block, std::size_t& offset) {
   std::string text;
   while (offset + 2 <= block.Size()) {
@@ -126,7 +127,7 @@ std::string Text(Bytes block, std::size_t& offset) {
 
 constexpr std::size_t Aligned(std::size_t offset) { return (offset + 3) & ~std::size_t{3}; }
 
-/// One block of a version resource. They are nested; each begins at a multiple of four bytes.
+/// One block of a version resource. Blocks are nested, and each starts at a multiple of four bytes.
 struct Block {
   explicit Block(Bytes bytes) : all(bytes.Part(0, bytes.U16(0))) {
     const bool isText = all.U16(4) == 1;
@@ -136,7 +137,7 @@ struct Block {
     value = Aligned(offset);
   }
 
-  /// The block within this one that has the key, or the first one.
+  /// The child block with this key, or the first one if `wanted` is empty.
   Block Child(std::string_view wanted) const {
     std::size_t offset = Aligned(value + valueSize);
     while (offset < all.Size()) {
@@ -149,7 +150,7 @@ struct Block {
 
   Bytes all;
   std::string key;
-  std::size_t value = 0;  ///< where it begins
+  std::size_t value = 0;  ///< offset of the value
   std::size_t valueSize = 0;
 };
 

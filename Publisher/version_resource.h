@@ -8,16 +8,16 @@
 
 namespace patcher::publisher {
 
-/// What a Windows program says about itself.
+/// The version and name in a Windows program.
 struct ProgramVersion {
   std::array<std::uint16_t, 4> numbers{};  ///< of the file, as in 1.26.0.0
-  std::string internalName;                ///< empty if there is none; other characters than ASCII are '?'
+  std::string internalName;                ///< empty if there is none; '?' for characters that are not ASCII
 };
 
-/// Reads the version resource (RT_VERSION, the first language) of a whole PE file, 32 or 64 bits. Nothing if
-/// the bytes are no such file, if one of its sections is cut, or if it has no such resource. Any bytes will
-/// do. Format: "Microsoft Portable Executable and Common Object File Format Specification", and
+/// Reads the version resource (RT_VERSION, the first language) of a complete PE file, 32 or 64 bits. Accepts
+/// any bytes. Returns nothing if they are not a PE file, if a section is cut, or if there is no such
+/// resource. Format: "Microsoft Portable Executable and Common Object File Format Specification", and
 /// VS_VERSIONINFO of the Windows SDK.
-std::optional<ProgramVersion> ReadProgramVersion(std::span<const std::uint8_t> program);
+[[nodiscard]] std::optional<ProgramVersion> ReadProgramVersion(std::span<const std::uint8_t> program);
 
 }  // namespace patcher::publisher

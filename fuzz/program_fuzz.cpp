@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   patcher::WriteWhole(directory / "file", text);
   const patcher::ProgramFile judged = patcher::ExamineProgram(directory / "file");
   patcher::WriteWhole(directory / "file", text + "x");
-  if (judged == patcher::ProgramFile::kWhole) {
+  if (judged == patcher::ProgramFile::kComplete) {
     patcher::Require(patcher::ExamineProgram(directory / "file") == judged,
                      "more bytes make no program less whole");
   }

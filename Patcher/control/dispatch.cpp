@@ -23,8 +23,8 @@ std::unique_ptr<Payload> TakePayload(const UiEvent& event) {
   return std::unique_ptr<Payload>(reinterpret_cast<Payload*>(event.lParam));
 }
 
-/// Operations report their own failures and raise nothing. One that still raises, for lack of memory,
-/// must not end the process.
+/// Operations report their own failures and raise nothing. An exception that escapes nevertheless, for lack
+/// of memory, must not end the process.
 template <typename Operation>
 void RunOnWorker(const Operation& operation) {
   try {
@@ -34,7 +34,7 @@ void RunOnWorker(const Operation& operation) {
   }
 }
 
-/// The window as a long operation sees it: its `ready` announces that the guard is about to be free.
+/// The window that a long operation posts to. The operation's `ready` means that the guard will soon be free.
 class OperationWindow final : public HostWindow {
  public:
   OperationWindow(HostWindow& window, OperationLease& lease) : window_(window), lease_(lease) {}
@@ -74,7 +74,7 @@ Dispatcher::Dispatcher(HostOperations& host, OperationTable operations)
     : host_(host), operations_(std::move(operations)) {}
 
 void Dispatcher::DispatchPageMessage(std::u16string_view text) {
-  // The page may have sent this before the end, or while an error box is open.
+  // The page may have sent this before the launcher began to end, or while an error box is open.
   if (ending_) return;
   try {
     const std::string narrow = platform::WideToUtf8(text);
@@ -128,8 +128,8 @@ void Dispatcher::GetOptions(const MiniJson::Value&) { PushOptions(); }
 
 void Dispatcher::SaveOptions(const MiniJson::Value& request) {
   const MiniJson::Value* values = request.Find("values");
-  // The values say so too: when the player clicks twice, the second request may arrive before the page gets
-  // the new values.
+  // The values say this too, since a second click may send a request before the page has received the new
+  // values.
   const bool blind = values != nullptr && (formIsBlind_ || AreFromBlindMessage(*values));
   const bool ok = values != nullptr && !blind && operations_.saveOptions(SettingsPath(), *values);
   host_.SendToPage(BuildOptionsSavedMessage(ok));
@@ -143,10 +143,10 @@ void Dispatcher::PushOptions() {
 }
 
 void Dispatcher::StartWorker(OperationLease lease, std::function<void(HostWindow&)> operation) {
-  // Shared, because a std::function can be copied.
-  auto held = std::make_shared<OperationLease>(std::move(lease));
-  host_.StartThread([this, held = std::move(held), operation = std::move(operation)] {
-    OperationWindow window(host_, *held);
+  // Shared, because a std::function must be copyable.
+  auto sharedLease = std::make_shared<OperationLease>(std::move(lease));
+  host_.StartThread([this, sharedLease = std::move(sharedLease), operation = std::move(operation)] {
+    OperationWindow window(host_, *sharedLease);
     RunOnWorker([&] { operation(window); });
   });
 }
@@ -183,7 +183,7 @@ void Dispatcher::End(const std::function<void()>& lastOperation) {
   try {
     if (lastOperation) lastOperation();
   } catch (const std::exception&) {
-    // The launcher ends whatever the last operation did.
+    // The launcher ends even if the last operation failed.
   }
   host_.EndMessageLoop();
 }
@@ -192,7 +192,7 @@ void Dispatcher::NavigationCompleted() {
   try {
     PushOptions();
   } catch (const std::exception&) {
-    // The page keeps its empty form; the run still starts.
+    // The page keeps its empty form, and the run starts all the same.
   }
   StartUpdateWorker();
 }

@@ -25,19 +25,19 @@ struct OperationTable {
   std::function<bool()> clientExists;                                                     ///< any thread
 };
 
-/// Takes requests from the page, admits long operations, starts workers and turns their events into messages.
-/// Main thread only; it outlives every worker.
+/// Carries out the page's requests, allows one long operation at a time, starts workers and turns their
+/// events into messages for the page. Main thread only. Outlives every worker.
 class Dispatcher {
  public:
   Dispatcher(HostOperations& host, OperationTable operations);
 
-  /// Carries out one request, unless the launcher is ending. Never raises and never answers a bad request.
+  /// Carries out one request, unless the launcher is ending. Ignores a bad request. Never raises.
   void DispatchPageMessage(std::u16string_view text);
 
-  /// Turns one posted event into its message for the page, and frees its payload.
+  /// Sends the page the message for one posted event, and frees the event's payload.
   void HandleUiEvent(const UiEvent& event);
 
-  /// What a completed navigation does: sends the options and starts the update run, unless an operation is
+  /// Called when the page has loaded. Sends the options, and starts the update run unless an operation is
   /// running.
   void NavigationCompleted();
 
@@ -58,11 +58,11 @@ class Dispatcher {
   void GetOptions(const MiniJson::Value& request);
   void SaveOptions(const MiniJson::Value& request);
 
-  /// Ends the launcher. No request is taken any more, since `lastOperation`, which may be empty, may serve
-  /// the queue while it shows an error.
+  /// Ends the launcher after `lastOperation`, which may be empty. Later requests are ignored: `lastOperation`
+  /// may show an error box, which processes the message queue.
   void End(const std::function<void()>& lastOperation);
-  /// Runs a long operation on a thread of its own. Raises std::system_error, with the guard released, if
-  /// there is no thread.
+  /// Runs a long operation on its own thread. Releases the guard and raises std::system_error if no thread
+  /// can be started.
   void StartWorker(OperationLease lease, std::function<void(HostWindow&)> operation);
   void StartUpdateWorker();
   void StartCheckWorker(bool repair);
@@ -73,7 +73,7 @@ class Dispatcher {
   OperationGuard guard_;
   bool canPlay_ = false;
   bool ending_ = false;
-  bool formIsBlind_ = false;  // the page got its values from a blind message
+  bool formIsBlind_ = false;  // the values in the page's form come from a blind message
 };
 
 }  // namespace patcher

@@ -22,7 +22,7 @@ int RunLauncher(int argc, char** argv) {
   if (!platform::PrepareWindowSystem(argc, argv)) return NoWindow();
   patcher::SetExePath(platform::OwnExecutablePath());
   patcher::PatchConfig::Load();
-  // Never destroyed: workers may outlive the message loop.
+  // Never destroyed, since workers may outlive the message loop.
   auto* window = new patcher::MainWindow(patcher::LauncherOperations(platform::ShowErrorBox));
   if (!window->Create()) return NoWindow();
   const int code = window->Run();
@@ -40,6 +40,6 @@ int main(int argc, char** argv) {
     platform::WriteLine(std::to_string(patcher::launcherBuild));
     return 0;
   }
-  // At once, with whatever worker is still running: every step on disk survives that.
+  // Ends at once, even if workers are still running: every step on disk survives that.
   platform::EndProcess(RunLauncher(argc, argv));
 }

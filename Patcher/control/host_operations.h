@@ -7,22 +7,22 @@
 
 namespace patcher {
 
-/// What the dispatcher asks of the program that shows the page. Main thread only, but for PostEvent.
+/// What the dispatcher needs from the program that shows the page. Main thread only, except PostEvent.
 class HostOperations : public HostWindow {
  public:
-  /// Delivers one message to the page, or drops it if there is no page.
+  /// Sends one message to the page, or drops it if there is no page.
   virtual void SendToPage(const std::u16string& text) = 0;
-  /// The main loop ends with exit code 0 after the present message.
+  /// Ends the main loop with exit code 0 after the current message.
   virtual void EndMessageLoop() = 0;
-  /// The window follows the pointer until the primary button is released, if it is down and has moved as far
-  /// as a drag takes. Returns at once.
+  /// Starts to move the window with the pointer, once the pointer has moved by the drag distance with the
+  /// primary button down. The move ends when the button is released. Returns at once.
   virtual void StartDragging() = 0;
   virtual void Minimize() = 0;
-  /// A maximized window is restored, any other is maximized.
+  /// Restores a maximized window, maximizes any other.
   virtual void ToggleMaximize() = 0;
-  /// An ordinary close request, queued.
+  /// Queues an ordinary close request.
   virtual void AskToClose() = 0;
-  /// Runs `entry` on a detached thread. Raises std::system_error if there is no thread to be had.
+  /// Runs `entry` on a detached thread. Raises std::system_error if no thread can be started.
   virtual void StartThread(std::function<void()> entry) = 0;
 };
 

@@ -63,7 +63,7 @@ void MainWindow::StartThread(std::function<void()> entry) { StartDetachedThread(
 void MainWindow::WindowCreated() { webViewHost_.StartWebView(); }
 
 void MainWindow::WindowResized(SizeKind kind) {
-  // The page's glyph keeps its state through a minimize.
+  // A minimized window does not change the page's maximize button.
   if (kind == SizeKind::kMaximized || kind == SizeKind::kRestored) {
     SendToPage(BuildWindowMessage(kind == SizeKind::kMaximized));
   }
@@ -78,7 +78,7 @@ void MainWindow::WindowMessage(const platform::QueueMessage& message) {
     if (const auto progress = TaskProgressAfter(event)) window_.ShowProgress(*progress);
     dispatcher_.HandleUiEvent(event);
   }
-  // Here as well: while the system moves or sizes the window, its own loop serves the queue.
+  // Also here: while the system moves or sizes the window, the system's own loop processes the queue.
   backlog_.Advance();
 }
 

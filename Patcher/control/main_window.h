@@ -12,16 +12,16 @@
 
 namespace patcher {
 
-/// The launcher's main window: a frameless window whose whole inside is the page, and the receiving end of
-/// every UiEvent. Main thread only, but for PostEvent. Never destroyed: workers may outlive the message loop.
+/// The launcher's main window: a frameless window that the page fills. It receives every UiEvent. Main thread
+/// only, except PostEvent. Never destroyed, since workers may outlive the message loop.
 class MainWindow final : public HostOperations, private platform::WindowOwner {
  public:
   explicit MainWindow(OperationTable operations);
 
-  /// Creates the window, centred on the monitor under the pointer, and begins to bring the page into it.
-  /// False if the system gives no window.
+  /// Creates the window, centred on the monitor under the pointer, and starts to load the page into it. False
+  /// if the window cannot be created.
   bool Create();
-  /// Shows the window and serves it until the launcher is to end; returns the exit code.
+  /// Shows the window and runs its message loop until the launcher ends. Returns the exit code.
   int Run();
 
   void PostEvent(const UiEvent& event) noexcept override;

@@ -9,12 +9,12 @@ namespace patcher {
 
 class OperationLease;
 
-/// Admits one long operation at a time: the update run, a verification or a repair. Any thread. Outlives its
+/// Allows one long operation at a time: the update run, a verification or a repair. Any thread. Outlives its
 /// leases.
 class OperationGuard {
  public:
-  /// The right to run an operation, or nothing if another one is running. Waits for an operation that is
-  /// ending, which takes no longer than the return from its worker.
+  /// Returns a lease to run an operation, or nothing if another operation is running. Waits for an operation
+  /// that is ending, which only has to return from its worker.
   [[nodiscard]] std::optional<OperationLease> TryTake();
 
  private:
@@ -23,8 +23,8 @@ class OperationGuard {
   std::atomic<State> state_{State::kFree};
 };
 
-/// The guard is taken while this lives. A worker holds it, so that every way out of the worker releases the
-/// guard, and so does a worker that could not be started.
+/// Holds the guard for its lifetime. The worker owns it, so the guard is released however the worker ends, or
+/// if it cannot be started.
 class OperationLease {
  public:
   OperationLease(OperationLease&& other) noexcept : guard_(std::exchange(other.guard_, nullptr)) {}
@@ -33,8 +33,8 @@ class OperationLease {
     if (guard_ != nullptr) guard_->state_.exchange(OperationGuard::State::kFree);
   }
 
-  /// The operation is about to post its last event. A page that asks for the next operation as soon as it
-  /// gets that event is not refused.
+  /// Called before the operation posts its last event. The page may then start the next operation as soon as
+  /// it receives that event.
   void MarkEnding() { guard_->state_.exchange(OperationGuard::State::kEnding); }
 
  private:
@@ -44,10 +44,10 @@ class OperationLease {
 };
 
 inline std::optional<OperationLease> OperationGuard::TryTake() {
-  State seen = State::kFree;
-  while (!state_.compare_exchange_weak(seen, State::kTaken)) {
-    if (seen == State::kTaken) return std::nullopt;
-    seen = State::kFree;
+  State state = State::kFree;
+  while (!state_.compare_exchange_weak(state, State::kTaken)) {
+    if (state == State::kTaken) return std::nullopt;
+    state = State::kFree;
     std::this_thread::yield();
   }
   return OperationLease(*this);

@@ -8,7 +8,7 @@
 namespace patcher {
 namespace {
 
-/// Images are part of the program: they change with it only.
+/// Images are part of the program, so they change only with it.
 constexpr std::string_view kCacheForAYear = "Cache-Control: max-age=31536000";
 
 }  // namespace

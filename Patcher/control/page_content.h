@@ -8,7 +8,7 @@
 
 namespace patcher {
 
-/// An image of the page, carried in the program under its resource number.
+/// An image of the page, embedded in the program under its resource number.
 struct Asset {
   std::string_view name;
   int resource;
@@ -28,21 +28,21 @@ inline constexpr int kPageResource = 100;
 /// Resource number of the window's icon, a PNG.
 inline constexpr int kIconResource = 300;
 
-/// The page's darkest navy: what shows before the page and around it.
+/// The page's darkest navy, shown around the page and before it has loaded.
 inline constexpr platform::Colour kNavy{0x0d, 0x14, 0x26};
 
-/// The row that an address of the page asks for: only the text after its last slash counts, without query and
-/// fragment, and with its case. Null if there is none.
+/// The row of the image at an address. Compares the text after the last slash, without query and fragment,
+/// and with case. Null if there is none.
 const Asset* FindAsset(std::string_view address);
 
-/// The answer to a request under the asset origin; nothing if it asks for no image.
+/// The answer to a request under the asset origin; nothing if there is no such image.
 std::optional<platform::ResourceAnswer> ServeAsset(std::string_view address);
 
-/// The whole page.
+/// The page's text.
 std::u16string PageText();
 
-/// Whether an address is one under which a web view shows a document that it was handed as a text, rather
-/// than one that comes from somewhere.
+/// Whether a web view uses this address for a document that it received as text, not from a network or file
+/// address.
 bool IsOwnAddress(std::string_view address);
 
 }  // namespace patcher

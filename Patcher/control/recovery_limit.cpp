@@ -3,15 +3,15 @@
 namespace patcher {
 namespace {
 
-constexpr std::size_t kMostRecoveries = 3;
+constexpr std::size_t kMaxReloads = 3;
 constexpr std::chrono::minutes kPeriod{10};
 
 }  // namespace
 
 bool RecoveryLimit::Take(TimePoint now) {
-  while (!taken_.empty() && now - taken_.front() >= kPeriod) taken_.pop_front();
-  if (taken_.size() >= kMostRecoveries) return false;
-  taken_.push_back(now);
+  while (!reloads_.empty() && now - reloads_.front() >= kPeriod) reloads_.pop_front();
+  if (reloads_.size() >= kMaxReloads) return false;
+  reloads_.push_back(now);
   return true;
 }
 

@@ -5,17 +5,17 @@
 
 namespace patcher {
 
-/// How often the page is loaded again after one of the web view's processes has died: three times in ten
-/// minutes, so that a page that dies each time at once does not keep the machine busy without end.
+/// Limits how often the page is reloaded after a web view process has died: three times in ten minutes.
+/// Without a limit, a page that always crashes would keep the machine busy forever.
 class RecoveryLimit {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
 
-  /// Whether the page may be loaded again now; if so, that counts. `now` never goes back.
+  /// Whether the page may be reloaded now. If so, counts the reload. `now` never decreases.
   [[nodiscard]] bool Take(TimePoint now);
 
  private:
-  std::deque<TimePoint> taken_;  // of the last ten minutes
+  std::deque<TimePoint> reloads_;  // reloads of the last ten minutes
 };
 
 }  // namespace patcher

@@ -12,7 +12,7 @@ std::optional<TaskProgress> TaskProgressAfter(const UiEvent& event) {
       return TaskProgress{TaskProgress::State::kNormal,
                           reinterpret_cast<const ProgressReport*>(event.lParam)->percent};
     case UiEventKind::UiReady:
-      // A full bar: a run that failed before its first percent would show none.
+      // A full bar: at 0 percent, a failed run would show no bar at all.
       return event.wParam == 1 ? TaskProgress{} : TaskProgress{TaskProgress::State::kError, 100};
     case UiEventKind::UiStatus:
     case UiEventKind::UiSelfUpdate:

@@ -7,8 +7,8 @@
 
 namespace patcher {
 
-/// What the task bar shows from this event on, if that changes: the percentage of a run or check while it
-/// reports one, an error after one that leaves no game to play, nothing after any other.
+/// What the task bar shows after this event; nothing if the event does not change it. The percentage while a
+/// run or check reports progress; an error if it ends and the game cannot be started; otherwise no progress.
 std::optional<platform::TaskProgress> TaskProgressAfter(const UiEvent& event);
 
 }  // namespace patcher

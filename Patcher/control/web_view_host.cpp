@@ -31,7 +31,7 @@ std::optional<platform::ResourceAnswer> WebViewHost::AnswerRequest(std::string_v
 }
 
 bool WebViewHost::MayNavigate(std::string_view address) {
-  // The first navigation is the host's own, whatever address the web view gives it.
+  // The first navigation is the host's own. Web views give it different addresses.
   return !pageLoaded_ || IsOwnAddress(address);
 }
 

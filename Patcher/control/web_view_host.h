@@ -9,25 +9,25 @@
 
 namespace patcher {
 
-/// A message of the web view host to itself. Its number lies above those of the workers. wParam:
-/// platform::WebViewProcess.
+/// A message that the web view host posts to itself. Its number is above those of the workers' events.
+/// wParam: platform::WebViewProcess.
 inline constexpr std::uint32_t kWebViewProcessDied = 0x8101;
 
-/// Brings the page into the window, carries its requests to the dispatcher and messages to it, serves its
-/// images, starts the update run when it has loaded, and loads it again when its processes have died. Main
-/// thread only.
+/// Shows the page in the window: passes its requests to the dispatcher and the dispatcher's messages to it,
+/// serves its images, starts the update run when it has loaded, and reloads it when its processes have died.
+/// Main thread only.
 class WebViewHost final : private platform::WebViewOwner {
  public:
-  /// All three outlive the host. `events` gives kWebViewProcessDied back through Recover.
+  /// All three outlive the host. The owner of `events` calls Recover when it receives kWebViewProcessDied.
   WebViewHost(platform::NativeWindow& window, HostWindow& events, Dispatcher& dispatcher);
 
-  /// Returns before anything has happened.
+  /// Starts to create the web view and returns at once.
   void StartWebView();
-  /// Dropped if there is no web view yet.
+  /// Drops the message if there is no web view yet.
   void SendToPage(const std::u16string& text);
   void UpdateBounds();
   void WindowMoved();
-  /// The page gets the keyboard.
+  /// Gives the keyboard focus to the page.
   void TakeFocus();
   void Recover(platform::WebViewProcess died);
 

@@ -4,20 +4,20 @@
 
 namespace patcher {
 
-/// A press on the page's title band, from the page's request to move the window until it is a move or over.
-/// The page asks from another process, so the button may be up again by then; and a press that does not move
-/// may be half of a double click, which is the page's.
+/// Decides whether a press on the page's title band becomes a move of the window. The page's request comes
+/// from another process, so the button may already be up when it arrives. A press without movement may be
+/// half of a double click, which the page handles.
 class WindowDrag {
  public:
   enum class Step {
     kWait,
-    kMove,  ///< the pointer has moved far enough: the window follows it from now on
+    kMove,  ///< the pointer has moved far enough: start to move the window
     kEnd,   ///< the button is up
   };
 
-  /// The page asks for a move. False if the primary button is up: there is nothing to wait for.
+  /// Called when the page requests a move. False if the primary button is already up.
   [[nodiscard]] bool Begin(const platform::PointerState& pointer);
-  /// The pointer a moment later, until kMove or kEnd.
+  /// Called with each later state of the pointer until it returns kMove or kEnd.
   [[nodiscard]] Step Follow(const platform::PointerState& pointer) const;
 
  private:

@@ -4,36 +4,37 @@
 
 namespace patcher {
 
-// The places of the main window and of the page in it. Pure arithmetic.
+// Where the main window is on the screen and where the page is in it. Pure functions.
 
-/// Width of the band along each edge that sizes the window; the page leaves it free.
+/// Width in pixels of the band along each edge that resizes the window. The page does not cover it.
 inline constexpr int ResizeBorder = 6;
 inline constexpr platform::Size kSmallestWindow{1000, 640};
 inline constexpr platform::Size kPreferredWindow{1280, 800};
 
-/// A new window: the preferred size or what the work area has of it, centred.
+/// The place of a new window: centred, in the preferred size or smaller if the work area is smaller.
 platform::Rect PlaceWindow(const platform::Rect& workArea);
 
-/// The web view in a window with this client rectangle.
+/// The place of the web view in a window with this client rectangle.
 platform::Rect WebViewBounds(const platform::Rect& client, bool maximized);
 
-/// `window` and `point` in screen coordinates. Nothing sizes a maximized window, and nothing is a caption:
-/// the page asks for a move itself.
+/// `window` and `point` are in screen coordinates. A maximized window has no edges that resize it. No part is
+/// a caption, since the page requests moves itself.
 platform::WindowPart HitTest(const platform::Rect& window, platform::Point point, bool maximized);
 
-/// The preferred smallest size, or what the work area has of it: the foot of the page stays on the screen.
+/// The smallest size of the window, or less if the work area is smaller, so that the bottom of the page stays
+/// on the screen.
 platform::Size MinimumWindow(const platform::Rect& workArea);
 
-/// Where a maximized window goes that is dragged by its title band: its restored size, under the pointer,
-/// which stays at the same part of the width and the same distance from the top.
+/// The place of a maximized window when a drag by the title band restores it: in its restored size, so that
+/// the pointer keeps its relative horizontal position and its distance from the top.
 platform::Rect RestoreUnderPointer(const platform::Rect& maximized, platform::Size restored,
                                    platform::Point pointer);
 
-/// On the work area and not over a task bar.
+/// Fills the work area, so that the task bar stays visible.
 platform::MaximizedPlacement PlaceMaximized(const platform::Rect& monitor, const platform::Rect& workArea);
 
-/// The whole of a restored window; a maximized one is laid out larger than its place by the frame that does
-/// not show.
+/// The client area: all of a restored window. The system makes a maximized window larger than its visible
+/// part by the width of the frame.
 platform::Rect ClientArea(const platform::Rect& window, bool maximized, platform::Size frame);
 
 }  // namespace patcher

@@ -13,8 +13,7 @@
 namespace patcher {
 namespace {
 
-/// The stages that the update run passes through. Never destroyed: detached workers use them until the
-/// process is gone.
+/// The stages of the update run. Never destroyed, since detached workers use them until the process ends.
 const UpdateStages& Stages() {
   static const auto* stages = new UpdateStages{
       .selfUpdate = FetchNewLauncher,

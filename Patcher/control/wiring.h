@@ -5,7 +5,7 @@
 
 namespace patcher {
 
-/// Every operation of the launcher, for any host. What the operations use lives as long as the process.
+/// All operations of the launcher, for any host. The objects that they use live until the process ends.
 OperationTable LauncherOperations(const ShowError& showError);
 
 }  // namespace patcher

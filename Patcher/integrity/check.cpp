@@ -34,7 +34,7 @@ class CheckOperation {
   CheckOperation(const CheckOperation&) = delete;
   CheckOperation& operator=(const CheckOperation&) = delete;
 
-  /// Whether the caller has to post `ready`.
+  /// True if the caller has to post `ready`.
   bool Run() {
     Status(repair_ ? "Reparation : connexion au serveur de patch..."
                    : "Verification : connexion au serveur de patch...");
@@ -42,26 +42,26 @@ class CheckOperation {
     if (!FetchManifest(manifest)) return true;
     PostServer(window_, true);
     const CheckResult result = Examine(manifest);
-    TellSummary(result);
+    ReportSummary(result);
     PostNarrowJson(window_, BuildCheckMessage(Mode(), result));
-    reported_ = true;
+    checkPosted_ = true;
     if (!repair_) return true;
     if (result.samples.empty()) {
       Status("Rien a reparer.");
       return true;
     }
     if (!Discard(result)) return true;
-    RetainedCheck::Current().UseUp();
+    RetainedCheck::Current().Clear();
     Status("Retelechargement de " + std::to_string(result.samples.size()) + " fichier(s)...");
     RunUpdate(window_, stages_);
     return false;
   }
 
-  /// Takes the page out of its busy state when the operation could not go on.
-  void TellUnexpectedFailure() {
+  /// Reports an exception, and ends the page's busy state.
+  void ReportUnexpectedFailure() {
     Status(repair_ ? "La reparation a rencontre une erreur inattendue."
                    : "La verification a rencontre une erreur inattendue.");
-    if (!reported_) PostNarrowJson(window_, BuildCheckErrorMessage(Mode(), kUnreadable));
+    if (!checkPosted_) PostNarrowJson(window_, BuildCheckErrorMessage(Mode(), kUnreadable));
   }
 
  private:
@@ -69,23 +69,23 @@ class CheckOperation {
 
   void Status(const std::string& text) { PostStatus(window_, text); }
 
-  void TellFailure(const std::string& status, const char* error) {
+  void ReportFailure(const std::string& status, const char* error) {
     Status(status);
     PostServer(window_, false);
     PostNarrowJson(window_, BuildCheckErrorMessage(Mode(), error));
-    reported_ = true;
+    checkPosted_ = true;
   }
 
   bool FetchManifest(PatchManifest& manifest) {
     std::string error;
     if (!session_.Connect(PatchConfig::Current().baseUrl, error)) {
-      TellFailure(error, kUnreachable);
+      ReportFailure(error, kUnreachable);
       return false;
     }
     std::string text;
     LocalRecord record(ExeDir() / kRecordFile);
     if (FetchServerManifest(session_, record, text, manifest) != ServerManifest::kGood) {
-      TellFailure("Impossible de lire le manifeste de patch.", kUnreadable);
+      ReportFailure("Impossible de lire le manifeste de patch.", kUnreadable);
       return false;
     }
     return true;
@@ -105,17 +105,17 @@ class CheckOperation {
     return result;
   }
 
-  void TellSummary(const CheckResult& result) {
+  void ReportSummary(const CheckResult& result) {
     std::string text = std::to_string(result.ok) + " fichier(s) corrects";
     if (result.missing != 0) text += ", " + std::to_string(result.missing) + " manquant(s)";
     if (result.corrupt != 0) text += ", " + std::to_string(result.corrupt) + " abime(s)";
     Status(text + ".");
   }
 
-  /// False, and nothing is deleted, if another launcher works in the directory for too long or if the record
-  /// cannot be changed, which a status line reports.
+  /// False, after a status line and without deleting a file, if another launcher uses the directory for too
+  /// long or if the record cannot be changed.
   bool Discard(const CheckResult& result) {
-    // Without it the run could not prove a single file, nor fetch one. Raises if there is none.
+    // Raises if the system has no SHA-256. Without it the run could neither prove nor fetch a file.
     const Sha256 provider;
     const InstallLock lock(window_, stages_.lockPatience);
     if (!lock.IsTaken()) return false;
@@ -128,7 +128,7 @@ class CheckOperation {
   const bool repair_;
   const UpdateStages& stages_;
   HttpSession session_;
-  bool reported_ = false;  // the page has had its `check`
+  bool checkPosted_ = false;  // the `check` message was posted
 };
 
 }  // namespace
@@ -140,9 +140,9 @@ void RunCheckOperation(HostWindow& window, bool repair, const UpdateStages& stag
       if (!operation.Run()) return;
     } catch (const std::exception& failure) {
       DebugLog::WriteException("the check", failure);
-      operation.TellUnexpectedFailure();
+      operation.ReportUnexpectedFailure();
     }
-    // The session is closed before `ready` is posted.
+    // The operation ends here, which closes its session before `ready` is posted.
   }
   PostReady(window, stages.clientExists());
 }

@@ -5,11 +5,11 @@
 
 namespace patcher {
 
-/// Verification (`repair` false: reads only) and repair, on a check worker under the operation guard, which
-/// the caller releases when this has returned. A repair takes up the list of the verification before it, if
-/// that was made for the server's present version, and verifies first otherwise; then it discards the listed
-/// files and runs the update, which fetches them. Raises nothing. Posts one `check` message, and one `ready`
-/// after everything else (a repair with something to do leaves that to the update run).
+/// Runs a verification (`repair` is false), which only reads, or a repair. Runs on a check worker under the
+/// operation guard, which the caller releases after the return. A repair uses the list of the previous
+/// verification if that was made for the server's current version; otherwise it verifies first. Then it
+/// discards the listed files and runs the update, which downloads them. Raises nothing. Posts one `check`
+/// message, and last one `ready`, which the update run posts if the repair runs it.
 void RunCheckOperation(HostWindow& window, bool repair, const UpdateStages& stages);
 
 }  // namespace patcher

@@ -22,13 +22,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The only places that the sweep looks at.
+/// The only directories that the sweep reads.
 constexpr const char* ResidualRoots[] = {"Model", "World", "Icon", "Item", "Char", "SFX", "Client"};
 constexpr std::size_t kMaxListedFiles = 20;
 
 struct ObsoleteItem {
   const char* path;
-  const char* reason;  ///< as the player reads it
+  const char* reason;  ///< shown to the player
 };
 
 constexpr ObsoleteItem ObsoleteTable[] = {
@@ -43,14 +43,14 @@ constexpr ObsoleteItem ObsoleteTable[] = {
     {"mssogg.asi", "Miles Sound System, retire le 21/09/2026"},
 };
 
-/// A directory that a walk may enter: a real one, not a link to one.
+/// Whether this is a directory and not a link to one: only then a walk enters it.
 bool IsOwnDirectory(const fs::path& place) {
   std::error_code error;
   return fs::is_directory(place, error) && !platform::IsLink(place);
 }
 
-/// Names in a directory, in order, so that the same disk always gives the same list. A directory that may not
-/// be read or has vanished is empty. Fails if the reading breaks off.
+/// The sorted names in a directory. A directory that is gone or may not be read has none. Sets `error` if
+/// reading stops in the middle.
 std::vector<fs::path> NamesIn(const fs::path& directory, std::error_code& error) {
   std::vector<fs::path> names;
   error.clear();
@@ -64,7 +64,8 @@ std::vector<fs::path> NamesIn(const fs::path& directory, std::error_code& error)
   return names;
 }
 
-/// Whether the name survives the way to bytes and back: only then can it be compared with the manifest.
+/// Whether the name is the same after a conversion to bytes and back. Only such a name can be compared with
+/// the manifest.
 bool HasExactBytes(const fs::path& path) {
   return platform::PathFromBytes(platform::BytesFromPath(path)).native() == path.native();
 }
@@ -103,7 +104,7 @@ class Sweep {
         Count(relative);
       }
     } catch (const std::exception&) {
-      // An entry that resists is passed over; the sweep goes on.
+      // The sweep skips an entry that cannot be handled.
     }
   }
 
@@ -121,8 +122,8 @@ class Sweep {
   std::string list_;
 };
 
-/// Removes a directory with all it holds; a link in it goes, what it leads to stays. Stops at the first
-/// error. (std::filesystem::remove_all goes through the junctions of Windows.)
+/// Removes a directory and its content. Removes links in it, but not their targets. Stops at the first error.
+/// (std::filesystem::remove_all follows the junctions of Windows.)
 bool RemoveTree(const fs::path& directory) {
   std::error_code error;
   for (const fs::path& name : NamesIn(directory, error)) {
@@ -139,12 +140,12 @@ bool RemoveTree(const fs::path& directory) {
 bool RemoveItem(const fs::path& item) {
   std::error_code error;
   if (fs::remove(item, error)) return true;
-  // A directory that is not empty has no error number of its own in the standard library of Windows.
+  // On Windows the standard library has no distinct error for a directory that is not empty.
   return IsOwnDirectory(item) && RemoveTree(item);
 }
 
 void RemoveObsolete(HostWindow& window, const PatchManifest& manifest) {
-  std::optional<PublishedPaths> published;  // mostly not needed
+  std::optional<PublishedPaths> published;  // built on first use: usually there is no obsolete item
   std::size_t count = 0;
   std::string list;
   for (const ObsoleteItem& row : ObsoleteTable) {
@@ -168,7 +169,7 @@ void SweepResidualFiles(HostWindow& window, const PatchManifest& manifest) {
     for (const char* root : ResidualRoots) sweep.WalkRoot(root);
     sweep.Report(window);
   } catch (const std::exception&) {
-    // The run has reached its end: what is left over waits for the next one.
+    // The update itself is complete. The next run tries the cleanup again.
   }
 }
 

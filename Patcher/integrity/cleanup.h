@@ -5,18 +5,18 @@
 
 namespace patcher {
 
-// The passes at the end of a run that fetched everything it wanted. They run on the run's thread, stay
-// silent about what they could not remove, raise nothing, and never go through a link.
+// The cleanup after a complete run. Runs on the thread of the run, does not report what could not be removed,
+// raises nothing, and never follows a link.
 
-/// Removes the loose files in the game's data directories that the manifest does not list. Posts at most one
+/// Removes the files in the game's data directories that the manifest does not list. Posts at most one
 /// status.
 void SweepResidualFiles(HostWindow& window, const PatchManifest& manifest);
 
-/// Removes the items of former layouts, unless the manifest lists them or something in them. Posts at most
-/// one status.
+/// Removes the items of earlier layouts, unless the manifest lists them or a file in them. Posts at most one
+/// status.
 void RemoveObsoleteItems(HostWindow& window, const PatchManifest& manifest);
 
-/// The cleanup stage of the run: the sweep, then the obsolete items, then the temporary files of transfers.
+/// The cleanup stage of the run: the sweep, then the obsolete items, then the temporary files of downloads.
 void CleanUp(HostWindow& window, const PatchManifest& manifest);
 
 }  // namespace patcher

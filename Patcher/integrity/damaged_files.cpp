@@ -7,7 +7,7 @@
 #include <system_error>
 #include <unordered_set>
 
-#include "integrity/behind_link.h"
+#include "integrity/below_link.h"
 #include "platform/text.h"
 #include "shared/own_files.h"
 #include "shared/program.h"
@@ -23,14 +23,14 @@ void DeleteListedFile(const std::string& path) {
   try {
     if (!StaysInside(path)) return;
     const fs::path relative = platform::PathFromBytes(path);
-    if (IsBehindLink(relative)) return;
+    if (IsBelowLink(relative)) return;
     const fs::path place = ExeDir() / relative;
     std::error_code ignored;
-    // A player whose fetch fails must still have a launcher; a new one replaces it in one step.
+    // The player must keep a launcher if the download fails. A new one replaces it in one step.
     if (fs::equivalent(place, ExePath(), ignored)) return;
     fs::remove(place, ignored);
   } catch (const std::exception&) {
-    // A name that the system cannot express: no file has it.
+    // The system cannot represent this name, so no file has it.
   }
 }
 
@@ -40,7 +40,7 @@ bool DiscardDamagedFiles(const CheckResult& result) {
   LocalRecord record(ExeDir() / kRecordFile);
   record.Load();
   for (const std::string& path : result.samples) record.Forget(path);
-  // First: a death in between must not leave a record that names deleted files.
+  // Saved before any file is deleted: after a crash the record must not name deleted files.
   if (!record.Save()) return false;
   const std::unordered_set<std::string_view> unproven(result.unproven.begin(), result.unproven.end());
   for (const std::string& path : result.samples) {

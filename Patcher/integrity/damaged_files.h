@@ -4,13 +4,13 @@
 
 namespace patcher {
 
-/// Makes the next update run fetch the listed files: all of them leave the record, whose other
-/// entries and version stay, and then each is deleted where that is safe. False, and nothing is deleted, if
-/// the record could be neither saved nor removed. Raises nothing for a file that cannot be deleted:
-/// without its entry the run proves it by its digest.
+/// Makes the next update run download the listed files. Removes all of them from the record, keeps its other
+/// entries and its version, and then deletes each file where that is safe. Returns false without deleting a
+/// file if the record could be neither saved nor removed. Raises nothing for a file that cannot be deleted:
+/// since the record does not name it any more, the run checks its digest.
 ///
-/// Not deleted: a file that could not be examined, what a path names outside the install directory or through
-/// a link, what a directory holds (an empty one is deleted), and the running launcher.
+/// Does not delete a file that could not be examined, anything outside the install directory or below a link,
+/// a directory that is not empty, or the running launcher.
 [[nodiscard]] bool DiscardDamagedFiles(const CheckResult& result);
 
 }  // namespace patcher

@@ -8,7 +8,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "integrity/behind_link.h"
+#include "integrity/below_link.h"
 #include "platform/file_names.h"
 #include "platform/links.h"
 #include "platform/text.h"
@@ -22,16 +22,16 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kSuffix = ".part";
 
-/// The part of a manifest path that names its directory; empty for the top.
+/// The directory of a manifest path; empty for the install directory.
 std::string_view DirectoryOf(std::string_view path) {
   constexpr char kSeparators[] = {'/', static_cast<char>(fs::path::preferred_separator)};
   const std::size_t end = path.find_last_of(kSeparators, std::string_view::npos, sizeof kSeparators);
   return path.substr(0, end == std::string_view::npos ? 0 : end);
 }
 
-/// Regular files of the directory that have the suffix, relative to the install directory.
-void ListTemporaryFiles(const fs::path& directory, std::vector<fs::path>& found) {
-  if (IsBehindLink(directory / "entry")) return;
+/// Appends the directory's regular files that have the suffix, as paths relative to the install directory.
+void ListTemporaryFiles(const fs::path& directory, std::vector<fs::path>& files) {
+  if (IsBelowLink(directory / "entry")) return;
   const fs::path suffix = kSuffix;
   std::error_code error;
   fs::directory_iterator entry(ExeDir() / directory, fs::directory_options::skip_permission_denied, error);
@@ -39,7 +39,7 @@ void ListTemporaryFiles(const fs::path& directory, std::vector<fs::path>& found)
     if (entry->path().extension() != suffix) continue;
     std::error_code ignored;
     if (entry->symlink_status(ignored).type() == fs::file_type::regular && !platform::IsLink(entry->path())) {
-      found.push_back(directory / entry->path().filename());
+      files.push_back(directory / entry->path().filename());
     }
   }
 }
@@ -49,11 +49,11 @@ std::vector<fs::path> TemporaryFiles(const PatchManifest& manifest) {
   for (const PatchFile& file : manifest.files) {
     directories.insert(directories.end(), DirectoryOf(file.path));
   }
-  std::vector<fs::path> found;
+  std::vector<fs::path> files;
   for (const std::string_view directory : directories) {
-    ListTemporaryFiles(platform::PathFromBytes(directory), found);
+    ListTemporaryFiles(platform::PathFromBytes(directory), files);
   }
-  return found;
+  return files;
 }
 
 }  // namespace
@@ -65,7 +65,7 @@ void RemoveLeftoverDownloads(const PatchManifest& manifest) {
   for (const PatchFile& file : manifest.files) published.insert(platform::FileIdentity(file.path));
   for (const fs::path& candidate : candidates) {
     const std::string path = platform::BytesFromPath(candidate);
-    // Only a name that survives the way to bytes and back can be compared.
+    // Only a name that is the same after a conversion to bytes and back can be compared.
     if (platform::PathFromBytes(path).native() != candidate.native()) continue;
     const std::string owner =
         platform::FileIdentity(std::string_view(path).substr(0, path.size() - kSuffix.size()));

@@ -4,10 +4,10 @@
 
 namespace patcher {
 
-/// Removes the temporary files of transfers (a published file's name and ".part") that could not be deleted
-/// when their transfer ended, or whose launcher died. A file that the manifest lists stays, as does
-/// everything that a link leads to. No download may run. What cannot be removed is tried again the next time.
-/// May raise what the file system's names and memory raise.
+/// Removes temporary files of downloads (a published file's name and ".part") that could not be deleted after
+/// their download, or whose launcher died. Keeps every file that the manifest lists, and everything below a
+/// link. No download may be running. The next cleanup tries again what could not be removed. May raise
+/// exceptions of path conversions and of memory.
 void RemoveLeftoverDownloads(const PatchManifest& manifest);
 
 }  // namespace patcher

@@ -11,14 +11,14 @@
 namespace patcher {
 namespace {
 
-/// Debug symbols; files on their way in or out.
+/// Debug symbols, and files that are being installed or replaced.
 constexpr std::string_view kProtectedExtensions[] = {".pdb", ".part", ".old", ".repack_tmp"};
 
 }  // namespace
 
 bool IsProtectedPath(const std::filesystem::path& path) {
   for (const std::filesystem::path& component : path) {
-    // A file of such a name counts too.
+    // A file of such a name is protected too.
     if (HoldsName(kPlayerDirectories, platform::BytesFromPath(component))) return true;
   }
   const std::string name = platform::BytesFromPath(path.filename());

@@ -4,10 +4,10 @@
 
 namespace patcher {
 
-/// Whether a path below the install directory, relative to it, belongs to the player or to the launcher and
-/// must never be cleaned away: anything in a directory of the player's at any depth, settings and accounts,
-/// the launcher's own files, downloads in progress. Names count whole and, but for extensions, without the
-/// case of ASCII letters.
+/// Whether a path belongs to the player or to the launcher, so that the cleanup must never remove it:
+/// anything in one of the player's directories at any depth, settings and accounts, the launcher's own files,
+/// downloads in progress. The path is relative to the install directory. Compares whole names, without the
+/// case of ASCII letters except in extensions.
 bool IsProtectedPath(const std::filesystem::path& path);
 
 }  // namespace patcher

@@ -8,8 +8,8 @@
 namespace patcher {
 namespace {
 
-/// The same for two paths that the system takes for one file, or that differ in the kind of separator or in
-/// the case of ASCII letters.
+/// Equal for two paths if the system takes them for the same file, or if they differ only in the kind of
+/// separator or in the case of ASCII letters.
 std::string NormalForm(std::string_view path) {
   std::string form = platform::FileIdentity(path);
   for (char& c : form) c = c == '\\' ? '/' : AsciiLower(c);
@@ -20,7 +20,7 @@ std::string NormalForm(std::string_view path) {
 
 PublishedPaths::PublishedPaths(const PatchManifest& manifest) {
   for (const PatchFile& file : manifest.files) {
-    // Manifests are mostly sorted: the hint saves the search.
+    // Most manifests are sorted, so the hint avoids a search.
     paths_.insert(paths_.end(), NormalForm(file.path));
   }
 }
@@ -28,10 +28,10 @@ PublishedPaths::PublishedPaths(const PatchManifest& manifest) {
 bool PublishedPaths::Contains(std::string_view path) const { return paths_.count(NormalForm(path)) != 0; }
 
 bool PublishedPaths::ContainsAtOrBelow(std::string_view path) const {
-  const std::string own = NormalForm(path);
-  if (paths_.count(own) != 0) return true;
-  const auto below = paths_.lower_bound(own + '/');
-  return below != paths_.end() && below->starts_with(own + '/');
+  const std::string form = NormalForm(path);
+  if (paths_.count(form) != 0) return true;
+  const auto next = paths_.lower_bound(form + '/');
+  return next != paths_.end() && next->starts_with(form + '/');
 }
 
 }  // namespace patcher

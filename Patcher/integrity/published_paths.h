@@ -8,17 +8,16 @@
 
 namespace patcher {
 
-/// The files that a manifest publishes, for comparison with what is on the disk: two paths are equal if the
-/// system takes them for one file, or if they differ only in the kind of separator or in the case of
-/// ASCII letters. Both sides go through the same
-/// function, so what the launcher has installed is always found again.
+/// The files of a manifest, for comparison with the files on disk. Two paths are equal if the system takes
+/// them for the same file, or if they differ only in the kind of separator or in the case of ASCII letters.
+/// The same function converts both sides, so every file that the launcher has installed is found.
 class PublishedPaths {
  public:
   explicit PublishedPaths(const PatchManifest& manifest);
 
-  /// `path` is one of a manifest, or in bytes what a directory walk gives.
+  /// `path` comes from a manifest, or is the bytes of a path from a directory walk.
   bool Contains(std::string_view path) const;
-  /// The item itself, or something in it.
+  /// Whether the item itself or a file in it is published.
   bool ContainsAtOrBelow(std::string_view path) const;
 
  private:

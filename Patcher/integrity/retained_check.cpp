@@ -6,7 +6,7 @@
 namespace patcher {
 namespace {
 
-/// Sizes by path; the first entry of a path counts.
+/// Sizes by path. The first entry of a path counts.
 std::unordered_map<std::string_view, std::uint64_t> SizesByPath(const PatchManifest& manifest) {
   std::unordered_map<std::string_view, std::uint64_t> sizes;
   sizes.reserve(manifest.files.size());
@@ -17,7 +17,7 @@ std::unordered_map<std::string_view, std::uint64_t> SizesByPath(const PatchManif
 }  // namespace
 
 RetainedCheck& RetainedCheck::Current() {
-  // Never destroyed: a detached worker may still use it while the process ends.
+  // Never destroyed, since a detached worker may still use it while the process ends.
   static auto* current = new RetainedCheck;
   return *current;
 }
@@ -51,7 +51,7 @@ bool RetainedCheck::Recall(const PatchManifest& manifest, CheckResult& result) c
   return true;
 }
 
-void RetainedCheck::UseUp() {
+void RetainedCheck::Clear() {
   const platform::MutexLock guard(lock_);
   valid_ = false;
 }

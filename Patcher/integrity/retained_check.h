@@ -10,22 +10,22 @@
 
 namespace patcher {
 
-/// The outcome of the latest pass of this process, for a repair that follows it. Never on disk. Any thread;
-/// no other lock is taken and no file touched while its lock is held.
+/// Keeps the result of this process's latest verification in memory, for a repair after it. Any thread. While
+/// its lock is held, it takes no other lock and uses no file.
 class RetainedCheck {
  public:
-  /// The process-wide record; holds nothing at start.
+  /// The one object of the process. Holds no result at first.
   static RetainedCheck& Current();
 
-  /// A pass has ended: what it found replaces what was held.
+  /// Replaces the kept result by a new one.
   void Store(const CheckResult& result, std::int32_t version);
 
-  /// True if a list is held and was made for the manifest's version: `result` is then that list in terms of
-  /// the present manifest. What happened to the files meanwhile is not looked at.
+  /// Returns true if there is a result for the manifest's version, and fills `result` from it, with totals
+  /// and sizes of this manifest. Does not check whether the files have changed since.
   [[nodiscard]] bool Recall(const PatchManifest& manifest, CheckResult& result) const;
 
-  /// A repair has used the list: no other repair may.
-  void UseUp();
+  /// Discards the result, so that only one repair uses it.
+  void Clear();
 
  private:
   mutable platform::Mutex lock_;

@@ -29,10 +29,10 @@ enum class Outcome { kCorrect, kMissing, kDamaged };
 
 struct Verdict {
   Outcome outcome;
-  bool proven = true;  ///< false: the file could not be examined, and what it holds is unknown
+  bool proven = true;  ///< false: the file could not be examined, so its content is unknown
 };
 
-/// Why a file could not be opened for reading, in terms of the verification.
+/// The verdict on a file that could not be opened for reading.
 Verdict JudgeUnopened(const fs::path& place, const PatchFile& file) {
   std::error_code error;
   const fs::file_status status = fs::status(place, error);
@@ -42,7 +42,7 @@ Verdict JudgeUnopened(const fs::path& place, const PatchFile& file) {
   return {Outcome::kDamaged, !error && size != file.size};
 }
 
-/// `sha256`: the worker's own, opened for the first file that needs it.
+/// `sha256` belongs to the worker and is created for the first file that needs it.
 Verdict Judge(const PatchFile& file, std::optional<Sha256>& sha256) {
   try {
     const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
@@ -58,7 +58,7 @@ Verdict Judge(const PatchFile& file, std::optional<Sha256>& sha256) {
   }
 }
 
-/// What the workers of one pass share.
+/// What the workers of one verification share.
 class Pass {
  public:
   Pass(HostWindow& window, const PatchManifest& manifest, std::size_t workers)
@@ -82,11 +82,11 @@ class Pass {
     Report(file, ++done_);
   }
 
-  /// After the workers have ended.
+  /// Called after the workers have ended.
   void MoveResult(CheckResult& result) {
     const platform::MutexLock guard(lock_);
     result = {total_, ok_, missing_, corrupt_, bytes_, std::move(samples_), std::move(unproven_)};
-    // The workers append as they finish; the lists are the same from one pass to the next.
+    // The workers append in any order. Sorted lists are the same each time.
     std::sort(result.samples.begin(), result.samples.end());
     std::sort(result.unproven.begin(), result.unproven.end());
   }
@@ -109,7 +109,7 @@ class Pass {
   HostWindow& window_;
   const std::vector<PatchFile>& files_;
   const std::int32_t total_;
-  std::vector<std::optional<Sha256>> digests_;  // each worker's own
+  std::vector<std::optional<Sha256>> digests_;  // one for each worker
   std::atomic<std::int32_t> ok_{0};
   std::atomic<std::int32_t> missing_{0};
   std::atomic<std::int32_t> corrupt_{0};
@@ -129,7 +129,7 @@ void VerifyFiles(HostWindow& window, const PatchManifest& manifest, CheckResult&
     pass.VerifyOneFile(index, worker);
     return true;
   });
-  // An incomplete list must not be taken for a complete one.
+  // An incomplete list must not look like a complete one.
   if (!complete) throw std::runtime_error("the verification was cut short");
   pass.MoveResult(result);
 }

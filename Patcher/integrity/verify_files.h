@@ -6,10 +6,10 @@
 
 namespace patcher {
 
-/// Compares every file of the manifest with what is on disk, on PatchConfig::connections workers, and fills
-/// `result`. Reads only. Posts a progress for every 50th file and the last, a status for every 500th. A file
-/// whose check raises counts as damaged. Raises std::runtime_error if the pass could not be brought to its
-/// end.
+/// Compares every file of the manifest with the file on disk, on PatchConfig::connections workers, and fills
+/// `result`. Reads only. Posts a progress for every 50th file and for the last, and a status for every 500th.
+/// A file whose check raises an exception counts as damaged. Raises std::runtime_error if not all files could
+/// be checked.
 void VerifyFiles(HostWindow& window, const PatchManifest& manifest, CheckResult& result);
 
 }  // namespace patcher

@@ -14,7 +14,7 @@ inline std::string HexOf(std::uint8_t byte, std::string_view digits = kLowerHexD
   return {digits[byte >> 4], digits[byte & 15]};
 }
 
-inline bool IsHexDigit(char c) {
+constexpr bool IsHexDigit(char c) {
   return kLowerHexDigits.find(c) != std::string_view::npos ||
          kUpperHexDigits.find(c) != std::string_view::npos;
 }

@@ -28,9 +28,8 @@ constexpr std::optional<std::array<std::uint8_t, Size>> FromHex(std::string_view
   std::array<std::uint8_t, Size> bytes{};
   for (std::size_t i = 0; i < hex.size(); ++i) {
     const char c = hex[i];
-    const bool letter = (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-    if (!letter && (c < '0' || c > '9')) return std::nullopt;
-    const int digit = letter ? (c | 32) - 'a' + 10 : c - '0';
+    if (!platform::IsHexDigit(c)) return std::nullopt;
+    const int digit = c <= '9' ? c - '0' : (c | 32) - 'a' + 10;
     bytes[i / 2] = static_cast<std::uint8_t>(bytes[i / 2] << 4 | digit);
   }
   return bytes;

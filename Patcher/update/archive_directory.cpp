@@ -22,19 +22,20 @@ constexpr std::size_t kLocalHeaderSize = 30;
 constexpr std::uint64_t kMaxCommentSize = 0xFFFF;
 constexpr std::uint16_t kZip64FieldId = 1;
 constexpr std::uint32_t kIn64 = 0xFFFFFFFF;
-/// Each thread that extracts holds the directory in memory; no archive of game files comes near this.
+/// Each extracting thread holds the directory in memory. Archives of game files have far smaller ones.
 constexpr std::uint64_t kMaxDirectorySize = 64u << 20;
-/// Deflate packs no better: 258 bytes into two bits.
+/// The best ratio that deflate can reach: 258 bytes in two bits.
 constexpr std::uint64_t kMaxExpansion = 1032;
 
 struct Directory {
   std::uint64_t offset = 0;
   std::uint64_t size = 0;
   std::uint64_t entries = 0;
-  std::uint64_t end = 0;  ///< where the first end record begins
+  std::uint64_t end = 0;  ///< offset of the first end record
 };
 
-/// Replaces the short values by those of the 64-bit end record, if there is one in front of the end record.
+/// Replaces the values by those of the 64-bit end record, if there is one before the end record. False if it
+/// is damaged.
 bool ApplyEnd64(FileBytes& file, std::uint64_t endOffset, Directory& directory) {
   if (endOffset < kEnd64LocatorSize) return true;
   const auto locator = file.Read(endOffset - kEnd64LocatorSize, kEnd64LocatorSize);
@@ -53,7 +54,7 @@ std::optional<Directory> FindDirectory(FileBytes& file) {
   const std::uint64_t tailSize = std::min<std::uint64_t>(file.Size(), kEndSize + kMaxCommentSize);
   const auto tail = file.Read(file.Size() - tailSize, tailSize);
   if (!tail || tail->size() < kEndSize) return std::nullopt;
-  // The reader takes the last signature, so this does.
+  // The ZIP reader uses the last signature, so this must too.
   for (std::size_t at = tail->size() - kEndSize + 1; at-- > 0;) {
     if (U32(*tail, at) != kEndSignature) continue;
     Directory directory;
@@ -67,7 +68,7 @@ std::optional<Directory> FindDirectory(FileBytes& file) {
   return std::nullopt;
 }
 
-/// The 64-bit values of an entry that its 32-bit fields refer to.
+/// The sizes and the offset of an entry. An extra field has the values that do not fit into 32 bits.
 struct EntryExtent {
   std::uint64_t unpackedSize;
   std::uint64_t packedSize;
@@ -75,7 +76,7 @@ struct EntryExtent {
 };
 
 bool ApplyExtra64(Bytes extra, EntryExtent& extent) {
-  // Some writers pad with less than a field's head.
+  // Some writers add padding that is shorter than the header of a field.
   while (extra.size() >= 4) {
     const std::uint16_t id = U16(extra, 0);
     const std::size_t size = U16(extra, 2);
@@ -95,7 +96,7 @@ bool ApplyExtra64(Bytes extra, EntryExtent& extent) {
   return true;
 }
 
-/// Size of the entry at the start of `bytes`, or nothing if it is not sound.
+/// The size of the entry at the start of `bytes`, or nothing if it is not sound.
 std::optional<std::size_t> CheckEntry(Bytes bytes, std::uint64_t directoryOffset) {
   if (bytes.size() < kEntrySize || U32(bytes, 0) != kEntrySignature) return std::nullopt;
   const std::size_t nameSize = U16(bytes, 28);
@@ -110,7 +111,7 @@ std::optional<std::size_t> CheckEntry(Bytes bytes, std::uint64_t directoryOffset
     return std::nullopt;
   }
   if (extent.packedSize > directoryOffset - kLocalHeaderSize - extent.localOffset) return std::nullopt;
-  // From some broken code tables the reader unpacks zeros without reading, up to the size that is given here.
+  // With some broken code tables the ZIP reader reads nothing and writes zeros up to this size.
   if (extent.unpackedSize / kMaxExpansion > extent.packedSize) return std::nullopt;
   return size;
 }

@@ -4,10 +4,10 @@
 
 namespace patcher {
 
-/// Whether a file is a ZIP archive whose directory can be handed to the ZIP reader: the end records, every
-/// entry's name, extra fields and 64-bit sizes lie inside the directory, and every entry's data lies before
-/// it and can unpack to the size that the entry states. The reader itself trusts parts of this. Names are not
-/// judged. Format: the ZIP appnote, one disk, with or without Zip64.
+/// Whether a file is a ZIP archive with a directory that is safe for the ZIP reader, which does not check all
+/// of this itself. The end records are valid. Every entry's name, extra fields and 64-bit sizes are inside
+/// the directory. Every entry's data is before the directory and can unpack to the size that the entry gives.
+/// Does not check what the names are. Format: the ZIP appnote, one disk, with or without Zip64.
 [[nodiscard]] bool ArchiveDirectoryIsSound(const std::filesystem::path& archive);
 
 }  // namespace patcher

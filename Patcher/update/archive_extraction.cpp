@@ -25,15 +25,15 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mz_uint kMaxNameSize = 1024;
-/// Unpacked bytes of a batch, or more by its last entry.
+/// A batch ends with the entry that reaches this number of unpacked bytes.
 constexpr std::uint64_t kBatchBytes = 1 << 20;
 
-/// An open ZIP reader, for one thread. The archive's directory is known to be sound.
+/// An open ZIP reader, for one thread. The caller has checked the archive's directory.
 class ZipReader {
  public:
   explicit ZipReader(const fs::path& archive) {
     mz_zip_zero_struct(&zip_);
-    // Nothing looks an entry up by its name, and sorting takes ten times as long as reading.
+    // No entry is looked up by name, and sorting takes ten times as long as reading.
     open_ = mz_zip_reader_init_file(&zip_, platform::Utf8FromPath(archive).c_str(),
                                     MZ_ZIP_FLAG_DO_NOT_SORT_CENTRAL_DIRECTORY) != 0;
   }
@@ -73,18 +73,17 @@ bool NameStaysInside(const std::string& name) {
   return !absolute && !drive && name.find("..") == std::string::npos;
 }
 
-/// A half-open range of wanted entries, which one thread extracts: neighbours in one directory. Two threads
-/// that create files in the same directory wait for each other, which costs small files more than their
-/// extraction.
+/// A half-open range of wanted entries in one directory, which one thread extracts. Two threads that create
+/// files in the same directory wait for each other, which takes longer than the extraction of a small file.
 struct Batch {
   std::size_t begin;
   std::size_t end;
 };
 
 struct WantedEntries {
-  std::vector<mz_uint> entries;  ///< in the archive's order
-  std::vector<Batch> batches;    ///< of all entries, in order
-  bool repeated = false;         ///< two entries have the same name
+  std::vector<mz_uint> entries;   ///< in the archive's order
+  std::vector<Batch> batches;     ///< of all entries, in order
+  bool hasRepeatedNames = false;  ///< two entries have the same name
 };
 
 WantedEntries ListWanted(ZipReader& zip, const std::function<bool(std::string_view path)>& wanted) {
@@ -106,7 +105,7 @@ WantedEntries ListWanted(ZipReader& zip, const std::function<bool(std::string_vi
     }
     list.batches.back().end = place + 1;
     bytes += zip.UnpackedSize(entry);
-    list.repeated = list.repeated || !names.insert(std::move(name)).second;
+    list.hasRepeatedNames = list.hasRepeatedNames || !names.insert(std::move(name)).second;
   }
   return list;
 }
@@ -116,9 +115,9 @@ bool ExtractEntry(ZipReader& zip, mz_uint entry) {
     const fs::path place = ExeDir() / platform::PathFromBytes(zip.Name(entry));
     std::error_code ignored;
     fs::create_directories(place.parent_path(), ignored);
-    // The target of a link must not be overwritten.
+    // The extraction would write to the target of a link.
     if (platform::IsLink(place)) fs::remove(place, ignored);
-    // If it fails, so does the extraction.
+    // If this fails, the extraction fails too.
     static_cast<void>(MoveLockedTargetAside(place));
     return zip.Extract(entry, place);
   } catch (const std::exception& failure) {
@@ -127,15 +126,15 @@ bool ExtractEntry(ZipReader& zip, mz_uint entry) {
   }
 }
 
-/// The extraction of one archive, which its own thread runs and others help with.
+/// The extraction of one archive. Its own thread runs it, and other threads may help.
 class Extraction {
  public:
   Extraction(const fs::path& archive, const WantedEntries& wanted, ExtractingThreads& threads)
       : archive_(archive),
         wanted_(wanted),
         threads_(threads),
-        // Two threads must not write one file, and the later entry is to stay.
-        canBeHelped_(!wanted.repeated) {}
+        // Two threads must not write the same file, and the later entry must win.
+        canBeHelped_(!wanted.hasRepeatedNames) {}
 
   void Run(ZipReader& zip) {
     threads_.Join();
@@ -146,17 +145,19 @@ class Extraction {
     threads_.Leave();
   }
 
-  /// After the run: the first entry that failed, or null.
-  const mz_uint* Failed() const { return firstFailed_ != kNone ? &wanted_.entries[firstFailed_] : nullptr; }
+  /// Called after Run. The first entry that failed, or null.
+  const mz_uint* FirstFailure() const {
+    return firstFailed_ != kNone ? &wanted_.entries[firstFailed_] : nullptr;
+  }
 
  private:
-  /// Also between two batches: other archives end meanwhile.
+  /// Called before each batch, since a thread becomes free when another archive ends.
   void InviteHelpers() {
     while (canBeHelped_ && nextBatch_ + helpers_.size() + 1 < wanted_.batches.size() && threads_.TryJoin()) {
       try {
         helpers_.emplace_back([this] { Help(); });
       } catch (const std::exception&) {
-        // No more threads, or no memory for one.
+        // There are no more threads, or no memory for one.
         threads_.Leave();
         canBeHelped_ = false;
       }
@@ -166,7 +167,7 @@ class Extraction {
   void Help() {
     try {
       ZipReader zip(archive_);
-      // If a helper gets no reader, the others do the work.
+      // If a helper cannot open the archive, the other threads do the work.
       if (!zip.IsOpen()) canBeHelped_ = false;
       while (zip.IsOpen() && !threads_.AreTooMany() && ExtractBatch(zip)) {
       }
@@ -177,13 +178,13 @@ class Extraction {
     threads_.Leave();
   }
 
-  /// False if there is nothing to begin any more.
+  /// False if there is no batch left or an entry has failed.
   bool ExtractBatch(ZipReader& zip) {
     if (firstFailed_ != kNone) return false;
     const std::size_t batch = nextBatch_++;
     if (batch >= wanted_.batches.size()) return false;
-    // Batches begin in order, and a thread leaves out only what follows a failed entry: those in front of it
-    // are all tried, as one thread would.
+    // Batches start in order, and a thread skips only entries after a failed one. So all entries before it
+    // are tried, as with a single thread.
     for (std::size_t i = wanted_.batches[batch].begin; i < wanted_.batches[batch].end && i < firstFailed_;
          ++i) {
       if (!ExtractEntry(zip, wanted_.entries[i])) ReportFailure(i);
@@ -192,8 +193,8 @@ class Extraction {
   }
 
   void ReportFailure(std::size_t entry) {
-    std::size_t known = firstFailed_;
-    while (entry < known && !firstFailed_.compare_exchange_weak(known, entry)) {
+    std::size_t first = firstFailed_;
+    while (entry < first && !firstFailed_.compare_exchange_weak(first, entry)) {
     }
   }
 
@@ -205,7 +206,7 @@ class Extraction {
   std::atomic<bool> canBeHelped_;
   std::atomic<std::size_t> nextBatch_{0};
   std::atomic<std::size_t> firstFailed_{kNone};  // index of a wanted entry
-  std::vector<std::thread> helpers_;             // the archive's own thread only
+  std::vector<std::thread> helpers_;             // used only by the archive's own thread
 };
 
 }  // namespace
@@ -227,8 +228,8 @@ bool ExtractArchive(const fs::path& archive, const std::function<bool(std::strin
   const WantedEntries list = ListWanted(zip, wanted);
   Extraction extraction(archive, list, threads);
   extraction.Run(zip);
-  failure = extraction.Failed() != nullptr ? zip.Name(*extraction.Failed()) : "";
-  return extraction.Failed() == nullptr;
+  failure = extraction.FirstFailure() != nullptr ? zip.Name(*extraction.FirstFailure()) : "";
+  return extraction.FirstFailure() == nullptr;
 }
 
 }  // namespace patcher

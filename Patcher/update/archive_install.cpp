@@ -30,7 +30,7 @@ void ReportMissing(RunState& run, const std::string& path, const PatchBundle& bu
   run.lacksFiles = true;
 }
 
-/// The archive's files that arrived. What did not is reported.
+/// The files that the archive has installed. Reports those that are missing.
 std::vector<InstalledFile> InstalledFiles(RunState& run, std::size_t index) {
   const PatchBundle& bundle = *run.chosenBundles[index];
   std::vector<InstalledFile> installed;
@@ -48,9 +48,9 @@ std::vector<InstalledFile> InstalledFiles(RunState& run, std::size_t index) {
   return installed;
 }
 
-/// Brings the files to the disk and then into the record.
+/// Flushes the files to disk and then enters them in the record.
 void Record(RunState& run, const std::vector<InstalledFile>& files) {
-  // Files that are left out after a failure are not recorded: the next run proves them by their digests.
+  // A failure leaves files out of the record. The next run checks their digests.
   static_cast<void>(RunPool(files.size(), [&](std::size_t index, unsigned) {
     run.unflushed.Add(files[index]);
     return true;
@@ -60,7 +60,7 @@ void Record(RunState& run, const std::vector<InstalledFile>& files) {
   run.record.SaveProgress();
 }
 
-/// Leaves the archive's wanted files to the single-file stage.
+/// Hands the archive's wanted files to the single-file stage.
 void GiveUp(RunState& run, const PatchBundle& bundle, const std::string& status) {
   PostStatus(run.window, status + " - ses fichiers seront pris un par un.");
   const platform::MutexLock guard(run.stateLock);

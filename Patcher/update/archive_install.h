@@ -7,9 +7,9 @@
 
 namespace patcher {
 
-/// Work item of the archive stage: downloads chosenBundles[index], extracts its wanted files and records
-/// them. The files of an archive that fails go to `retryPaths`. Always true: a failed archive does not stop
-/// the pool.
+/// Work item of the archive stage: downloads chosenBundles[index], extracts its wanted files and enters them
+/// in the record. If the archive fails, its files go to `retryPaths`. Always returns true, since a failed
+/// archive does not stop the pool.
 bool BundleWorker(RunState& run, ProgressTracker& tracker, std::size_t index, unsigned worker);
 
 }  // namespace patcher

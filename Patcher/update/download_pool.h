@@ -10,18 +10,18 @@
 
 namespace patcher {
 
-/// A file or archive as the manifest describes it.
+/// The digest and size that the manifest gives for a file or an archive.
 struct ExpectedFile {
   const std::string& digest;
   std::uint64_t size;
 };
 
-/// Bytes that a body may have above its size in the manifest. Generous, since the digest decides and sizes
-/// may be wrong: this only ends a body that does not end by itself.
+/// How many bytes a body may have more than its size in the manifest. Large, since sizes may be wrong and the
+/// digest decides: the limit only stops a body that never ends.
 inline constexpr std::uint64_t kMaxExcess = std::uint64_t{256} << 20;
 
-/// Downloads one file with up to three attempts, until it has the expected digest. On false `reason` says in
-/// the player's words how the last attempt failed.
+/// Downloads a file in up to three attempts, until it has the expected digest. If it returns false, `reason`
+/// is a text for the player about the last attempt.
 [[nodiscard]] bool DownloadVerified(HttpSession& session, const std::string& path,
                                     const std::filesystem::path& destination, const ExpectedFile& expected,
                                     ProgressTracker& tracker, std::string& reason);

@@ -13,7 +13,7 @@ namespace patcher {
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// The number that the `size` bytes at `at` are, lowest byte first. The bytes are there.
+/// Reads a little-endian number of `size` bytes at `at`. The bytes must exist.
 inline std::uint64_t LittleEndian(Bytes bytes, std::size_t at, std::size_t size) {
   std::uint64_t value = 0;
   for (std::size_t i = size; i-- > 0;) value = value << 8 | bytes[at + i];
@@ -28,10 +28,10 @@ inline std::uint32_t U32(Bytes bytes, std::size_t at) {
 }
 inline std::uint64_t U64(Bytes bytes, std::size_t at) { return LittleEndian(bytes, at, 8); }
 
-/// Random reads of a file whose size does not change. One thread.
+/// Reads parts of a file, whose size must not change. One thread.
 class FileBytes {
  public:
-  /// A file that cannot be read is empty.
+  /// A file that cannot be read counts as empty.
   explicit FileBytes(const std::filesystem::path& file) : stream_(file, std::ios::binary) {
     std::error_code error;
     const std::uint64_t size = std::filesystem::file_size(file, error);
@@ -44,7 +44,7 @@ class FileBytes {
     return offset <= size_ && size <= size_ - offset;
   }
 
-  /// Nothing if these bytes are not all in the file, or cannot be read.
+  /// Nothing if the file does not have all these bytes, or if they cannot be read.
   std::optional<std::vector<std::uint8_t>> Read(std::uint64_t offset, std::uint64_t size) {
     if (!Contains(offset, size)) return std::nullopt;
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));

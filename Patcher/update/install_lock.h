@@ -7,14 +7,15 @@
 
 namespace patcher {
 
-/// The install directory for as long as this lives. A player may have started two launchers: they would write
-/// the same temporary files, and one of them could record a file that the other is still writing. Waits for
-/// the other one, after a status line, but not without end: the other one may hang. Used by one thread.
+/// Locks the install directory for its lifetime. A player may start two launchers: they would write the same
+/// temporary files, and one could record a file that the other is still writing. The constructor posts a
+/// status and waits for the other launcher, but only for `patience`, since that launcher may hang. One
+/// thread.
 class InstallLock {
  public:
   InstallLock(HostWindow& window, std::chrono::milliseconds patience);
 
-  /// False if the other launcher was still there after `patience`; the player knows.
+  /// False, after a status for the player, if the other launcher still held the lock after `patience`.
   bool IsTaken() const { return taken_; }
 
  private:

@@ -28,8 +28,8 @@ void AppendString(std::string& text, std::string_view value) {
   text += out.str();
 }
 
-/// In one read: the document may have many megabytes. Nothing for what cannot be read, a directory for
-/// example.
+/// Reads the file at once, since it may have many megabytes. Nothing if it cannot be read: it may be a
+/// directory.
 std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios::binary);
   std::error_code error;
@@ -47,15 +47,16 @@ LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* ve
                              std::uint64_t* sequence) {
   LocalState state;
   std::optional<std::string> text = ReadDocument(path);
-  PatchManifest own;
+  PatchManifest manifest;
   std::string error;
-  if (!text || !ParsePatchManifest(*text, own, error)) return state;
-  if (sequence != nullptr && IsSigned(*text, own.valueSize, LauncherKeys())) *sequence = own.sequence;
-  text.reset();  // it may have many megabytes
-  for (PatchFile& file : own.files) {
+  if (!text || !ParsePatchManifest(*text, manifest, error)) return state;
+  if (sequence != nullptr && IsSigned(*text, manifest.valueSize, LauncherKeys()))
+    *sequence = manifest.sequence;
+  text.reset();  // frees many megabytes
+  for (PatchFile& file : manifest.files) {
     state.insert_or_assign(state.end(), std::move(file.path), std::move(file.sha256));
   }
-  if (version != nullptr) *version = own.version;
+  if (version != nullptr) *version = manifest.version;
   return state;
 }
 

@@ -11,23 +11,22 @@
 
 namespace patcher {
 
-/// The record is the file patch_manifest.json: what is known to be installed. This is its content, path to
-/// digest, ordered by unsigned bytes. LocalRecord keeps both in step.
+/// The content of the record: the digest of each installed file by its path, sorted by unsigned bytes. The
+/// record is the file patch_manifest.json. LocalRecord keeps the file and this map equal.
 using LocalState = std::map<std::string, std::string, std::less<>>;
 
-/// Reads a record in either of its forms: the server's document or the progress form.
-/// A file that cannot be read or does not parse gives an empty state, and `version` is then not written.
-/// `version` may be null. So may `sequence`, which is written only if the file is a document that a key of
-/// this launcher has signed.
+/// Reads a record in either form: the server's document or the progress form. If the file cannot be read or
+/// parsed, returns an empty state and does not set `version`. Sets `sequence` only if the file is a document
+/// that a key of this launcher has signed. `version` and `sequence` may be null.
 LocalState LoadLocalManifest(const std::filesystem::path& path, std::int32_t* version,
                              std::uint64_t* sequence = nullptr);
 
 /// The progress form: "version" and "files" with "path" and "sha256", sorted by path, in MiniJson's layout.
 std::string RecordText(const LocalState& state, std::int32_t version);
 
-// Pieces of that text, for a writer that appends to it.
+// Parts of that text, for code that appends to it.
 
-/// One entry, without the comma or line feed around it.
+/// Appends one entry, without a separator.
 void AppendRecordEntry(std::string& text, std::string_view path, std::string_view digest);
 /// Between two entries, and after the last one.
 inline constexpr std::string_view kRecordSeparator = ",\n";

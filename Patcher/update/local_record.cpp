@@ -15,7 +15,8 @@ namespace patcher {
 namespace {
 
 constexpr std::size_t kFewChanges = 50;
-/// A whole save for every such share of the entries keeps the bytes written in proportion to their number.
+/// A full save waits for this share of the entries, so that the number of written bytes stays proportional to
+/// the number of entries.
 constexpr std::size_t kShareOfEntries = 100;
 
 bool WriteAt(const std::filesystem::path& path, std::uint64_t offset, std::string_view text) {
@@ -26,14 +27,14 @@ bool WriteAt(const std::filesystem::path& path, std::uint64_t offset, std::strin
   return !file.fail();
 }
 
-/// 0 if there is none.
+/// 0 if the file has no number.
 std::uint64_t ReadNumber(const std::filesystem::path& file) {
   std::uint64_t number = 0;
   std::ifstream(file) >> number;
   return number;
 }
 
-/// Block by block: a second copy of the document in memory costs more than the comparison.
+/// Compares block by block, to avoid a second copy of the document in memory.
 bool FileHolds(const std::filesystem::path& path, std::string_view text) {
   std::error_code error;
   if (std::filesystem::file_size(path, error) != text.size() || error) return false;
@@ -66,17 +67,17 @@ void LocalRecord::Load(const ParsedDocument& parsed) {
   } else {
     state_ = LoadLocalManifest(path_, &version_, hasKeys ? &sequence_ : nullptr);
   }
-  keptSequence_ = hasKeys ? ReadNumber(SequenceFile()) : 0;
-  sequence_ = std::max(sequence_, keptSequence_);
+  fileSequence_ = hasKeys ? ReadNumber(SequenceFile()) : 0;
+  sequence_ = std::max(sequence_, fileSequence_);
 }
 
 std::filesystem::path LocalRecord::SequenceFile() const { return path_.parent_path() / kSequenceFile; }
 
-void LocalRecord::KeepSequence() {
-  if (sequence_ <= keptSequence_) return;
-  // A disk that does not take the number does not end a run either.
+void LocalRecord::SaveSequence() {
+  if (sequence_ <= fileSequence_) return;
+  // A failure to write the number does not end the run.
   const std::string text = std::to_string(sequence_) + "\n";
-  if (RetryWhileHeld([&] { return ReplaceWholeFile(SequenceFile(), text); }) == 0) keptSequence_ = sequence_;
+  if (RetryWhileHeld([&] { return ReplaceWholeFile(SequenceFile(), text); }) == 0) fileSequence_ = sequence_;
 }
 
 const LocalState& LocalRecord::State() {
@@ -100,7 +101,7 @@ void LocalRecord::Enter(const std::string& path, const std::string& digest) {
   const auto [entry, isNew] = state_.try_emplace(path, digest);
   if (!isNew && entry->second != digest) {
     entry->second = digest;
-    savedSize_ = 0;  // what the file says of this path is no longer so
+    savedSize_ = 0;  // the file has an old digest for this path
   }
   if (isNew && savedSize_ != 0) changed_.push_back(path);
 }
@@ -114,7 +115,7 @@ void LocalRecord::Forget(std::string_view path) {
 }
 
 bool LocalRecord::Save() {
-  KeepSequence();
+  SaveSequence();
   const std::string text = RecordText(State(), version_);
   changed_.clear();
   savedSize_ = 0;
@@ -128,7 +129,7 @@ bool LocalRecord::Save() {
 
 void LocalRecord::SaveProgress() {
   if (savedSize_ != 0 && SaveTail()) return;
-  // What cannot be written does not end a run: without a record the next one hashes more.
+  // A failure to save does not end the run: without a record the next run hashes more files.
   static_cast<void>(Save());
 }
 
@@ -152,8 +153,8 @@ bool LocalRecord::Append(const std::vector<std::string>& paths) {
     AppendRecordEntry(text, path, state_.find(path)->second);
   }
   text += kRecordTail;
-  // First what comes after the old text, which is not read while the old text is complete. When that is on
-  // the disk, the few bytes that connect the old text with it.
+  // First writes the part after the old text: a reader ignores it while the old text is complete. Once that
+  // part is on the disk, writes the few bytes that join the two.
   const std::size_t tail = kRecordTail.size();
   if (!WriteAt(path_, savedSize_, std::string_view(text).substr(tail)) || platform::FlushToDisk(path_) != 0 ||
       !WriteAt(path_, savedSize_ - tail, std::string_view(text).substr(0, tail))) {
@@ -172,12 +173,12 @@ bool LocalRecord::SaveDocument(std::string_view document) {
   changed_.clear();
   savedSize_ = 0;
   if (!Replace(document)) {
-    KeepSequence();
+    SaveSequence();
     return RemoveFile(path_);
   }
-  // The document says it itself from now on. Left over, the number would be a lower one, and do no harm.
-  if (keptSequence_ != 0) static_cast<void>(RemoveFile(SequenceFile()));
-  keptSequence_ = 0;
+  // The document contains the sequence now. If the file stays, its number is lower and does no harm.
+  if (fileSequence_ != 0) static_cast<void>(RemoveFile(SequenceFile()));
+  fileSequence_ = 0;
   return true;
 }
 

@@ -18,7 +18,7 @@
 namespace patcher {
 namespace {
 
-/// A file arrives under its name and the first suffix; one that is in use is renamed with the second.
+/// A download has the name of its file and the first suffix. A file in use is renamed with the second.
 constexpr std::string_view kSuffixes[] = {".part", ".old"};
 
 bool EndsWith(std::string_view text, std::string_view lowerCaseSuffix) {
@@ -27,7 +27,7 @@ bool EndsWith(std::string_view text, std::string_view lowerCaseSuffix) {
                     [](char lower, char c) { return lower == AsciiLower(c); });
 }
 
-/// Without the suffixes above, and without what a system may drop before and after them.
+/// The path without these suffixes and without characters that a system may drop before or after them.
 std::string_view WithoutSuffixes(std::string_view path) {
   for (;;) {
     path = path.substr(0, path.find_last_not_of("./\\ ") + 1);
@@ -38,60 +38,61 @@ std::string_view WithoutSuffixes(std::string_view path) {
   }
 }
 
-/// A number that is the same for ASCII paths of one file on any system, and for its suffixed names: case,
-/// dots, blanks and the kind of separator do not count. (FNV-1a.) `ascii` says whether the path is one.
+/// A hash (FNV-1a) that is equal for all ASCII paths of one file on any system, and for its suffixed names:
+/// it ignores case, dots, blanks and the kind of separator. Sets `ascii` to whether the path is ASCII.
 std::uint64_t HashOfAscii(std::string_view path, bool& ascii) {
   std::uint64_t hash = 0xcbf29ce484222325;
-  unsigned char seen = 0;
-  bool separated = false;
-  bool begun = false;
+  unsigned char bits = 0;
+  bool afterSeparator = false;
+  bool hasText = false;
   const auto add = [&hash](unsigned char byte) { hash = (hash ^ byte) * 0x100000001b3; };
   for (const char c : WithoutSuffixes(path)) {
     const auto byte = static_cast<unsigned char>(c);
-    seen |= byte;
+    bits |= byte;
     if (c == '/' || c == '\\') {
-      separated = begun;
+      afterSeparator = hasText;
     } else if (c != '.' && c != ' ' && byte < 128) {
-      if (separated) add('/');
+      if (afterSeparator) add('/');
       add(byte | 0x20);
-      separated = false;
-      begun = true;
+      afterSeparator = false;
+      hasText = true;
     }
   }
-  ascii = seen < 128;
+  ascii = bits < 128;
   return hash;
 }
 
-/// The same for any path. Other characters do not count at all, since a system may fold their case.
+/// The same for any path. Ignores characters that are not ASCII, since a system may fold their case.
 std::uint64_t LooseHash(std::string_view path) {
   bool ascii = true;
   const std::uint64_t hash = HashOfAscii(path, ascii);
-  // A code page may have two spellings for one character.
+  // In a code page one character may have two spellings.
   return ascii ? hash : HashOfAscii(platform::FileIdentity(path), ascii);
 }
 
-/// The paths that may mean the file of another one, or of the launcher: mostly none. An exact comparison of
-/// all would cost a start with nothing to do too much.
+/// The paths that may mean the same file as another path, or a file of the launcher. Usually there are none.
+/// An exact comparison of all paths would take too long for a start with nothing to do.
 std::vector<std::string_view> Suspects(const std::vector<PatchFile>& files) {
   std::vector<std::uint64_t> hashes;
   hashes.reserve(files.size());
-  std::vector<bool> seen(std::bit_ceil(files.size() + 1) * 64);
-  std::unordered_set<std::uint64_t> repeated;
-  for (const std::string_view name : kLauncherWorkFiles) repeated.insert(LooseHash(name));
+  std::vector<bool> buckets(std::bit_ceil(files.size() + 1) * 64);
+  std::unordered_set<std::uint64_t> repeatedHashes;
+  for (const std::string_view name : kLauncherWorkFiles) repeatedHashes.insert(LooseHash(name));
   for (const PatchFile& file : files) {
     hashes.push_back(LooseHash(file.path));
-    std::vector<bool>::reference bit = seen[static_cast<std::size_t>(hashes.back() & (seen.size() - 1))];
-    if (bit) repeated.insert(hashes.back());
+    std::vector<bool>::reference bit =
+        buckets[static_cast<std::size_t>(hashes.back() & (buckets.size() - 1))];
+    if (bit) repeatedHashes.insert(hashes.back());
     bit = true;
   }
   std::vector<std::string_view> suspects;
   for (std::size_t i = 0; i < files.size(); ++i) {
-    if (repeated.count(hashes[i]) != 0) suspects.push_back(files[i].path);
+    if (repeatedHashes.count(hashes[i]) != 0) suspects.push_back(files[i].path);
   }
   return suspects;
 }
 
-/// The names of temporary and replaced files that the launcher may use for this file.
+/// The names that the launcher may use for temporary and old copies of this file.
 std::vector<std::string> SuffixedNames(std::string_view path) {
   std::vector<std::string> names;
   for (const std::string_view suffix : kSuffixes) {
@@ -101,7 +102,7 @@ std::vector<std::string> SuffixedNames(std::string_view path) {
 }
 
 bool TwoMeanOneFile(const std::vector<std::string_view>& paths) {
-  std::map<std::string, std::string_view> owners;  // spelling by identity
+  std::map<std::string, std::string_view> owners;  // path by identity
   for (const std::string_view path : paths) {
     const auto [owner, added] = owners.emplace(platform::FileIdentity(path), path);
     if (!added && owner->second != path) return true;
@@ -122,11 +123,11 @@ bool TwoMeanOneFile(const std::vector<std::string_view>& paths) {
 bool StaysInside(std::string_view path) {
   if (path.starts_with('/') || path.starts_with('\\')) return false;
   if (path.size() > 1 && path[1] == ':') return false;
-  // Of the component so far.
+  // These two describe the current component so far.
   int dots = 0;
   bool onlyDotsAndBlanks = true;
   for (const char c : path) {
-    // No system of ours can store such a name, and the page could not read it.
+    // Windows cannot store such a name, and the page could not read it.
     if (static_cast<unsigned char>(c) < 32) return false;
     if (c == '/' || c == '\\') {
       if (onlyDotsAndBlanks && dots >= 2) return false;
@@ -149,7 +150,7 @@ bool PathsAreUsable(const PatchManifest& manifest) {
          !TwoMeanOneFile(Suspects(manifest.files));
 }
 
-std::vector<std::string> PathsThatChange(const LocalState& known,
+std::vector<std::string> PathsThatChange(const LocalState& record,
                                          const std::vector<const PatchFile*>& files) {
   std::unordered_set<std::string_view> paths;
   std::unordered_set<std::uint64_t> hashes;
@@ -158,8 +159,8 @@ std::vector<std::string> PathsThatChange(const LocalState& known,
     hashes.insert(LooseHash(file->path));
   }
   std::vector<std::string> changing;
-  std::vector<std::string> suspects;  // mostly none
-  for (const auto& [path, digest] : known) {
+  std::vector<std::string> suspects;  // usually empty
+  for (const auto& [path, digest] : record) {
     if (paths.count(path) != 0) {
       changing.push_back(path);
     } else if (hashes.count(LooseHash(path)) != 0) {

@@ -9,20 +9,21 @@
 
 namespace patcher {
 
-/// Whether a manifest path means a place below the install directory on every system: not absolute, no drive
-/// letter, no component that leads upwards (".." and what Windows takes for it: several dots and blanks), no
-/// control character.
+/// Whether a manifest path is below the install directory on every system. It is not absolute and has no
+/// drive letter, no control character, and no component that leads upwards ("..", or several dots and blanks,
+/// which Windows treats like it).
 [[nodiscard]] bool StaysInside(std::string_view path);
 
-/// Whether the launcher can install what the manifest lists: every path stays inside and means a file of its
-/// own on this system; no two that differ mean the same file, and none means the place beside another where
-/// that one arrives (".part") or moves when it is in use (".old"); none means a file that only the launcher
-/// writes: its record, its configuration, its log, its other executables. Otherwise the record could name
-/// a file that another one has replaced. The same path may be listed twice: the last entry counts.
+/// Whether the launcher can install the files of the manifest. Every path is below the install directory and
+/// can name a file on this system. No two different paths mean the same file. No path means the temporary
+/// (".part") or renamed (".old") copy of another file, or a file that only the launcher writes: its record,
+/// its configuration, its log, its other executables. Otherwise the record could name a file that another one
+/// has replaced. The same path may be listed twice: the last entry counts.
 [[nodiscard]] bool PathsAreUsable(const PatchManifest& manifest);
 
-/// Of the paths that the record knows, those whose file may change when `files` are installed: a file of
-/// them, perhaps spelled in another way, or the place beside one (".part", ".old").
-std::vector<std::string> PathsThatChange(const LocalState& known, const std::vector<const PatchFile*>& files);
+/// The paths of the record whose files may change when `files` are installed: paths of these files, also in
+/// another spelling, and of their temporary and renamed copies (".part", ".old").
+std::vector<std::string> PathsThatChange(const LocalState& record,
+                                         const std::vector<const PatchFile*>& files);
 
 }  // namespace patcher

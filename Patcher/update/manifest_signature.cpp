@@ -15,7 +15,7 @@ namespace {
 using MiniJson::Kind;
 using MiniJson::Reader;
 
-constexpr std::size_t kMaxLine = 1024;  // bytes: no line that we write comes near
+constexpr std::size_t kMaxLine = 1024;  // bytes; far longer than any line of Sign
 constexpr std::size_t kIdDigits = 16;
 constexpr std::string_view kSpace = " \t\r\n";
 
@@ -31,18 +31,18 @@ std::string SignatureLine(const platform::SigningKey& key, const platform::Signa
          ToHex(key.publicKey).substr(0, kIdDigits) + "\"}\n";
 }
 
-/// The text of the first member "signature"; empty if that is something else. Raises what the reader raises.
+/// The text of the first member "signature"; empty if it is not a text. Raises the exceptions of the reader.
 std::string SignatureText(std::string_view line) {
   Reader reader(line, 0);
   if (reader.Begin() != Kind::Object) return {};
   std::string key;
   std::string text;
-  for (bool found = false; reader.NextMember();) {
+  for (bool isRead = false; reader.NextMember();) {
     reader.ReadKey(key);
     const Kind kind = reader.Begin();
-    const bool wanted = key == "signature" && !found;
-    found = found || wanted;
-    if (wanted && kind == Kind::String) {
+    const bool isSignature = key == "signature" && !isRead;
+    isRead = isRead || isSignature;
+    if (isSignature && kind == Kind::String) {
       reader.ReadString(text);
     } else {
       reader.Skip(kind);

@@ -10,20 +10,21 @@
 
 namespace patcher {
 
-// A signed document is a JSON value and, after it, one line: {"signature": HEX, "key": ID}. The line is white
-// space to readers that know no signatures: they stop at the end of the value. What is signed is every byte
-// from the first of the document to the last of the value. What comes after the line has no meaning. HEX are
-// the 128 digits of platform::Signature; ID says to people which key has signed: the first 16 digits of the
-// public key.
+// A signed document is a JSON value and, after it, one line: {"signature": HEX, "key": ID}. Readers without
+// support for signatures ignore the line, since they stop at the end of the value. The signature covers every
+// byte from the start of the document to the end of the value. Anything after the line is ignored. HEX is the
+// 128 digits of platform::Signature. ID is the first 16 digits of the public key; it only shows people which
+// key was used.
 
-/// The signature in what follows a document's value; nothing if it does not begin with a signature line.
+/// Reads the signature from the text after a document's value. Nothing if that does not begin with a
+/// signature line.
 std::optional<platform::Signature> ReadSignature(std::string_view afterValue);
 
-/// Whether one of the keys has signed `text`, whose value has `valueSize` bytes (PatchManifest::valueSize).
+/// Whether one of the keys has signed `text`. `valueSize` is PatchManifest::valueSize of that text.
 bool IsSigned(std::string_view text, std::size_t valueSize, std::span<const platform::PublicKey> keys);
 
-/// The line for a document of which `value` is everything up to the end of the value. Raises
-/// std::runtime_error if the system cannot sign with the key, or if its halves do not belong together.
+/// Returns the signature line. `value` is the document up to the end of its value. Raises std::runtime_error
+/// if the system cannot sign with the key, or if its private and public parts do not match.
 std::string Sign(std::string_view value, const platform::SigningKey& key);
 
 }  // namespace patcher

@@ -23,15 +23,16 @@ Integer Truncated(double number) {
   return static_cast<Integer>(number);
 }
 
-/// A key of a JSON object, and what reads its value into the record. The value has begun; it is of any kind.
+/// A key of a JSON object, and the function that reads its value into the record. The reader is at the start
+/// of the value, which may be of any kind.
 template <typename Record>
 struct Field {
   std::string_view key;
   void (*read)(Reader& reader, Kind kind, Record& record);
 };
 
-/// Reads the next value: an object into the record, a value of another kind into nothing. Of equal keys the
-/// first counts.
+/// Reads the next value into the record if it is an object, and skips it otherwise. Of equal keys the first
+/// counts.
 template <typename Record, std::size_t Count>
 void ReadRecord(Reader& reader, const Field<Record> (&fields)[Count], Record& record) {
   const Kind kind = reader.Begin();
@@ -71,7 +72,8 @@ void ReadNumber(Reader& reader, Kind kind, Record& record) {
   number = Truncated<std::remove_reference_t<decltype(number)>>(reader.NumberValue());
 }
 
-/// Unlike other texts, one of another kind is not as good as none: see PatchManifest::patcherSha256.
+/// Unlike for other texts, a value of another kind does not count as missing: see
+/// PatchManifest::patcherSha256.
 void ReadLauncherDigest(Reader& reader, Kind kind, PatchManifest& manifest) {
   if (kind != Kind::String) manifest.patcherSha256 = "no text";
   ReadText<&PatchManifest::patcherSha256>(reader, kind, manifest);
@@ -126,7 +128,7 @@ bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::str
     return false;
   }
   try {
-    // Without a tree of values in between, which would need several times the memory of the manifest.
+    // Reads without a tree of values, which would need several times the memory of the manifest.
     Reader reader(text, 0);
     ReadRecord(reader, kManifestFields, manifest);
     manifest.valueSize = reader.Position();

@@ -16,40 +16,41 @@ struct PatchFile {
   std::string url;         ///< name below "/patch/"
 };
 
-/// A ZIP archive that holds many files. "Bundle" is the manifest's word for it; elsewhere the launcher says
-/// archive.
+/// A ZIP archive of many files. "Bundle" is the manifest's word; elsewhere it is called an archive.
 struct PatchBundle {
   std::string name;                ///< name below "/patch/"
   std::uint64_t size = 0;          ///< bytes of the archive
   std::string sha256;              ///< digest of the archive
-  std::vector<std::string> files;  ///< paths, each spelled as in PatchFile and in the ZIP's directory
+  std::vector<std::string> files;  ///< paths as in PatchFile and in the ZIP's directory
 };
 
-/// The server's document: what a complete installation is.
+/// The server's document, which describes a complete installation.
 struct PatchManifest {
-  std::int32_t version = 0;         ///< shown and stored; decides nothing
-  std::uint64_t sequence = 0;       ///< orders signed documents in time (ServerManifest)
+  std::int32_t version = 0;         ///< only shown and stored
+  std::uint64_t sequence = 0;       ///< orders signed documents by time (SequenceFault)
   std::int32_t patcherVersion = 0;  ///< build number of the newest launcher
-  std::string patcherUrl;           ///< its name below "/patch/"
-  /// The digest that its bytes must have; empty: none was announced. A value that is no text reads as a
-  /// digest that no file has: a publisher's mistake must not permit any launcher at all.
+  std::string patcherUrl;           ///< the launcher's name below "/patch/"
+  /// The digest of the launcher; empty if none was announced. A value that is not a text becomes a digest
+  /// that no file has, so that a publisher's mistake does not allow any launcher.
   std::string patcherSha256;
-  std::vector<PatchFile> files;      ///< document order, nothing removed
-  std::vector<PatchBundle> bundles;  ///< document order, without those that lack a name or a digest
-  std::size_t valueSize = 0;         ///< bytes of the text up to the end of the JSON value
+  std::vector<PatchFile> files;      ///< in document order, complete
+  std::vector<PatchBundle> bundles;  ///< in document order, except those without a name or digest
+  std::size_t valueSize = 0;         ///< bytes from the start of the text to the end of the JSON value
 };
 
-/// Bytes of the longest document. It is held in memory as text and parsed, for a moment beside the previous
-/// version of both, and the whole process is to stay below 512 MB. 200,000 files whose paths and URLs have 80
-/// bytes, each also listed by an archive, have 82 MB.
+/// Bytes of the longest document. Its text and its parsed form are in memory, for a moment together with
+/// those of the previous version, and the process should use less than 512 MB. A manifest of 200,000 files
+/// with paths and URLs of 80 bytes, each also listed by an archive, has 82 MB.
 inline constexpr std::size_t kMaxManifestSize = std::size_t{96} << 20;
 
-/// Bytes of the longest path, name, URL or digest: no system knows longer ones, and the engine copies them.
+/// Bytes of the longest path, name, URL or digest. No system allows longer paths, and the engine copies these
+/// texts.
 inline constexpr std::size_t kMaxManifestText = 32767;
 
-/// Reads a manifest leniently: what is absent or of another kind stays at its default. Numbers are truncated
-/// toward zero; one that does not fit its field becomes the nearest that does. False only if the text does
-/// not parse or is above one of the limits (MiniJson::kMaxValues is the third), with the reason in `error`.
+/// Reads a manifest leniently: a value that is missing or of another kind keeps its default. Truncates
+/// numbers toward zero, and changes a number that does not fit its field to the nearest one that does.
+/// Returns false only if the text does not parse or exceeds a limit (the two above, or MiniJson::kMaxValues),
+/// with the reason in `error`.
 [[nodiscard]] bool ParsePatchManifest(std::string_view text, PatchManifest& manifest, std::string& error);
 
 }  // namespace patcher

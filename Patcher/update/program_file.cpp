@@ -21,12 +21,12 @@ constexpr std::size_t kDirectoryEntrySize = 8;
 constexpr std::size_t kPeSectionSize = 40;
 constexpr std::uint64_t kPeSymbolSize = 18;
 
-/// The offset of something without bytes is not checked.
+/// A part without bytes may have any offset.
 bool IsInside(const FileBytes& file, std::uint64_t offset, std::uint64_t size) {
   return size == 0 || file.Contains(offset, size);
 }
 
-/// The names of the symbols come after them; their size, in the first four bytes, counts these too.
+/// The names of the symbols follow the symbols. Their size is in their first four bytes and includes these.
 bool SymbolsAreInside(FileBytes& file, Bytes header) {
   const std::uint64_t symbols = U32(header, 12);
   if (symbols == 0) return true;
@@ -35,7 +35,7 @@ bool SymbolsAreInside(FileBytes& file, Bytes header) {
   return size && IsInside(file, names, U32(*size, 0));
 }
 
-/// Headers and certificates: the only data directory whose place is one in the file.
+/// Checks the headers and the certificates, the only data directory whose address is an offset in the file.
 bool OptionalHeaderIsInside(FileBytes& file, Bytes optional) {
   if (optional.size() < 2) return false;
   const std::uint16_t magic = U16(optional, 0);
@@ -48,7 +48,7 @@ bool OptionalHeaderIsInside(FileBytes& file, Bytes optional) {
          IsInside(file, U32(optional, certificates), U32(optional, certificates + 4));
 }
 
-bool IsWholePe(FileBytes& file) {
+bool IsCompletePe(FileBytes& file) {
   const auto dos = file.Read(0, kDosHeaderSize);
   if (!dos) return false;
   const std::uint64_t begin = U32(*dos, kPeOffset);
@@ -66,10 +66,10 @@ bool IsWholePe(FileBytes& file) {
   return true;
 }
 
-/// Where the fields of an ELF file are in its header and in the entries of its two tables.
+/// The offsets of fields in the ELF header and in the entries of a table.
 struct ElfTable {
-  std::size_t offsetField;     // of the table, in the header
-  std::size_t entrySizeField;  // two bytes; the number of entries follows
+  std::size_t offsetField;     // in the header: offset of the table
+  std::size_t entrySizeField;  // in the header, two bytes; the number of entries follows
   std::size_t minEntrySize;
   std::size_t contentOffset;  // in an entry
   std::size_t contentSize;
@@ -110,7 +110,7 @@ bool TableIsInside(FileBytes& file, Bytes header, const ElfTable& table, std::si
   return true;
 }
 
-bool IsWholeElf(FileBytes& file) {
+bool IsCompleteElf(FileBytes& file) {
   const auto ident = file.Read(0, kElfIdentSize);
   if (!ident || (*ident)[5] != kElfLittleEndian || ((*ident)[4] != 1 && (*ident)[4] != 2)) return false;
   const ElfLayout& layout = (*ident)[4] == 1 ? kElf32 : kElf64;
@@ -127,13 +127,13 @@ ProgramFile ExamineProgram(const std::filesystem::path& place) {
   const auto four = file.Read(0, 4);
   bool complete = false;
   if (two && (*two)[0] == 'M' && (*two)[1] == 'Z') {
-    complete = IsWholePe(file);
+    complete = IsCompletePe(file);
   } else if (four && U32(*four, 0) == 0x464C457F) {
-    complete = IsWholeElf(file);
+    complete = IsCompleteElf(file);
   } else {
     return ProgramFile::kNone;
   }
-  return complete ? ProgramFile::kWhole : ProgramFile::kCut;
+  return complete ? ProgramFile::kComplete : ProgramFile::kIncomplete;
 }
 
 }  // namespace patcher

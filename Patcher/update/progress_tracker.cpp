@@ -14,7 +14,7 @@ constexpr double kMinSpeedSeconds = 0.1;
 
 std::int32_t PercentDone(std::uint64_t done, std::uint64_t total) {
   if (done >= total) return 100;
-  // A total that would overflow the multiplication is divided first; the manifest may claim any size.
+  // Divides first if the multiplication would overflow: a manifest may contain any size.
   constexpr std::uint64_t kLargest = UINT64_MAX / 100;
   return static_cast<std::int32_t>(total <= kLargest ? done * 100 / total : done / (total / 100));
 }

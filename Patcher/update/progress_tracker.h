@@ -10,18 +10,18 @@
 
 namespace patcher {
 
-/// Counts bytes and finished items of one download stage across all threads, and reports to the page at most
-/// ten times a second unless forced. Any thread. It takes no other lock while its own is held.
+/// Counts the bytes and finished items of one download stage for all its threads, and reports them to the
+/// page, at most ten times a second unless forced. Any thread. Takes no other lock while it holds its own.
 class ProgressTracker {
  public:
   ProgressTracker(HostWindow& window, std::uint64_t totalBytes, std::uint32_t itemCount);
 
-  /// Name of the item that a worker begins. Emits nothing.
+  /// Sets the name of the item that a worker starts. Emits nothing.
   void SetCurrentFile(const std::string& name);
   void AddBytes(std::uint64_t count);
-  /// Takes the bytes of a failed attempt back. Emits nothing.
+  /// Subtracts the bytes of a failed attempt. Emits nothing.
   void RollBack(std::uint64_t count);
-  /// One more item is finished; emits at once and returns the new count.
+  /// Counts a finished item, emits at once and returns the new count.
   std::int32_t ItemDone();
   void Emit(bool force);
 
@@ -39,7 +39,7 @@ class ProgressTracker {
   std::string currentFile_ PATCHER_GUARDED_BY(lock_);
 };
 
-/// Whole percent of `done` in `total`, truncated, at most 100; 100 for a total of 0.
+/// The percentage of `done` in `total`, truncated, at most 100. 100 if `total` is 0.
 std::int32_t PercentDone(std::uint64_t done, std::uint64_t total);
 
 }  // namespace patcher

@@ -21,25 +21,26 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// No launcher comes near this.
+/// Much larger than any launcher.
 constexpr std::uint64_t kMaxLauncherSize = std::uint64_t{256} << 20;
 
-/// The new launcher until the swap. A player may start that file itself after a swap that died.
+/// The new launcher before the swap. After an interrupted swap, a player may start this file itself.
 fs::path NewLauncher() {
   fs::path file = ExeDir() / kNewLauncherFile;
   if (IsOwnName(file)) file += ".new";
   return file;
 }
 
-/// The replaced launcher. The next run removes a file of either name.
+/// The old launcher after the swap. The next run removes a file of either name.
 fs::path OldLauncher() {
   fs::path old = ExeDir() / kOldLauncherFile;
   if (IsOwnName(old)) old += ".old";
   return old;
 }
 
-/// A downloaded file is no program yet on Linux: it gets the running launcher's mode. On Windows the mode is
-/// the read-only attribute alone, which no launcher may have: the next one could not replace it.
+/// Gives a downloaded file the running launcher's mode, since on Linux it is not executable yet. The file
+/// must stay writable: on Windows the mode is only the read-only attribute, and the next launcher could not
+/// replace a read-only file.
 bool MakeExecutable(const fs::path& file) {
   std::error_code error;
   const fs::perms mode = fs::status(ExePath(), error).permissions() & fs::perms::all;
@@ -48,35 +49,35 @@ bool MakeExecutable(const fs::path& file) {
   return !error;
 }
 
-enum class Fetched { kNewer, kSame, kNothing };
+enum class FetchResult { kNewer, kSame, kNothing };
 
-/// One fetch of the announced launcher.
+/// One download of the announced launcher.
 class LauncherFetch {
  public:
-  explicit LauncherFetch(RunState& run) : run_(run), running_(sha256_.HashFile(ExePath())) {}
+  explicit LauncherFetch(RunState& run) : run_(run), runningDigest_(sha256_.HashFile(ExePath())) {}
 
-  Fetched Run() {
+  FetchResult Run() {
     const fs::path file = NewLauncher();
     DownloadRules rules;
     rules.maxSize = kMaxLauncherSize;
     rules.accept = [&](const fs::path& part, const ReceivedFile& received) { return Accept(part, received); };
     std::string digest;
     if (run_.session.DownloadToFile("/patch/" + run_.manifest.patcherUrl, file, rules, digest)) {
-      // Once more, for a system that could only copy it to its place.
-      return platform::FlushToDisk(file) == 0 ? Fetched::kNewer : Fetched::kNothing;
+      // Flushes again, since some systems copy the file to its place.
+      return platform::FlushToDisk(file) == 0 ? FetchResult::kNewer : FetchResult::kNothing;
     }
-    if (!same_) return Fetched::kNothing;
+    if (!isRunningLauncher_) return FetchResult::kNothing;
     std::error_code ignored;
     fs::remove(file, ignored);
-    return Fetched::kSame;
+    return FetchResult::kSame;
   }
 
  private:
   bool Accept(const fs::path& part, const ReceivedFile& received) {
     const char* objection = Objection(part, received);
     if (objection == nullptr) {
-      same_ = received.digest == running_;
-      if (same_) return false;
+      isRunningLauncher_ = received.digest == runningDigest_;
+      if (isRunningLauncher_) return false;
       if (!MakeExecutable(part) || platform::FlushToDisk(part) != 0) objection = "not brought to the disk";
     }
     if (objection == nullptr) return true;
@@ -84,30 +85,30 @@ class LauncherFetch {
     return false;
   }
 
-  /// Why this file must not become the launcher, or null.
+  /// Why this file must not become the launcher; null if it may.
   const char* Objection(const fs::path& part, const ReceivedFile& received) {
     const std::string& announced = run_.manifest.patcherSha256;
     if (received.size == 0) return "empty";
     if (!announced.empty() && announced != received.digest) return "not the announced digest";
     const ProgramFile program = ExamineProgram(part);
-    if (program == ProgramFile::kCut) return "not a whole program";
+    if (program == ProgramFile::kIncomplete) return "not a whole program";
     if (program == ProgramFile::kNone && !received.announced) return "no program, and of unknown length";
-    // Another launcher that fetches at the same moment writes the same temporary file.
+    // Another launcher that downloads at the same time writes the same temporary file.
     if (sha256_.HashFile(part) != received.digest) return "written by somebody else";
     return nullptr;
   }
 
   RunState& run_;
   Sha256 sha256_;
-  const std::string running_;  // digest of the running launcher
-  bool same_ = false;
+  const std::string runningDigest_;  // digest of the running launcher
+  bool isRunningLauncher_ = false;
 };
 
-/// Gives the old launcher its name back.
-void TakeBack(const fs::path& old, const fs::path& launcher) {
-  // If it fails, the player starts the launcher under its old name.
+/// Gives the old launcher its original name again.
+void RestoreLauncher(const fs::path& old, const fs::path& launcher) {
+  // If this fails, the player can start the launcher under the name of the old one.
   static_cast<void>(RetryWhileHeld([&] { return platform::MoveDurably(old, launcher); }));
-  // Where both names are one file, nothing was moved.
+  // If both names are the same file, nothing was moved.
   std::error_code error;
   if (fs::equivalent(old, launcher, error) && !error) fs::remove(old, error);
 }
@@ -118,11 +119,11 @@ bool FetchNewLauncher(RunState& run) {
   if (run.manifest.patcherVersion <= launcherBuild || run.manifest.patcherUrl.empty()) return false;
   PostStatus(run.window, "Mise a jour du patcher...");
   switch (LauncherFetch(run).Run()) {
-    case Fetched::kNewer:
+    case FetchResult::kNewer:
       return true;
-    case Fetched::kSame:
+    case FetchResult::kSame:
       return false;
-    case Fetched::kNothing:
+    case FetchResult::kNothing:
       PostStatus(run.window, "Echec de la mise a jour du patcher, poursuite avec la version actuelle.");
       return false;
   }
@@ -135,7 +136,7 @@ void SelfUpdateSwap(const ShowError& showError, const LauncherStart& start) {
   const fs::path newLauncher = NewLauncher();
   const fs::path& launcher = ExePath();
   const fs::path old = OldLauncher();
-  // If it fails, the move below does.
+  // If this fails, the move below fails too.
   static_cast<void>(RemoveFile(old));
   if (RetryWhileHeld([&] { return platform::MoveAside(launcher, old); }) != 0) {
     showError(u"Impossible de remplacer le patcher (fichier verrouille).", BuildWindowTitle());
@@ -143,11 +144,11 @@ void SelfUpdateSwap(const ShowError& showError, const LauncherStart& start) {
   }
   if (RetryWhileHeld([&] { return platform::MoveDurably(newLauncher, launcher); }) == 0) {
     if (start(launcher) == 0) return;
-    // If it fails, the next run fetches the new launcher again.
+    // If this fails, the next run downloads the new launcher again.
     static_cast<void>(RetryWhileHeld([&] { return platform::MoveAside(launcher, newLauncher); }));
   }
-  // Before the error box, which the player may leave open for long.
-  TakeBack(old, launcher);
+  // Done before the error box, which the player may leave open for a long time.
+  RestoreLauncher(old, launcher);
   showError(u"Mise a jour du patcher incomplete, relance annulee.", BuildWindowTitle());
 }
 

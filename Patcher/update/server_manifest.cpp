@@ -30,7 +30,7 @@ std::string SequenceFault(const PatchManifest& manifest, std::uint64_t installed
          ", which was installed";
 }
 
-bool TakeOutUnprovenLauncher(PatchManifest& manifest) {
+bool RemoveUnverifiedLauncher(PatchManifest& manifest) {
   if (manifest.patcherUrl.empty() || !manifest.patcherSha256.empty()) return false;
   manifest.patcherUrl.clear();
   return true;
@@ -45,10 +45,10 @@ ServerManifest FetchServerManifest(HttpSession& session, LocalRecord& record, st
   if (!keys.empty() && IsRefused(SignatureFault(text, manifest, keys))) return ServerManifest::kUnusable;
   if (!PathsAreUsable(manifest)) return ServerManifest::kUnusable;
   if (keys.empty()) return ServerManifest::kGood;
-  // The document has been proven: a record of the same bytes is as good.
+  // The document is verified, so a record with the same bytes is too.
   record.Load({text, &manifest});
   if (IsRefused(SequenceFault(manifest, record.Sequence()))) return ServerManifest::kUnusable;
-  if (TakeOutUnprovenLauncher(manifest))
+  if (RemoveUnverifiedLauncher(manifest))
     DebugLog::Write("Launcher refused : the manifest has no digest of it");
   return ServerManifest::kGood;
 }

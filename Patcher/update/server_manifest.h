@@ -14,29 +14,28 @@ namespace patcher {
 
 enum class ServerManifest {
   kUnreachable,  ///< no answer with status 200
-  kUnusable,     ///< what came must not be acted upon
+  kUnusable,     ///< the document must not be used
   kGood,
 };
 
-/// The one way to the server's document, for runs, verifications and repairs: fetches it into `text`, reads
-/// it into `manifest` and judges it. It must parse, and its paths must be usable (PathsAreUsable). A launcher
-/// with keys (LauncherKeys) also refuses what has a SignatureFault or a SequenceFault, for which it loads
-/// `record`, and takes out a launcher as TakeOutUnprovenLauncher says; each with a line in the debug log.
-/// Without keys the record is not loaded.
+/// Fetches the server's document into `text`, parses it into `manifest` and checks it. Runs, verifications
+/// and repairs all use this function. The document must parse, and its paths must be usable (PathsAreUsable).
+/// A launcher with keys (LauncherKeys) also loads `record`, refuses a document with a SignatureFault or a
+/// SequenceFault, and calls RemoveUnverifiedLauncher. Each of these writes a line to the debug log. Without
+/// keys the record is not loaded.
 [[nodiscard]] ServerManifest FetchServerManifest(HttpSession& session, LocalRecord& record, std::string& text,
                                                  PatchManifest& manifest);
 
-/// Why `text`, of which `manifest` was read, is not a document that one of the keys has signed; empty if it
-/// is.
+/// Why `text` is not signed by one of the keys; empty if it is. `manifest` is the parsed `text`.
 std::string SignatureFault(std::string_view text, const PatchManifest& manifest,
                            std::span<const platform::PublicKey> keys);
 
-/// Why a signed manifest must not follow that of the sequence `installed` (LocalRecord::Sequence); empty if
-/// it may. Old documents stay well signed: a server could bring back a game with faults that were mended
-/// since.
+/// Why a signed manifest must not replace one with the sequence `installed` (LocalRecord::Sequence); empty if
+/// it may. Old documents have valid signatures, so a server could otherwise bring back a version with faults
+/// that were fixed since.
 std::string SequenceFault(const PatchManifest& manifest, std::uint64_t installed);
 
-/// Makes a manifest that announces a launcher without its digest announce none. True if it was one.
-bool TakeOutUnprovenLauncher(PatchManifest& manifest);
+/// Removes the announced launcher from a manifest that has no digest of it. True if it removed one.
+bool RemoveUnverifiedLauncher(PatchManifest& manifest);
 
 }  // namespace patcher

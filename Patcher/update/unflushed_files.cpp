@@ -48,7 +48,7 @@ std::vector<InstalledFile> UnflushedFiles::FlushBatch() {
     const platform::MutexLock guard(lock_);
     batch.swap(entries_);
   }
-  // Another program may have held a file when it was added.
+  // Tries again, since another program may have held a file when it was added.
   for (Entry& entry : batch) entry.started = entry.started || StartFlush(entry.file);
   auto ready = std::partition(batch.begin(), batch.end(), [](const Entry& entry) { return !entry.started; });
   std::vector<std::filesystem::path> places;

@@ -7,24 +7,25 @@
 
 namespace patcher {
 
-/// A file of the manifest that is in its place.
+/// A file of the manifest that is installed in its place.
 struct InstalledFile {
   std::string path;  ///< as in the manifest
   std::string digest;
 };
 
-/// Files that are in place, but whose content or directory entry a power cut may still take away. The record
-/// may name a file only after it has come out of here. Any thread; no lock is held while a file is flushed,
-/// but for the one that keeps two flushes apart.
+/// Installed files whose content or directory entry may not be on the disk yet, so that a power cut could
+/// lose them. A file may enter the record only after Flush or TryFlush has returned it. Any thread. While it
+/// flushes files, it holds only the lock that prevents two flushes at the same time.
 class UnflushedFiles {
  public:
-  /// Called by the thread that has put the file in place.
+  /// Call this on the thread that has installed the file.
   void Add(InstalledFile file);
 
-  /// Flushes what has been added so far and returns it. What could not be flushed waits for the next call.
+  /// Flushes the files added so far and returns them. Keeps those that could not be flushed for the next
+  /// call.
   [[nodiscard]] std::vector<InstalledFile> Flush();
 
-  /// The same, but returns nothing at once if another thread is flushing.
+  /// The same, but returns an empty list at once if another thread is flushing.
   [[nodiscard]] std::vector<InstalledFile> TryFlush();
 
   /// Whether everything that was added has been flushed and returned.

@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t kHashedFilesPerStatus = 25;
 constexpr std::size_t kFilesPerWorkItem = 512;
 
-/// Hashes files that the record does not name, and reports how many from time to time.
+/// Hashes files that are not in the record, and reports their number from time to time.
 class HashCheck {
  public:
   explicit HashCheck(HostWindow& window) : window_(window) {}
@@ -51,53 +51,55 @@ class HashCheck {
 
 fs::path PlaceOf(const PatchFile& file) { return ExeDir() / platform::PathFromBytes(file.path); }
 
-bool Names(const LocalState& known, const PatchFile& file) {
-  const auto entry = known.find(file.path);
-  return entry != known.end() && entry->second == file.sha256;
+bool RecordNames(const LocalState& record, const PatchFile& file) {
+  const auto entry = record.find(file.path);
+  return entry != record.end() && entry->second == file.sha256;
 }
 
-/// So that each is there once.
+/// True only if each path is listed once.
 bool PathsAscend(const std::vector<PatchFile>& files) {
   return std::adjacent_find(files.begin(), files.end(), [](const PatchFile& file, const PatchFile& next) {
            return file.path >= next.path;
          }) == files.end();
 }
 
-/// What the record says; null if that is the manifest itself. It does not change while the workers read it.
+/// The state of the record; null if it is equal to the manifest. It does not change while the workers read
+/// it.
 const LocalState* ComparableRecord(RunState& run) {
   const platform::MutexLock guard(run.stateLock);
   return run.record.IsDocument() && PathsAscend(run.manifest.files) ? nullptr : &run.record.State();
 }
 
-/// For each file of the manifest whether the record has its digest and something exists in its place. On all
-/// cores: when there is nothing to do, this is the largest part of a start.
+/// For each file of the manifest, whether the record has its digest and something exists in its place. Uses
+/// the pool, since this takes most of the time of a start with nothing to do.
 std::vector<char> TrustedFiles(RunState& run) {
   const std::vector<PatchFile>& files = run.manifest.files;
-  const LocalState* known = ComparableRecord(run);
+  const LocalState* record = ComparableRecord(run);
   std::vector<char> trusted(files.size());
   const auto examine = [&](std::size_t item, unsigned) {
     const std::size_t begin = item * kFilesPerWorkItem;
     const std::size_t end = std::min(begin + kFilesPerWorkItem, files.size());
     for (std::size_t i = begin; i < end; ++i) {
       std::error_code error;
-      trusted[i] = (known == nullptr || Names(*known, files[i])) && fs::exists(PlaceOf(files[i]), error);
+      trusted[i] =
+          (record == nullptr || RecordNames(*record, files[i])) && fs::exists(PlaceOf(files[i]), error);
     }
     return true;
   };
-  // Files that are left out after a failure are not trusted.
+  // After a failure, the remaining files are not trusted.
   static_cast<void>(RunPool((files.size() + kFilesPerWorkItem - 1) / kFilesPerWorkItem, examine));
   return trusted;
 }
 
 void ListExpected(RunState& run) {
   for (const PatchFile& file : run.manifest.files) {
-    // Manifests are mostly sorted by path: the hint saves the search.
+    // Most manifests are sorted by path, so the hint avoids a search.
     run.expectedDigests.insert_or_assign(run.expectedDigests.end(), file.path, file.sha256);
     run.expectedSizes.insert_or_assign(run.expectedSizes.end(), file.path, file.size);
   }
 }
 
-/// Nothing if there is no such file, or if the system does not report it.
+/// Nothing if there is no such file, or if the system does not report its time and size.
 std::optional<FileStamp> StampOf(const std::string& path) {
   const fs::path place = ExeDir() / platform::PathFromBytes(path);
   std::error_code error;
@@ -112,17 +114,17 @@ std::optional<FileStamp> StampOf(const std::string& path) {
 
 std::size_t FindWantedFiles(RunState& run) {
   HashCheck check(run.window);
-  std::map<std::string_view, std::string_view> found;
-  // A run that died may have left them unflushed.
+  std::map<std::string_view, std::string_view> correctFiles;
+  // A crashed run may have left these files unflushed.
   UnflushedFiles unflushed;
   const std::vector<char> trusted = TrustedFiles(run);
   for (std::size_t i = 0; i < trusted.size(); ++i) {
     if (trusted[i] != 0) continue;
     const PatchFile& file = run.manifest.files[i];
-    const auto known = found.find(file.path);
-    if (known != found.end() && known->second == file.sha256) continue;
+    const auto entry = correctFiles.find(file.path);
+    if (entry != correctFiles.end() && entry->second == file.sha256) continue;
     if (check.IsCorrect(PlaceOf(file), file)) {
-      found.insert_or_assign(file.path, file.sha256);
+      correctFiles.insert_or_assign(file.path, file.sha256);
       unflushed.Add({file.path, file.sha256});
       continue;
     }
@@ -131,7 +133,7 @@ std::size_t FindWantedFiles(RunState& run) {
   }
   EnterInRecord(run, unflushed.Flush());
   if (!run.wanted.empty()) ListExpected(run);
-  return found.size();
+  return correctFiles.size();
 }
 
 bool ChooseBundles(RunState& run) {
@@ -149,7 +151,7 @@ bool ForgetWantedFiles(RunState& run) {
   const platform::MutexLock guard(run.stateLock);
   const std::vector<std::string> changing = PathsThatChange(run.record.State(), run.wanted);
   for (const std::string& path : changing) {
-    // Another spelling of a wanted file comes from an older version: it is not remembered.
+    // Another spelling of a wanted file comes from an older version and is not restored.
     if (run.expectedDigests.count(path) != 0) {
       run.forgotten.push_back({path, run.record.State().find(path)->second, StampOf(path)});
     }
@@ -173,7 +175,7 @@ void AssignArchivePaths(RunState& run) {
       if (run.wantedPaths.count(path) != 0) run.archivePaths.emplace(path, index);
     }
   }
-  // An extracted file may have the time of the file that it replaces.
+  // A stamp cannot detect that: an extracted file may have the time of the file that it replaces.
   std::erase_if(run.forgotten,
                 [&](const ForgottenFile& file) { return run.archivePaths.count(file.path) != 0; });
 }

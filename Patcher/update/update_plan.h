@@ -6,29 +6,30 @@
 
 namespace patcher {
 
-/// Sorts each file of the manifest into trusted, found good or wanted: fills the expected digests and sizes,
-/// `wanted` and `wantedBytes`, flushes what was found good and enters it in the record. Returns the number of
-/// files found good.
+/// Decides for each file of the manifest whether it is trusted (in the record), correct (by its digest) or
+/// wanted. Fills `wanted`, `wantedBytes` and the expected digests and sizes. Flushes the correct files and
+/// enters them in the record. Returns their number.
 std::size_t FindWantedFiles(RunState& run);
 
-/// Fills `wantedPaths`, `chosenBundles` and `bundleBytes`. True if the archives together weigh less than the
-/// wanted files together.
+/// Fills `wantedPaths`, `chosenBundles` and `bundleBytes`. True if the archives together have fewer bytes
+/// than the wanted files together.
 bool ChooseBundles(RunState& run);
 
-/// Takes what the installation of the wanted files may change out of the record, and the wanted files
-/// themselves into `forgotten`; true if the record held any. From here on their content on disk is uncertain,
-/// and after a death a server that goes back to the recorded version must not find them in the record.
+/// Removes from the record every file that the installation of the wanted files may change, and saves the
+/// entries of the wanted files in `forgotten`. True if it removed any. From now on the content of these files
+/// on disk is uncertain: after a crash, a server that goes back to the recorded version must not find them in
+/// the record.
 [[nodiscard]] bool ForgetWantedFiles(RunState& run);
 
-/// When a stage has failed: the files that were forgotten and have not been touched since are in the record
-/// as before.
+/// Called when a stage has failed. Restores the record's entries for the forgotten files that have not
+/// changed since.
 void RememberUntouchedFiles(RunState& run);
 
-/// Fills `archivePaths` from the chosen archives. What they may write is no longer to be remembered.
+/// Fills `archivePaths` from the chosen archives, and removes the files that they may write from `forgotten`.
 void AssignArchivePaths(RunState& run);
 
-/// Fills `singles` and `singleBytes`: the wanted files that do not come through archives. Of a
-/// path that the manifest lists twice the last entry counts.
+/// Fills `singles` and `singleBytes` with the wanted files that do not come from archives. If the manifest
+/// lists a path twice, the last entry counts.
 void ListSingles(RunState& run);
 
 }  // namespace patcher

@@ -27,14 +27,14 @@ namespace fs = std::filesystem;
 constexpr std::int32_t kFilesPerSave = 50;
 constexpr std::int32_t kFilesPerStatus = 200;
 
-/// Leftovers of earlier runs: the launcher that was replaced, files that were in use when they were,
-/// temporary archives, a record that was not yet moved into place. What cannot be deleted stays for the next
-/// run.
+/// Removes the leftovers of earlier runs: the old launcher, files that were in use when they were replaced,
+/// temporary archives, a record that was not yet moved into place. The next run tries again what cannot be
+/// deleted.
 void SweepLeftovers() {
   std::error_code error;
   const auto remove = [](const fs::path& file) {
     std::error_code ignored;
-    // A player may have started one of them, and Linux would delete it.
+    // A player may have started one of them, and Linux would allow its deletion.
     if (!IsOwnName(file)) fs::remove(file, ignored);
   };
   remove(ExeDir() / kOldLauncherFile);
@@ -50,8 +50,7 @@ void SweepLeftovers() {
   }
 }
 
-/// The steps of the run in order. Each returns the `canPlay` with which the run ends there, or nothing to go
-/// on.
+/// The steps of the run in order. A step returns `canPlay` if the run ends there, or nothing to continue.
 class Steps {
  public:
   Steps(HostWindow& window, const UpdateStages& stages)
@@ -60,14 +59,14 @@ class Steps {
   Steps(const Steps&) = delete;
   Steps& operator=(const Steps&) = delete;
 
-  /// Nothing if the launcher is being replaced.
+  /// Returns `canPlay`, or nothing if the launcher is being replaced.
   std::optional<bool> Run() {
     if (!lock_.IsTaken()) return ClientExists();
     SweepLeftovers();
     if (auto end = ReachServer()) return *end;
     if (stages_.selfUpdate(run_)) return std::nullopt;
     PostVersions(run_.window, LoadRecord(), run_.manifest.version);
-    if (!SaveWhatIsInstalled(FindWantedFiles(run_))) {
+    if (!SaveInstalledFiles(FindWantedFiles(run_))) {
       Status("Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.");
       return ClientExists();
     }
@@ -120,24 +119,25 @@ class Steps {
     return FetchServerManifest(run_.session, run_.record, run_.manifestText, run_.manifest);
   }
 
-  /// Returns the version that the record names.
+  /// Returns the version of the record.
   std::int32_t LoadRecord() {
     const platform::MutexLock guard(run_.stateLock);
     if (!run_.record.IsLoaded()) run_.record.Load({run_.manifestText, &run_.manifest});
     return run_.record.Version();
   }
 
-  /// The record names what was found good, and no longer what is wanted. False if an old record is still
-  /// there that may name files which are about to change.
-  bool SaveWhatIsInstalled(std::size_t found) {
-    if (found > 0) Status(std::to_string(found) + " fichier(s) deja corrects retrouves sur le disque.");
-    const bool forgot = ForgetWantedFiles(run_);
+  /// Saves the record with the files found correct and without the wanted files. False if an old record still
+  /// exists that may name files that are about to change.
+  bool SaveInstalledFiles(std::size_t correctFiles) {
+    if (correctFiles > 0)
+      Status(std::to_string(correctFiles) + " fichier(s) deja corrects retrouves sur le disque.");
+    const bool hasForgotten = ForgetWantedFiles(run_);
     const platform::MutexLock guard(run_.stateLock);
-    const bool current = found == 0 && !forgot && !run_.record.IsUnread();
-    return current || run_.record.Save() || run_.wanted.empty();
+    const bool isCurrent = correctFiles == 0 && !hasForgotten && !run_.record.IsUnread();
+    return isCurrent || run_.record.Save() || run_.wanted.empty();
   }
 
-  /// False if the stage failed as a whole; a failed archive only hands its files to the next stage.
+  /// False if the whole stage failed. If one archive fails, the next stage downloads its files.
   bool FetchArchives() {
     if (!ChooseBundles(run_)) {
       Status(std::to_string(run_.wanted.size()) + " fichier(s) a telecharger...");
@@ -191,7 +191,7 @@ class Steps {
     return true;
   }
 
-  /// If another worker is saving, the files of this call wait for the next one.
+  /// If another worker is flushing, a later call saves these files.
   void SaveProgress() {
     const std::vector<InstalledFile> files = run_.unflushed.TryFlush();
     if (files.empty()) return;
@@ -202,15 +202,15 @@ class Steps {
 
   void SaveAfterFailure() {
     const platform::MutexLock guard(run_.stateLock);
-    // An old record names less than is installed at worst: the wanted files left it before the first of them
-    // was touched.
+    // If this fails, the old record names fewer files than are installed: the wanted files were removed from
+    // it before the first of them changed.
     static_cast<void>(run_.record.Save());
   }
 
   void SaveAfterSuccess() {
     const platform::MutexLock guard(run_.stateLock);
-    // An old record costs the next start some hashing. The document names every file, also those that did not
-    // arrive.
+    // If this fails, the next start hashes more files. The document names every file, so it must not be saved
+    // if files are missing.
     static_cast<void>(run_.unflushed.IsEmpty() && !run_.lacksFiles
                           ? run_.record.SaveDocument(run_.manifestText)
                           : run_.record.Save());
@@ -233,7 +233,8 @@ class Steps {
 void RunUpdate(HostWindow& window, const UpdateStages& stages) {
   bool canPlay = false;
   try {
-    // A temporary: before `ready` is posted, the run's lists are freed and its session is closed.
+    // A temporary object, so that the run's lists are freed and its session is closed before `ready` is
+    // posted.
     const std::optional<bool> end = Steps(window, stages).Run();
     if (!end) {
       PostSelfUpdate(window);

@@ -10,25 +10,25 @@
 
 namespace patcher {
 
-/// What the run asks of layers above it. Every entry is filled.
+/// The functions of higher layers that the run calls. Every entry is filled.
 struct UpdateStages {
-  /// Fetches the newer launcher that the manifest announces. True if the run is to end in favour of the swap;
-  /// false if the fetch was not needed or failed.
+  /// Downloads the newer launcher that the manifest announces. True if the run must end so that the launcher
+  /// is replaced; false if the download was not needed or failed.
   std::function<bool(RunState&)> selfUpdate;
-  /// Work item of the archive stage: installs chosenBundles[index] as the worker of that number.
+  /// Work item of the archive stage: installs chosenBundles[index]. `worker` is the number of the worker.
   std::function<bool(RunState&, ProgressTracker&, std::size_t index, unsigned worker)> installArchive;
-  /// Removes what no longer belongs, after a run that fetched everything.
+  /// Removes obsolete files after a complete run.
   std::function<void(HostWindow&, const PatchManifest&)> cleanUp;
   /// Whether the game can be started if the run cannot complete.
   std::function<bool()> clientExists;
-  /// How long an operation waits for another launcher in the same directory.
+  /// How long an operation waits for another launcher that uses the same directory.
   std::chrono::milliseconds lockPatience = std::chrono::seconds(30);
 };
 
-/// Brings the installation to the state that the server's manifest describes and reports every step to the
-/// page. Runs on a worker thread under the operation guard; waits while another launcher works in the same
-/// directory, and ends without having touched anything if that takes too long. Raises nothing; ends with one
-/// `ready`, posted when everything else of the run is over, unless the launcher is being replaced.
+/// Brings the installation to the state that the server's manifest describes, and reports every step to the
+/// page. Runs on a worker thread under the operation guard. Waits while another launcher uses the same
+/// directory, and ends without any change if that takes too long. Raises nothing. Posts one `ready` after
+/// everything else, unless the launcher is being replaced.
 void RunUpdate(HostWindow& window, const UpdateStages& stages);
 
 }  // namespace patcher

@@ -8,8 +8,8 @@
 
 namespace patcher {
 
-/// Holds back the events that a full message queue refuses, so that none is lost and their order stays. Any
-/// thread, but for Advance.
+/// Keeps the events that a full message queue refuses, so that none is lost and their order is kept. Any
+/// thread, except Advance.
 class EventBacklog {
  public:
   /// Posts to the queue and never blocks; false if the queue did not take the event.
@@ -19,7 +19,8 @@ class EventBacklog {
   /// Posts the event, or keeps it for later. Raises std::bad_alloc.
   void Post(const UiEvent& event);
 
-  /// Posts what was kept, as far as the queue takes it. Called when the queue has given a message out.
+  /// Posts the kept events until the queue refuses one. Called on the main thread after a message was taken
+  /// from the queue.
   void Advance();
 
  private:

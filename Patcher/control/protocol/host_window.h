@@ -4,15 +4,15 @@
 
 namespace patcher {
 
-/// One message of the main thread's queue. The kind's number and the two parameters are its whole content; a
-/// payload that `lParam` points to changes owner when the event is posted.
+/// One message of the main thread's queue: the number of its kind and two parameters. `lParam` may point to a
+/// payload, which belongs to the receiver once the event is posted.
 struct UiEvent {
   std::uint32_t number = 0;
   std::uintptr_t wParam = 0;
   std::intptr_t lParam = 0;
 };
 
-/// The main window as workers know it: somewhere to post to.
+/// The part of the main window that workers use: they post events to it.
 class HostWindow {
  public:
   virtual ~HostWindow() = default;

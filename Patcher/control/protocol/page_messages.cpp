@@ -10,7 +10,7 @@ namespace {
 
 using platform::Utf8ToWide;
 
-/// Numbers and words of ours: plain ASCII.
+/// For numbers and the launcher's own words, which are ASCII.
 std::u16string Ascii(std::string_view text) { return {text.begin(), text.end()}; }
 
 template <typename Integer>
@@ -52,7 +52,7 @@ void AppendEscapedFully(std::u16string& out, char16_t unit) {
   }
 }
 
-/// A path for `samples`: a backslash reads as a slash at the other end.
+/// Escapes a path for `samples`. The page reads a backslash as a slash.
 std::string EscapeSample(std::string_view path) {
   std::string out;
   for (char c : path) {

@@ -10,16 +10,16 @@
 
 namespace patcher {
 
-// The texts that go to the page: one JSON object each, built in a fixed member order without white space.
-// Inputs are UTF-8.
+// The messages for the page. Each is one JSON object with a fixed member order and no white space. Inputs are
+// UTF-8.
 
-/// Escapes quotes, backslashes and line feeds, for the launcher's own sentences and file names.
+/// Escapes quotes, backslashes and line feeds. For the launcher's own sentences and file names.
 std::u16string EscapeLight(std::string_view text);
-/// Escapes everything that JSON wants escaped, for documents of the site.
+/// Escapes every character that JSON requires to be escaped. For documents of the site.
 std::u16string EscapeFull(std::string_view text);
 
 std::u16string BuildStatusMessage(std::string_view text);
-/// Backslashes of `currentFile` become slashes.
+/// Replaces backslashes in `currentFile` by slashes.
 std::u16string BuildProgressMessage(const ProgressReport& report);
 std::u16string BuildVersionsMessage(std::int32_t current, std::int32_t latest);
 std::u16string BuildReadyMessage(bool canPlay);
@@ -27,26 +27,27 @@ std::u16string BuildServerMessage(bool online);
 std::u16string BuildWindowMessage(bool maximized);
 std::u16string BuildOptionsSavedMessage(bool ok);
 
-/// The published news document, whole and unparsed.
+/// Contains the published news document unchanged.
 std::u16string BuildNewsMessage(std::string_view body);
 std::u16string BuildNewsFailedMessage();
 
-/// Outcome of a verification.
+/// The outcome of a verification.
 struct CheckResult {
   std::int32_t total = 0;
   std::int32_t ok = 0;
   std::int32_t missing = 0;
   std::int32_t corrupt = 0;
-  std::uint64_t bytes = 0;           ///< what a repair has to fetch
-  std::vector<std::string> samples;  ///< every missing or damaged path, ascending by bytes
-  /// Those of them whose file could not be examined: what it holds is unknown. Not part of the message.
+  std::uint64_t bytes = 0;           ///< that a repair has to download
+  std::vector<std::string> samples;  ///< every missing or damaged path, sorted by bytes
+  /// The paths among `samples` whose files could not be examined, so their content is unknown. Not part of
+  /// the message.
   std::vector<std::string> unproven = {};
 };
 
-/// Paths of CheckResult::samples that a check message carries.
+/// The most paths of CheckResult::samples that a check message contains.
 inline constexpr std::size_t kMaxCheckSamples = 40;
 
-/// `mode` is "verify" or "repair". Narrow, for PostNarrowJson.
+/// `mode` is "verify" or "repair". UTF-8, for PostNarrowJson.
 std::string BuildCheckMessage(std::string_view mode, const CheckResult& result);
 std::string BuildCheckErrorMessage(std::string_view mode, std::string_view error);
 

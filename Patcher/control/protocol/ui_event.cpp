@@ -7,7 +7,7 @@ namespace {
 
 template <typename Payload>
 void PostWithPayload(HostWindow& window, UiEventKind kind, const Payload& payload) {
-  // The receiver takes the copy over.
+  // The receiver owns and frees the copy.
   auto copy = std::make_unique<Payload>(payload);
   window.PostEvent({static_cast<std::uint32_t>(kind), 0, reinterpret_cast<std::intptr_t>(copy.release())});
 }

@@ -12,7 +12,7 @@ enum class UiEventKind : std::uint32_t {
   UiStatus = 0x8001,      ///< lParam: std::string, UTF-8
   UiProgress = 0x8002,    ///< lParam: ProgressReport
   UiReady = 0x8003,       ///< wParam 1: the client can be played
-  UiSelfUpdate = 0x8004,  ///< start the swap of the launcher and end
+  UiSelfUpdate = 0x8004,  ///< replace the launcher and end
   UiVersions = 0x8005,    ///< wParam: current version, lParam: latest version
   UiServer = 0x8006,      ///< wParam 1: the patch server answered
   UiNarrowJson = 0x8007,  ///< lParam: std::string, a finished message in UTF-8
@@ -24,7 +24,7 @@ struct ProgressReport {
   std::int32_t percent = 0;  ///< 0 to 100
   std::uint64_t downloadedBytes = 0;
   std::uint64_t totalBytes = 0;
-  std::uint64_t speedBps = 0;  ///< bytes per second; 0 when not known
+  std::uint64_t speedBps = 0;  ///< bytes per second; 0 if unknown
   std::string currentFile;     ///< UTF-8; may be empty
   std::int32_t fileIndex = 0;  ///< files done
   std::int32_t fileCount = 0;
@@ -41,7 +41,7 @@ void PostServer(HostWindow& window, bool online);
 void PostNarrowJson(HostWindow& window, const std::string& json);
 void PostWideJson(HostWindow& window, const std::u16string& json);
 
-/// Frees the payload of an event that will not be handled.
+/// Frees the payload of an event that will never be handled.
 void ReleasePayload(const UiEvent& event);
 
 }  // namespace patcher

@@ -12,29 +12,30 @@
 
 namespace patcher {
 
-/// Owner of one SHA-256 provider and of the memory through which files are read, for one thread. A pass over
-/// many files keeps one: opening the provider and taking the memory costs more than the digest of a small
-/// file. Digests are 64 lower-case hexadecimal characters.
+/// Computes SHA-256 digests. One thread only. Keep one object for many files: it opens the provider and
+/// allocates the read buffer once, which costs more than the digest of a small file. Digests are 64
+/// lower-case hexadecimal digits.
 class Sha256 {
  public:
-  /// A running hash, fed by Update. One at a time is open on a Sha256, which outlives it.
+  /// Starts a hash; the caller passes the data to its Update. Only one hash at a time. The Sha256 must
+  /// outlive it.
   platform::DigestHash BeginHash();
 
   /// Finishes the hash and releases its working memory.
   std::string FinishHex(platform::DigestHash& hash);
 
-  /// Digest of a file's content. A file that cannot be opened gives the digest of the empty message, and a
-  /// read failure midway that of what was read: such a digest does not match the expected one.
+  /// The digest of a file's content. If the file cannot be opened, the digest of the empty message; if
+  /// reading fails in the middle, that of the bytes read so far. Neither matches the expected digest.
   std::string HashFile(const std::filesystem::path& file);
 
-  /// The same of a file that was just opened. `complete` says whether the file was open and could be read to
+  /// The same for a file that was just opened. `complete` is true if the file was open and could be read to
   /// its end.
   std::string HashFile(platform::FileReader& file, bool& complete);
 
  private:
   platform::DigestProvider algorithm_;
   std::vector<std::vector<std::uint8_t>> hashObjects_;
-  std::unique_ptr<char[]> block_;  // taken for the first file
+  std::unique_ptr<char[]> block_;  // allocated for the first file
 };
 
 }  // namespace patcher

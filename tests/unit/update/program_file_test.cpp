@@ -64,12 +64,12 @@ TEST(ProgramFileTest, AProgramWithoutItsLastBytesIsCut) {
   const fs::path file = directory / "program";
   for (const auto& [name, program] : kPrograms) {
     WriteWhole(file, program + "overlay");
-    EXPECT_EQ(ExamineProgram(file), ProgramFile::kWhole) << name;
+    EXPECT_EQ(ExamineProgram(file), ProgramFile::kComplete) << name;
     fs::resize_file(file, program.size());
-    EXPECT_EQ(ExamineProgram(file), ProgramFile::kWhole) << name;
+    EXPECT_EQ(ExamineProgram(file), ProgramFile::kComplete) << name;
     for (std::size_t size = program.size() - 1; size >= 4; --size) {
       fs::resize_file(file, size);
-      EXPECT_EQ(ExamineProgram(file), ProgramFile::kCut) << name << ", " << size;
+      EXPECT_EQ(ExamineProgram(file), ProgramFile::kIncomplete) << name << ", " << size;
     }
   }
 }
@@ -78,9 +78,9 @@ TEST(ProgramFileTest, WhatLinkersMakeIsWholeToItsLastByte) {
   ScratchDirectory directory;
   const fs::path file = directory / "copy";
   fs::copy_file(platform::OwnExecutablePath(), file);
-  EXPECT_EQ(ExamineProgram(file), ProgramFile::kWhole);
+  EXPECT_EQ(ExamineProgram(file), ProgramFile::kComplete);
   fs::resize_file(file, fs::file_size(file) - 1);
-  EXPECT_EQ(ExamineProgram(file), ProgramFile::kCut);
+  EXPECT_EQ(ExamineProgram(file), ProgramFile::kIncomplete);
 }
 
 TEST(ProgramFileTest, NoProgram) {

@@ -65,12 +65,12 @@ TEST(ServerManifestTest, SequencesDoNotFallAndLaunchersHaveADigest) {
   EXPECT_EQ(SequenceFault(manifest, 0), "");
   EXPECT_EQ(SequenceFault(manifest, 5), "");
   EXPECT_EQ(SequenceFault(manifest, 6), "sequence 5 is below 6, which was installed");
-  EXPECT_FALSE(TakeOutUnprovenLauncher(manifest));
+  EXPECT_FALSE(RemoveUnverifiedLauncher(manifest));
   manifest.patcherUrl = "launcher";
   manifest.patcherSha256 = "digest";
-  EXPECT_FALSE(TakeOutUnprovenLauncher(manifest));
+  EXPECT_FALSE(RemoveUnverifiedLauncher(manifest));
   manifest.patcherSha256.clear();
-  EXPECT_TRUE(TakeOutUnprovenLauncher(manifest));
+  EXPECT_TRUE(RemoveUnverifiedLauncher(manifest));
   EXPECT_EQ(manifest.patcherUrl, "");
 }
 

@@ -1,9 +1,9 @@
-#include "store_check.h"
+#include "folder_check.h"
 
 #include <unordered_map>
 
 #include "all_cores.h"
-#include "archive_contents.h"
+#include "archive_check.h"
 #include "content_check.h"
 #include "content_store.h"
 #include "document_check.h"
@@ -18,9 +18,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Checker {
+class FolderChecker {
  public:
-  Checker(const fs::path& www, bool quiet) : store_(www), progress_(quiet) {}
+  FolderChecker(const fs::path& www, bool quiet) : store_(www), progress_(quiet) {}
 
   CheckResult Run() {
     const History history = ReadHistory(store_);
@@ -29,7 +29,7 @@ class Checker {
     ContentCheck contents(store_, progress_, findings_);
     contents.Add(live_, "");
     AddHistory(history, contents);
-    contents.AddTheRest();
+    contents.AddOtherContents();
     contents.Run();
     CheckArchives(contents);
     return {Summary(history), findings_.Sorted()};
@@ -50,7 +50,7 @@ class Checker {
     throw PublishError(problem);
   }
 
-  /// A version may go live again while a copy of its manifest is there.
+  /// Every version with a copy may go live again, so its contents are checked too.
   void AddHistory(const History& history, ContentCheck& contents) {
     for (const PublishedVersion& version : history) {
       if (!version.problem.empty()) {
@@ -101,6 +101,6 @@ class Checker {
 
 }  // namespace
 
-CheckResult CheckPublication(const fs::path& www, bool quiet) { return Checker(www, quiet).Run(); }
+CheckResult CheckPublication(const fs::path& www, bool quiet) { return FolderChecker(www, quiet).Run(); }
 
 }  // namespace patcher::publisher

@@ -1,11 +1,11 @@
-#include "integrity/behind_link.h"
+#include "integrity/below_link.h"
 
 #include "platform/links.h"
 #include "shared/program.h"
 
 namespace patcher {
 
-bool IsBehindLink(const std::filesystem::path& relative) {
+bool IsBelowLink(const std::filesystem::path& relative) {
   std::filesystem::path place = ExeDir();
   for (const std::filesystem::path& component : relative.parent_path()) {
     place /= component;

@@ -1,14 +1,14 @@
-#include "content_proof.h"
+#include "verified_contents.h"
 
 #include "publish_error.h"
 
 namespace patcher::publisher {
 
-bool ContentProof::IsSound(const std::string& name, std::uint64_t size, const std::string& digest,
-                           FileHasher& hasher) {
+bool VerifiedContents::IsSound(const std::string& name, std::uint64_t size, const std::string& digest,
+                               FileHasher& hasher) {
   if (!store_.Has(name, size)) return false;
   {
-    std::lock_guard guard(lock_);
+    const platform::MutexLock guard(lock_);
     if (sound_.count(name) != 0) return true;
   }
   try {
@@ -17,12 +17,12 @@ bool ContentProof::IsSound(const std::string& name, std::uint64_t size, const st
     return false;
   }
   store_.MakeReadable(name);
-  Written(name);
+  MarkSound(name);
   return true;
 }
 
-void ContentProof::Written(const std::string& name) {
-  std::lock_guard guard(lock_);
+void VerifiedContents::MarkSound(const std::string& name) {
+  const platform::MutexLock guard(lock_);
   sound_.insert(name);
 }
 

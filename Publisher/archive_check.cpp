@@ -1,4 +1,4 @@
-#include "archive_contents.h"
+#include "archive_check.h"
 
 #include <array>
 #include <string_view>
@@ -39,7 +39,7 @@ class Reader {
     return name.data();
   }
 
-  /// Digest of an entry's content; empty if it cannot be extracted.
+  /// The digest of an entry's content; empty if it cannot be extracted.
   std::string Digest(mz_uint entry, FileHasher& hasher) {
     struct Target {
       FileHasher& hasher;
