@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Lets every system call of the launcher on its own files and connections fail: run_faults.py --launcher PROGRAM
+"""Lets every call of the launcher on its own files and connections fail: run_faults.py --launcher PROGRAM
 [KIND...].
 
 A session updates a small game, verifies and repairs it and saves the settings. For each N that it reaches, the N-th use
@@ -26,8 +26,8 @@ from scenario import BUSY  # noqa: E402
 MEMORY = "/dev/shm"
 LIMIT = 60  # seconds for a session that takes a tenth of one
 # If a session without faults uses none of these, the calls are not seen.
-EXPECTED = {"openat", "read", "write", "close", "rename", "unlink", "mkdir", "newfstatat", "connect", "sendto",
-            "recvfrom", "pthread_create", "malloc"}
+EXPECTED = {"open", "openat", "fopen64", "read", "fread", "writev", "fwrite", "close", "rename", "remove", "mkdir", "stat",
+            "connect", "send", "recv", "pthread_create", "malloc"}
 SETTINGS = b"; mine\r\nvsync 0\r\nfpslimit 90\r\nKey = value\r\n"
 PLAYER = {"Capture/shot.jpg": b"a picture" * 50, "notes.txt": b"mine", "Model/log/trace.txt": b"mine",
           "data/d0/save.dat": b"mine"}
