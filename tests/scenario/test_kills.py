@@ -8,7 +8,7 @@ import threading
 import time
 
 from game import Game, digest
-from launcher import assert_files, disk_path
+from launcher import assert_files
 from scenario import ScenarioTest
 
 SEED = 0
