@@ -183,12 +183,6 @@ CALL(ssize_t, send, ECONNRESET, Own(file), (int file, const void* data, std::siz
      (file, data, size, flags))
 CALL(ssize_t, recv, ECONNRESET, Own(file), (int file, void* data, std::size_t size, int flags),
      (file, data, size, flags))
-CALL(int, setsockopt, ENOBUFS, Own(file), (int file, int level, int name, const void* value, socklen_t size),
-     (file, level, name, value, size))
-CALL(int, getsockopt, ENOBUFS, Own(file), (int file, int level, int name, void* value, socklen_t* size),
-     (file, level, name, value, size))
-CALL(int, getsockname, ENOBUFS, Own(file), (int file, sockaddr* name, socklen_t* size), (file, name, size))
-CALL(int, getpeername, ENOBUFS, Own(file), (int file, sockaddr* name, socklen_t* size), (file, name, size))
 CALL(int, execv, EACCES, Step(Own(path)), (const char* path, char* const* arguments), (path, arguments))
 CALL(int, pthread_create, EAGAIN, "?",
      (pthread_t * thread, const pthread_attr_t* attributes, void* (*entry)(void*), void* argument),

@@ -42,17 +42,6 @@ class DiskTest(ScenarioTest):
                 self.assert_files(place, files)
                 self.assertFalse([name for name in found if self.server.requests[f"/patch/f/{name}"]])
 
-    def test_read_only_directory(self):
-        self.put({"a": b"1", "sub/b": b"2"})
-        place = self.small_disk(200)
-        place.write("a", b"old")
-        place.write("left.old")
-        subprocess.run(["mount", "-o", "remount,ro", place.root], check=True)
-        texts = place.update()
-        self.assertEqual(texts[3], "2 fichier(s) a telecharger...")
-        self.assertRegex(texts[-2], r"Echec du telechargement: (a|sub/b) \(transfert interrompu\)")
-        self.assert_files(place, {"a": b"old", "left.old": b""})
-
     def test_things_in_the_way(self):
         packed = {"packed": b"a" * 5000, "too": b"b" * 5000}
         for path, data in {"file/mine": b"kept", "packed/mine": b"kept", "left.old": b"", "_bundle7.part": b"",

@@ -4,7 +4,6 @@ import contextlib
 import random
 import signal
 import subprocess
-import threading
 import time
 
 from game import Game, digest
@@ -22,7 +21,7 @@ class Life:
         self.rng, self.place, self.game, self.server = rng, place, game, server
         self.record = place.record_file
         self.process = None
-        moments = {self.in_a_transfer: 5, self.after_bytes: 3, self.after_messages: 1, self.at_a_time: 1,
+        moments = {self.in_a_transfer: 8, self.after_messages: 1, self.at_a_time: 1,
                    self.at_extraction: 2 if game.bundles else 0, self.at_a_save: 2}
         self.moment = rng.choices(list(moments), moments.values())[0]
 
@@ -33,7 +32,7 @@ class Life:
         try:
             self.moment(before)
         finally:
-            self.server.on_bytes, self.server.faults = None, {}
+            self.server.faults = {}
             self.place.kill(self.process)
         return self.process.returncode == -signal.SIGKILL
 
@@ -56,12 +55,6 @@ class Life:
         for _ in range(self.rng.randint(0, 12)):
             if not self.process.stdout.readline():
                 break
-
-    def after_bytes(self, _):
-        end = self.server.sent + self.rng.randint(1, 250000)
-        reached = threading.Event()
-        self.server.on_bytes = lambda sent: reached.set() if sent >= end else None
-        self.wait_until(reached.is_set)
 
     def in_a_transfer(self, _):
         """In the middle of one body, which the server holds back from there on."""

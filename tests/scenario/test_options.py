@@ -1,8 +1,6 @@
 """The game's settings, as the page would read and write them."""
 import json
 import os
-import random
-import time
 
 from scenario import ScenarioTest
 
@@ -74,19 +72,3 @@ class OptionsTest(ScenarioTest):
             status = self.settings.stat()
             self.assertEqual((status.st_uid, status.st_gid, status.st_mode & 0o7777), (1234, 4321, mode))
             self.assertEqual(self.place.files(), {"ostu.ini": b"mine 1\r\nvsync 1\r\n"})
-
-    def test_deaths_during_a_save(self):
-        rng = random.Random(7)
-        foreign = b"mine %d\r\n" % 1 * 400000
-        self.settings.write_bytes(foreign + b"vsync 0\r\n")
-        for death in range(8):
-            process = self.place.start()
-            self.assertIn(b'"options"', process.stdout.readline())
-            process.stdin.write(save(vsync=death % 2))
-            process.stdin.flush()
-            time.sleep(rng.random() * 0.2)  # the moment of death is the point, not a wait for something
-            process.kill()
-            process.communicate()
-            self.assertIn(self.settings.read_bytes(), (foreign + b"vsync 0\r\n", foreign + b"vsync 1\r\n"))
-        others = {name for name in self.place.files() if not (name.startswith("ostu.ini.") and name.endswith(".part"))}
-        self.assertEqual(others, {"ostu.ini"})

@@ -40,10 +40,6 @@ class SelfUpdateTest(ScenarioTest):
             place.wait_for_successors()
         return done.returncode, summary(launcher.messages(done.stdout)), done.stderr.decode(errors="replace")
 
-    def assert_game(self, place):
-        files = place.files()
-        self.assertEqual({name: files.get(name) for name in self.game.files}, self.game.files)
-
     def assert_launcher(self, place, content, leftovers=()):
         self.assertEqual(place.program.read_bytes(), content)
         names = {path.name for path in place.directory.iterdir() if path.name.startswith("Patcher.")}
@@ -54,7 +50,7 @@ class SelfUpdateTest(ScenarioTest):
         self.run_both(place)
         self.run_both(place)
         self.assert_launcher(place, self.next)
-        self.assert_game(place)
+        self.assertLessEqual(self.game.files.items(), place.files().items())
 
     def assert_swap_fails(self, words, **environment):
         code, texts, error = self.run_both(self.place, successor=False, **environment)
@@ -106,7 +102,7 @@ class SelfUpdateTest(ScenarioTest):
         code, texts, error = self.run_both(place)
         self.assertEqual((code, error), (0, ""))
         self.assertEqual(texts[:5] + texts[-2:], [CONNECT, "online", FETCH, FAILED, (0, 1), *READY])
-        self.assert_game(place)
+        self.assertLessEqual(self.game.files.items(), place.files().items())
         self.assert_launcher(place, self.present, [NEW])
         self.assertEqual((place / NEW).read_bytes(), b"of an earlier time")
 
@@ -186,7 +182,5 @@ class SelfUpdateTest(ScenarioTest):
                         self.assertEqual((place / name).read_bytes(), content)
                     place.program = place / OLD
                 self.assertIn(place.program.read_bytes(), (self.present, self.next))
-                self.run_both(place)
-                self.assert_launcher(place, self.next)
-                self.assert_game(place)
+                self.assert_next_start_completes(place)
         return without
