@@ -73,6 +73,11 @@ class PublishTest(unittest.TestCase):
     def publish(self, version, *more, code=0):
         return self.command("--client", self.client, "--version", version, *more, code=code)
 
+    def start(self, version, *more):
+        """A publisher that runs on."""
+        return subprocess.Popen([PROGRAM, "--client", self.client, "--out", self.www, "--version", str(version), "--quiet", *more],
+                                stderr=subprocess.PIPE, text=True)
+
     def report(self, *arguments, code=0):
         """The JSON object of a command."""
         report = json.loads(self.command(*arguments, "--json", "--quiet", code=code).stdout)
@@ -93,6 +98,15 @@ class PublishTest(unittest.TestCase):
     def copies(self):
         """The versions in the history."""
         return sorted(int(place.stem) for place in (self.patch / "history").iterdir())
+
+    def move_contents(self, names):
+        """Gives contents of version 1 other names, in the store and in its documents."""
+        self.documents = [self.patch / name for name in ("version.json", "history/1.json")]
+        for name, other in names.items():
+            (self.patch / other).parent.mkdir(parents=True, exist_ok=True)
+            (self.patch / name).rename(self.patch / other)
+            for place in self.documents:
+                place.write_text(place.read_text().replace(f'"{name}"', f'"{other}"'))
 
     def damage(self, place):
         data = bytearray(place.read_bytes())
@@ -343,15 +357,11 @@ class Versions(PublishTest):
     def test_a_store_of_an_earlier_release(self):
         self.make_game(20)
         self.publish(1)
-        files, text = self.prove()[0]["files"], (self.patch / "version.json").read_text()
-        old = {f["url"]: f"files/{f['sha256'][:2]}/{f['sha256']}" for f in files}
-        for name, old_name in old.items():
-            (self.patch / old_name).parent.mkdir(parents=True, exist_ok=True)
-            (self.patch / name).rename(self.patch / old_name)
-            text = text.replace(f'"{name}"', f'"{old_name}"')
+        old = {f["url"]: f"files/{f['sha256'][:2]}/{f['sha256']}" for f in self.prove()[0]["files"]}
+        self.move_contents(old)
         shutil.rmtree(self.patch / "f")
-        for name in ("version.json", "history/1.json"):
-            (self.patch / name).write_text(json.dumps(json.loads(text), indent=2, ensure_ascii=False))
+        for place in self.documents:
+            place.write_text(json.dumps(json.loads(place.read_text()), indent=2, ensure_ascii=False))
         self.check([])
         self.assertIn("live already", self.command("--live", 1).stdout)
         self.damage(self.patch / old[content_name(digest(b"program"))])
@@ -369,12 +379,7 @@ class Versions(PublishTest):
     def test_two_contents_of_one_name(self):
         self.write("first", b"1")
         self.publish(1)
-        taken = self.content(b"other")
-        taken.parent.mkdir(exist_ok=True)
-        self.content(b"1").rename(taken)
-        for name in ("version.json", "history/1.json"):
-            text = (self.patch / name).read_text()
-            (self.patch / name).write_text(text.replace(content_name(digest(b"1")), content_name(digest(b"other"))))
+        self.move_contents({content_name(digest(b"1")): content_name(digest(b"other"))})
         self.write("second", b"other")
         self.publish(2)
         urls = {f["path"]: f["url"] for f in self.manifest()["files"]}
@@ -435,9 +440,9 @@ class Versions(PublishTest):
     def test_what_is_deflated(self):
         """Above 64 MiB samples decide, below that the result. Ends and middles of noise say nothing."""
         noise, text = random.Random(SEED).randbytes(1 << 20), b"a line of text\n" * 100000
-        hollow = noise[:150000] + text + noise[:150000] + text + noise[:150000]
-        for name, data in [("hollow.bin", hollow), ("noise.bin", noise), ("some.bin", noise[:9000] + bytes(999)),
-                           ("tiny.bin", b"abc"), ("large.noise.bin", noise * 65), ("large.hollow.bin", noise * 33 + text * 20 + noise * 3)]:
+        for name, data in {"hollow.bin": (noise[:150000] + text) * 2 + noise[:150000], "noise.bin": noise, "tiny.bin": b"abc",
+                           "some.bin": noise[:9000] + bytes(999), "large.noise.bin": noise * 65,
+                           "large.hollow.bin": noise * 33 + text * 20 + noise * 3}.items():
             self.write(name, data)
         self.publish(1, "--archive-size", 1)
         kinds = {}
@@ -446,8 +451,7 @@ class Versions(PublishTest):
                 kinds.update((entry.filename, entry.compress_type) for entry in archive.infolist())
         self.assertEqual({name for name, kind in kinds.items() if kind == zipfile.ZIP_DEFLATED},
                          {"hollow.bin", "some.bin", "large.hollow.bin"})
-        self.assertEqual([b["files"] for b in self.manifest()["bundles"] if len(b["files"]) > 1 or "noise.bin" in b["files"]],
-                         [["noise.bin"], ["some.bin", "tiny.bin"]])
+        self.assertIn(["some.bin", "tiny.bin"], [b["files"] for b in self.manifest()["bundles"]])
         self.check([])
 
 
@@ -696,8 +700,9 @@ class Deaths(PublishTest):
         self.make_game(3)
         self.publish(1)
         self.write("noise.bin", random.Random(SEED).randbytes(1 << 20) * 24)
-        first = subprocess.Popen([PROGRAM, "--client", self.client, "--out", self.www, "--version", "2", "--quiet"])
-        self.addCleanup(lambda: first.poll() is None and first.kill())
+        first = self.start(2)
+        self.addCleanup(first.communicate)
+        self.addCleanup(first.kill)
         while not (self.patch / ".publish").exists() and first.poll() is None:
             time.sleep(0.001)
         first.send_signal(signal.SIGSTOP)
@@ -716,11 +721,10 @@ class Deaths(PublishTest):
         for version in range(2, 32):
             for i in chance.sample(range(200), 60):
                 self.write(f"data/v/{i}.bin", chance.randbytes(20000) + b"%d" % version)
-            process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version",
-                                        str(version), "--archive-size", "1", "--quiet"])
+            process = self.start(version, "--archive-size", "1")
             time.sleep(chance.uniform(0, 0.15))
-            process.send_signal(signal.SIGKILL)
-            process.wait()
+            process.kill()
+            process.communicate()
             now = (self.patch / "version.json").read_bytes()
             if now == old:
                 interrupted += 1
@@ -746,8 +750,7 @@ class Deaths(PublishTest):
         ]:
             shutil.rmtree(self.www, ignore_errors=True)
             self.write("zz", b"the last")
-            process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version", "1"],
-                                       stderr=subprocess.PIPE, text=True)
+            process = self.start(1)
             stored = self.content(b"the last")
             deadline = time.monotonic() + 30
             while not stored.exists() and time.monotonic() < deadline:
