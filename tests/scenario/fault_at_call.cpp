@@ -98,7 +98,7 @@ Result Failure(std::string_view name, int error) {
   errno = error;
   if constexpr (std::is_pointer_v<Result>)
     return nullptr;
-  else if (std::is_unsigned_v<Result>)
+  else if constexpr (std::is_unsigned_v<Result>)
     return 0;
   else
     return name == "pthread_create" ? error : -1;
