@@ -56,5 +56,5 @@ elseif(kind STREQUAL asan-)
 else()
   add_suite(unit 600 slow "$<TARGET_FILE:unit_tests>")
   # A death hides what the thread sanitizer would report, so it sees the tests in which nothing is killed.
-  add_suite(scenario 1800 slow ${scenario} UpdateTest ServerTest ArchiveTest OptionsTest CheckTest NewsTest)
+  add_suite(scenario 1800 slow ${scenario} UpdateTest ServerTest OptionsTest CheckTest NewsTest)
 endif()

@@ -73,6 +73,11 @@ class PublishTest(unittest.TestCase):
     def publish(self, version, *more, code=0):
         return self.command("--client", self.client, "--version", version, *more, code=code)
 
+    def start(self, version, *more):
+        """A publisher that runs on."""
+        return subprocess.Popen([PROGRAM, "--client", self.client, "--out", self.www, "--version", str(version), "--quiet", *more],
+                                stderr=subprocess.PIPE, text=True)
+
     def report(self, *arguments, code=0):
         """The JSON object of a command."""
         report = json.loads(self.command(*arguments, "--json", "--quiet", code=code).stdout)
@@ -90,6 +95,19 @@ class PublishTest(unittest.TestCase):
     def content(self, data):
         return self.patch / content_name(digest(data))
 
+    def copies(self):
+        """The versions in the history."""
+        return sorted(int(place.stem) for place in (self.patch / "history").iterdir())
+
+    def move_contents(self, names):
+        """Gives contents of version 1 other names, in the store and in its documents."""
+        self.documents = [self.patch / name for name in ("version.json", "history/1.json")]
+        for name, other in names.items():
+            (self.patch / other).parent.mkdir(parents=True, exist_ok=True)
+            (self.patch / name).rename(self.patch / other)
+            for place in self.documents:
+                place.write_text(place.read_text().replace(f'"{name}"', f'"{other}"'))
+
     def damage(self, place):
         data = bytearray(place.read_bytes())
         data[len(data) // 2] ^= 1
@@ -98,29 +116,23 @@ class PublishTest(unittest.TestCase):
     def manifest(self):
         return json.JSONDecoder().raw_decode((self.patch / "version.json").read_text())[0]
 
-    def prove(self, manifest=None):
+    def prove(self):
         """What the launcher relies on, by another implementation of ZIP, JSON and SHA-256."""
-        manifest = manifest or self.manifest()
-        wanted = {
-            p.relative_to(self.client).as_posix(): digest(p.read_bytes()) for p in self.client.rglob("*") if p.is_file()
-        }
-        files = {f["path"]: f for f in manifest["files"]}
-        self.assertEqual({path: f["sha256"] for path, f in files.items()}, wanted)
-        self.assertEqual(len(files), len(manifest["files"]))
-        self.assertEqual([f["path"] for f in manifest["files"]], sorted(files, key=str.encode))
-        for f in manifest["files"]:
-            data = (self.patch / f["url"]).read_bytes()
-            self.assertEqual((len(data), digest(data)), (f["size"], f["sha256"]))
-            self.assertEqual(f["url"], content_name(f["sha256"]))
+        manifest = self.manifest()
+        wanted = {p.relative_to(self.client).as_posix(): digest(p.read_bytes()) for p in self.client.rglob("*") if p.is_file()}
+        self.assertEqual([(f["path"], f["sha256"]) for f in manifest["files"]],
+                         sorted(wanted.items(), key=lambda item: item[0].encode()))
+        for entry in manifest["files"] + manifest["bundles"]:
+            data = (self.patch / (entry.get("url") or entry["name"])).read_bytes()
+            self.assertEqual((len(data), digest(data)), (entry["size"], entry["sha256"]))
+        self.assertEqual([f["url"] for f in manifest["files"]], [content_name(f["sha256"]) for f in manifest["files"]])
         packed = [path for b in manifest["bundles"] for path in b["files"]]
         self.assertEqual(len(packed), len(set(packed)))
         for b in manifest["bundles"]:
-            data = (self.patch / b["name"]).read_bytes()
-            self.assertEqual((len(data), digest(data)), (b["size"], b["sha256"]))
             with zipfile.ZipFile(self.patch / b["name"]) as archive:
                 self.assertEqual(archive.namelist(), b["files"])
                 for path in b["files"]:
-                    self.assertEqual(digest(archive.read(path)), files[path]["sha256"])
+                    self.assertEqual(digest(archive.read(path)), wanted[path])
         return manifest, set(packed)
 
     def check(self, expected):
@@ -162,22 +174,17 @@ class Versions(PublishTest):
         self.check([])
         self.assertEqual(json.loads((self.patch / "history/2.json").read_bytes()), second)
 
-    def test_nothing_is_built_again_without_need(self):
+    def test_what_is_the_same_is_not_built_again(self):
         self.make_game()
         self.publish(1)
-        stamps = self.tree()
-        self.publish(2)
-        after = self.tree()
-        self.assertEqual([p.name for p in stamps if p.is_file() and after[p] != stamps[p]], ["version.json"])
-
-    def test_same_client_same_publication(self):
-        self.make_game()
-        self.publish(1)
-        elsewhere = self.root / "elsewhere"
-        copy = self.root / "copy"
+        elsewhere, copy = self.root / "elsewhere", self.root / "copy"
         shutil.copytree(self.client, copy, copy_function=shutil.copyfile)
         run("--client", copy, "--out", elsewhere, "--version", 1)
         self.assertEqual((elsewhere / "patch/version.json").read_bytes(), (self.patch / "version.json").read_bytes())
+        before = self.tree()
+        self.publish(2)
+        after = self.tree()
+        self.assertEqual([p.name for p in before if p.is_file() and after[p] != before[p]], ["version.json"])
 
     def test_launcher(self):
         self.make_game(3)
@@ -186,13 +193,10 @@ class Versions(PublishTest):
         new, newer = make_launcher(self.root / "a.exe"), make_launcher(self.root / "b.exe", 28)
         cut, native = self.root / "c", pathlib.Path(shutil.which("true"))
         cut.write_bytes(new.read_bytes()[:-1])
-        refused = [
-            ([new, "--launcher-build", 99], "is build 27, not 99"), ([cut], "no whole program"),
-            ([__file__], "no whole program"),
-            ([make_launcher(self.root / "e.exe", name="Other")], "'Other'"), ([native], "--launcher-build"),
-            ([make_launcher(self.root / "f.exe", version="2,%d,0,0")], "2.27.0.0"), ([self.root / "g"], "No such file"),
-        ]
-        for arguments, reason in refused:
+        for arguments, reason in [
+                ([new, "--launcher-build", 99], "is build 27, not 99"), ([cut], "no whole program"), ([__file__], "no whole program"),
+                ([make_launcher(self.root / "e.exe", name="Other")], "'Other'"), ([native], "--launcher-build"),
+                ([make_launcher(self.root / "f.exe", version="2,%d,0,0")], "2.27.0.0"), ([self.root / "g"], "No such file")]:
             self.assertIn(reason, self.publish(2, "--launcher", *arguments, code=1).stderr)
         self.publish(2, "--launcher", new)
         name = digest(new.read_bytes())
@@ -216,15 +220,16 @@ class Versions(PublishTest):
         self.check(["version 6, launcher"])
 
     def test_prune(self):
-        self.make_game(20)
-        for version in range(1, 5):
-            self.write("changing.txt", b"version %d" % version)
-            self.publish(version)
-        old = [self.content(b"version %d" % v) for v in range(1, 5)]
-        self.write("changing.txt", b"version 5")
-        self.publish(5, "--prune", "--keep", 3)
-        self.assertEqual([p.exists() for p in old], [False, False, True, True])
-        self.assertEqual(sorted(p.name for p in (self.patch / "history").iterdir()), ["3.json", "4.json", "5.json"])
+        self.make_game(3)
+        contents = [b"version %d" % version for version in range(1, 6)]
+        for version, data in enumerate(contents, 1):
+            self.write("changing.txt", data)
+            self.publish(version, *(["--prune", "--keep", 3] if version == 5 else []))
+
+        def left():
+            return [version for version, data in enumerate(contents, 1) if self.content(data).exists()]
+
+        self.assertEqual((left(), self.copies()), ([3, 4, 5], [3, 4, 5]))
         kept = {b["name"] for v in (3, 4, 5) for b in json.loads((self.patch / f"history/{v}.json").read_bytes())["bundles"]}
         self.assertEqual({f"archives/{p.name}" for p in (self.patch / "archives").iterdir()}, kept)
         self.prove()
@@ -232,8 +237,7 @@ class Versions(PublishTest):
         self.check([])
         self.assertIn("not above version 5", self.publish(5, code=1).stderr)
         self.publish(6, "--prune", "--keep", 2)
-        self.assertEqual([p.exists() for p in old], [False, False, True, False], "what was live stays")
-        self.prove()
+        self.assertEqual(left(), [3, 5], "what was live stays")
         broken = self.patch / "history/3.json"
         whole = broken.read_bytes()
         broken.unlink()
@@ -248,7 +252,7 @@ class Versions(PublishTest):
         broken.rmdir()
         broken.write_bytes(whole)
         self.assertIn("already published", self.publish(7, "--prune", "--keep", 1).stdout)
-        self.assertEqual([p.name for p in (self.patch / "history").iterdir()], ["7.json"])
+        self.assertEqual(self.copies(), [7])
         self.check([])
 
     def test_hold_and_go_live(self):
@@ -276,7 +280,7 @@ class Versions(PublishTest):
         self.write("changing.txt", b"version 2")
         manifest, _ = self.prove()
         self.assertEqual((manifest["version"], manifest["patcherVersion"]), (2, 27))
-        self.assertEqual(sorted(p.name for p in (self.patch / "history").iterdir()), ["2.json", "3.json", "4.json"])
+        self.assertEqual(self.copies(), [2, 3, 4])
 
     def test_signatures(self):
         key = self.root / "key"
@@ -303,14 +307,12 @@ class Versions(PublishTest):
         self.command("--live", 2, "--unsigned")
         is_signed(False)
         self.assertIn("--live 2", self.publish(2, "--sign", key, code=1).stderr)
-        self.command("--live", 2, "--sign", self.root / "other")
         self.command("--live", 2, "--sign", key)
         is_signed(True)
-        self.assertEqual(self.manifest()["sequence"], 6)
+        self.assertEqual(self.manifest()["sequence"], 5)
         for damaged in ("", line.replace("key", "kex"), line[:-2], line.replace(line.split()[1], "1" * 64)):
             (self.root / "damaged").write_text(damaged)
             self.publish(3, "--sign", self.root / "damaged", code=1)
-        is_signed(True)
         for place in (self.client, self.www):
             shutil.copy(key, place / "key")
             self.assertIn("private key", self.publish(3, "--sign", place / "key", code=1).stderr)
@@ -344,7 +346,9 @@ class Versions(PublishTest):
         text = self.publish(3).stderr
         self.assertEqual(text.count("was damaged"), 3, text)
         self.check([])
-        self.assertEqual(self.prove()[0]["files"], json.loads(sound[self.patch / "version.json"])["files"])
+        manifest, packed = self.prove()
+        self.assertNotIn("a..b.bin", packed, "a name that archives cannot carry")
+        self.assertEqual(manifest["files"], json.loads(sound[self.patch / "version.json"])["files"])
         self.assertEqual(archive.read_bytes(), sound[archive])
         (self.patch / "f/00").mkdir(exist_ok=True)
         (self.patch / f"f/00/{'0' * 14}").write_bytes(b"nothing uses this")
@@ -353,15 +357,11 @@ class Versions(PublishTest):
     def test_a_store_of_an_earlier_release(self):
         self.make_game(20)
         self.publish(1)
-        files, text = self.prove()[0]["files"], (self.patch / "version.json").read_text()
-        old = {f["url"]: f"files/{f['sha256'][:2]}/{f['sha256']}" for f in files}
-        for name, old_name in old.items():
-            (self.patch / old_name).parent.mkdir(parents=True, exist_ok=True)
-            (self.patch / name).rename(self.patch / old_name)
-            text = text.replace(f'"{name}"', f'"{old_name}"')
+        old = {f["url"]: f"files/{f['sha256'][:2]}/{f['sha256']}" for f in self.prove()[0]["files"]}
+        self.move_contents(old)
         shutil.rmtree(self.patch / "f")
-        for name in ("version.json", "history/1.json"):
-            (self.patch / name).write_text(json.dumps(json.loads(text), indent=2, ensure_ascii=False))
+        for place in self.documents:
+            place.write_text(json.dumps(json.loads(place.read_text()), indent=2, ensure_ascii=False))
         self.check([])
         self.assertIn("live already", self.command("--live", 1).stdout)
         self.damage(self.patch / old[content_name(digest(b"program"))])
@@ -379,12 +379,7 @@ class Versions(PublishTest):
     def test_two_contents_of_one_name(self):
         self.write("first", b"1")
         self.publish(1)
-        taken = self.content(b"other")
-        taken.parent.mkdir(exist_ok=True)
-        self.content(b"1").rename(taken)
-        for name in ("version.json", "history/1.json"):
-            text = (self.patch / name).read_text()
-            (self.patch / name).write_text(text.replace(content_name(digest(b"1")), content_name(digest(b"other"))))
+        self.move_contents({content_name(digest(b"1")): content_name(digest(b"other"))})
         self.write("second", b"other")
         self.publish(2)
         urls = {f["path"]: f["url"] for f in self.manifest()["files"]}
@@ -396,26 +391,28 @@ class Versions(PublishTest):
         self.make_game()
         publish = ["--client", self.client, "--version=next"]
         launcher = make_launcher(self.root / "l.exe")
-        before = self.tree()
-        forecast = self.report(*publish, "--dry-run")
-        self.assertEqual(self.tree(), before)
+
+        def forecast(*arguments):
+            before = self.tree()
+            report = self.report(*arguments)
+            self.assertEqual(self.tree(), before, "nothing is written")
+            return report
+
+        expected = forecast(*publish, "--dry-run")
         first = self.report(*publish)
-        self.assertGreater(forecast["downloads"][0]["bytes"], first["downloads"][0]["bytes"])
-        self.assertEqual([forecast["upload"]["upperBound"], forecast["downloads"][0]["estimate"]], [True, True])
-        self.assertAlmostEqual(forecast["upload"]["manifestBytes"], first["manifestBytes"], delta=5)
+        self.assertGreater(expected["downloads"][0]["bytes"], first["downloads"][0]["bytes"])
+        self.assertAlmostEqual(expected["upload"]["manifestBytes"], first["manifestBytes"], delta=5)
         (self.client / "f0.dat").unlink()
         self.write("f3.dat", b"changed" * 5)
         for name in ("new", "same content"):
             self.write(name, b"new content" * 5000)
-        before = self.tree()
-        forecast = self.report(*publish, "--dry-run", "--launcher", launcher)
+        expected = forecast(*publish, "--dry-run", "--launcher", launcher)
         self.assertIn("\n  changed           1 files                 35  35 bytes\n",
                       self.command(*publish, "--dry-run").stdout)
-        self.assertEqual(self.tree(), before)
-        self.assertEqual([f["path"] for f in forecast["largest"]], ["new", "same content", "f3.dat"])
-        upload = forecast["upload"]
+        self.assertEqual([f["path"] for f in expected["largest"]], ["new", "same content", "f3.dat"])
+        upload = expected["upload"]
         second = self.report(*publish, "--launcher", launcher)
-        self.assertEqual([upload["contents"], upload["launcherBytes"], upload["archives"]["files"], forecast["changes"]],
+        self.assertEqual([upload["contents"], upload["launcherBytes"], upload["archives"]["files"], expected["changes"]],
                          [{"files": 2, "bytes": 55035}, launcher.stat().st_size, second["archivesBuilt"], second["changes"]])
         self.publish(7, "--hold")
         self.assertEqual(self.report(*publish, "--dry-run")["version"], 8)
@@ -423,9 +420,7 @@ class Versions(PublishTest):
         self.assertEqual((status["downloads"], status["live"]["version"]), (second["downloads"], 2))
         self.assertIn("\nheld:      7\nhistory:   2 1\n", self.command("--status").stdout)
         self.assertEqual(self.report("--live", 1)["downloads"][0]["version"], 2)
-        before = self.tree()
-        status = self.report("--status", "--keep", 1)
-        self.assertEqual(self.tree(), before)
+        status = forecast("--status", "--keep", 1)
         self.assertEqual({**self.report("--prune", "--keep", 1)["pruned"], "keep": 1}, status["pruning"])
         self.assertIn("see --help", self.report("--nonsense", code=2)["error"])
         self.damage(self.content(b"program"))
@@ -445,9 +440,9 @@ class Versions(PublishTest):
     def test_what_is_deflated(self):
         """Above 64 MiB samples decide, below that the result. Ends and middles of noise say nothing."""
         noise, text = random.Random(SEED).randbytes(1 << 20), b"a line of text\n" * 100000
-        hollow = noise[:150000] + text + noise[:150000] + text + noise[:150000]
-        for name, data in [("hollow.bin", hollow), ("noise.bin", noise), ("some.bin", noise[:9000] + bytes(999)),
-                           ("tiny.bin", b"abc"), ("large.noise.bin", noise * 65), ("large.hollow.bin", noise * 33 + text * 20 + noise * 3)]:
+        for name, data in {"hollow.bin": (noise[:150000] + text) * 2 + noise[:150000], "noise.bin": noise, "tiny.bin": b"abc",
+                           "some.bin": noise[:9000] + bytes(999), "large.noise.bin": noise * 65,
+                           "large.hollow.bin": noise * 33 + text * 20 + noise * 3}.items():
             self.write(name, data)
         self.publish(1, "--archive-size", 1)
         kinds = {}
@@ -456,53 +451,37 @@ class Versions(PublishTest):
                 kinds.update((entry.filename, entry.compress_type) for entry in archive.infolist())
         self.assertEqual({name for name, kind in kinds.items() if kind == zipfile.ZIP_DEFLATED},
                          {"hollow.bin", "some.bin", "large.hollow.bin"})
-        self.assertEqual([b["files"] for b in self.manifest()["bundles"] if len(b["files"]) > 1 or "noise.bin" in b["files"]],
-                         [["noise.bin"], ["some.bin", "tiny.bin"]])
-        self.check([])
-
-    def test_names_that_archives_cannot_carry(self):
-        self.write("a..b.txt", b"x" * 5000)
-        self.write("plain.txt", b"y" * 5000)
-        self.publish(1)
-        _, packed = self.prove()
-        self.assertEqual(packed, {"plain.txt"})
+        self.assertIn(["some.bin", "tiny.bin"], [b["files"] for b in self.manifest()["bundles"]])
         self.check([])
 
 
 class Refusals(PublishTest):
     def test_names(self):
         self.make_game(3)
-        self.publish(1)
-        before = (self.patch / "version.json").read_bytes()
-        cases = [
-            ("con", "device"), ("data/Aux.txt", "device"), ("lpt1.a.b", "device"), ("dot./x", "ends in a dot"),
-            ("blank ", "ends in a dot"), ("a:b", "character :"), ("d:\\x", "character :"), ("back\\slash", "character \\"),
-            ("tab\tname", "control"), ("what?", "character ?"), ("...", "ends in a dot"),
-            ("F0.DAT", "differs only in case"), ("data/D1/FICHIER \u00c9 1.bin", "differs only in case"),
-            ("f0.DAT/inner", "directory"), (b"data/\xff\xfe.bin", "UTF-8"),
-        ]
-        for name, reason in cases:
-            place = os.path.join(os.fsencode(self.client), os.fsencode(name))
-            os.makedirs(os.path.dirname(place), exist_ok=True)
-            with open(place, "wb") as out:
-                out.write(b"x")
-            with self.subTest(name=name):
+        cases = {"con": "device", "data/Aux.txt": "device", "lpt1.a.b": "device", "dot./x": "ends in a dot",
+                 "blank ": "ends in a dot", "a:b": "character :", "back\\slash": "character \\", "tab\tname": "control",
+                 "F0.DAT": "differs only in case", "data/D1/FICHIER \u00c9 1.bin": "differs only in case",
+                 "f0.DAT/inner": "directory", b"data/\xff\xfe.bin": "UTF-8"}
+        for name, reason in cases.items():
+            with self.subTest(name=name), tempfile.TemporaryDirectory() as kept:
+                shutil.copytree(self.client, kept, dirs_exist_ok=True)
+                place = os.path.join(os.fsencode(self.client), os.fsencode(name))
+                os.makedirs(os.path.dirname(place), exist_ok=True)
+                with open(place, "wb") as out:
+                    out.write(b"x")
                 self.assertIn(reason, self.publish(2, code=1).stderr)
-            os.remove(place)
-            for empty in ("dot.", "f0.DAT", "data/D1"):
-                shutil.rmtree(self.client / empty, ignore_errors=True)
-        self.assertEqual((self.patch / "version.json").read_bytes(), before)
-
-    def test_entries_that_are_no_files(self):
-        self.make_game(3)
+                shutil.rmtree(self.client)
+                shutil.copytree(kept, self.client)
         (self.client / "link").symlink_to("f0.dat")
         os.mkfifo(self.client / "pipe")
         text = self.publish(1, code=1).stderr
         self.assertIn("link is a link", text)
         self.assertIn("pipe is neither a file nor a directory", text)
+        self.assertFalse((self.patch / "version.json").exists())
 
     def test_what_belongs_to_an_installation_stays_out(self):
-        self.write("Tolmira.exe", b"game")
+        for name in ("Tolmira.exe", "a" * 201, "\u00e9", "b" * 200):
+            self.write(name, b"game")
         own = ["patcher.ini", "patch_manifest.json", "patcher_debug.txt", "Patcher.exe", "PATCHER.OLD.EXE", "OSTU.INI",
                "Patcher.new.exe", "_bundle0.part", "x.dll.old", "data/x.bin.part", "WebView2Data/cache/a"]
         for name in own:
@@ -510,36 +489,19 @@ class Refusals(PublishTest):
         self.write("data/ostu.ini.txt", b"game")
         stray = ["data/old.old", ".git/config", "data/.DS_Store", "data/THUMBS.DB"]
         excluded = ["data/deep/x.pdb", "tmp/x", "data/a1.log", "notes/b", "sound/x.wav", "sound/deep/x.wav"]
-        kept = ["Tolmira.exe", "data/a12.log", "data/notes/b", "data/ostu.ini.txt", "data/tmp", "x.pdb.txt"]
-        for name in stray + excluded + kept[1:]:
+        kept = ["Tolmira.exe", "a" * 201, "b" * 200, "data/a12.log", "data/notes/b", "data/ostu.ini.txt", "data/tmp", "x.pdb.txt",
+                "\u00e9"]
+        for name in stray + excluded + kept[3:-1]:
             self.write(name, b"game")
         self.write(".publishignore", b"\xef\xbb\xbf# notes\r\n/notes \r\n\r\n*.PDB\r\nnothing*\r\nsound/**.wav\r\n")
         text = self.publish(1, "--exclude", "tmp/", "--exclude", "data\\a?.log").stderr
         self.assertEqual([f["path"] for f in self.manifest()["files"]], kept)
-        for name in own[:-1] + stray[2:] + [".publishignore: nothing* matches nothing", "--exclude tmp/", "\n  .git\n"]:
+        for name in own[:-1] + stray[2:] + [".publishignore: nothing* matches nothing", "--exclude tmp/", "\n  .git\n",
+                                            "too long on Windows:\n  " + "a" * 201 + "\nnotice",
+                                            "not ASCII: on Windows they depend on the player's code page:\n  \u00e9\n"]:
             self.assertIn(name, text)
         self.write(".publishignore", b"!x")
         self.assertIn("no exceptions", self.publish(2, code=1).stderr)
-
-    def test_case_of_every_alphabet(self):
-        """The folding of the Python library is another one's work."""
-        pairs = [(c, c.casefold()) for c in map(chr, range(0x110000)) if c != c.casefold() and len(c.casefold()) == 1]
-        for c, folded in pairs:
-            self.write(f"{ord(c)}/{c}", b"")
-            self.write(f"{ord(c)}/{folded}", b"")
-        self.assertGreater(len(pairs), 1300)
-        self.assertIn(f"and {len(pairs) - 20} more", self.publish(1, code=1).stderr)
-        for c, folded in pairs:
-            (self.client / f"{ord(c)}/{folded}").unlink()
-        self.publish(1)
-
-    def test_names_that_may_fail(self):
-        self.write("Tolmira.exe", b"")
-        for name in ("a" * 201, "b" * 200, "\u00e9"):
-            self.write(name, b"")
-        text = self.publish(1).stderr
-        self.assertIn("too long on Windows:\n  " + "a" * 201 + "\nnotice", text)
-        self.assertIn("not ASCII: on Windows they depend on the player's code page:\n  \u00e9\n", text)
 
     def test_versions_and_folders(self):
         self.assertIn("no file to publish", self.publish(1, code=1).stderr)
@@ -565,19 +527,15 @@ class Refusals(PublishTest):
         base = ["--client", "c", "--out", "w"]
         full = base + ["--version", "1"]
         cases = [
-            ([], "--client is missing"), (base, "--version is missing"), (full[2:], "--client is missing"),
-            (base + ["--version", "0"], "from 1 to 2147483647, not '0'"), (base + ["--version", "1x"], "'1x'"),
-            (base + ["--version", "2147483648"], "'2147483648'"), (base + ["--version"], "needs a value"),
+            ([], "--client is missing"), (base, "--version is missing"), (base + ["--version", "0"], "1 to 2147483647, not '0'"),
+            (base + ["--version", "1x"], "'1x'"), (base + ["--version", "2147483648"], "'2147483648'"),
             (full + ["--exclude", ""], "needs a value"), (full + ["--keep", "2"], "--keep needs --prune"),
             (full + ["--prune", "--keep", "0"], "--keep takes"), (full + ["--launcher-build", "1"], "needs --launcher"),
             (full + ["--archive-size", "2048"], "from 1 to 2047"), (full + ["--version", "2"], "is given twice"),
-            (full + ["--live", "1"], "--client does not go together with --live"), (["--live", "1"], "--out is missing"),
-            (base[2:] + ["--prune", "--hold"], "--hold does not go"), (["--prune"], "--out is missing"),
+            (full + ["--live", "1"], "--client does not go together with --live"), (["--prune"], "--out is missing"),
             (["--check"], "needs a value"), (["--check", "w", "--version", "1"], "--version does not go"),
-            (["--nonsense"], "unknown argument '--nonsense';"), (["--verison"], "(did you mean --version?)"),
-            (["--client", "--out", "w"], "--client needs a value; --out is an option"), (["--out="], "needs a value"),
-            (["--hold=1"], "--hold takes no value"), (["--status"], "--out is missing"),
-            (["--check", "http://h/x"], "ignore a path"), (["--check", "w", "--all"], "--all does not go"),
+            (["--verison"], "(did you mean --version?)"), (["--client", "--out", "w"], "--client needs a value; --out is an option"),
+            (["--hold=1"], "--hold takes no value"), (["--check", "http://h/x"], "ignore a path"),
         ]
         for arguments, reason in cases:
             result = run(*arguments)
@@ -586,7 +544,7 @@ class Refusals(PublishTest):
             self.assertIn("--help", result.stderr)
         self.assertIn("c does not exist", run(*base, "--version", 2147483647, "--archive-size", 2047).stderr)
 
-    def test_a_full_disk(self):
+    def test_a_disk_without_room(self):
         self.make_game()
         limit = ["bash", "-c", 'ulimit -f 500; trap "" XFSZ; exec "$@"', "-", PROGRAM]
         result = subprocess.run([*limit, "--client", self.client, "--out", self.www, "--version", "1"],
@@ -594,9 +552,6 @@ class Refusals(PublishTest):
         self.assertEqual(result.returncode, 1)
         self.assertRegex(result.stderr, "cannot write .*: File too large")
         self.assertFalse((self.patch / "version.json").exists() or (self.patch / ".publish").exists())
-
-    def test_not_enough_space(self):
-        self.make_game(3)
         os.truncate(self.client / "f0.dat", 8 << 40)
         text = self.publish(1, code=1).stderr
         self.assertIn("there is not enough space: 8.8 TB", text)
@@ -610,44 +565,40 @@ class Check(PublishTest):
         manifest = self.manifest()
         file = next(f for f in manifest["files"] if f["size"] == 30000)
         bundle = max(manifest["bundles"], key=lambda b: len(b["files"]))
+        content, archive = self.patch / file["url"], self.patch / bundle["name"]
         sound = self.root / "sound"
         shutil.copytree(self.www, sound)
-
-        def repack(change):
-            """Replaces the archive by another sound ZIP, with its right size and digest in the manifest."""
-            with zipfile.ZipFile(self.patch / bundle["name"]) as archive:
-                members = [(name, archive.read(name)) for name in archive.namelist()]
-            with zipfile.ZipFile(self.patch / bundle["name"], "w") as archive:
-                for name, data in change(members):
-                    archive.writestr(name, data)
-            data = (self.patch / bundle["name"]).read_bytes()
-            edit(lambda m: next(b for b in m["bundles"] if b["name"] == bundle["name"]).update(
-                size=len(data), sha256=digest(data)))
 
         def edit(change):
             value = self.manifest()
             change(value)
             (self.patch / "version.json").write_text(json.dumps(value, ensure_ascii=False), encoding="utf-8")
 
-        cases = [
-            (lambda: self.damage(self.patch / file["url"]), "has another digest"),
-            (lambda: (self.patch / file["url"]).unlink(), "is missing"),
-            (lambda: (self.patch / file["url"]).write_bytes(b""), "has 0 bytes instead of 30000"),
-            (lambda: self.damage(self.patch / bundle["name"]), "archive " + bundle["name"]),
-            (lambda: (self.patch / bundle["name"]).unlink(), "is missing"),
-            (lambda: repack(lambda m: m[1:]), "lacks the entry " + bundle["files"][0]),
-            (lambda: repack(lambda m: m + [("extra", b"")]), "holds the entry extra"),
-            (lambda: repack(lambda m: [(m[0][0], b"other"), *m[1:]]), "with another content"),
-            (lambda: edit(lambda m: m["files"].append(m["files"][0])), "is listed twice"),
-            (lambda: edit(lambda m: m["files"][0].update(path="../x")), "its path"),
-            (lambda: edit(lambda m: m["bundles"].append(m["bundles"][0])), "lists too"),
-            (lambda: edit(lambda m: m["bundles"][0]["files"].append("nothing")), "is no file of the manifest"),
-            (lambda: edit(lambda m: m["files"][0].update(sha256=m["files"][0]["sha256"].upper())), "lower-case"),
-        ]
-        for damage, finding in cases:
+        def repack(change):
+            """Replaces the archive by another sound ZIP, with its right size and digest in the manifest."""
+            with zipfile.ZipFile(archive) as old:
+                members = [(name, old.read(name)) for name in old.namelist()]
+            with zipfile.ZipFile(archive, "w") as new:
+                for name, data in change(members):
+                    new.writestr(name, data)
+            data = archive.read_bytes()
+            edit(lambda m: next(b for b in m["bundles"] if b["name"] == bundle["name"]).update(
+                size=len(data), sha256=digest(data)))
+
+        for damage, finding in [
+                (lambda: self.damage(content), "has another digest"), (content.unlink, "is missing"),
+                (lambda: content.write_bytes(b""), "has 0 bytes instead of 30000"),
+                (lambda: self.damage(archive), "archive " + bundle["name"]), (archive.unlink, "is missing"),
+                (lambda: repack(lambda m: m[1:]), "lacks the entry " + bundle["files"][0]),
+                (lambda: repack(lambda m: m + [("extra", b"")]), "holds the entry extra"),
+                (lambda: repack(lambda m: [(m[0][0], b"other"), *m[1:]]), "with another content"),
+                (lambda: edit(lambda m: m["files"].append(m["files"][0])), "is listed twice"),
+                (lambda: edit(lambda m: m["files"][0].update(path="../x")), "its path"),
+                (lambda: edit(lambda m: m["bundles"].append(m["bundles"][0])), "lists too"),
+                (lambda: edit(lambda m: m["bundles"][0]["files"].append("nothing")), "is no file of the manifest"),
+                (lambda: edit(lambda m: m["files"][0].update(sha256=m["files"][0]["sha256"].upper())), "lower-case")]:
             shutil.rmtree(self.www)
             shutil.copytree(sound, self.www)
-            self.check([])
             damage()
             with self.subTest(finding=finding):
                 self.check([finding])
@@ -691,17 +642,14 @@ class LiveServer(PublishTest):
             (file, lambda h, b: (404, h, [b]), [file + ": the status is 404"]),
             (file, lambda h, b: (200, h, [b[:-1], b"#"]), [file + ": it has another digest"]),
             (file, lambda h, b: (200, h, [b[:-1]]), [file + ": it broke off after"]),
-            (file, lambda h, b: (200, {**h, "Content-Length": 3}, [b]), ["it announces 3 bytes instead of 7"]),
             (file, lambda h, b: (200, closing, endless), ["it has more than 7", "neither its length nor chunks"]),
-            (file, lambda h, b: (302, {**h, "Location": "/nowhere"}, [b]), ["the status is 404"]),
             (file, lambda h, b: (200, {**h, "Content-Encoding": "gzip"}, [b]), [file + ": its body is encoded (gzip)"]),
             (".exe", lambda h, b: (200, h, [b[:-1], b"#"]), ["launcher/"]),
             ("version.json", lambda h, b: (200, closing, endless), ["more than 100663296", "neither its", '"no-store"']),
-            ("version.json", lambda h, b: (200, h, [b"{" * len(b)]), ["is no manifest"]),
             ("version.json", lambda h, b: (200, {**h, "Age": 60}, [b]), ["comes from a cache"]),
             ("1.json", lambda h, b: (200, h, [b]), ["history/1.json: it is served"]),
         ] + [(file, lambda h, b, v=value: (200, {**h, "Cache-Control": v}, [b]), [f'its Cache-Control is "{value}"'])
-             for value in ("", "public, max-age=86399, immutable", "no-cache, public, max-age=86400, immutable")]
+             for value in ("public, max-age=86399, immutable", "no-cache, public, max-age=86400, immutable")]
         url = self.serve()
         for end, answer, findings in cases:
             self.change = lambda path, h, b: answer(h, b) if path.endswith(end) else None
@@ -752,8 +700,9 @@ class Deaths(PublishTest):
         self.make_game(3)
         self.publish(1)
         self.write("noise.bin", random.Random(SEED).randbytes(1 << 20) * 24)
-        first = subprocess.Popen([PROGRAM, "--client", self.client, "--out", self.www, "--version", "2", "--quiet"])
-        self.addCleanup(lambda: first.poll() is None and first.kill())
+        first = self.start(2)
+        self.addCleanup(first.communicate)
+        self.addCleanup(first.kill)
         while not (self.patch / ".publish").exists() and first.poll() is None:
             time.sleep(0.001)
         first.send_signal(signal.SIGSTOP)
@@ -772,11 +721,10 @@ class Deaths(PublishTest):
         for version in range(2, 32):
             for i in chance.sample(range(200), 60):
                 self.write(f"data/v/{i}.bin", chance.randbytes(20000) + b"%d" % version)
-            process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version",
-                                        str(version), "--archive-size", "1", "--quiet"])
+            process = self.start(version, "--archive-size", "1")
             time.sleep(chance.uniform(0, 0.15))
-            process.send_signal(signal.SIGKILL)
-            process.wait()
+            process.kill()
+            process.communicate()
             now = (self.patch / "version.json").read_bytes()
             if now == old:
                 interrupted += 1
@@ -802,8 +750,7 @@ class Deaths(PublishTest):
         ]:
             shutil.rmtree(self.www, ignore_errors=True)
             self.write("zz", b"the last")
-            process = subprocess.Popen([PROGRAM, "--client", str(self.client), "--out", str(self.www), "--version", "1"],
-                                       stderr=subprocess.PIPE, text=True)
+            process = self.start(1)
             stored = self.content(b"the last")
             deadline = time.monotonic() + 30
             while not stored.exists() and time.monotonic() < deadline:

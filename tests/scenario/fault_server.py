@@ -5,8 +5,6 @@ import struct
 import threading
 import urllib.parse
 
-PIECE = 16384
-
 
 class FaultServer:
     """Serves `content` (request path to bytes). `faults` maps a path to a list of faults, one for each request to
@@ -26,17 +24,13 @@ class FaultServer:
       ("endless",)         chunks until the client goes away
       ("announced", n)     a length of n bytes; none comes until the client goes away
       ("redirect", url)    302, with a header X-Step of its own
-      ("headers", extra)   extra headers
-
-    `on_bytes`, if set, is called from the server's threads with the number of body bytes sent so far."""
+      ("headers", extra)   extra headers"""
 
     def __init__(self):
         self.content = {}
         self.faults = {}
         self.requests = collections.Counter()
         self.connections = 0
-        self.on_bytes = None
-        self.sent = 0
         self.silences = 0
         self.lock = threading.Lock()
         self.closed = threading.Event()
@@ -123,7 +117,7 @@ class FaultServer:
         if kind == "late":
             value.wait()
             value = len(body)
-        self._send_body(peer, body[:value])
+        peer.sendall(body[:value])
         return self._fall_silent() if kind == "silent" else kind == "late"
 
     def _fall_silent(self):
@@ -135,20 +129,10 @@ class FaultServer:
     def _send_head(peer, status, extra=""):
         peer.sendall(f"HTTP/1.1 {status} X\r\n{extra}\r\n".encode())
 
-    def _send_body(self, peer, body):
-        for at in range(0, len(body), PIECE):
-            piece = body[at:at + PIECE]
-            peer.sendall(piece)
-            with self.lock:
-                self.sent += len(piece)
-                sent = self.sent
-            if self.on_bytes:
-                self.on_bytes(sent)
-
     def _send(self, peer, status, body, extra=""):
         body = b"" if status in (204, 304) else body  # which have none: it would disturb the next answer
         self._send_head(peer, status, f"Content-Length: {len(body)}\r\n{extra}")
-        self._send_body(peer, body)
+        peer.sendall(body)
         return True
 
     def _send_chunks(self, peer, body, kind, value=""):

@@ -20,11 +20,6 @@ def is_windows():
     return PROGRAM.suffix == ".exe"
 
 
-def disk_path(path):
-    """The name on disk for a path of the manifest: Windows reads its bytes in the code page for file names."""
-    return path.encode().decode("cp1252") if is_windows() else path
-
-
 def assert_files(test, found, expected):
     """Compares contents by name, and reports which names differ instead of how."""
     test.assertEqual(sorted(found), sorted(expected))

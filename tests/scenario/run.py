@@ -2,7 +2,7 @@
 """Runs the launcher against servers and disks that misbehave: run.py --launcher PROGRAM [--seed N] [--kills N] [TEST...].
 
 A Windows program runs under Wine, with the tests of test_windows and fewer kills. A TEST is a name, for example
-ArchiveTest or ServerTest.test_silence_ends. Some tests mount small disks, which takes root or a user namespace."""
+CheckTest or ServerTest.test_silence_ends. Some tests mount small disks, which takes root or a user namespace."""
 import argparse
 import atexit
 import importlib
@@ -18,7 +18,7 @@ import launcher  # noqa: E402
 import mounts  # noqa: E402
 import test_kills  # noqa: E402
 
-NATIVE = ("update", "server", "archives", "disk", "options", "check", "messages", "news", "self_update",
+NATIVE = ("update", "server", "disk", "options", "check", "messages", "news", "self_update",
           "signed", "kills")
 PREFIX = HERE.parents[1] / "build" / "wineprefix"
 

@@ -4,11 +4,10 @@ import contextlib
 import random
 import signal
 import subprocess
-import threading
 import time
 
 from game import Game, digest
-from launcher import assert_files, disk_path
+from launcher import assert_files
 from scenario import ScenarioTest
 
 SEED = 0
@@ -22,7 +21,7 @@ class Life:
         self.rng, self.place, self.game, self.server = rng, place, game, server
         self.record = place.record_file
         self.process = None
-        moments = {self.in_a_transfer: 5, self.after_bytes: 3, self.after_messages: 1, self.at_a_time: 1,
+        moments = {self.in_a_transfer: 8, self.after_messages: 1, self.at_a_time: 1,
                    self.at_extraction: 2 if game.bundles else 0, self.at_a_save: 2}
         self.moment = rng.choices(list(moments), moments.values())[0]
 
@@ -33,7 +32,7 @@ class Life:
         try:
             self.moment(before)
         finally:
-            self.server.on_bytes, self.server.faults = None, {}
+            self.server.faults = {}
             self.place.kill(self.process)
         return self.process.returncode == -signal.SIGKILL
 
@@ -56,12 +55,6 @@ class Life:
         for _ in range(self.rng.randint(0, 12)):
             if not self.process.stdout.readline():
                 break
-
-    def after_bytes(self, _):
-        end = self.server.sent + self.rng.randint(1, 250000)
-        reached = threading.Event()
-        self.server.on_bytes = lambda sent: reached.set() if sent >= end else None
-        self.wait_until(reached.is_set)
 
     def in_a_transfer(self, _):
         """In the middle of one body, which the server holds back from there on."""
@@ -91,32 +84,40 @@ class KillTest(ScenarioTest):
         self.place = self.installation()
         self.game = Game(seed, 60, archives=archives)
         self.game.publish(self.server)
+        self.versions = []
 
     def publish_next(self):
+        self.versions.append((dict(self.game.files), dict(self.server.content)))
         self.game.next_version()
         self.game.publish(self.server)
+
+    def withdraw(self):
+        """The files of a version that was cut short must not be taken for those of the one before."""
+        self.game.files, self.server.content = self.versions[-1]
 
     def converge(self, seed):
         """Kills one installation several times; returns how often."""
         rng = random.Random(seed)
-        self.publish(seed, archives=seed % 2 * 3)
+        archives = seed % 2 * 3
+        self.publish(seed, archives)
         if rng.random() < 0.5:
             self.place.run()
             self.publish_next()
         if self.game.bundles and rng.random() < 0.3:
             del self.server.content["/patch/" + min(self.game.bundles)]
-        kills, versions = 0, 1
+        kills = 0
         for _ in range(rng.randint(2, 6)):
             if rng.random() < 0.1:
                 self.publish_next()
-                versions += 1
+            elif self.versions and not archives and rng.random() < 0.2:
+                self.withdraw()
             with self.nothing_is_fetched_twice():
                 kills += Life(rng, self.place, self.game, self.server).end()
             self.assert_record()
         with self.nothing_is_fetched_twice():
             self.assertEqual(self.place.run()[-1], {"type": "ready", "canPlay": True})
         found = self.place.files()
-        if versions > 1:
+        if self.versions:
             # The temporary file of a transfer that died stays until its own file is fetched again.
             found = {name: data for name, data in found.items() if name.startswith("_") or not name.endswith(".part")}
         assert_files(self, found, self.game.files)
@@ -158,61 +159,3 @@ class KillTest(ScenarioTest):
                 total += self.converge(seed)
             seed += 1
         print(f"killed {total} times, seeds {SEED} to {seed - 1}")
-
-    def test_deaths_during_a_repair(self):
-        """The next verification and repair restore the installation, and nothing else is fetched."""
-        for seed in range(SEED, SEED + max(KILLS // 8, 3)):
-            with self.subTest(seed=seed):
-                self.repair_after_death(seed)
-
-    def repair_after_death(self, seed):
-        rng = random.Random(seed)
-        self.publish(seed, archives=seed % 2 * 3)
-        self.place.run()
-        damaged = rng.sample(sorted(self.game.files), 20)
-        for name in damaged:
-            file = self.place / disk_path(name)
-            if rng.random() < 0.3:
-                file.unlink()
-            else:
-                file.write_bytes(rng.randbytes(rng.choice([0, len(self.game.files[name])]) or 1))
-        mine = {"ostu.ini": b"mine", "Capture/shot.jpg": b"mine"}
-        for name, data in mine.items():
-            self.place.write(name, data)
-        self.server.requests.clear()
-
-        session = self.session()
-        if rng.random() < 0.5:
-            session.ask("verify")
-        session.send("repair")
-        for _ in range(rng.randint(0, 60)):
-            if b'"ready"' in session.process.stdout.readline():
-                break
-        session.kill()
-        session = self.session()
-        session.ask("verify")
-        session.ask("repair")
-        found = next(m for m in session.ask("verify") if m["type"] == "check")
-        session.end()
-        self.assertEqual((found["ok"], found["total"]), (61, 61))
-        self.assertEqual(self.place.files(), {**self.game.files, **mine})
-        wanted = {"/patch/files/" + digest(self.game.files[name]) for name in damaged}
-        self.assertLessEqual({path for path in self.server.requests if "/files/" in path}, wanted)
-
-    def test_a_withdrawn_version_leaves_nothing(self):
-        """The files of a version that was cut short are not taken for those of the old one."""
-        for seed in range(SEED, SEED + 5):
-            rng = random.Random(seed)
-            self.publish(seed)
-            old = self.server.content["/patch/version.json"]
-            self.place.run()
-            before = dict(self.game.files)
-            self.publish_next()
-            process = self.place.start(subprocess.DEVNULL)
-            for _ in range(rng.randint(5, 15)):
-                process.stdout.readline()
-            self.place.kill(process)
-            self.server.content["/patch/version.json"] = old
-            self.place.run()
-            # A temporary file of a transfer that died stays until its own file is fetched again.
-            assert_files(self, {name: data for name, data in self.place.files().items() if not name.endswith(".part")}, before)

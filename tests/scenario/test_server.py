@@ -1,10 +1,13 @@
-"""A server that is silent, or sends what it should not."""
+"""A server that is silent, sends what it should not, or has archives whose digest is right and whose content is not."""
 import concurrent.futures
+import io
+import stat
+import zipfile
 
 from fault_server import FaultServer
-from game import archive, digest, publish_manifest
-from launcher import Installation, is_windows
-from scenario import CONNECT, INVALID, MANIFEST, READY, ScenarioTest, failed
+from game import archive
+from launcher import Installation
+from scenario import CONNECT, INVALID, MANIFEST, READY, ScenarioTest
 
 
 class ServerTest(ScenarioTest):
@@ -25,40 +28,33 @@ class ServerTest(ScenarioTest):
         with concurrent.futures.ThreadPoolExecutor() as pool:
             self.assertEqual(list(pool.map(Installation.update, places)), [expected for _, expected in cases])
 
-    def test_a_document_that_is_cut(self):
+    def test_a_document_that_is_cut_or_without_end(self):
         document = self.put({"a/b c.txt": b"1", "d": b""}, {"z": (b"x", ["d"])})
-        for end in (0, 1, len(document) // 2, len(document) - 1):
-            for kind in ("cut", "chunked-cut"):
-                self.server.faults = {MANIFEST: [(kind, end)]}
-                self.assertEqual(self.update(), [CONNECT, "online", INVALID, False], (kind, end))
+        cuts = [(kind, end) for kind in ("cut", "chunked-cut") for end in (0, len(document) // 2, len(document) - 1)]
+        for fault in [*cuts, ("endless",)]:
+            self.server.faults = {MANIFEST: [fault]}
+            self.assertEqual(self.update(), [CONNECT, "online", INVALID, False], fault)
         self.assert_files(self.place, {})
 
-    def test_bodies_that_are_cut(self):
-        ends = [*range(0, 8), 8191, 8192, 8193, 65535, 65536, 65537, 131071, 131072, 199998, 199999]
+    def test_bodies_that_are_cut_or_without_end(self):
+        ends = [0, 1, 2, 3, 8191, 8192, 65535, 65536, 131071, 131072, 199998, 199999]
         files = {f"cut at {end}": (b"%d-" % end * 100000)[:200000] for end in ends}
+        files |= {"endless": b"1" * 9, "announced": b"2"}
         self.put(files)
         self.server.faults = {f"/patch/f/cut at {end}": [("chunked-cut" if end % 2 else "cut", end), None]
                               for end in ends}
+        self.server.faults |= {"/patch/f/endless": [("endless",), None],
+                               "/patch/f/announced": [("announced", 2**28 + 2), None]}
         self.place.set_server(self.server.url(), connections=8)
         self.assert_ends(READY)
         self.assert_files(self.place, files)
-
-    def test_bodies_and_documents_without_end(self):
-        files = {"endless": b"1" * 9, "announced": b"2"}
-        self.put(files)
-        self.server.faults = {"/patch/f/endless": [("endless",), None],
-                              "/patch/f/announced": [("announced", 2**28 + 2), None]}
-        self.assert_ends(READY)
-        self.assert_files(self.place, files)
-        self.assertEqual(sorted(self.place.log()), [f"TooLarge /patch/f/announced limit={2**28 + 1}",
-                                                    f"TooLarge /patch/f/endless limit={2**28 + 9}"])
-        self.server.faults = {MANIFEST: [("endless",)]}
-        self.assertEqual(self.update(), [CONNECT, "online", INVALID, False])
+        self.assertLessEqual({f"TooLarge /patch/f/announced limit={2**28 + 1}",
+                              f"TooLarge /patch/f/endless limit={2**28 + 9}"}, set(self.place.log()))
 
     def test_an_archive_that_recovers_is_used(self):
         game = {f"a{i}": b"%d" % i * 4000 for i in range(6)}
         whole = archive(game)
-        for faults in ([("cut", 1), ("cut", len(whole) - 1), None], [("wrong",), None], [500, ("chunked",)]):
+        for faults in ([("cut", len(whole) - 1), None], [("wrong",), None], [500, ("chunked",)]):
             with self.subTest(faults=faults):
                 self.put(game, {"z": (whole, list(game))})
                 self.server.faults = {"/patch/z": list(faults)}
@@ -67,60 +63,30 @@ class ServerTest(ScenarioTest):
                 self.assert_files(place, game)
         self.assertFalse([path for path in self.server.requests if path.startswith("/patch/f/")])
 
-    def test_wrong_bytes_are_fetched_three_times(self):
-        for wrong, asked, end in ((1, 2, True), (2, 3, True), (9, 3, False)):
-            with self.subTest(wrong=wrong):
-                path = f"file {wrong}"
-                self.put({path: b"content" * 100})
-                self.server.faults = {f"/patch/f/{path}": [("wrong",)] * wrong + [None]}
-                self.assertEqual(self.update()[-1], end)
-                self.assertEqual(self.server.requests[f"/patch/f/{path}"], asked)
-        self.server.faults = {}
+    def test_archive_entries_that_leave_or_lead_elsewhere(self):
+        files = {"inside": b"i" * 9000, "folder/x": b"x" * 9000}
+        hostile = ["../outside", "/absolute", "\\root", "C:drive", "folder/../../z", "n" * 2000, "unwanted", "inside/../../w"]
+        out = io.BytesIO()
+        with zipfile.ZipFile(out, "w", zipfile.ZIP_DEFLATED) as zip_file:
+            for name, target in {"folder": "/tmp", "link": "../link-target"}.items():
+                info = zipfile.ZipInfo(name)
+                info.create_system = 3
+                info.external_attr = (stat.S_IFLNK | 0o777) << 16
+                zip_file.writestr(info, target)
+            for name, data in {**dict.fromkeys(hostile, b"x"), **files}.items():
+                zip_file.writestr(name, data)
+        files["link"] = b"l" * 9000
+        self.put(files, {"z": (out.getvalue(), list(files))})
         self.assert_ends(READY)
-        self.assertEqual(self.place.files()["file 9"], b"content" * 100)
-        entry = self.entry("a", b"abc")
-        self.put({"a": b"abc"})
-        publish_manifest(self.server, {"files": [{**entry, "sha256": entry["sha256"].upper()}]})
-        self.assert_ends(failed("a", "contenu incorrect"))
+        self.assert_files(self.place, {**files, "link": b"../link-target"})
+        self.assertFalse([path for path in self.place.directory.rglob("*") if path.is_symlink()])
+        self.assertEqual(list(self.place.root.iterdir()), [self.place.directory])
 
-    def test_what_was_on_disk_survives_a_failed_transfer(self):
-        self.put({"a": b"old"})
-        self.update()
-        self.put({"a": b"new content"})
-        # On Windows a body that was cut may pass for one that ended, until its digest is compared.
-        cuts = () if is_windows() else (("cut", 5), ("chunked-cut", 5))
-        for fault in (404, 206, ("reset",), ("redirect", "/patch/f/a"), *cuts):
-            with self.subTest(fault=fault):
-                self.server.faults = {"/patch/f/a": [fault]}
-                self.assert_ends(failed("a"))
-                self.assert_files(self.place, {"a": b"old"})
-                self.assertEqual(self.place.record()["files"], [{"path": "a", "sha256": digest(b"old")}])
-        self.server.faults = {"/patch/f/a": [("wrong",), ("wrong",), 404]}
-        self.assertEqual(self.update()[-1], False)
-        self.assertEqual(self.place.recorded(), [], "what was overwritten is not recorded")
-
-    def test_absurd_numbers(self):
-        for size in (-1, 2**64, 1e300, "1", None):
-            with self.subTest(size=size):
-                publish_manifest(self.server, {"files": [{**self.entry("absent", b""), "size": size}]})
-                self.assert_ends(failed("absent"))
-                self.put({"a": b"a" * 50})
-                bundle = {"name": "z", "size": size, "sha256": "0" * 64, "files": ["a", 7, None, {}]}
-                publish_manifest(self.server, {"version": size, "files": [self.entry("a", b"a" * 50)], "bundles": [bundle]})
-                place = self.installation()
-                self.assert_ends(READY, place)
-                self.assert_files(place, {"a": b"a" * 50})
-
-    def test_paths_that_leave_are_refused_before_anything_is_touched(self):
-        before = {"mine.txt": b"kept", "sub/mine.txt": b"kept"}
-        for path, data in before.items():
-            self.place.write(path, data)
-        for path in ("..", "../x", "a/../../x", "a/..", "/", "/tmp/x", "\\x", "\\\\host\\share\\x", "C:x", "C:/x",
-                     "c:\\x", "a\\..\\..\\x", "a/... /x", ".. /x", "./../x"):
-            with self.subTest(path=path):
-                self.server.requests.clear()
-                self.put({"mine.txt": b"new", path: b"2"})
-                self.assertEqual(self.update(), [CONNECT, "online", INVALID, False])
-                self.assertEqual(list(self.server.requests), [MANIFEST])
-                self.assert_files(self.place, before)
-                self.assertEqual(list(self.place.root.iterdir()), [self.place.directory])
+    def test_a_path_in_two_archives_is_written_by_one(self):
+        files = {f"f{i}": b"%d" % i * 5000 for i in range(8)}
+        everything = archive(files)
+        for first in (everything, b"no archive"):
+            self.place = self.installation()
+            self.put(files, {"y": (first, list(files)), "z": (everything, list(files))})
+            self.assert_ends(READY)
+            self.assert_files(self.place, files)
