@@ -91,6 +91,28 @@ journey("every page has its words, and every setting its default", {}, async (la
   assert.deepEqual(await state(), ["Reglages enregistres.", "saved"]);
 });
 
+journey("settings are worked by the keyboard, and only what was changed differs", { reducedMotion: "no-preference" }, async (launcher) => {
+  const { page } = launcher;
+  const focused = () => page.evaluate(() => document.activeElement.textContent);
+  for (const [tab, key] of [["Nouveautes", "Tab"], ["Assistance", "Tab"], ["Parametres", "Shift+Tab"]]) {
+    for (let i = 0; i < 40 && await focused() !== tab; i += 1) await page.keyboard.press(key);
+    assert.equal(await page.evaluate(() => getComputedStyle(document.activeElement).outlineStyle), "solid", tab + " shows its focus");
+    await page.keyboard.press("Enter");
+    assert.equal(await page.locator(".nav-item.active[aria-current=page]").textContent(), tab);
+  }
+  await launcher.send(optionsMessage());
+  const row = (label) => page.locator(".opt-row", { has: page.getByText(label, { exact: true }) });
+  await row("Decalage des ombres").locator("input").press("ArrowRight");
+  await row("Anticrenelage").getByRole("switch").press("Space");
+  await row("Ombres").getByRole("radio", { name: "Elevees" }).click();
+  for (const key of ["ArrowRight", "ArrowDown", "ArrowLeft"]) await page.keyboard.press(key);
+  await row("Images par seconde").getByRole("combobox").selectOption("144");
+  await row("Resolution").getByRole("combobox").selectOption("800 x 600");
+  await launcher.until("asked saveOptions", () => page.click("#opt-apply"));
+  assert.deepEqual(launcher.requests.at(-1).values, { ...optionsMessage().values, shadowbias: 0.0032, fxaa: 0, shadow: 1, fpsLimit: 144,
+    resWidth: 800, resHeight: 600 });
+});
+
 test("the page knows a refusal by the host's own words", () => {
   const words = ["Patcher/control/dispatch.cpp", "Patcher/page/launcher.html"].map((file) =>
     /(?:kRefusal\[\]|REFUSAL) = "(.+)";/.exec(readFileSync(path.join(root, file), "utf8"))[1]);
