@@ -72,13 +72,12 @@ TEST(ResolutionsTest, FixedSizesThatFitAndTheCurrentOne) {
 }
 
 TEST(TuningTest, FormatAndBounds) {
-  EXPECT_EQ(TuneFormat(0.96f), "0.96");
-  EXPECT_EQ(TuneFormat(4000), "4000");
-  EXPECT_EQ(TuneFormat(0.0001f), "0.0001");
-  EXPECT_EQ(TuneFormat(0.123456789f), "0.123457");
-  EXPECT_EQ(TuneFormat(0.00001f), "1e-05");
-  EXPECT_EQ(TuneFormat(999999), "999999");
-  EXPECT_EQ(TuneFormat(1e6f), "1e+06");
+  const std::pair<float, const char*> cases[] = {{0.0001f, "0.0001"},
+                                                 {0.123456789f, "0.123457"},
+                                                 {0.00001f, "1e-05"},
+                                                 {999999, "999999"},
+                                                 {1e6f, "1e+06"}};
+  for (const auto& [value, text] : cases) EXPECT_EQ(TuneFormat(value), text);
   SettingsFile file;
   file.lines = {"exposure 9", "temperature -0.5", "contrast nan", "toon -inf"};
   for (const TuneDef& row : DX11TuneKeys) {
@@ -119,8 +118,6 @@ TEST_F(ExchangeTest, MessageWithoutAFile) {
           R"("cameraLock":1,"freeZoom":0,"windowAlpha":255,"exposure":0.96,"contrast":1.12,)",
       ",\"dqs\":1,\"nativetex\":1,\"fontatlas\":1}}"};
   for (const std::string& part : parts) EXPECT_NE(text.find(part), std::string::npos) << part << text;
-  EXPECT_EQ(Json(text).Find("tune")->arrayItems.size(), 61u);
-  EXPECT_EQ(Json(text).Find("values")->objectMembers.size(), 81u);
 }
 
 TEST_F(ExchangeTest, AFirstSaveWritesWhatThePageHas) {
@@ -151,29 +148,23 @@ TEST_F(ExchangeTest, ValuesAreHeldWithinTheirBounds) {
   EXPECT_NE(ReadWhole(path).find("exposure 0.523457\r\n"), std::string::npos);
 }
 
-TEST_F(ExchangeTest, ScreenSizes) {
+TEST_F(ExchangeTest, ScreenSizesOutsideTheirBoundsAndForeignValuesChangeNothing) {
   const std::pair<const char*, const char*> cases[] = {
-      {R"("resWidth":640,"resHeight":480)", "640 480"},
-      {R"("resWidth":16384.9,"resHeight":16384)", "16384 16384"},
-      {R"("resWidth":16385,"resHeight":700)", "1 1"},
-      {R"("resWidth":700,"resHeight":479.9)", "1 1"},
-      {R"("resWidth":"700","resHeight":700)", "1 1"}};
+      {R"({"resWidth":640,"resHeight":480})", "640 480"},
+      {R"({"resWidth":16384.9,"resHeight":16384})", "16384 16384"},
+      {R"({"resWidth":16385,"resHeight":700})", "1 1"},
+      {R"({"resWidth":700,"resHeight":479.9})", "1 1"},
+      {R"({"resWidth":"700","resHeight":700})", "1 1"},
+      {"[]", "1 1"},
+      {R"({"unknown":1})", "1 1"}};
   for (const auto& [sent, size] : cases) {
-    WriteWhole(path, "resolution 1 1");
-    EXPECT_TRUE(Save(std::string("{") + sent + "}"));
-    EXPECT_EQ(ReadWhole(path), std::string("resolution ") + size + "\r\n") << sent;
+    WriteWhole(path, "a\n\nresolution 1 1");
+    EXPECT_TRUE(Save(sent));
+    EXPECT_EQ(ReadWhole(path), std::string("a\r\n\r\nresolution ") + size + "\r\n") << sent;
   }
   for (const char* line : {"resolution 800 0", "resolution -1 600", "resolution 800"}) {
     WriteWhole(path, line);
     EXPECT_EQ(Shown("resWidth"), platform::PrimaryScreenSize().width) << line;
-  }
-}
-
-TEST_F(ExchangeTest, ValuesThatAreNoObjectOnlyNormalise) {
-  for (const char* values : {"[]", "3", "null", "{}", "{\"unknown\":1}"}) {
-    WriteWhole(path, "a\n\nvsync  1 ");
-    EXPECT_TRUE(Save(values));
-    EXPECT_EQ(ReadWhole(path), "a\r\n\r\nvsync  1 \r\n");
   }
 }
 

@@ -1,11 +1,45 @@
-#include "control/protocol/page_messages.h"
-
+// What the page may load and what it is sent.
 #include <gtest/gtest.h>
 
+#include "control/page_content.h"
+#include "control/protocol/page_messages.h"
 #include "platform/text.h"
 
 namespace patcher {
 namespace {
+
+TEST(PageContent, TheLastComponentOfAnAddressNamesTheImage) {
+  const struct {
+    const char* address;
+    int resource;  // 0: none
+  } kCases[] = {
+      {"https://assets.tolmira.example/logo.png?x=/panel.png#led-red.png", 201},
+      {"https://assets.tolmira.example/no/such/folder/panel.png", 202},
+      {"https://assets.tolmira.example/background.jpg#", 200},
+      {"led-amber.png", 208},
+      {"https://assets.tolmira.example/LOGO.PNG", 0},
+      {"https://assets.tolmira.example/logo.png/", 0},
+      {"https://assets.tolmira.example/", 0},
+      {"https://assets.tolmira.example/%6Cogo.png", 0},
+      {"https://assets.tolmira.example/?logo.png", 0},
+      {"", 0},
+  };
+  for (const auto& [address, resource] : kCases) {
+    const Asset* asset = FindAsset(address);
+    EXPECT_EQ(asset != nullptr ? asset->resource : 0, resource) << address;
+  }
+  EXPECT_FALSE(ServeAsset("led-amber.png")) << "the tests carry no images";
+}
+
+TEST(PageContent, OnlyTheHandedOverDocumentIsTheLaunchersOwn) {
+  for (const char* own : {"about:blank", "data:text/html;charset=utf-8;base64,PGh0bWw+"}) {
+    EXPECT_TRUE(IsOwnAddress(own)) << own;
+  }
+  for (const char* foreign : {"https://tolmira.example/", "http://about:blank/", "file:///C:/x.html",
+                              "javascript:0", "blob:null/1", "ABOUT:blank", ""}) {
+    EXPECT_FALSE(IsOwnAddress(foreign)) << foreign;
+  }
+}
 
 TEST(PageMessagesTest, Escapes) {
   EXPECT_EQ(EscapeLight("a\"b\\c\nd\te/\x01\xC3\xA9"), u"a\\\"b\\\\c\\nd\te/\x01\u00e9");
