@@ -54,12 +54,10 @@ TEST(DamagedFilesTest, OnlyListedFilesOfTheInstallationGo) {
   }
   const DirectoryLink link(root / "game" / "link", root / "game" / "real");
   ASSERT_TRUE(link.IsThere());
-  const std::vector<std::string> listed{"../victim", "unread",
-                                        "Patcher",   "a",
-                                        "empty",     "folder",
-                                        "link/b",    "",
-                                        ".",         "folder/../../victim",
-                                        "absent/x",  (root / "victim").string()};
+  std::vector<std::string> listed{"../victim", "unread", "Patcher", "a", "empty",
+                                  "folder",    "link/b", "",        ".", "folder/../../victim",
+                                  "absent/x"};
+  listed.push_back((root / "victim").string());
   LocalState state{{"kept", "1"}};
   for (const std::string& path : listed) state[path] = "2";
   WriteWhole(root / "game" / "patch_manifest.json", RecordText(state, 7));
