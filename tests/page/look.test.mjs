@@ -1,31 +1,11 @@
-// What the page looks like and says, as tables.
+// What the page says, as tables, and its settings.
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import path from "node:path";
 import { test } from "node:test";
 import { journey } from "./support/journey.mjs";
-import { assetOrigin, root } from "./support/launcher_page.mjs";
+import { root } from "./support/launcher_page.mjs";
 import { optionsMessage } from "./support/sample_messages.mjs";
-
-// The style sheet's own values for the first element of each kind.
-const looks = {
-  "#hero": { height: "200px", backgroundColor: "rgb(22, 35, 63)" }, "#navbar": { height: "46px", borderBottomColor: "rgb(138, 109, 51)" },
-  "#titlebar": { height: "38px" },
-  body: { backgroundColor: "rgb(13, 20, 38)", color: "rgb(242, 232, 210)", userSelect: "none" },
-  ".nav-item.active": { boxShadow: "rgb(216, 175, 90) 0px -2px 0px 0px inset" },
-  "#server-led": { backgroundImage: `url("${assetOrigin}/led-amber.png")` },
-  ".card": { borderImageSource: `url("${assetOrigin}/panel.png")` },
-  "#btn-play": { width: "190px", filter: "grayscale(1) brightness(0.7)" },
-  "#tally-ok": { color: "rgb(143, 227, 180)" }, "#tally-corrupt": { color: "rgb(240, 160, 160)" },
-};
-
-journey("every part looks as specified", {}, async (launcher) => {
-  for (const [selector, expected] of Object.entries(looks)) {
-    const found = await launcher.page.locator(selector).first().evaluate((node, names) =>
-      Object.fromEntries(names.map((name) => [name, getComputedStyle(node)[name]])), Object.keys(expected));
-    assert.deepEqual(found, expected, selector);
-  }
-});
 
 // The words of a page in their order.
 const texts = {

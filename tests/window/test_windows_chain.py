@@ -55,8 +55,7 @@ class ChainTest(WindowsTest):
     def test_images(self):
         program = self.loaded()
         origin = setting("PATCHER_ASSET_ORIGIN")
-        for name in ("background.jpg", "logo.png", "panel.png", "pill-play.png", "separator.png",
-                     "nav-icon-sprite.png", "led-green.png", "led-red.png", "led-amber.png"):
+        for name in ("background.jpg", "logo.png", "led-amber.png"):
             kind = "image/jpeg" if name.endswith(".jpg") else "image/png"
             headers = f"Content-Type: {kind}\r\nCache-Control: max-age=31536000"
             content = (ROOT / "Patcher" / "patcher-assets" / name).read_bytes()

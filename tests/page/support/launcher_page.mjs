@@ -8,7 +8,7 @@ import { chromium } from "playwright-core";
 
 export const root = fileURLToPath(new URL("../../../", import.meta.url));
 const html = readFileSync(path.join(root, "build/linux/Patcher/generated/page/launcher.html"), "utf8");
-export const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
+const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
 const pageUrl = "https://launcher.invalid/";
 
 const browserArguments = ["--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-background-networking",
