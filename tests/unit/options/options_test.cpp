@@ -96,8 +96,8 @@ class ExchangeTest : public testing::Test {
   std::filesystem::path path = directory / "ostu.ini";
 };
 
-TEST_F(ExchangeTest, MessageWithoutAFile) {
-  const std::string text = Message();
+TEST_F(ExchangeTest, DefaultsAreShownWithoutAFileAndAFirstSaveWritesThem) {
+  std::string text = Message();
   const ScreenSize screen = platform::PrimaryScreenSize();
   EXPECT_TRUE(text.starts_with(R"({"type":"options","iniExists":false,"resolutions":[[800,600],[)")) << text;
   const std::string parts[] = {
@@ -109,16 +109,12 @@ TEST_F(ExchangeTest, MessageWithoutAFile) {
           ",\"resHeight\":" + std::to_string(screen.height) + ",\"fullscreen\":1,\"fpsLimit\":0,",
       ",\"windowAlpha\":255,\"exposure\":0.96,"};
   for (const std::string& part : parts) EXPECT_NE(text.find(part), std::string::npos) << part << text;
-}
-
-TEST_F(ExchangeTest, AFirstSaveWritesWhatThePageHas) {
-  std::string shown = Message();
   std::ostringstream values;
-  Json(shown).Find("values")->Write(values, 0);
+  Json(text).Find("values")->Write(values, 0);
   EXPECT_TRUE(Save(values.str()));
   const std::string saved = ReadWhole(path);
   EXPECT_EQ(std::count(saved.begin(), saved.end(), '\n'), 80);
-  EXPECT_EQ(Message(), shown.replace(shown.find("false"), 5, "true")) << "what was saved is shown";
+  EXPECT_EQ(Message(), text.replace(text.find("false"), 5, "true")) << "what was saved is shown";
 }
 
 TEST_F(ExchangeTest, ValuesAreHeldWithinTheirBounds) {
