@@ -66,10 +66,5 @@ TEST(PageMessagesTest, CheckCarriesFortySamples) {
   EXPECT_TRUE(BuildCheckMessage("verify", {}).ends_with("\"samples\":[]}"));
 }
 
-TEST(PageMessagesTest, NewsAndVersions) {
-  EXPECT_EQ(BuildNewsMessage("{\"a\"}"), u"{\"type\":\"news\",\"ok\":true,\"body\":\"{\\\"a\\\"}\"}");
-  EXPECT_EQ(BuildVersionsMessage(-1, 12), u"{\"type\":\"versions\",\"current\":-1,\"latest\":12}");
-}
-
 }  // namespace
 }  // namespace patcher
