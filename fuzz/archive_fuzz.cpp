@@ -7,37 +7,25 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
-constexpr std::uint64_t kMaxExpansion = 1033;  ///< deflate's best, and what rounding adds
-constexpr std::uint64_t kMinEntrySize = 46;    ///< of the archive's directory
-
-std::uint64_t BytesBelow(const fs::path& directory) {
-  std::uint64_t bytes = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(directory)) {
-    if (entry.is_regular_file()) bytes += entry.file_size();
-  }
-  return bytes;
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const patcher::ScratchDirectory directory;
+void patcher::Fuzz(std::string_view input) {
+  static const ScratchDirectory directory;
   const fs::path install = directory / "install";
   fs::create_directory(install);
-  patcher::SetExePath(install / "Patcher");
-  patcher::WriteWhole(install / "_bundle0.part", std::string(patcher::AsText(data, size)));
-  patcher::ExtractingThreads threads(2);
+  SetExePath(install / "Patcher");
+  WriteWhole(install / "_bundle0.part", std::string(input));
+  ExtractingThreads threads(2);
   std::string failure;
-  const bool extracted = patcher::ExtractArchive(
-      install / "_bundle0.part", [](std::string_view) { return true; }, threads, failure);
-  patcher::Require(extracted || !failure.empty(), "a failure has a name");
+  const auto everything = [](std::string_view) { return true; };
+  const bool extracted = ExtractArchive(install / "_bundle0.part", everything, threads, failure);
+  Require(extracted || !failure.empty(), "a failure has a name");
   for (const auto& entry : fs::directory_iterator(directory / "")) {
-    patcher::Require(entry.path() == install, "nothing is written outside");
+    Require(entry.path() == install, "nothing is written outside");
   }
-  patcher::Require(BytesBelow(install) <= size + (size / kMinEntrySize) * size * kMaxExpansion,
-                   "what is unpacked has a bound");
+  std::uint64_t bytes = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(install)) {
+    if (entry.is_regular_file()) bytes += entry.file_size();
+  }
+  // An entry of the archive's directory has 46 bytes at least; deflate makes 1033 bytes out of one at most.
+  Require(bytes <= input.size() + (input.size() / 46) * input.size() * 1033, "what is unpacked has a bound");
   fs::remove_all(install);
-  return 0;
 }

@@ -1,18 +1,22 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
 #include <string_view>
-
-/// The entry of a target: called with one input after the other, and returns 0. A fault ends the process.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace patcher {
 
-inline std::string_view AsText(const std::uint8_t* data, std::size_t size) {
-  return {reinterpret_cast<const char*>(data), size};
+/// What a target defines: called with one input after the other. A fault ends the process.
+void Fuzz(std::string_view input);
+
+/// The bytes of an input as UTF-16.
+inline std::u16string AsUtf16(std::string_view input) {
+  std::u16string wide(input.size() / 2, u'\0');
+  if (!wide.empty()) std::memcpy(wide.data(), input.data(), wide.size() * 2);
+  return wide;
 }
 
 /// A claim of a target that an input has broken.

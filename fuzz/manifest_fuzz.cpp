@@ -1,6 +1,5 @@
 #include <filesystem>
 #include <map>
-#include <string>
 
 #include "fuzz.h"
 #include "platform/file_names.h"
@@ -8,33 +7,23 @@
 #include "update/manifest_paths.h"
 #include "update/patch_manifest.h"
 
-namespace {
-
-/// The same question as StaysInside, asked of the system's own path arithmetic.
-bool LiesBelow(const std::string& path) {
-  const std::filesystem::path root = "/install/directory";
-  const auto relative = (root / platform::PathFromBytes(path)).lexically_normal().lexically_relative(root);
-  return !relative.empty() && *relative.begin() != "..";
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  patcher::PatchManifest manifest;
+void patcher::Fuzz(std::string_view input) {
+  PatchManifest manifest;
   std::string error;
-  if (!patcher::ParsePatchManifest(patcher::AsText(data, size), manifest, error)) {
-    patcher::Require(!error.empty(), "a refusal says why");
-    return 0;
+  const bool parsed = ParsePatchManifest(input, manifest, error);
+  Require(parsed || !error.empty(), "a refusal says why");
+  if (!parsed) return;
+  const std::filesystem::path root = "/install/directory";
+  for (const PatchFile& file : manifest.files) {
+    const auto place =
+        (root / platform::PathFromBytes(file.path)).lexically_normal().lexically_relative(root);
+    Require(!StaysInside(file.path) || (!place.empty() && *place.begin() != ".."),
+            "accepted paths lie inside");
   }
-  for (const patcher::PatchFile& file : manifest.files) {
-    if (patcher::StaysInside(file.path)) patcher::Require(LiesBelow(file.path), "accepted paths lie inside");
+  if (!PathsAreUsable(manifest)) return;
+  std::map<std::string, std::string> spellings;
+  for (const PatchFile& file : manifest.files) {
+    const auto entry = spellings.emplace(platform::FileIdentity(file.path), file.path).first;
+    Require(entry->second == file.path, "no two paths mean one file");
   }
-  if (patcher::PathsAreUsable(manifest)) {
-    std::map<std::string, std::string> spellings;
-    for (const patcher::PatchFile& file : manifest.files) {
-      const auto entry = spellings.emplace(platform::FileIdentity(file.path), file.path).first;
-      patcher::Require(entry->second == file.path, "no two paths mean one file");
-    }
-  }
-  return 0;
 }

@@ -39,13 +39,21 @@ inline void ReadBody(platform::HttpRequest& request, Answer& answer, std::uint32
   }
 }
 
+/// The error of the first step that failed.
+inline std::uint32_t Ask(
+    platform::HttpRequest& request, platform::HttpConnection& connection, const std::string& path,
+    platform::HttpRequest::Redirects redirects = platform::HttpRequest::Redirects::kFollow) {
+  request = {};
+  std::uint32_t error = request.Open(connection, path, redirects);
+  if (error == 0) error = request.Send();
+  return error != 0 ? error : request.ReceiveResponse();
+}
+
 inline Answer Get(platform::HttpConnection& connection, const std::string& path,
                   std::uint32_t piece = 65536) {
-  Answer answer;
   platform::HttpRequest request;
-  answer.error = request.Open(connection, path);
-  if (answer.error == 0) answer.error = request.Send();
-  if (answer.error == 0) answer.error = request.ReceiveResponse();
+  Answer answer;
+  answer.error = Ask(request, connection, path);
   if (answer.error != 0) return answer;
   answer.status = request.Status();
   answer.announced = request.AnnouncedLength();

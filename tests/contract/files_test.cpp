@@ -1,3 +1,4 @@
+// Files, links and the reading of files.
 #include "platform/files.h"
 
 #include <cstdlib>
@@ -8,19 +9,34 @@
 #include <gtest/gtest.h>
 
 #include "platform/batch_flush.h"
+#include "platform/file_reader.h"
+#include "platform/links.h"
+#include "support/directory_link.h"
 #include "support/scratch_directory.h"
 
 namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
+using patcher::DirectoryLink;
 using patcher::ReadWhole;
-using patcher::ScratchDirectory;
 using patcher::WriteWhole;
 
-TEST(FilesContract, ProbeChangesNothing) {
-  const ScratchDirectory directory;
+struct FilesContract : testing::Test {
+  const patcher::ScratchDirectory directory;
   const fs::path file = directory / "file";
+};
+using FileReaderContract = FilesContract;
+using LinksContract = FilesContract;
+
+std::string Next(FileReader& reader, std::size_t size) {
+  std::string block(size, '?');
+  std::size_t count = 0;
+  EXPECT_TRUE(reader.Read(block.data(), size, count));
+  return block.substr(0, count);
+}
+
+TEST_F(FilesContract, AProbeChangesNothingAndAPrivateFileReplacesNothing) {
   WriteWhole(file, "content");
   fs::create_directory(directory / "folder");
   EXPECT_EQ(ProbeExclusiveWrite(file), ExclusiveWrite::kPossible);
@@ -28,10 +44,14 @@ TEST(FilesContract, ProbeChangesNothing) {
   EXPECT_EQ(ProbeExclusiveWrite(directory / "folder"), ExclusiveWrite::kRefused);
   EXPECT_EQ(ProbeExclusiveWrite(directory / "missing"), ExclusiveWrite::kUnknown);
   EXPECT_FALSE(fs::exists(directory / "missing"));
+  EXPECT_NE(CreatePrivateFile(file, "other"), 0);
+  EXPECT_EQ(ReadWhole(file), "content");
+  EXPECT_NE(CreatePrivateFile(directory / "missing/file", "content"), 0);
+  EXPECT_EQ(CreatePrivateFile(directory / "new", "content"), 0);
+  EXPECT_EQ(ReadWhole(directory / "new"), "content");
 }
 
-TEST(FilesContract, AMoveReplacesAFileOrLeavesBothSides) {
-  const ScratchDirectory directory;
+TEST_F(FilesContract, AMoveOrACopyReplacesAFileOrLeavesBothSides) {
   for (const bool copyAcrossVolumes : {false, true}) {
     WriteWhole(directory / "source", "new");
     WriteWhole(directory / "target", "old and longer");
@@ -44,6 +64,11 @@ TEST(FilesContract, AMoveReplacesAFileOrLeavesBothSides) {
   EXPECT_EQ(MoveReplacing(directory / "folder", directory / "moved", false), 0);
   EXPECT_EQ(ReadWhole(directory / "moved/file"), "content");
   EXPECT_FALSE(fs::exists(directory / "folder"));
+  WriteWhole(directory / "longer", "old and longer");
+  EXPECT_EQ(CopyOver(directory / "target", directory / "longer"), 0);
+  EXPECT_EQ(ReadWhole(directory / "longer"), "new");
+  EXPECT_NE(CopyOver(directory / "target", directory / "moved"), 0);
+  EXPECT_NE(CopyOver(directory / "missing", directory / "target"), 0);
   EXPECT_NE(MoveReplacing(directory / "missing", directory / "target", true), 0);
   EXPECT_NE(MoveReplacing(directory / "target", directory / "moved", true), 0);
   EXPECT_NE(MoveReplacing(directory / "target", directory / "nowhere/file", true), 0);
@@ -51,37 +76,27 @@ TEST(FilesContract, AMoveReplacesAFileOrLeavesBothSides) {
   EXPECT_TRUE(fs::is_directory(directory / "moved"));
 }
 
-TEST(FilesContract, APrivateFileReplacesNothing) {
-  const ScratchDirectory directory;
-  EXPECT_EQ(CreatePrivateFile(directory / "file", "content"), 0);
-  EXPECT_NE(CreatePrivateFile(directory / "file", "other"), 0);
-  EXPECT_NE(CreatePrivateFile(directory / "missing/file", "content"), 0);
-  EXPECT_EQ(ReadWhole(directory / "file"), "content");
-}
-
-TEST(FilesContract, AFileThatMakesWayIsThereUnderTheOtherName) {
-  const ScratchDirectory directory;
-  WriteWhole(directory / "file", "old");
+TEST_F(FilesContract, AFileThatMakesWayIsThereUnderTheOtherName) {
+  WriteWhole(file, "old");
   for (const char* next : {"new", "newer"}) {
-    const std::string before = ReadWhole(directory / "file");
-    EXPECT_EQ(MoveAside(directory / "file", directory / "aside"), 0);
+    const std::string before = ReadWhole(file);
+    EXPECT_EQ(MoveAside(file, directory / "aside"), 0);
     EXPECT_EQ(ReadWhole(directory / "aside"), before);
     WriteWhole(directory / "next", next);
-    EXPECT_EQ(MoveDurably(directory / "next", directory / "file"), 0);
-    EXPECT_EQ(ReadWhole(directory / "file"), next);
+    EXPECT_EQ(MoveDurably(directory / "next", file), 0);
+    EXPECT_EQ(ReadWhole(file), next);
     EXPECT_EQ(ReadWhole(directory / "aside"), before);
   }
   fs::create_directory(directory / "folder");
-  EXPECT_NE(MoveAside(directory / "file", directory / "folder"), 0);
+  EXPECT_NE(MoveAside(file, directory / "folder"), 0);
   EXPECT_NE(MoveAside(directory / "missing", directory / "aside"), 0);
-  EXPECT_NE(MoveDurably(directory / "missing", directory / "file"), 0);
-  EXPECT_EQ(ReadWhole(directory / "file"), "newer");
+  EXPECT_NE(MoveDurably(directory / "missing", file), 0);
+  EXPECT_EQ(ReadWhole(file), "newer");
 }
 
-TEST(FilesContract, OtherVolumeIsReachedByACopyIfAllowed) {
+TEST_F(FilesContract, OtherVolumeIsReachedByACopyIfAllowed) {
   const char* other = std::getenv("PATCHER_CONTRACT_OTHER_VOLUME");
   ASSERT_NE(other, nullptr) << "a directory on another volume than the temporary files is needed";
-  const ScratchDirectory directory;
   const fs::path source = directory / "source";
   const fs::path target = fs::path(other) / "target";
   const std::string content(300000, 'x');
@@ -98,22 +113,7 @@ TEST(FilesContract, OtherVolumeIsReachedByACopyIfAllowed) {
   EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1) << "nothing is left beside the target";
 }
 
-TEST(FilesContract, ACopyReplacesWhatAFileHeld) {
-  const ScratchDirectory directory;
-  WriteWhole(directory / "source", "new");
-  WriteWhole(directory / "target", "old and longer");
-  EXPECT_EQ(CopyOver(directory / "source", directory / "target"), 0);
-  EXPECT_EQ(ReadWhole(directory / "target"), "new");
-  EXPECT_EQ(ReadWhole(directory / "source"), "new");
-  fs::create_directory(directory / "folder");
-  EXPECT_NE(CopyOver(directory / "source", directory / "folder"), 0);
-  EXPECT_NE(CopyOver(directory / "missing", directory / "target"), 0);
-  EXPECT_EQ(ReadWhole(directory / "target"), "new");
-}
-
-TEST(FilesContract, AnOpenFileIsOverwritten) {
-  const ScratchDirectory directory;
-  const fs::path file = directory / "file";
+TEST_F(FilesContract, AnOpenFileIsOverwritten) {
   WriteWhole(file, "content");
   std::ifstream holder(file, std::ios::binary);  // shares reading and writing, on Windows not a move
   EXPECT_TRUE(CanBeWritten(file));
@@ -132,8 +132,7 @@ TEST(FilesContract, AnOpenFileIsOverwritten) {
   EXPECT_FALSE(fs::exists(directory / "missing"));
 }
 
-TEST(FilesContract, ModeIsTakenOver) {
-  const ScratchDirectory directory;
+TEST_F(FilesContract, ModeIsTakenOver) {
   WriteWhole(directory / "old", "");
   WriteWhole(directory / "new", "content");
   fs::permissions(directory / "old", fs::perms::group_exec, fs::perm_options::add);
@@ -141,13 +140,12 @@ TEST(FilesContract, ModeIsTakenOver) {
   EXPECT_EQ(fs::status(directory / "new").permissions(), fs::status(directory / "old").permissions());
 }
 
-TEST(FilesContract, ABatchIsFlushedInTwoSteps) {
-  const ScratchDirectory directory;
+TEST_F(FilesContract, ABatchIsFlushedInTwoSteps) {
   fs::create_directory(directory / "folder");
-  const std::vector<fs::path> files{directory / "file", directory / "folder" / "read-only"};
-  for (const fs::path& file : files) WriteWhole(file, "content");
+  const std::vector<fs::path> files{file, directory / "folder" / "read-only"};
+  for (const fs::path& each : files) WriteWhole(each, "content");
   fs::permissions(files[1], fs::perms::owner_read);
-  for (const fs::path& file : files) EXPECT_EQ(StartFlush(file), 0);
+  for (const fs::path& each : files) EXPECT_EQ(StartFlush(each), 0);
   EXPECT_EQ(FinishFlush(files), 0);
   EXPECT_EQ(fs::status(files[1]).permissions() & fs::perms::owner_write, fs::perms::none);
   EXPECT_EQ(FlushToDisk(files[0]), 0);
@@ -161,9 +159,7 @@ TEST(FilesContract, ABatchIsFlushedInTwoSteps) {
   fs::permissions(files[1], fs::perms::owner_write, fs::perm_options::add);
 }
 
-TEST(FilesContract, LinksAreFollowedToTheirEnd) {
-  const ScratchDirectory directory;
-  const fs::path file = directory / "file";
+TEST_F(FilesContract, LinksAreFollowedToTheirEnd) {
   WriteWhole(file, "content");
   EXPECT_TRUE(fs::equivalent(ResolveLinks(file), file));
   EXPECT_EQ(ResolveLinks(directory / "missing"), directory / "missing");
@@ -174,6 +170,51 @@ TEST(FilesContract, LinksAreFollowedToTheirEnd) {
   fs::create_symlink("missing", directory / "dangling");
   EXPECT_EQ(ResolveLinks(directory / "link to link").filename(), "file");
   EXPECT_EQ(ResolveLinks(directory / "dangling"), directory / "dangling");
+}
+
+// The cleanup relies on the removal: the standard library takes the link away or leaves it (under Wine), and
+// never reaches through it.
+TEST_F(LinksContract, OnlyTheEntryItselfIsALinkAndIsRemoved) {
+  fs::create_directory(directory / "folder");
+  WriteWhole(directory / "folder" / "file", "content");
+  for (const char* other : {"folder", "folder/file", "missing", "missing/below"}) {
+    EXPECT_FALSE(IsLink(directory / other)) << other;
+  }
+  const DirectoryLink link(directory / "link", directory / "folder");
+  ASSERT_TRUE(link.IsThere());
+  EXPECT_TRUE(IsLink(directory / "link"));
+  EXPECT_FALSE(IsLink(directory / "link" / "file")) << "what a link leads to is itself no link";
+  std::error_code error;
+  const bool removed = fs::remove(directory / "link", error);
+  EXPECT_EQ(fs::exists(directory / "link"), !removed);
+  EXPECT_EQ(ReadWhole(directory / "folder" / "file"), "content");
+}
+
+TEST_F(FileReaderContract, ReadsToTheEndOfTheOpeningAndLocksNothing) {
+  WriteWhole(file, "content");
+  FileReader reader(file);
+  EXPECT_EQ(reader.Size(), 7u);
+  EXPECT_EQ(Next(reader, 4), "cont");
+  WriteWhole(directory / "shorter", "content");
+  FileReader shorter(directory / "shorter");
+  WriteWhole(directory / "shorter", "cut");
+  EXPECT_EQ(Next(shorter, 9), "cut");
+  EXPECT_EQ(Next(shorter, 9), "");
+  WriteWhole(file, "the changed content");
+  EXPECT_TRUE(fs::remove(file));
+  EXPECT_EQ(Next(reader, 4), "cha") << "the end is that of the opening";
+  EXPECT_EQ(Next(reader, 4), "");
+}
+
+TEST_F(FileReaderContract, OnlyRegularFilesHaveASize) {
+  fs::create_directory(directory / "folder");
+  for (const char* name : {"folder", "missing", "missing/below"}) {
+    FileReader reader(directory / name);
+    EXPECT_FALSE(reader.Size()) << name;
+    EXPECT_EQ(Next(reader, 4), "") << name;
+  }
+  WriteWhole(directory / "empty", "");
+  EXPECT_EQ(FileReader(directory / "empty").Size(), 0u);
 }
 
 }  // namespace

@@ -86,18 +86,13 @@ TEST(HttpContract, StatusIsThatOfTheLastResponse) {
 TEST(HttpContract, HeadersAreThoseOfTheLastResponse) {
   Session session;
   HttpRequest request;
-  const auto ask = [&](const std::string& path, HttpRequest::Redirects redirects) {
-    request = {};
-    return request.Open(session.connection, path, redirects) == 0 && request.Send() == 0 &&
-           request.ReceiveResponse() == 0;
-  };
-  ASSERT_TRUE(ask("/headers", HttpRequest::Redirects::kReport));
+  ASSERT_EQ(Ask(request, session.connection, "/headers"), 0u);
   EXPECT_EQ(request.Header("cache-CONTROL"), "public, max-age=5");
   EXPECT_EQ(request.Header("Empty"), "");
   EXPECT_EQ(request.Header("Cache"), std::nullopt);
-  ASSERT_TRUE(ask("/redirect", HttpRequest::Redirects::kFollow));
+  ASSERT_EQ(Ask(request, session.connection, "/redirect"), 0u);
   EXPECT_EQ(request.Header("X-Step"), std::nullopt);
-  ASSERT_TRUE(ask("/redirect", HttpRequest::Redirects::kReport));
+  ASSERT_EQ(Ask(request, session.connection, "/redirect", HttpRequest::Redirects::kReport), 0u);
   EXPECT_EQ(request.Status(), 302u);
   EXPECT_EQ(request.Header("Location"), "/body/1000");
   Answer answer;
@@ -117,9 +112,7 @@ TEST(HttpContract, ResponseIsThereBeforeItsBody) {
   Session session;
   HttpRequest request;
   const std::string key = UniqueKey();
-  ASSERT_EQ(request.Open(session.connection, "/late/1000/" + key), 0u);
-  ASSERT_EQ(request.Send(), 0u);
-  ASSERT_EQ(request.ReceiveResponse(), 0u);
+  ASSERT_EQ(Ask(request, session.connection, "/late/1000/" + key), 0u);
   EXPECT_EQ(request.Status(), 200u);
   EXPECT_EQ(Get(session.connection, "/release/" + key).status, 200u);
   Answer answer;
@@ -131,11 +124,11 @@ TEST(HttpContract, ResponseIsThereBeforeItsBody) {
 TEST(HttpContract, BrokenTransfersAreNotTakenForCompleteOnes) {
   Session session;
   EXPECT_NE(Get(session.connection, "/reset").error, 0u);
-  EXPECT_EQ(Get(session.connection, "/cut/100000/70000").announced, 100000u);
   for (const auto& [path, announced] : {std::pair<const char*, std::size_t>{"/cut/100000/70000", 100000},
                                         {"/cut/1000/0", 1000},
                                         {"/chunked-cut/70000", 70001}}) {
     const Answer answer = Get(session.connection, path);
+    EXPECT_EQ(answer.announced.value_or(announced), announced) << path;
     EXPECT_TRUE(answer.error != 0 || answer.body.size() < announced) << path;
     EXPECT_TRUE(answer.body == Pattern(answer.body.size())) << path;
   }
@@ -170,22 +163,17 @@ TEST(HttpContract, ObjectsThatWereNeverOpenedFail) {
 
 TEST(HttpContract, AnAbandonedTransferDoesNotDisturbTheNext) {
   Session session;
-  for (int i = 0; i < 5; ++i) {
+  for (const int steps : {1, 2, 3, 4}) {
     HttpRequest request;
     ASSERT_EQ(request.Open(session.connection, "/body/" + std::to_string(kLarge)), 0u);
     ASSERT_EQ(request.Send(), 0u);
-    if (i == 0) continue;
-    ASSERT_EQ(request.ReceiveResponse(), 0u);
-    if (i == 1) continue;
-    std::uint32_t available = 0;
-    ASSERT_EQ(request.QueryDataAvailable(available), 0u);
     char bytes[100];
-    std::uint32_t read = 0;
-    if (i > 2) {
-      ASSERT_EQ(request.ReadData(bytes, sizeof bytes, read), 0u);
-    }
+    std::uint32_t count = 0;
+    ASSERT_TRUE(steps < 2 || request.ReceiveResponse() == 0);
+    ASSERT_TRUE(steps < 3 || request.QueryDataAvailable(count) == 0);
+    ASSERT_TRUE(steps < 4 || request.ReadData(bytes, sizeof bytes, count) == 0);
     request = {};
-    EXPECT_TRUE(Get(session.connection, "/body/2000").body == Pattern(2000)) << i;
+    EXPECT_TRUE(Get(session.connection, "/body/2000").body == Pattern(2000)) << steps;
   }
 }
 
@@ -196,7 +184,6 @@ TEST(HttpContract, ConnectionsAreUsedAgainOnAnyThread) {
   std::atomic<int> wrong = 0;
   for (int round = 0; round < 3; ++round) {
     std::vector<std::thread> threads;
-    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
       threads.emplace_back([&session, &wrong, thread] {
         for (int i = 0; i < 40; ++i) {

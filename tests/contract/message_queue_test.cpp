@@ -4,15 +4,13 @@
 #include <limits>
 #include <map>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 namespace platform {
 namespace {
-
-constexpr std::uint32_t kItem = 0x8001;
-constexpr std::uint32_t kLast = 0x8002;
 
 TEST(MessageQueueContract, CarriesEveryBitAndEndsWithTheCode) {
   const QueueMessage kThird{0xBFFF, 0x80000000u, std::numeric_limits<std::intptr_t>::max()};
@@ -33,9 +31,8 @@ TEST(MessageQueueContract, CarriesEveryBitAndEndsWithTheCode) {
   EXPECT_EQ(queue.Run(), 42);
   ASSERT_EQ(got.size(), 3u);
   for (std::size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(got[i].number, sent[i].number);
-    EXPECT_EQ(got[i].wParam, sent[i].wParam);
-    EXPECT_EQ(got[i].lParam, sent[i].lParam);
+    EXPECT_EQ(std::tie(got[i].number, got[i].wParam, got[i].lParam),
+              std::tie(sent[i].number, sent[i].wParam, sent[i].lParam));
   }
 }
 
@@ -43,6 +40,8 @@ TEST(MessageQueueContract, KeepsTheOrderOfEachPoster) {
   constexpr std::uintptr_t kPosters = 4;
   constexpr std::intptr_t kEach = 1500;  // together within what Windows queues at most
   std::map<std::uintptr_t, std::intptr_t> next;
+  constexpr std::uint32_t kItem = 0x8001;
+  constexpr std::uint32_t kLast = 0x8002;
   std::uintptr_t ended = 0;
   bool inOrder = true;
   bool onOwnThread = true;

@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -18,6 +19,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// A copy of the program that these tests start.
+fs::path CopyChild(const fs::path& folder) {
+  fs::create_directories(folder);
+  const fs::path own = OwnExecutablePath();
+  const fs::path program = folder / ("child" + own.extension().string());
+  fs::copy_file(own.parent_path() / ("contract_child" + own.extension().string()), program);
+  return program;
+}
+
 std::vector<std::string> Lines(const std::string& text) {
   std::istringstream in(text);
   std::vector<std::string> lines;
@@ -28,11 +38,7 @@ std::vector<std::string> Lines(const std::string& text) {
 TEST(ProcessContract, StartedProgramGetsPathArgumentsAndDirectory) {
   const patcher::ScratchDirectory directory;
   const fs::path folder = directory / "a b" / PathFromUtf8("d\xC3\xA9j\xC3\xA0");
-  fs::create_directories(folder);
-  const fs::path own = OwnExecutablePath();
-  const fs::path program = folder / ("child" + own.extension().string());
-  fs::copy_file(own.parent_path() / ("contract_child" + own.extension().string()), program);
-
+  const fs::path program = CopyChild(folder);
   const std::string key = UniqueKey();
   ASSERT_EQ(StartProgram(program, {key, "report", "quantel"}, folder), 0);
   Session session;
@@ -60,6 +66,25 @@ TEST(ProcessContract, WhatIsNoProgramSaysSo) {
                           StartProgram(OwnExecutablePath(), {}, directory / "nowhere")}) {
     EXPECT_TRUE(error != 0 && error != kErrorBadExeFormat) << error;
   }
+}
+
+TEST(StandardStreamsContract, LinesPassAsBytes) {
+  const patcher::ScratchDirectory directory;
+  const fs::path program = CopyChild(directory / "").filename();
+  const std::string longLine(1000000, 'x');
+  // 26 ends a text on Windows, and CR LF comes in as a line feed, unless the streams are binary.
+  patcher::WriteWhole(directory / "in",
+                      "one\ntwo\r\n\n\xC3\xA9\x1A\r\r\n" + longLine + "\nthe last has no end");
+
+  const fs::path before = fs::current_path();
+  fs::current_path(directory / "");
+  const std::string command = (fs::path(".") / program).make_preferred().string();
+  EXPECT_EQ(std::system((command + " --streams <in >out 2>err").c_str()), 0);
+  fs::current_path(before);
+
+  EXPECT_EQ(patcher::ReadWhole(directory / "out"),
+            "[one]\n[two]\n[]\n[\xC3\xA9\x1A\r]\n[" + longLine + "]\n[the last has no end]\n");
+  EXPECT_EQ(patcher::ReadWhole(directory / "err"), "end\n");
 }
 
 /// Ends the process with `code` while another thread waits for input.

@@ -1,31 +1,11 @@
-// What the page looks like and says, as tables.
+// What the page says, as tables, and its settings.
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import path from "node:path";
 import { test } from "node:test";
 import { journey } from "./support/journey.mjs";
-import { assetOrigin, root } from "./support/launcher_page.mjs";
+import { root } from "./support/launcher_page.mjs";
 import { optionsMessage } from "./support/sample_messages.mjs";
-
-// The style sheet's own values for the first element of each kind.
-const looks = {
-  "#hero": { height: "200px", backgroundColor: "rgb(22, 35, 63)" }, "#navbar": { height: "46px", borderBottomColor: "rgb(138, 109, 51)" },
-  "#titlebar": { height: "38px" },
-  body: { backgroundColor: "rgb(13, 20, 38)", color: "rgb(242, 232, 210)", userSelect: "none" },
-  ".nav-item.active": { boxShadow: "rgb(216, 175, 90) 0px -2px 0px 0px inset" },
-  "#server-led": { backgroundImage: `url("${assetOrigin}/led-amber.png")` },
-  ".card": { borderImageSource: `url("${assetOrigin}/panel.png")` },
-  "#btn-play": { width: "190px", filter: "grayscale(1) brightness(0.7)" },
-  "#tally-ok": { color: "rgb(143, 227, 180)" }, "#tally-corrupt": { color: "rgb(240, 160, 160)" },
-};
-
-journey("every part looks as specified", {}, async (launcher) => {
-  for (const [selector, expected] of Object.entries(looks)) {
-    const found = await launcher.page.locator(selector).first().evaluate((node, names) =>
-      Object.fromEntries(names.map((name) => [name, getComputedStyle(node)[name]])), Object.keys(expected));
-    assert.deepEqual(found, expected, selector);
-  }
-});
 
 // The words of a page in their order.
 const texts = {
@@ -89,6 +69,28 @@ journey("every page has its words, and every setting its default", {}, async (la
   assert.deepEqual(await state(), ["Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.", "dirty"]);
   await launcher.send({ type: "optionsSaved", ok: true }, optionsMessage());
   assert.deepEqual(await state(), ["Reglages enregistres.", "saved"]);
+});
+
+journey("settings are worked by the keyboard, and only what was changed differs", { reducedMotion: "no-preference" }, async (launcher) => {
+  const { page } = launcher;
+  const focused = () => page.evaluate(() => document.activeElement.textContent);
+  for (const [tab, key] of [["Nouveautes", "Tab"], ["Assistance", "Tab"], ["Parametres", "Shift+Tab"]]) {
+    for (let i = 0; i < 40 && await focused() !== tab; i += 1) await page.keyboard.press(key);
+    assert.equal(await page.evaluate(() => getComputedStyle(document.activeElement).outlineStyle), "solid", tab + " shows its focus");
+    await page.keyboard.press("Enter");
+    assert.equal(await page.locator(".nav-item.active[aria-current=page]").textContent(), tab);
+  }
+  await launcher.send(optionsMessage());
+  const row = (label) => page.locator(".opt-row", { has: page.getByText(label, { exact: true }) });
+  await row("Decalage des ombres").locator("input").press("ArrowRight");
+  await row("Anticrenelage").getByRole("switch").press("Space");
+  await row("Ombres").getByRole("radio", { name: "Elevees" }).click();
+  for (const key of ["ArrowRight", "ArrowDown", "ArrowLeft"]) await page.keyboard.press(key);
+  await row("Images par seconde").getByRole("combobox").selectOption("144");
+  await row("Resolution").getByRole("combobox").selectOption("800 x 600");
+  await launcher.until("asked saveOptions", () => page.click("#opt-apply"));
+  assert.deepEqual(launcher.requests.at(-1).values, { ...optionsMessage().values, shadowbias: 0.0032, fxaa: 0, shadow: 1, fpsLimit: 144,
+    resWidth: 800, resHeight: 600 });
 });
 
 test("the page knows a refusal by the host's own words", () => {

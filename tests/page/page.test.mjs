@@ -221,7 +221,11 @@ journey("a refused request leaves the page as it was, a failed one its verdict a
   await launcher.send({ type: "ready", canPlay: false });
   assert.equal(await launcher.text("check-phase"), "Reparation terminee.");
   await primary("VERIFIER LES FICHIERS");
-  assert.deepEqual(launcher.actions(), ["verify", "verify", "repair", "verify", "repair", "repair"]);
+  await page.click("#check-run");
+  await launcher.send({ ...verdict, ok: 18231, missing: 0, corrupt: 0, bytes: 0, samples: [] });
+  assert.deepEqual(await launcher.texts("check-phase", "tally-ok", "tally-missing", "tally-corrupt"), ["Installation intacte.", "18231", "0", "0"]);
+  assert.equal(await page.isVisible("#check-detail"), false);
+  assert.deepEqual(launcher.actions(), ["verify", "verify", "repair", "verify", "repair", "repair", "verify"]);
 });
 
 // A time zone behind UTC, where a date read as midnight UTC would be the day before.

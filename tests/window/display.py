@@ -89,11 +89,8 @@ class Window:
             return self.place() != before
         wait_until(follows)
 
-    def grasp(self, x, y):
-        self.display.mouse("mousemove", x, y, "mousedown", 1)
-        self.follow(x, y)
-
     def drag(self, start, stop, expected):
-        self.grasp(*start)
+        self.display.mouse("mousemove", *start, "mousedown", 1)
+        self.follow(*start)
         self.display.mouse("mousemove", *stop, "mouseup", 1)
         self.wait_for_place(*expected)

@@ -1,7 +1,6 @@
 """What the tests of both programs share: the screen, Wine, and an installation with a server."""
 import shutil
 
-from game import digest
 from launcher import wait_until
 from scenario import ScenarioTest
 from stand_in import WindowsLauncher
@@ -16,12 +15,6 @@ class WindowTest(ScenarioTest):
         super().setUp()
         self.display = SCREEN
         wait_until(lambda: not self.display.windows())
-
-    def hold_a_file_of(self, game):
-        """Publishes the game, whose run stops when most of it is there."""
-        game.publish(self.server)
-        path = "/patch/files/" + digest(game.files["f0.dat"])
-        return path, self.hold(path)
 
     def wait_for_request(self, path, count=1):
         wait_until(lambda: self.server.requests[path] >= count)

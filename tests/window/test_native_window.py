@@ -4,14 +4,14 @@ import shutil
 import subprocess
 
 import launcher
-from display import HOME, NAVY, SCREEN
+from display import NAVY, SCREEN
 from fixture import WindowTest
 from game import Game
 from launcher import LIMIT, wait_until
 from scenario import MANIFEST
 
 # Places on the page at its start, from the window's left and top, or from its right and bottom.
-DRAG_ZONE, DRAG_ZONE_TOO = (500, 30), (400, 30)
+DRAG_ZONE = (500, 30)
 MINIMIZE, MAXIMIZE, CLOSE = (-115, 25), (-75, 25), (-29, 25)
 PLAY = (-134, -57)
 LIT_CLOSE = "srgb(192,57,43)"  # the button to close under the pointer
@@ -25,11 +25,11 @@ class NativeWindowTest(WindowTest):
         self.addCleanup(process.kill)
         return process
 
-    def shown(self, path=MANIFEST):
-        """The program with its page, and its run as far as a request for this path."""
+    def shown(self):
+        """The program with its page, and its run as far as the manifest."""
         self.process = self.start()
         self.window = self.display.window()
-        self.wait_for_request(path)
+        self.wait_for_request(MANIFEST)
         self.server.requests.clear()
 
     def point(self, place):
@@ -51,44 +51,30 @@ class NativeWindowTest(WindowTest):
         self.click(CLOSE)
         self.assertEqual(self.process.wait(LIMIT), 0)
 
-    def test_it_appears_and_is_sized_by_its_edges(self):
+    def test_it_is_sized_by_its_edges_and_moves_maximizes_and_minimizes_by_its_page(self):
         self.shown()
         for x, y in ((163, 500), (800, 897)):
             wait_until(lambda x=x, y=y: self.display.pixel(x, y) == NAVY)
         self.window.drag((1437, 500), (1337, 500), (160, 100, 1180, 800))
         self.window.drag((162, 102), (900, 700), (340, 260, 1000, 640))
-        self.closes()
-
-    def test_it_moves_maximizes_and_minimizes_by_its_page(self):
-        self.shown()
-        for place, times, expected in ((MAXIMIZE, 1, SCREEN), (MAXIMIZE, 1, HOME), (DRAG_ZONE, 2, SCREEN),
-                                       (DRAG_ZONE_TOO, 2, HOME)):
+        for times, place in ((1, MAXIMIZE), (2, DRAG_ZONE)):
+            before = self.window.place()
             self.click(place, times)
-            self.window.wait_for_place(*expected)
+            self.window.wait_for_place(*SCREEN)
+            self.click(MAXIMIZE)
+            self.window.wait_for_place(*before)
         wait_until(self.page_is_in_place)
-        self.window.grasp(*self.point(DRAG_ZONE))
+        x, y = self.point(DRAG_ZONE)
+        self.display.mouse("mousemove", x, y, "mousedown", 1)
+        self.window.follow(x, y)
         self.display.mouse("mouseup", 1)
-        self.assertEqual(self.window.place()[2:], HOME[2:])
-        self.click(MAXIMIZE)
-        self.window.wait_for_place(*SCREEN)
-        wait_until(self.page_is_in_place)
-        self.window.grasp(400, 20)
-        self.display.mouse("mousemove", 600, 150)
-        wait_until(self.is_held_as_before)
-        self.display.mouse("mouseup", 1)
+        self.assertEqual(self.window.place()[2:], (1000, 640))
         self.click(MINIMIZE)
-        wait_until(lambda: "Iconic" in self.state())
+        state = ("xprop", "-id", self.window.number, "WM_STATE")
+        wait_until(lambda: "Iconic" in self.display.run(*state))
         self.display.run("wmctrl", "-i", "-a", hex(int(self.window.number)))
-        wait_until(lambda: "Normal" in self.state())
+        wait_until(lambda: "Normal" in self.display.run(*state))
         self.closes()
-
-    def is_held_as_before(self):
-        """A maximized window, grasped at a quarter of its width, is restored and follows the pointer at 600, 150."""
-        left, top, *size = self.window.place()
-        return tuple(size) == HOME[2:] and 300 < 600 - left < 350 and 10 < 150 - top < 60
-
-    def state(self):
-        return self.display.run("xprop", "-id", self.window.number, "WM_STATE")
 
     def test_its_page_comes_back_when_the_page_s_process_dies(self):
         self.shown()
@@ -96,14 +82,11 @@ class NativeWindowTest(WindowTest):
         self.wait_for_request(MANIFEST)
         self.closes()
 
-    def test_it_closes_in_the_middle_of_a_run_and_the_next_one_ends_with_the_game(self):
+    def test_it_installs_the_game_and_ends_with_it(self):
         game = Game(1, 40)
-        path, held = self.hold_a_file_of(game)
-        self.shown(path)
-        self.closes()
-        held.set()
-        self.shown(path)
-        started = self.place.directory / "started"
+        game.publish(self.server)
+        self.shown()
+        started = self.place / "started"
         play = self.point(PLAY)
 
         def played():

@@ -7,9 +7,8 @@ import { fileURLToPath } from "node:url";
 import { chromium } from "playwright-core";
 
 export const root = fileURLToPath(new URL("../../../", import.meta.url));
-export const build = path.join(root, "build/linux");
-const html = readFileSync(path.join(build, "Patcher/generated/page/launcher.html"), "utf8");
-export const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
+const html = readFileSync(path.join(root, "build/linux/Patcher/generated/page/launcher.html"), "utf8");
+const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
 const pageUrl = "https://launcher.invalid/";
 
 const browserArguments = ["--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-background-networking",
@@ -49,7 +48,6 @@ export class LauncherPage {
   // Errors of the page and requests that it must not make.
   problems = [];
   #events = new EventEmitter();
-  #delivery = Promise.resolve();
 
   static async open({ width = 1280, height = 800, scale = 1, reducedMotion = "reduce", timezone, ...themes } = {}) {
     const launcher = new LauncherPage();
@@ -80,24 +78,15 @@ export class LauncherPage {
   #receive(text) {
     const request = JSON.parse(text);
     this.requests.push(request);
-    this.onRequest?.(text);
     this.#events.emit(["asked", request.action, request.url].join(" ").trim());
   }
 
-  // Hands texts to the page as the host does, in order.
-  sendTexts(...texts) {
-    this.#delivery = this.#delivery.then(() => this.page.evaluate((list) => window.hostSends(list), texts));
-    return this.#delivery.then(() => {
-      for (const text of texts) this.#events.emit("told " + JSON.parse(text).type);
-    });
-  }
-
+  // Hands messages to the page as the host does.
   send(...messages) {
-    return this.sendTexts(...messages.map((message) => JSON.stringify(message)));
+    return this.page.evaluate((texts) => window.hostSends(texts), messages.map((message) => JSON.stringify(message)));
   }
 
-  // Does something, and waits for what comes of it: "told TYPE", a message to the page, or "asked ACTION [URL]",
-  // a request of it.
+  // Does something, and waits for what comes of it: "asked ACTION [URL]", a request of the page.
   async until(what, steps) {
     const happened = once(this.#events, what);
     await steps();
@@ -129,7 +118,6 @@ export class LauncherPage {
   }
 
   async close() {
-    await this.#delivery.catch(() => {});
     await this.context.close();
   }
 }

@@ -1,22 +1,26 @@
 #include "control/dispatch.h"
 
-#include <chrono>
+#include <deque>
 #include <future>
+#include <mutex>
 #include <thread>
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
+#include "control/protocol/event_backlog.h"
 #include "support/recording_host.h"
 #include "support/scratch_directory.h"
+#include "update/install_lock.h"
+#include "update/update_run.h"
 
 namespace patcher {
 namespace {
 
 using Texts = std::vector<std::u16string>;
 
-std::u16string Action(const std::string& name) {
-  return platform::Utf8ToWide("{\"action\":\"" + name + "\"}");
+std::u16string Action(const std::u16string& name) { return u"{\"action\":\"" + name + u"\"}"; }
+std::u16string Ready(bool canPlay) {
+  return std::u16string(u"{\"type\":\"ready\",\"canPlay\":") + (canPlay ? u"true}" : u"false}");
 }
 
 class DispatchTest : public testing::Test {
@@ -46,11 +50,15 @@ class DispatchTest : public testing::Test {
     return table;
   }
 
-  void DeliverEvents() {
-    for (const UiEvent& event : host.TakeEvents()) dispatcher.HandleUiEvent(event);
+  void Dispatch(const Texts& requests) {
+    for (const std::u16string& text : requests) dispatcher.DispatchPageMessage(text);
   }
 
-  Texts Sent() { return std::exchange(host.sent, {}); }
+  /// What the page was sent since the last call.
+  Texts Sent() {
+    for (const UiEvent& event : host.TakeEvents()) dispatcher.HandleUiEvent(event);
+    return std::exchange(host.sent, {});
+  }
 
   const ScratchDirectory game;
   std::promise<void> released;
@@ -61,33 +69,24 @@ class DispatchTest : public testing::Test {
 };
 
 TEST_F(DispatchTest, BadRequestsAreSilence) {
-  for (const std::u16string& text :
-       Texts{u"", u"{\"action\":\"ver", u"[]", u"7", u"{}", u"{\"action\":3}", Action("Play"),
-             u"{\"action\":\"\"}", Action("dance"), Action("play"), Action("openUrl"),
-             u"{\"action\":\"saveOptions\",\"values\":13}", u"{\"a\":1e999}"}) {
-    dispatcher.DispatchPageMessage(text);
-  }
-  dispatcher.DispatchPageMessage(std::u16string(100000, u'['));
-  EXPECT_TRUE(host.sent.empty());
+  Dispatch({u"", u"{\"action\":\"ver", u"[]", u"7", u"{}", u"{\"action\":3}", Action(u"Play"), Action(u""),
+            Action(u"dance"), Action(u"play"), Action(u"openUrl"), u"{\"a\":1e999}",
+            u"{\"action\":\"saveOptions\",\"values\":13}", std::u16string(100000, u'[')});
+  EXPECT_TRUE(Sent().empty());
   EXPECT_TRUE(host.calls.empty());
-  EXPECT_TRUE(host.TakeEvents().empty());
 }
 
 TEST_F(DispatchTest, OneLongOperationAtATime) {
   dispatcher.NavigationCompleted();
-  EXPECT_EQ(Sent(), Texts{u"options"});
-  dispatcher.DispatchPageMessage(u"{\"action\":\"verify\"} trailing text");
-  DeliverEvents();
-  EXPECT_EQ(Sent(), Texts{u"{\"type\":\"status\",\"text\":\"Une operation est deja en cours.\"}"});
+  Dispatch({u"{\"action\":\"verify\"} trailing text"});
   dispatcher.NavigationCompleted();  // a reload of the page: no second run
-  EXPECT_EQ(Sent(), Texts{u"options"});
+  EXPECT_EQ(Sent(), (Texts{u"options", u"options",
+                           u"{\"type\":\"status\",\"text\":\"Une operation est deja en cours.\"}"}));
   released.set_value();
   host.JoinWorkers();
-  DeliverEvents();
-  EXPECT_EQ(Sent(), Texts{u"{\"type\":\"ready\",\"canPlay\":true}"});
-
-  for (const std::u16string& text : Texts{Action("verify"), Action("repair")}) {
-    dispatcher.DispatchPageMessage(text);
+  EXPECT_EQ(Sent(), Texts{Ready(true)});
+  for (const char16_t* action : {u"verify", u"repair"}) {
+    Dispatch({Action(action)});
     host.JoinWorkers();
   }
   EXPECT_EQ(checks, (std::vector<std::string>{"verify", "repair"}));
@@ -95,52 +94,36 @@ TEST_F(DispatchTest, OneLongOperationAtATime) {
 
 TEST_F(DispatchTest, ARequestRightAfterReadyIsAdmitted) {
   std::promise<void> asked;
-  const std::shared_future<void> isAsked = asked.get_future().share();
   OperationTable table = Table();
-  table.runCheckOperation = [&](HostWindow& window, bool) {
+  table.runCheckOperation = [&](HostWindow& window, bool repair) {
     PostReady(window, true);
-    isAsked.wait();
+    if (!repair) asked.get_future().wait();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));  // an operation that takes its time to end
   };
   RecordingHost quick;
   Dispatcher busy(quick, table);
-  busy.DispatchPageMessage(Action("verify"));
-  std::vector<UiEvent> events;
-  while ((events = quick.TakeEvents()).empty()) std::this_thread::yield();
+  busy.DispatchPageMessage(Action(u"verify"));
+  while (quick.TakeEvents().empty()) std::this_thread::yield();
   asked.set_value();
-  busy.DispatchPageMessage(Action("repair"));
+  busy.DispatchPageMessage(Action(u"repair"));
   quick.JoinWorkers();
   for (const UiEvent& event : quick.TakeEvents()) busy.HandleUiEvent(event);
-  EXPECT_EQ(quick.sent, Texts{u"{\"type\":\"ready\",\"canPlay\":true}"}) << "not refused";
+  EXPECT_EQ(quick.sent, Texts{Ready(true)}) << "not refused";
 }
 
 TEST_F(DispatchTest, AWorkerThatCannotStartLeavesTheGuardFree) {
   host.refuseThreads = true;
-  dispatcher.DispatchPageMessage(Action("verify"));
-  DeliverEvents();
+  Dispatch({Action(u"verify"), Action(u"getNews")});
   EXPECT_EQ(
       Sent(),
-      (Texts{u"{\"type\":\"check\",\"mode\":\"verify\",\"done\":true,\"error\":\"serveur injoignable\"}",
-             u"{\"type\":\"ready\",\"canPlay\":false}"}));
-  dispatcher.DispatchPageMessage(Action("getNews"));
-  EXPECT_EQ(Sent(), Texts{u"{\"type\":\"news\",\"ok\":false}"});
+      (Texts{u"{\"type\":\"news\",\"ok\":false}",
+             u"{\"type\":\"check\",\"mode\":\"verify\",\"done\":true,\"error\":\"serveur injoignable\"}",
+             Ready(false)}));
   host.refuseThreads = false;
-  dispatcher.DispatchPageMessage(Action("getNews"));  // raises: the process goes on
-  dispatcher.DispatchPageMessage(Action("verify"));
+  Dispatch({Action(u"getNews"), Action(u"verify")});  // the first raises: the process goes on
   host.JoinWorkers();
   EXPECT_EQ(checks.size(), 1u);
   EXPECT_EQ(ReadWhole(game / "patcher_debug.txt"), "Exception in a worker : memory\r\n");
-}
-
-TEST_F(DispatchTest, PlayNeedsAReadyClient) {
-  dispatcher.HandleUiEvent({0x8003, 2, 0});
-  dispatcher.DispatchPageMessage(Action("play"));
-  EXPECT_TRUE(host.calls.empty());
-  dispatcher.HandleUiEvent({0x8003, 1, 0});
-  dispatcher.DispatchPageMessage(Action("play"));
-  EXPECT_EQ(host.calls, (std::vector<std::string>{"launch", "end"}));
-  EXPECT_EQ(Sent(),
-            (Texts{u"{\"type\":\"ready\",\"canPlay\":false}", u"{\"type\":\"ready\",\"canPlay\":true}"}));
 }
 
 TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
@@ -148,41 +131,76 @@ TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
   Dispatcher* ending = nullptr;
   table.launchClient = [&] {
     host.calls.emplace_back("launch");
-    ending->DispatchPageMessage(Action("play"));  // served by the loop of an error box
+    ending->DispatchPageMessage(Action(u"play"));  // served by the loop of an error box
     throw std::bad_alloc();
   };
   Dispatcher playing(host, table);
   ending = &playing;
+  playing.HandleUiEvent({0x8003, 2, 0});
+  playing.DispatchPageMessage(Action(u"play"));  // no ready client
   playing.HandleUiEvent({0x8003, 1, 0});
-  for (const std::u16string& text : Texts{Action("play"), Action("play"), Action("verify"),
-                                          Action("windowMinimize"), Action("getOptions")}) {
-    playing.DispatchPageMessage(text);
+  for (const char16_t* action : {u"play", u"play", u"verify", u"windowMinimize", u"getOptions"}) {
+    playing.DispatchPageMessage(Action(action));
   }
   host.JoinWorkers();
   playing.HandleUiEvent({0x8004, 0, 0});  // a new launcher must not appear in front of the game
   EXPECT_EQ(host.calls, (std::vector<std::string>{"launch", "end"}));
-  EXPECT_EQ(Sent(), Texts{u"{\"type\":\"ready\",\"canPlay\":true}"});
+  EXPECT_EQ(Sent(), (Texts{Ready(false), Ready(true)}));
   EXPECT_TRUE(checks.empty());
 }
 
 TEST_F(DispatchTest, WindowActionsLinksAndOptions) {
-  for (const std::u16string& text : Texts{Action("windowDrag"), Action("windowMinimize"),
-                                          Action("windowMaximize"), Action("windowClose")}) {
-    dispatcher.DispatchPageMessage(text);
-  }
-  EXPECT_EQ(host.calls, (std::vector<std::string>{"drag", "minimize", "maximize", "close"}));
-  dispatcher.DispatchPageMessage(u"{\"action\":\"openUrl\",\"url\":\"https://x/\u00e9\"}");
-  dispatcher.DispatchPageMessage(u"{\"action\":\"openUrl\",\"url\":5}");
+  Dispatch({Action(u"windowDrag"), Action(u"windowMinimize"), Action(u"windowMaximize"),
+            Action(u"windowClose"), u"{\"action\":\"openUrl\",\"url\":\"https://x/\u00e9\"}",
+            u"{\"action\":\"openUrl\",\"url\":5}", Action(u"saveOptions"),
+            u"{\"action\":\"saveOptions\",\"values\":0}", u"{\"action\":\"saveOptions\",\"values\":1}",
+            Action(u"cancel")});
+  EXPECT_EQ(host.calls, (std::vector<std::string>{"drag", "minimize", "maximize", "close", "end"}));
   EXPECT_EQ(urls, (Texts{u"https://x/\u00e9", u""}));
-  dispatcher.DispatchPageMessage(Action("saveOptions"));
-  dispatcher.DispatchPageMessage(u"{\"action\":\"saveOptions\",\"values\":0}");
-  dispatcher.DispatchPageMessage(u"{\"action\":\"saveOptions\",\"values\":1}");
-  const Texts expected{u"{\"type\":\"optionsSaved\",\"ok\":false}",
-                       u"{\"type\":\"optionsSaved\",\"ok\":false}",
-                       u"{\"type\":\"optionsSaved\",\"ok\":true}", u"options"};
-  EXPECT_EQ(Sent(), expected);
-  dispatcher.DispatchPageMessage(Action("cancel"));
-  EXPECT_EQ(host.calls.back(), "end");
+  const std::u16string refused = u"{\"type\":\"optionsSaved\",\"ok\":false}";
+  EXPECT_EQ(Sent(), (Texts{refused, refused, u"{\"type\":\"optionsSaved\",\"ok\":true}", u"options"}));
+}
+
+TEST_F(DispatchTest, ARunThatDoesNotGetTheDirectoryEndsLikeAnOfflineOne) {
+  WriteWhole(game / "left.old", "");
+  platform::DirectoryLock other(ExeDir());
+  ASSERT_TRUE(other.TakeWithin(std::chrono::milliseconds(0)));
+  UpdateStages stages;
+  stages.clientExists = [] { return true; };
+  stages.lockPatience = std::chrono::milliseconds(1);
+  host.StartThread([&] { RunUpdate(host, stages); });
+  host.JoinWorkers();
+  const std::u16string status = u"{\"type\":\"status\",\"text\":\"Une autre instance du lanceur ";
+  EXPECT_EQ(Sent(), (Texts{status + u"met le jeu a jour, attente...\"}",
+                           status + u"occupe toujours le dossier du jeu.\"}", Ready(true)}));
+  EXPECT_TRUE(std::filesystem::exists(game / "left.old")) << "nothing is swept";
+}
+
+TEST(EventBacklog, AFullQueueLosesNothingAndKeepsTheOrderOfEachThread) {
+  std::mutex lock;
+  std::deque<UiEvent> queue;  // with little room
+  EventBacklog backlog([&](const UiEvent& event) {
+    std::lock_guard guard(lock);
+    if (queue.size() >= 3) return false;
+    queue.push_back(event);
+    return true;
+  });
+  constexpr std::intptr_t kEvents = 2000;
+  std::vector<std::thread> posters;
+  for (const std::uint32_t number : {0u, 1u, 2u}) {
+    posters.emplace_back([&backlog, number] {
+      for (std::intptr_t i = 0; i < kEvents; ++i) backlog.Post({number, 0, i});
+    });
+  }
+  std::intptr_t next[3] = {};
+  for (std::intptr_t taken = 0; taken < 3 * kEvents; backlog.Advance()) {
+    std::lock_guard guard(lock);
+    if (queue.empty()) continue;
+    EXPECT_EQ(queue.front().lParam, next[queue.front().number]++);
+    queue.pop_front();
+    ++taken;
+  }
+  for (std::thread& poster : posters) poster.join();
 }
 
 }  // namespace

@@ -10,19 +10,10 @@
 namespace patcher {
 namespace {
 
-TEST(PercentEncodeTest, KeepsOnlyUnreservedBytesAndSlashes) {
-  EXPECT_EQ(PercentEncodePath("/a-b_c.d~e/A Z?%\xC3\xA9\\"), "/a-b_c.d~e/A%20Z%3F%25%C3%A9%5C");
-}
-
 TEST(TransferPaceTest, SilentBelowTheLeastBytesInAMinuteOfWaiting) {
-  struct Wait {
-    int seconds;
-    std::uint64_t bytes;
-  };
-  const struct {
-    std::vector<Wait> waits;
-    std::size_t silentAfter;  // 0: never
-  } cases[] = {
+  using Wait = std::pair<int, std::uint64_t>;  // seconds and bytes
+  const std::pair<std::vector<Wait>, std::size_t> cases[] = {
+      // The number of waits after which it is silent; 0: never.
       {{{20, 1}, {20, 1}, {19, 1}, {1, 1}}, 4},
       {{{59, 4095}, {0, 0}, {1, 0}}, 3},
       {{{60, 4096}, {59, 0}}, 0},
@@ -35,9 +26,9 @@ TEST(TransferPaceTest, SilentBelowTheLeastBytesInAMinuteOfWaiting) {
     TransferPace pace;
     std::size_t silent = 0;
     for (std::size_t i = 0; i < waits.size() && silent == 0; ++i) {
-      if (!pace.Count(std::chrono::seconds(waits[i].seconds), waits[i].bytes)) silent = i + 1;
+      if (!pace.Count(std::chrono::seconds(waits[i].first), waits[i].second)) silent = i + 1;
     }
-    EXPECT_EQ(silent, silentAfter) << waits.size() << " waits from " << waits[0].seconds;
+    EXPECT_EQ(silent, silentAfter) << waits.size() << " waits from " << waits[0].first;
   }
 }
 
@@ -73,6 +64,10 @@ TEST(ConfigTest, ExistingFileIsLeftAlone) {
   PatchConfig::Load();
   EXPECT_EQ(ReadWhole(directory / "patcher.ini"), foreign);
   EXPECT_EQ(PatchConfig::Current().connections, 4);
+}
+
+TEST(PercentEncodeTest, KeepsOnlyUnreservedBytesAndSlashes) {
+  EXPECT_EQ(PercentEncodePath("/a-b_c.d~e/A Z?%\xC3\xA9\\"), "/a-b_c.d~e/A%20Z%3F%25%C3%A9%5C");
 }
 
 TEST(Sha256Test, FilesOfEveryBlockShape) {

@@ -1,5 +1,6 @@
 #include <atomic>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -14,17 +15,14 @@ namespace patcher {
 namespace {
 
 TEST(ParallelRunTest, WorkersAndItems) {
-  const struct {
-    std::size_t items;
-    int threads;
-    std::size_t workers;
-  } cases[] = {{3, 8, 3}, {5, 0, 1}, {5, -2, 1}, {100, 4, 4}};
-  for (const auto& c : cases) {
-    std::vector<std::atomic<int>> runs(c.items);
+  const std::tuple<std::size_t, int, unsigned> cases[] = {{3, 8, 3}, {5, 0, 1}, {5, -2, 1}, {100, 4, 4}};
+  for (const auto& [items, threads, workers] : cases) {
+    std::vector<std::atomic<int>> runs(items);
     std::atomic<bool> inRange = true;
-    EXPECT_TRUE(ParallelRun(c.items, c.threads, [&](std::size_t index, unsigned worker) {
+    const unsigned most = workers;
+    EXPECT_TRUE(ParallelRun(items, threads, [&](std::size_t index, unsigned worker) {
       ++runs[index];
-      if (worker >= c.workers) inRange = false;
+      if (worker >= most) inRange = false;
       return true;
     }));
     for (const auto& count : runs) EXPECT_EQ(count, 1);
@@ -71,9 +69,6 @@ TEST(ProgressTrackerTest, ForcedEventsCountAndRollBack) {
   EXPECT_EQ(reports.back()->downloadedBytes, 450u);
   EXPECT_EQ(reports.back()->fileIndex, 2);
   EXPECT_EQ(reports.back()->currentFile, "a");
-}
-
-TEST(ProgressTrackerTest, PercentSurvivesAbsurdTotals) {
   EXPECT_EQ(PercentDone(0, 0), 100);
   EXPECT_EQ(PercentDone(199, 200), 99);
   EXPECT_EQ(PercentDone(UINT64_MAX / 2, UINT64_MAX), 50);

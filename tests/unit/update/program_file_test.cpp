@@ -30,10 +30,7 @@ std::string With(std::string bytes, const std::vector<Number>& numbers) {
   return bytes;
 }
 
-std::string Sized(std::string begin, std::size_t size) {
-  begin.resize(size);
-  return begin;
-}
+std::string Sized(std::string begin, std::size_t size) { return begin.append(size - begin.size(), '\0'); }
 
 std::string Pe(std::size_t size, std::uint64_t optionalSize, std::uint64_t magic) {
   return With(Sized("MZ", size), {{60, 4, 64}, {64, 4, 0x4550}, {84, 2, optionalSize}, {88, 2, magic}});
@@ -74,20 +71,16 @@ TEST(ProgramFileTest, AProgramWithoutItsLastBytesIsCut) {
   }
 }
 
-TEST(ProgramFileTest, WhatLinkersMakeIsWholeToItsLastByte) {
+TEST(ProgramFileTest, WhatLinkersMakeIsWholeToItsLastByteAndOtherFilesAreNoProgram) {
   ScratchDirectory directory;
   const fs::path file = directory / "copy";
   fs::copy_file(platform::OwnExecutablePath(), file);
   EXPECT_EQ(ExamineProgram(file), ProgramFile::kComplete);
   fs::resize_file(file, fs::file_size(file) - 1);
   EXPECT_EQ(ExamineProgram(file), ProgramFile::kIncomplete);
-}
-
-TEST(ProgramFileTest, NoProgram) {
-  ScratchDirectory directory;
   for (const char* text : {"", "M", "#!/bin/sh\n", "<html>", "\177EL"}) {
-    WriteWhole(directory / "file", text);
-    EXPECT_EQ(ExamineProgram(directory / "file"), ProgramFile::kNone) << text;
+    WriteWhole(file, text);
+    EXPECT_EQ(ExamineProgram(file), ProgramFile::kNone) << text;
   }
   EXPECT_EQ(ExamineProgram(directory / "missing"), ProgramFile::kNone);
 }
