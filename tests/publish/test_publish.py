@@ -265,6 +265,8 @@ class Versions(PublishTest):
         self.assertEqual(self.manifest()["version"], 2)
         self.assertIn("already published", self.publish(3, "--hold").stdout)
         self.assertIn("--live 3", self.publish(3, code=1).stderr)
+        self.assertIn("launcher build 27", self.command("--live", 1).stdout)  # it was held before there was a launcher
+        self.command("--live", 2)
         self.publish(4, "--hold", "--prune", "--keep", 1)
         self.assertIn("it has 4, 3, 2", self.command("--live", 1, code=1).stderr)
         self.assertIn("version 3 is live: launcher build 27", self.command("--live", 3).stdout)
