@@ -7,12 +7,14 @@ import re
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import threading
-import time
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "sample"))
+from waiting import LIMIT, wait_until  # noqa: E402
 
 PROGRAM = None  # set by run.py
-LIMIT = 300  # seconds; generous, since sanitized builds are slow
 OWN_FILES = {"Patcher", "Patcher.exe", "patcher.ini", "patcher_debug.txt", "patch_manifest.json"}
 
 
@@ -39,16 +41,6 @@ def setting(name):
     """A value that the launcher was built with, for example PATCHER_SITE_HOST."""
     cache = (PROGRAM.parents[1] / "CMakeCache.txt").read_text(encoding="utf-8")
     return re.search(rf"^{name}:\w+=(.*)$", cache, re.MULTILINE)[1]
-
-
-def wait_until(condition, complaint=lambda: "it does not come"):
-    """Asks until the condition holds, for what is announced nowhere."""
-    end = time.monotonic() + LIMIT
-    while time.monotonic() < end:
-        if result := condition():
-            return result
-        time.sleep(0.02)
-    raise AssertionError(complaint())
 
 
 def messages(output):

@@ -1,16 +1,12 @@
 """A player's tour of the launcher's window on a virtual screen: update, news, settings, repair, play, with a
 picture of each step."""
 import hashlib
-import pathlib
 import random
 import subprocess
-import sys
 import time
 
-TESTS = pathlib.Path(__file__).resolve().parents[2] / "tests"
-sys.path[:0] = [str(TESTS / "window"), str(TESTS / "scenario")]
-from display import Display  # noqa: E402  from the tests
-from launcher import wait_until  # noqa: E402
+from display import Display
+from waiting import wait_until
 
 # Points in the window, relative to its left and top edges; negative: to its right and bottom edges.
 TABS = {"accueil": (90, 228), "nouveautes": (195, 228), "parametres": (325, 228), "reparation": (450, 228)}

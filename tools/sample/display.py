@@ -1,11 +1,11 @@
-"""A screen of the tests' own, with the mouse on it and, if wanted, a small window manager."""
+"""A virtual screen with a mouse and, if wanted, a small window manager."""
 import itertools
 import os
 import pathlib
 import subprocess
 import tempfile
 
-from launcher import wait_until
+from waiting import wait_until
 
 TITLE = "TolmiraMMO Patcher v"
 SCREEN = (0, 0, 1600, 1000)
