@@ -81,8 +81,8 @@ std::vector<char> TrustedFiles(RunState& run) {
     const std::size_t end = std::min(begin + kFilesPerWorkItem, files.size());
     for (std::size_t i = begin; i < end; ++i) {
       std::error_code error;
-      trusted[i] =
-          (record == nullptr || RecordNames(*record, files[i])) && fs::exists(PlaceOf(files[i]), error);
+      const bool isNamed = record == nullptr || RecordNames(*record, files[i]);
+      if (isNamed && fs::exists(PlaceOf(files[i]), error)) trusted[i] = 1;
     }
     return true;
   };

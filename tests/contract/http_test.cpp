@@ -184,6 +184,7 @@ TEST(HttpContract, ConnectionsAreUsedAgainOnAnyThread) {
   std::atomic<int> wrong = 0;
   for (int round = 0; round < 3; ++round) {
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
       threads.emplace_back([&session, &wrong, thread] {
         for (int i = 0; i < 40; ++i) {

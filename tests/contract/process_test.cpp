@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 fs::path CopyChild(const fs::path& folder) {
   fs::create_directories(folder);
   const fs::path own = OwnExecutablePath();
-  const fs::path program = folder / ("child" + own.extension().string());
+  fs::path program = folder / ("child" + own.extension().string());
   fs::copy_file(own.parent_path() / ("contract_child" + own.extension().string()), program);
   return program;
 }

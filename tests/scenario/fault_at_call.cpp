@@ -124,6 +124,7 @@ const char* Setting(const char* name) {
 }  // namespace
 
 // Defines the function `name`. Names of our own for them keep clear of the headers' declarations.
+// NOLINTBEGIN(bugprone-macro-parentheses): lists of parameters and arguments bring their own.
 #define CALL_OR_PART(result, name, error, target, parameters, arguments, part)           \
   extern "C" result Call_##name parameters asm(#name);                                   \
   result Call_##name parameters {                                                        \
@@ -137,6 +138,7 @@ const char* Setting(const char* name) {
     if (std::string_view(#name).ends_with("close")) next arguments;                      \
     return Failure<result>(#name, error);                                                \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 #define CALL(result, name, error, target, parameters, arguments) \
   CALL_OR_PART(result, name, error, target, parameters, arguments, arguments)
 

@@ -59,7 +59,7 @@ TEST(LocalRecordTest, ProgressNamesNothingWrongAndASaveIsWhole) {
     record.Load();
     for (int step = 0; step < 200; ++step) {
       record.Enter("p" + std::to_string(1000 + (inOrder ? step : step * 7 % 90)),
-                   std::string(step % 70, 'd'));
+                   std::string(static_cast<std::size_t>(step % 70), 'd'));
       if (step % 40 == 20) record.Forget("p" + std::to_string(1000 + step / 2));
       if (step == 150) WriteWhole(directory / "m", "damaged");
       record.SaveProgress();

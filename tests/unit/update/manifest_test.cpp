@@ -53,7 +53,7 @@ TEST(ArchiveChoiceTest, UsefulArchivesAreTakenOnlyIfTheyAreCheaperThanAllWantedF
   const PatchBundle other{"2", 5, "", {"c"}};
   const PatchBundle last{"3", 40, "", {"b", "d"}};
   const std::vector<const PatchBundle*> all{&first, &other, &last};
-  const auto choice = [&](std::set<std::string, std::less<>> wanted, std::uint64_t bytes) {
+  const auto choice = [&](const std::set<std::string, std::less<>>& wanted, std::uint64_t bytes) {
     const ArchiveChoice chosen = ChooseArchives(all, wanted, bytes);
     std::string names = chosen.isCheaper ? "cheaper " : "dearer ";
     for (const PatchBundle* archive : chosen.archives) names += archive->name;
