@@ -33,7 +33,8 @@ class DiskTest(ScenarioTest):
                 self.assertRegex(texts[-2], r"Echec du telechargement: f\d \(transfert interrompu\)")
                 self.assertIs(texts[-1], False)
                 found = place.files()
-                for entry in place.record()["files"]:
+                # A record for which there was no room is removed.
+                for entry in place.record()["files"] if place.record_file.exists() else []:
                     self.assertEqual(digest(found[entry["path"]]), entry["sha256"], entry["path"])
                 self.assertFalse([name for name in found if name.endswith(".part")])
                 subprocess.run(["mount", "-o", "remount,size=100m", place.root], check=True)
