@@ -79,6 +79,8 @@ class Pass {
       samples_.push_back(file.path);
       if (!verdict.proven) unproven_.push_back(file.path);
     }
+    // Counted and reported under one lock: reports in another order would move the progress bar backwards.
+    const platform::MutexLock guard(progressLock_);
     Report(file, ++done_);
   }
 
@@ -92,7 +94,7 @@ class Pass {
   }
 
  private:
-  void Report(const PatchFile& file, std::int32_t done) {
+  void Report(const PatchFile& file, std::int32_t done) PATCHER_REQUIRES(progressLock_) {
     if (done % kFilesPerProgress != 0 && done != total_) return;
     ProgressReport report;
     report.percent = PercentDone(static_cast<std::uint64_t>(done), static_cast<std::uint64_t>(total_));
@@ -113,8 +115,9 @@ class Pass {
   std::atomic<std::int32_t> ok_{0};
   std::atomic<std::int32_t> missing_{0};
   std::atomic<std::int32_t> corrupt_{0};
-  std::atomic<std::int32_t> done_{0};
   std::atomic<std::uint64_t> bytes_{0};
+  platform::Mutex progressLock_;
+  std::int32_t done_ PATCHER_GUARDED_BY(progressLock_) = 0;
   platform::Mutex lock_;
   std::vector<std::string> samples_ PATCHER_GUARDED_BY(lock_);
   std::vector<std::string> unproven_ PATCHER_GUARDED_BY(lock_);
