@@ -17,9 +17,7 @@ namespace {
 constexpr std::size_t kMaxEarlierVersions = 5;
 
 std::string Line(const DownloadRow& row) {
-  const std::string who =
-      row.behind == 0 ? "new"
-                      : std::to_string(row.behind) + " behind (version " + std::to_string(row.version) + ")";
+  const std::string who = row.version == 0 ? "new" : "from version " + std::to_string(row.version);
   std::array<char, 160> line{};
   std::snprintf(line.data(), line.size(), "\n  %-24s %8zu %9zu %16llu  %s%s", who.c_str(), row.cost.files,
                 row.cost.archives, static_cast<unsigned long long>(row.cost.bytes),
@@ -56,14 +54,14 @@ DownloadCost CostOfUpdate(const Publication& current, const PatchManifest* insta
 
 std::vector<DownloadRow> DownloadRows(const ContentStore& store, const History& history,
                                       const Publication& current) {
-  std::vector<DownloadRow> rows{{0, 0, CostOfUpdate(current, nullptr)}};
-  std::size_t behind = 0;
+  std::vector<DownloadRow> rows{{0, CostOfUpdate(current, nullptr)}};
+  std::size_t earlierVersions = 0;
   for (const PublishedVersion& version : history) {
     if (version.version >= current.manifest.version || version.held) continue;
-    if (++behind > kMaxEarlierVersions) break;
+    if (++earlierVersions > kMaxEarlierVersions) break;
     if (!version.problem.empty()) continue;
     const Publication earlier = ReadCopy(store, version.version);
-    rows.push_back({behind, version.version, CostOfUpdate(current, &earlier.manifest)});
+    rows.push_back({version.version, CostOfUpdate(current, &earlier.manifest)});
   }
   return rows;
 }
@@ -79,7 +77,6 @@ MiniJson::Value JsonDownloads(const std::vector<DownloadRow>& rows) {
   Value list = Value::MakeArray();
   for (const DownloadRow& row : rows) {
     Value value = Value::MakeObject();
-    value.Set("behind", JsonNumber(row.behind));
     value.Set("version", JsonNumber(static_cast<std::uint64_t>(row.version)));
     value.Set("files", JsonNumber(row.cost.files));
     value.Set("archives", JsonNumber(row.cost.archives));

@@ -25,7 +25,6 @@ struct DownloadCost {
 
 /// One line of the table.
 struct DownloadRow {
-  std::size_t behind = 0;    ///< how many live versions the player is behind; 0: a new player
   std::int32_t version = 0;  ///< version that the player has; 0: a new player
   DownloadCost cost;
 };

@@ -111,7 +111,7 @@ class LiveSwitch {
     report_.Add("launcherBuild", static_cast<std::uint64_t>(next_.manifest.patcherVersion));
     std::string text = ": launcher build " + std::to_string(next_.manifest.patcherVersion);
     if (!live_) return text;
-    const DownloadRow row{1, live_->manifest.version, CostOfUpdate(next_, &live_->manifest)};
+    const DownloadRow row{live_->manifest.version, CostOfUpdate(next_, &live_->manifest)};
     report_.Add("downloads", JsonDownloads({row}));
     return text + "; players of version " + std::to_string(row.version) + " fetch " +
            std::to_string(row.cost.files) + " files, " + ReadableBytes(row.cost.bytes);

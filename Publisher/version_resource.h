@@ -16,8 +16,7 @@ struct ProgramVersion {
 
 /// Reads the version resource (RT_VERSION, the first language) of a complete PE file, 32 or 64 bits. Accepts
 /// any bytes. Returns nothing if they are not a PE file, if a section is cut, or if there is no such
-/// resource. Format: "Microsoft Portable Executable and Common Object File Format Specification", and
-/// VS_VERSIONINFO of the Windows SDK.
+/// resource. Formats: Microsoft's "PE Format", and VS_VERSIONINFO of the Windows SDK.
 [[nodiscard]] std::optional<ProgramVersion> ReadProgramVersion(std::span<const std::uint8_t> program);
 
 }  // namespace patcher::publisher

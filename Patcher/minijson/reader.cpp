@@ -149,7 +149,7 @@ std::size_t Reader::PlainRun() const {
   return static_cast<std::size_t>(p - begin);
 }
 
-/// The byte that the escape stands for.
+/// Returns the byte that the escape encodes.
 char Reader::ReadEscape() {
   if (at_ + 1 >= text_.size()) {
     ++at_;

@@ -169,8 +169,8 @@ class Versions(PublishTest):
         text = self.publish(3, "--archive-size", 1).stdout
         third, _ = self.prove()
         self.assertEqual([b["files"] for b in third["bundles"] if b["since"] == 2], [["new/dir/file.txt"]])
-        self.assertRegex(text, r"(?m)^  1 behind \(version 2\) +1 +0 +6 ")
-        self.assertRegex(text, r"(?m)^  2 behind \(version 1\) +2 +0 +14 ")
+        self.assertRegex(text, r"(?m)^  from version 2 +1 +0 +6 ")
+        self.assertRegex(text, r"(?m)^  from version 1 +2 +0 +14 ")
         self.check([])
         self.assertEqual(json.loads((self.patch / "history/2.json").read_bytes()), second)
 
