@@ -1,7 +1,6 @@
 #include "integrity/verify_files.h"
 
 #include <algorithm>
-#include <atomic>
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -70,17 +69,16 @@ class Pass {
   void VerifyOneFile(std::size_t index, unsigned worker) {
     const PatchFile& file = files_[index];
     const Verdict verdict = Judge(file, digests_[worker]);
+    // Counted and reported under one lock: reports in another order would move the progress bar backwards.
+    const platform::MutexLock guard(lock_);
     if (verdict.outcome == Outcome::kCorrect) {
       ++ok_;
     } else {
       ++(verdict.outcome == Outcome::kMissing ? missing_ : corrupt_);
       bytes_ += file.size;
-      const platform::MutexLock guard(lock_);
       samples_.push_back(file.path);
       if (!verdict.proven) unproven_.push_back(file.path);
     }
-    // Counted and reported under one lock: reports in another order would move the progress bar backwards.
-    const platform::MutexLock guard(progressLock_);
     Report(file, ++done_);
   }
 
@@ -94,7 +92,7 @@ class Pass {
   }
 
  private:
-  void Report(const PatchFile& file, std::int32_t done) PATCHER_REQUIRES(progressLock_) {
+  void Report(const PatchFile& file, std::int32_t done) PATCHER_REQUIRES(lock_) {
     if (done % kFilesPerProgress != 0 && done != total_) return;
     ProgressReport report;
     report.percent = PercentDone(static_cast<std::uint64_t>(done), static_cast<std::uint64_t>(total_));
@@ -112,13 +110,12 @@ class Pass {
   const std::vector<PatchFile>& files_;
   const std::int32_t total_;
   std::vector<std::optional<Sha256>> digests_;  // one for each worker
-  std::atomic<std::int32_t> ok_{0};
-  std::atomic<std::int32_t> missing_{0};
-  std::atomic<std::int32_t> corrupt_{0};
-  std::atomic<std::uint64_t> bytes_{0};
-  platform::Mutex progressLock_;
-  std::int32_t done_ PATCHER_GUARDED_BY(progressLock_) = 0;
   platform::Mutex lock_;
+  std::int32_t ok_ PATCHER_GUARDED_BY(lock_) = 0;
+  std::int32_t missing_ PATCHER_GUARDED_BY(lock_) = 0;
+  std::int32_t corrupt_ PATCHER_GUARDED_BY(lock_) = 0;
+  std::int32_t done_ PATCHER_GUARDED_BY(lock_) = 0;
+  std::uint64_t bytes_ PATCHER_GUARDED_BY(lock_) = 0;
   std::vector<std::string> samples_ PATCHER_GUARDED_BY(lock_);
   std::vector<std::string> unproven_ PATCHER_GUARDED_BY(lock_);
 };
