@@ -33,7 +33,7 @@ std::unordered_set<std::string> DamagedAmong(const std::vector<PlannedArchive>& 
   }
   std::unordered_set<std::string> damaged;
   platform::Mutex lock;
-  RunOnAllCores("proving archives", sizes, progress, [&](std::size_t index, FileHasher& hasher) {
+  RunOnAllCores("verifying archives", sizes, progress, [&](std::size_t index, FileHasher& hasher) {
     const PatchBundle& archive = *kept[index];
     if (!verified.IsSound(archive.name, archive.size, archive.sha256, hasher)) {
       const platform::MutexLock guard(lock);
@@ -97,7 +97,7 @@ ArchiveSet MakeArchives(const PatchManifest& manifest, const Publication* previo
     const std::uint64_t packed = fs::file_size(archive.unfinished, error);
     sizes.push_back(ContentSize(plan[archive.number]) + (error ? 0 : packed));
   }
-  RunOnAllCores("proving new archives", sizes, progress, [&](std::size_t index, FileHasher& hasher) {
+  RunOnAllCores("verifying new archives", sizes, progress, [&](std::size_t index, FileHasher& hasher) {
     const auto& [number, unfinished] = archives[index];
     set.archives[number].bundle =
         StoreArchive(unfinished, store, plan[number].files, plan[number].since, hasher);

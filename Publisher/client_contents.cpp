@@ -21,7 +21,7 @@ std::vector<PatchFile> ForEachFile(const ClientScan& scan, std::uint64_t reading
   std::vector<std::uint64_t> sizes;
   for (const ClientFile& file : scan.files) sizes.push_back(readings * file.size);
   std::vector<PatchFile> files(scan.files.size());
-  const char* const stage = readings == 1 ? "hashing" : "hashing and proving";
+  const char* const stage = readings == 1 ? "hashing" : "hashing and verifying";
   RunOnAllCores(stage, sizes, progress, [&](std::size_t index, FileHasher& hasher) {
     const ClientFile& file = scan.files[index];
     const std::string digest = take(file, index, hasher);

@@ -23,21 +23,22 @@ Usage: patch-publish --client DIR --out WWW --version N [options]
        patch-publish --help
 
 Turns a client directory into the folder WWW/patch that any static web server
-serves, or publishes the next version over it. The manifest WWW/patch/version.json
-is replaced last and in one step: players see the old version or the new one.
+serves, or publishes the next version over it. The manifest, which is
+WWW/patch/version.json, is replaced last and in one step: players see the old
+version or the new one.
 
   --client DIR         the game as a player is to have it
-  --out WWW            root of the web server; WWW/patch is made if it is missing
+  --out WWW            root of the web server; WWW/patch is made if missing
   --version N          number of the version, above every published one, or the
                        word next: one above the highest
-  --dry-run            write nothing; report what would change, what players would
-                       download, and what is to be uploaded
+  --dry-run            write nothing; report what would change, what players
+                       would download, and what is to be uploaded
   --hold               publish everything but the last step, for a rehearsal
   --live N             put the published version N before players: one that was
                        held, or an earlier one to go back to
-  --launcher FILE      also publish this launcher; without it the newest one stays
-  --launcher-build B   its build number, for a launcher for Linux; one for Windows
-                       holds it, and must be B if both are given
+  --launcher FILE      also publish this launcher; without it the newest stays
+  --launcher-build B   its build number, for a launcher for Linux; a launcher
+                       for Windows contains it, and it must be B if given
   --allow-older-launcher
                        announce a launcher below one that has been published
   --exclude GLOB       leave out files and folders of this name; may be repeated
@@ -45,22 +46,23 @@ is replaced last and in one step: players see the old version or the new one.
                        1 to 2047; 64 if not given
   --prune              delete what no kept version uses, afterwards or by itself
   --keep K             versions to keep, the live one included; 3 if not given
-  --list-upload SINCE  list what a server with version SINCE lacks (0: with none),
-                       in the order in which it must arrive; a line each: path,
-                       bytes, Content-Type and Cache-Control, separated by tabs
+  --list-upload SINCE  list what a server with version SINCE lacks (0: with
+                       none), in the order in which it must arrive; a line
+                       each: path, bytes, Content-Type and Cache-Control,
+                       separated by tabs
   --status             report what is published, and what players download
-  --check WWW          prove every file, archive and launcher in WWW/patch
+  --check WWW          verify every file, archive and launcher in WWW/patch
   --signed-by PUBLICKEY
                        and that the manifest is signed by this key
-  --check https://HOST ask a live server for all that its manifest names, and prove
-                       a sample of it and the headers
-  --all                prove all of it
+  --check https://HOST ask a live server for all that its manifest names, and
+                       verify a sample of it and the headers
+  --all                verify all of it
   --sign FILE          sign the manifest with the key in FILE
   --unsigned           do not sign it although the one before was signed
-  keygen FILE          make a key to sign with, write it to the new file FILE, and
-                       print the public key, which launchers are built with
+  keygen FILE          make a key to sign with, write it to the new file FILE,
+                       and print the public key, which launchers are built with
   --json               print the result, or the error, as one JSON object
-  --quiet              say nothing but errors and findings
+  --quiet              print nothing but errors and findings
   -h, --help           print this text
 
 A value may also follow its option after an equals sign: --version=next.
@@ -76,17 +78,20 @@ constexpr std::int32_t kAny = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kDefaultKeep = 3;
 constexpr std::int32_t kMaxArchiveSize = 2047;
 
-enum TaskBit : unsigned {
-  kPublish = 1,
-  kGoLive = 2,
-  kPrune = 4,
-  kCheck = 8,
-  kStatus = 16,
-  kKeygen = 32,
-  kCheckServer = 64,
-  kListUpload = 128,
-  kAll = 255
-};
+using Task = Options::Task;
+
+/// The task's bit in OptionRule::tasks.
+constexpr unsigned Bit(Task task) { return 1U << static_cast<unsigned>(task); }
+
+constexpr unsigned kPublish = Bit(Task::kPublish);
+constexpr unsigned kGoLive = Bit(Task::kGoLive);
+constexpr unsigned kPrune = Bit(Task::kPrune);
+constexpr unsigned kCheck = Bit(Task::kCheck);
+constexpr unsigned kStatus = Bit(Task::kStatus);
+constexpr unsigned kKeygen = Bit(Task::kKeygen);
+constexpr unsigned kCheckServer = Bit(Task::kCheckServer);
+constexpr unsigned kListUpload = Bit(Task::kListUpload);
+constexpr unsigned kAll = ~0U;
 
 const std::vector<OptionRule>& Rules() {
   using enum OptionRule::Kind;
@@ -117,6 +122,12 @@ const std::vector<OptionRule>& Rules() {
       {"--help", kSwitch, kAll, "-h"},
   };
   return kRules;
+}
+
+/// `name` is the option that selects the task.
+void Select(Task task, std::string_view name, CommandLine& line, Options& options) {
+  options.task = task;
+  line.AllowOnly(Bit(task), name);
 }
 
 /// How many versions pruning keeps, or would keep; 0 without pruning.
@@ -171,14 +182,12 @@ void ReadCheck(CommandLine& line, Options& options) {
   const std::vector<std::string> place = line.List("--check");
   const std::size_t scheme = place.empty() ? std::string::npos : place.front().find("://");
   if (scheme == std::string::npos) {
-    options.task = Options::Task::kCheck;
-    line.AllowOnly(kCheck, "--check of a folder");
+    Select(Task::kCheck, "--check of a folder", line, options);
     options.www = line.Path("--check");
     if (line.Has("--signed-by")) options.publicKey = line.List("--signed-by").front();
     return;
   }
-  options.task = Options::Task::kCheckServer;
-  line.AllowOnly(kCheckServer, "--check of a server");
+  Select(Task::kCheckServer, "--check of a server", line, options);
   std::string url = place.front();
   if (url.ends_with('/')) url.pop_back();
   if (url.find_first_of("/?#", scheme + 3) != std::string::npos) {
@@ -190,8 +199,7 @@ void ReadCheck(CommandLine& line, Options& options) {
 }
 
 void ReadListUpload(CommandLine& line, Options& options) {
-  options.task = Options::Task::kListUpload;
-  line.AllowOnly(kListUpload, "--list-upload");
+  Select(Task::kListUpload, "--list-upload", line, options);
   options.www = line.Path("--out");
   options.since = line.Number("--list-upload", kAny, 0).value_or(0);
 }
@@ -206,31 +214,28 @@ Options ReadOptions(std::vector<std::string> arguments) {
   // Not from `line`, which stops at an error: a script needs the error as JSON too.
   options.json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   if (line.Has("--help")) {
-    options.task = Options::Task::kHelp;
+    options.task = Task::kHelp;
   } else if (line.Has("--check")) {
     ReadCheck(line, options);
   } else if (line.Has("--list-upload")) {
     ReadListUpload(line, options);
   } else if (line.Has("--keygen")) {
-    options.task = Options::Task::kKeygen;
-    line.AllowOnly(kKeygen, "keygen");
+    Select(Task::kKeygen, "keygen", line, options);
     options.keyFile = line.Path("--keygen");
   } else if (line.Has("--status")) {
-    options.task = Options::Task::kStatus;
-    line.AllowOnly(kStatus, "--status");
+    Select(Task::kStatus, "--status", line, options);
     options.www = line.Path("--out");
     options.keep = ReadKeep(line);
   } else if (line.Has("--live")) {
-    options.task = Options::Task::kGoLive;
-    line.AllowOnly(kGoLive, "--live");
+    Select(Task::kGoLive, "--live", line, options);
     ReadGoLive(line, options.goLive);
   } else if (line.Has("--prune") && !line.Has("--client") && !line.Has("--version")) {
-    options.task = Options::Task::kPrune;
-    line.AllowOnly(kPrune, "--prune without --client");
+    Select(Task::kPrune, "--prune without --client", line, options);
     options.www = line.Path("--out");
     options.keep = ReadKeep(line);
   } else {
     ReadPublish(line, options.publish);
+    Select(Task::kPublish, "publishing", line, options);
   }
   options.error = line.Error();
   return options;

@@ -130,15 +130,15 @@ void Dispatcher::SaveOptions(const MiniJson::Value& request) {
   const MiniJson::Value* values = request.Find("values");
   // The values say this too, since a second click may send a request before the page has received the new
   // values.
-  const bool blind = values != nullptr && (formIsBlind_ || AreFromBlindMessage(*values));
-  const bool ok = values != nullptr && !blind && operations_.saveOptions(SettingsPath(), *values);
+  const bool areDefaults = values != nullptr && (formHasDefaults_ || AreDefaultsForUnreadableFile(*values));
+  const bool ok = values != nullptr && !areDefaults && operations_.saveOptions(SettingsPath(), *values);
   host_.SendToPage(BuildOptionsSavedMessage(ok));
-  if (ok || blind) PushOptions();
+  if (ok || areDefaults) PushOptions();
 }
 
 void Dispatcher::PushOptions() {
   const OptionsMessage message = operations_.buildOptionsMessage(SettingsPath());
-  formIsBlind_ = message.blind;
+  formHasDefaults_ = message.unreadable;
   host_.SendToPage(message.text);
 }
 

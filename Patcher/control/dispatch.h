@@ -73,7 +73,7 @@ class Dispatcher {
   OperationGuard guard_;
   bool canPlay_ = false;
   bool ending_ = false;
-  bool formIsBlind_ = false;  // the values in the page's form come from a blind message
+  bool formHasDefaults_ = false;  // the page's form has defaults, since the settings file was unreadable
 };
 
 }  // namespace patcher

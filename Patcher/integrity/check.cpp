@@ -115,7 +115,7 @@ class CheckOperation {
   /// False, after a status line and without deleting a file, if another launcher uses the directory for too
   /// long or if the record cannot be changed.
   bool Discard(const CheckResult& result) {
-    // Raises if the system has no SHA-256. Without it the run could neither prove nor fetch a file.
+    // Raises if the system has no SHA-256. Without it the run could neither verify nor fetch a file.
     const Sha256 provider;
     const InstallLock lock(window_, stages_.lockPatience);
     if (!lock.IsTaken()) return false;

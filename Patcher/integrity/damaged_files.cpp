@@ -42,9 +42,9 @@ bool DiscardDamagedFiles(const CheckResult& result) {
   for (const std::string& path : result.samples) record.Forget(path);
   // Saved before any file is deleted: after a crash the record must not name deleted files.
   if (!record.Save()) return false;
-  const std::unordered_set<std::string_view> unproven(result.unproven.begin(), result.unproven.end());
+  const std::unordered_set<std::string_view> unexamined(result.unexamined.begin(), result.unexamined.end());
   for (const std::string& path : result.samples) {
-    if (unproven.count(path) == 0) DeleteListedFile(path);
+    if (unexamined.count(path) == 0) DeleteListedFile(path);
   }
   return true;
 }

@@ -26,7 +26,7 @@ void RetainedCheck::Store(const CheckResult& result, std::int32_t version) {
   const platform::MutexLock guard(lock_);
   valid_ = false;  // until the copy is complete
   paths_ = result.samples;
-  unproven_ = result.unproven;
+  unexamined_ = result.unexamined;
   missing_ = result.missing;
   corrupt_ = result.corrupt;
   manifestVersion_ = version;
@@ -37,7 +37,7 @@ bool RetainedCheck::Recall(const PatchManifest& manifest, CheckResult& result) c
   const platform::MutexLock guard(lock_);
   if (!valid_ || manifestVersion_ != manifest.version) return false;
   result.samples = paths_;
-  result.unproven = unproven_;
+  result.unexamined = unexamined_;
   result.missing = missing_;
   result.corrupt = corrupt_;
   result.total = static_cast<std::int32_t>(manifest.files.size());

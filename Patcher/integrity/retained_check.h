@@ -32,7 +32,7 @@ class RetainedCheck {
   bool valid_ PATCHER_GUARDED_BY(lock_) = false;
   std::int32_t manifestVersion_ PATCHER_GUARDED_BY(lock_) = 0;
   std::vector<std::string> paths_ PATCHER_GUARDED_BY(lock_);
-  std::vector<std::string> unproven_ PATCHER_GUARDED_BY(lock_);
+  std::vector<std::string> unexamined_ PATCHER_GUARDED_BY(lock_);
   std::int32_t missing_ PATCHER_GUARDED_BY(lock_) = 0;
   std::int32_t corrupt_ PATCHER_GUARDED_BY(lock_) = 0;
 };

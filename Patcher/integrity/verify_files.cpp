@@ -28,7 +28,7 @@ enum class Outcome { kCorrect, kMissing, kDamaged };
 
 struct Verdict {
   Outcome outcome;
-  bool proven = true;  ///< false: the file could not be examined, so its content is unknown
+  bool examined = true;  ///< false: the file could not be examined, so its content is unknown
 };
 
 /// The verdict on a file that could not be opened for reading.
@@ -77,7 +77,7 @@ class Pass {
       ++(verdict.outcome == Outcome::kMissing ? missing_ : corrupt_);
       bytes_ += file.size;
       samples_.push_back(file.path);
-      if (!verdict.proven) unproven_.push_back(file.path);
+      if (!verdict.examined) unexamined_.push_back(file.path);
     }
     Report(file, ++done_);
   }
@@ -85,10 +85,10 @@ class Pass {
   /// Called after the workers have ended.
   void MoveResult(CheckResult& result) {
     const platform::MutexLock guard(lock_);
-    result = {total_, ok_, missing_, corrupt_, bytes_, std::move(samples_), std::move(unproven_)};
+    result = {total_, ok_, missing_, corrupt_, bytes_, std::move(samples_), std::move(unexamined_)};
     // The workers append in any order. Sorted lists are the same each time.
     std::sort(result.samples.begin(), result.samples.end());
-    std::sort(result.unproven.begin(), result.unproven.end());
+    std::sort(result.unexamined.begin(), result.unexamined.end());
   }
 
  private:
@@ -117,7 +117,7 @@ class Pass {
   std::int32_t done_ PATCHER_GUARDED_BY(lock_) = 0;
   std::uint64_t bytes_ PATCHER_GUARDED_BY(lock_) = 0;
   std::vector<std::string> samples_ PATCHER_GUARDED_BY(lock_);
-  std::vector<std::string> unproven_ PATCHER_GUARDED_BY(lock_);
+  std::vector<std::string> unexamined_ PATCHER_GUARDED_BY(lock_);
 };
 
 }  // namespace

@@ -17,7 +17,7 @@ namespace {
 using platform::ScreenSize;
 
 constexpr char kResolutionKey[] = "resolution";
-constexpr char kBlindMember[] = "iniUnread";
+constexpr char kUnreadableMember[] = "iniUnread";
 
 // The smallest and largest sizes that the game accepts.
 constexpr ScreenSize kSmallest{640, 480};
@@ -66,7 +66,7 @@ std::string Values(const SettingsFile& file, const ScreenSize& size) {
     return Member(row.id, std::to_string(OptionToPage(row, file.GetInt(row.iniKey, row.def))));
   };
   const auto tune = [&](const TuneDef& row) { return Member(row.key, TuneFormat(TuneRead(file, row))); };
-  return (file.unreadable ? Member(kBlindMember, "1") + ',' : "") +
+  return (file.unreadable ? Member(kUnreadableMember, "1") + ',' : "") +
          Member("resWidth", std::to_string(size.width)) + ',' +
          Member("resHeight", std::to_string(size.height)) + ',' + Joined(GameOptions::kDefs, option) + ',' +
          Joined(DX11TuneKeys, tune);
@@ -108,7 +108,9 @@ OptionsMessage BuildOptionsMessage(const std::filesystem::path& path) {
   return {{text.begin(), text.end()}, file.unreadable};
 }
 
-bool AreFromBlindMessage(const MiniJson::Value& values) { return values.Find(kBlindMember) != nullptr; }
+bool AreDefaultsForUnreadableFile(const MiniJson::Value& values) {
+  return values.Find(kUnreadableMember) != nullptr;
+}
 
 bool SaveOptions(const std::filesystem::path& path, const MiniJson::Value& values) {
   SettingsFile file;

@@ -9,17 +9,18 @@ namespace patcher {
 
 struct OptionsMessage {
   std::u16string text;
-  bool blind = false;  ///< the settings file exists but could not be read: the values are defaults
+  bool unreadable = false;  ///< the settings file exists but could not be read: the values are defaults
 };
 
 /// Builds the "options" message: whether the settings file could be read, the screen sizes to offer, the
-/// table of render settings, and all values in the page's form. The values of a blind message have an
-/// additional member, which the page sends back. `path` is the settings file. Main thread; waits like
-/// SettingsFile::Load.
+/// table of render settings, and all values in the page's form. If the file is unreadable, the values are
+/// defaults with an additional member, which the page sends back. `path` is the settings file. Main thread;
+/// waits like SettingsFile::Load.
 OptionsMessage BuildOptionsMessage(const std::filesystem::path& path);
 
-/// Whether the page got these values from a blind message. Saving them would overwrite the real values.
-bool AreFromBlindMessage(const MiniJson::Value& values);
+/// Whether the page got these values since the file was unreadable. Saving them would overwrite the real
+/// values.
+bool AreDefaultsForUnreadableFile(const MiniJson::Value& values);
 
 /// Merges the page's values into the settings file on the disk. The line of a value that the page did not
 /// send stays unchanged. A value that is not a number becomes the option's default. A screen size that is out

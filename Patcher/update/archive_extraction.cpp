@@ -1,6 +1,5 @@
 #include "update/archive_extraction.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -10,62 +9,21 @@
 #include <unordered_set>
 #include <vector>
 
-#include <miniz.h>
-
 #include "platform/links.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/debug_log.h"
 #include "transport/file_download.h"
 #include "update/archive_directory.h"
+#include "update/archive_reader.h"
 
 namespace patcher {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mz_uint kMaxNameSize = 1024;
 /// A batch ends with the entry that reaches this number of unpacked bytes.
 constexpr std::uint64_t kBatchBytes = 1 << 20;
-
-/// An open ZIP reader, for one thread. The caller has checked the archive's directory.
-class ZipReader {
- public:
-  explicit ZipReader(const fs::path& archive) {
-    mz_zip_zero_struct(&zip_);
-    // No entry is looked up by name, and sorting takes ten times as long as reading.
-    open_ = mz_zip_reader_init_file(&zip_, platform::Utf8FromPath(archive).c_str(),
-                                    MZ_ZIP_FLAG_DO_NOT_SORT_CENTRAL_DIRECTORY) != 0;
-  }
-  ~ZipReader() {
-    if (open_) mz_zip_reader_end(&zip_);
-  }
-  ZipReader(const ZipReader&) = delete;
-  ZipReader& operator=(const ZipReader&) = delete;
-
-  bool IsOpen() const { return open_; }
-  mz_uint EntryCount() { return mz_zip_reader_get_num_files(&zip_); }
-  bool IsDirectory(mz_uint entry) { return mz_zip_reader_is_file_a_directory(&zip_, entry) != 0; }
-
-  std::string Name(mz_uint entry) {
-    std::array<char, kMaxNameSize> name{};
-    mz_zip_reader_get_filename(&zip_, entry, name.data(), kMaxNameSize);
-    return name.data();
-  }
-
-  std::uint64_t UnpackedSize(mz_uint entry) {
-    mz_zip_archive_file_stat stat;
-    return mz_zip_reader_file_stat(&zip_, entry, &stat) != 0 ? stat.m_uncomp_size : 0;
-  }
-
-  bool Extract(mz_uint entry, const fs::path& place) {
-    return mz_zip_reader_extract_to_file(&zip_, entry, platform::Utf8FromPath(place).c_str(), 0) != 0;
-  }
-
- private:
-  mz_zip_archive zip_;
-  bool open_ = false;
-};
 
 bool NameStaysInside(const std::string& name) {
   const bool absolute = name.front() == '/' || name.front() == '\\';
@@ -81,17 +39,17 @@ struct Batch {
 };
 
 struct WantedEntries {
-  std::vector<mz_uint> entries;   ///< in the archive's order
-  std::vector<Batch> batches;     ///< of all entries, in order
-  bool hasRepeatedNames = false;  ///< two entries have the same name
+  std::vector<std::uint32_t> entries;  ///< in the archive's order
+  std::vector<Batch> batches;          ///< of all entries, in order
+  bool hasRepeatedNames = false;       ///< two entries have the same name
 };
 
-WantedEntries ListWanted(ZipReader& zip, const std::function<bool(std::string_view path)>& wanted) {
+WantedEntries ListWanted(ArchiveReader& zip, const std::function<bool(std::string_view path)>& wanted) {
   WantedEntries list;
   std::unordered_set<std::string> names;
   std::string directory;  // of the last batch
   std::uint64_t bytes = 0;
-  for (mz_uint entry = 0; entry < zip.EntryCount(); ++entry) {
+  for (std::uint32_t entry = 0; entry < zip.EntryCount(); ++entry) {
     if (zip.IsDirectory(entry)) continue;
     std::string name = zip.Name(entry);
     if (name.empty() || !NameStaysInside(name) || !wanted(name)) continue;
@@ -110,7 +68,7 @@ WantedEntries ListWanted(ZipReader& zip, const std::function<bool(std::string_vi
   return list;
 }
 
-bool ExtractEntry(ZipReader& zip, mz_uint entry) {
+bool ExtractEntry(ArchiveReader& zip, std::uint32_t entry) {
   try {
     const fs::path place = ExeDir() / platform::PathFromBytes(zip.Name(entry));
     std::error_code ignored;
@@ -136,7 +94,7 @@ class Extraction {
         // Two threads must not write the same file, and the later entry must win.
         canBeHelped_(!wanted.hasRepeatedNames) {}
 
-  void Run(ZipReader& zip) {
+  void Run(ArchiveReader& zip) {
     threads_.Join();
     do {
       InviteHelpers();
@@ -146,7 +104,7 @@ class Extraction {
   }
 
   /// Called after Run. The first entry that failed, or null.
-  const mz_uint* FirstFailure() const {
+  const std::uint32_t* FirstFailure() const {
     return firstFailed_ != kNone ? &wanted_.entries[firstFailed_] : nullptr;
   }
 
@@ -166,7 +124,7 @@ class Extraction {
 
   void Help() {
     try {
-      ZipReader zip(archive_);
+      ArchiveReader zip(archive_);
       // If a helper cannot open the archive, the other threads do the work.
       if (!zip.IsOpen()) canBeHelped_ = false;
       while (zip.IsOpen() && !threads_.AreTooMany() && ExtractBatch(zip)) {
@@ -179,7 +137,7 @@ class Extraction {
   }
 
   /// False if there is no batch left or an entry has failed.
-  bool ExtractBatch(ZipReader& zip) {
+  bool ExtractBatch(ArchiveReader& zip) {
     if (firstFailed_ != kNone) return false;
     const std::size_t batch = nextBatch_++;
     if (batch >= wanted_.batches.size()) return false;
@@ -223,7 +181,7 @@ bool ExtractArchive(const fs::path& archive, const std::function<bool(std::strin
                     ExtractingThreads& threads, std::string& failure) {
   failure = "archive illisible";
   if (!ArchiveDirectoryIsSound(archive)) return false;
-  ZipReader zip(archive);
+  ArchiveReader zip(archive);
   if (!zip.IsOpen()) return false;
   const WantedEntries list = ListWanted(zip, wanted);
   Extraction extraction(archive, list, threads);

@@ -90,7 +90,7 @@ const LocalState& LocalRecord::State() {
   return state_;
 }
 
-bool LocalRecord::IsUnread() const {
+bool LocalRecord::IsUnreadable() const {
   std::error_code error;
   return (document_ != nullptr ? document_->files.empty() : state_.empty()) &&
          std::filesystem::symlink_status(path_, error).type() != std::filesystem::file_type::not_found;

@@ -46,7 +46,7 @@ class LocalRecord {
   const LocalState& State();
 
   /// Whether the file exists but nothing could be read from it, for example because another program holds it.
-  bool IsUnread() const;
+  bool IsUnreadable() const;
   void Enter(const std::string& path, const std::string& digest);
   void Forget(std::string_view path);
 

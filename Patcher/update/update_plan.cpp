@@ -136,7 +136,7 @@ std::size_t FindWantedFiles(RunState& run) {
   return correctFiles.size();
 }
 
-bool ChooseBundles(RunState& run) {
+bool ChooseArchives(RunState& run) {
   for (const PatchFile* file : run.wanted) run.wantedPaths.insert(run.wantedPaths.end(), file->path);
   std::vector<const PatchBundle*> archives;
   for (const PatchBundle& bundle : run.manifest.bundles) archives.push_back(&bundle);

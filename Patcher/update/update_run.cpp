@@ -133,13 +133,13 @@ class Steps {
       Status(std::to_string(correctFiles) + " fichier(s) deja corrects retrouves sur le disque.");
     const bool hasForgotten = ForgetWantedFiles(run_);
     const platform::MutexLock guard(run_.stateLock);
-    const bool isCurrent = correctFiles == 0 && !hasForgotten && !run_.record.IsUnread();
+    const bool isCurrent = correctFiles == 0 && !hasForgotten && !run_.record.IsUnreadable();
     return isCurrent || run_.record.Save() || run_.wanted.empty();
   }
 
   /// False if the whole stage failed. If one archive fails, the next stage downloads its files.
   bool FetchArchives() {
-    if (!ChooseBundles(run_)) {
+    if (!ChooseArchives(run_)) {
       Status(std::to_string(run_.wanted.size()) + " fichier(s) a telecharger...");
       return true;
     }

@@ -41,7 +41,7 @@ struct CheckResult {
   std::vector<std::string> samples;  ///< every missing or damaged path, sorted by bytes
   /// The paths among `samples` whose files could not be examined, so their content is unknown. Not part of
   /// the message.
-  std::vector<std::string> unproven = {};
+  std::vector<std::string> unexamined = {};
 };
 
 /// The most paths of CheckResult::samples that a check message contains.

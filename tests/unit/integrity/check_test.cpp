@@ -33,7 +33,7 @@ TEST(VerifyFilesTest, EveryFileGetsOneVerdict) {
   EXPECT_TRUE(result.missing == 4 && result.corrupt == 4) << result.missing << ", " << result.corrupt;
   std::error_code error;
   const bool isKnown = fs::status(game / tooLong, error).type() == fs::file_type::not_found;  // on Windows
-  EXPECT_EQ(result.unproven, isKnown ? std::vector<std::string>() : std::vector<std::string>{tooLong});
+  EXPECT_EQ(result.unexamined, isKnown ? std::vector<std::string>() : std::vector<std::string>{tooLong});
   EXPECT_EQ(result.samples, (std::vector<std::string>{"absent", "capitals", "changed", "folder", "good/below",
                                                       tooLong, "short", "\xff"}));
 }
