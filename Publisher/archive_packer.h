@@ -16,8 +16,8 @@ class ArchivePacker {
   /// The data of an entry, valid until the next call.
   struct Entry {
     std::span<const char> bytes;
-    bool deflated = false;  ///< false: `bytes` is the content itself
-    std::uint32_t crc32 = 0;
+    bool deflated = false;       ///< false: `bytes` is the content itself
+    std::uint32_t checksum = 0;  ///< CRC-32 of the content
   };
 
   ArchivePacker();

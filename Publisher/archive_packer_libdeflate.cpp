@@ -74,7 +74,7 @@ std::optional<ArchivePacker::Entry> ArchivePacker::Pack(const fs::path& file, st
   entry.deflated = packedSize != 0;
   entry.bytes =
       entry.deflated ? std::span<const char>(packed, packedSize) : std::span<const char>(content, count);
-  entry.crc32 = libdeflate_crc32(0, content, count);
+  entry.checksum = libdeflate_crc32(0, content, count);
   return entry;
 }
 

@@ -120,7 +120,7 @@ class Writer {
     const bool added =
         entry.deflated
             ? mz_zip_writer_add_mem_ex(&zip_, name.c_str(), entry.bytes.data(), entry.bytes.size(), nullptr,
-                                       0, MZ_ZIP_FLAG_COMPRESSED_DATA, size, entry.crc32) != 0
+                                       0, MZ_ZIP_FLAG_COMPRESSED_DATA, size, entry.checksum) != 0
             : mz_zip_writer_add_mem(&zip_, name.c_str(), entry.bytes.data(), entry.bytes.size(), kStored) !=
                   0;
     Require(added, archive_);
