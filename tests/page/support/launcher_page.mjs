@@ -1,35 +1,33 @@
-// The launcher's page in a real browser, with a bridge in the place of the web view's host.
-import { EventEmitter, once } from "node:events";
+// Tests with the launcher's page in a real browser, with a bridge in the place of the web view's host.
+import assert from "node:assert/strict";
 import { existsSync, readFileSync } from "node:fs";
-import { mkdir } from "node:fs/promises";
 import path from "node:path";
+import { after, before, test } from "node:test";
 import { fileURLToPath } from "node:url";
 import { chromium } from "playwright-core";
 
-export const root = fileURLToPath(new URL("../../../", import.meta.url));
-const html = readFileSync(path.join(root, "build/linux/Patcher/generated/page/launcher.html"), "utf8");
+const root = fileURLToPath(new URL("../../../", import.meta.url));
+export const read = (file) => readFileSync(path.join(root, file), "utf8");
+const html = read("build/linux/Patcher/generated/page/launcher.html");
 const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
 const pageUrl = "https://launcher.invalid/";
-
 const browserArguments = ["--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-background-networking",
   "--disable-component-update", "--disable-sync"];
 let browser;
 
-export async function startBrowser() {
+before(async () => {
   browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: browserArguments,
     ignoreDefaultArgs: ["--hide-scrollbars"] });
-}
-
-export async function stopBrowser() {
-  await browser.close();
-}
+});
+after(() => browser.close());
 
 // In the page, before its own script runs.
 function installBridge() {
   const listeners = [];
+  window.hostReceived = [];
   window.chrome = window.chrome || {};
   window.chrome.webview = {
-    postMessage: (message) => window.hostReceives(message),
+    postMessage: (text) => window.hostReceived.push(JSON.parse(text)),
     addEventListener: (type, listener) => listeners.push(listener),
   };
   window.hostSends = (texts) => {
@@ -37,33 +35,22 @@ function installBridge() {
   };
 }
 
-// Resolves when what the page holds now has been drawn.
-export function nextFrame(page) {
-  return page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
-}
-
-export class LauncherPage {
-  // What the page asked the host for, parsed, in order.
-  requests = [];
+class LauncherPage {
   // Errors of the page and requests that it must not make.
   problems = [];
-  #events = new EventEmitter();
 
-  static async open({ width = 1280, height = 800, scale = 1, reducedMotion = "reduce", timezone, ...themes } = {}) {
-    const launcher = new LauncherPage();
-    launcher.context = await browser.newContext({ viewport: { width, height }, deviceScaleFactor: scale, reducedMotion,
-      locale: "fr-FR", timezoneId: timezone, ...themes });
-    await launcher.context.route("**/*", (route) => launcher.#answer(route));
-    await launcher.context.exposeFunction("hostReceives", (text) => launcher.#receive(text));
-    await launcher.context.addInitScript(installBridge);
-    launcher.page = await launcher.context.newPage();
-    launcher.page.setDefaultTimeout(120000);
-    launcher.page.on("pageerror", (error) => launcher.problems.push(String(error)));
-    launcher.page.on("console", (message) => {
-      if (message.type() === "error") launcher.problems.push(message.text());
+  async open(options) {
+    this.context = await browser.newContext({ viewport: { width: 1280, height: 800 }, reducedMotion: "reduce", locale: "fr-FR",
+      ...options });
+    await this.context.route("**/*", (route) => this.#answer(route));
+    await this.context.addInitScript(installBridge);
+    this.page = await this.context.newPage();
+    this.page.setDefaultTimeout(120000);
+    this.page.on("pageerror", (error) => this.problems.push(String(error)));
+    this.page.on("console", (message) => {
+      if (message.type() === "error") this.problems.push(message.text());
     });
-    await launcher.page.goto(pageUrl, { waitUntil: "load" });
-    return launcher;
+    await this.page.goto(pageUrl, { waitUntil: "load" });
   }
 
   #answer(route) {
@@ -75,26 +62,21 @@ export class LauncherPage {
     return route.abort();
   }
 
-  #receive(text) {
-    const request = JSON.parse(text);
-    this.requests.push(request);
-    this.#events.emit(["asked", request.action, request.url].join(" ").trim());
-  }
-
-  // Hands messages to the page as the host does.
+  // Hands messages to the page as the host does. Returns when what they change is drawn.
   send(...messages) {
-    return this.page.evaluate((texts) => window.hostSends(texts), messages.map((message) => JSON.stringify(message)));
+    return this.page.evaluate((texts) => {
+      window.hostSends(texts);
+      return new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)));
+    }, messages.map((message) => JSON.stringify(message)));
   }
 
-  // Does something, and waits for what comes of it: "asked ACTION [URL]", a request of the page.
-  async until(what, steps) {
-    const happened = once(this.#events, what);
-    await steps();
-    await happened;
+  // What the page has asked the host for, in order.
+  requests() {
+    return this.page.evaluate(() => window.hostReceived);
   }
 
-  actions() {
-    return this.requests.map((request) => request.action);
+  async actions() {
+    return (await this.requests()).map((request) => request.action);
   }
 
   text(id) {
@@ -105,19 +87,26 @@ export class LauncherPage {
     return Promise.all(ids.map((id) => this.text(id)));
   }
 
-  async open(tab) {
-    await this.page.locator(".nav-item", { hasText: tab }).click();
+  select(tab) {
+    return this.page.locator(".nav-item", { hasText: tab }).click();
   }
+}
 
-  async screenshot(name) {
-    const directory = path.join(root, "build/page-screenshots");
-    await mkdir(directory, { recursive: true });
-    const file = path.join(directory, name.replace(/[^\w.-]+/g, "-") + ".png");
-    await this.page.screenshot({ path: file });
-    return file;
-  }
-
-  async close() {
-    await this.context.close();
-  }
+// A test with a page. A failure leaves a screenshot. Options: those of the browser's context.
+export function journey(name, options, steps) {
+  test(name, { timeout: 300000 }, async () => {
+    const launcher = new LauncherPage();
+    try {
+      await launcher.open(options);
+      await steps(launcher);
+      assert.deepEqual(launcher.problems, []);
+    } catch (error) {
+      const file = path.join(root, "build/page-screenshots", name.replace(/[^\w.-]+/g, "-") + ".png");
+      await launcher.page?.screenshot({ path: file }).catch(() => {});
+      error.message += "\nscreenshot: " + file;
+      throw error;
+    } finally {
+      await launcher.context?.close();
+    }
+  });
 }
