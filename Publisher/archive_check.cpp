@@ -27,7 +27,7 @@ std::string EntryDigest(ArchiveReader& archive, std::uint32_t entry, FileHasher&
 
 std::vector<std::string> ArchiveFindings(const fs::path& archive,
                                          const std::vector<const PatchFile*>& expected, FileHasher& hasher) {
-  const std::vector<std::string> unreadable = {"is no readable ZIP archive"};
+  const std::vector<std::string> unreadable = {"is not a readable ZIP archive"};
   if (!ArchiveDirectoryIsSound(archive)) return unreadable;
   ArchiveReader reader(archive);
   if (!reader.IsOpen()) return unreadable;
@@ -38,19 +38,19 @@ std::vector<std::string> ArchiveFindings(const fs::path& archive,
     const std::string name = reader.Name(entry);
     const auto file = missing.find(name);
     if (file == missing.end()) {
-      findings.push_back("holds the entry " + name + ", which is not listed or is there twice");
+      findings.push_back("contains the entry " + name + ", which is not listed or is there twice");
       continue;
     }
     const std::string digest = EntryDigest(reader, entry, hasher);
     if (digest.empty()) {
-      findings.push_back("holds the entry " + name + ", which cannot be extracted");
+      findings.push_back("contains the entry " + name + ", which cannot be extracted");
     } else if (digest != file->second->sha256) {
-      findings.push_back("holds the entry " + name + " with another content");
+      findings.push_back("contains the entry " + name + " with another content");
     }
     missing.erase(file);
   }
   for (const PatchFile* file : expected) {
-    if (missing.count(file->path) != 0) findings.push_back("lacks the entry " + file->path);
+    if (missing.count(file->path) != 0) findings.push_back("does not contain the entry " + file->path);
   }
   return findings;
 }

@@ -33,9 +33,9 @@ bool IsDeviceName(std::string_view component) {
 std::string ComponentProblem(std::string_view component) {
   if (component.empty()) return "has an empty component";
   for (const char byte : component) {
-    if (static_cast<unsigned char>(byte) < 32) return "holds a control character";
+    if (static_cast<unsigned char>(byte) < 32) return "contains a control character";
     if (std::string_view("<>:\"|?*\\").find(byte) != std::string_view::npos) {
-      return std::string("holds the character ") + byte + ", which Windows does not allow";
+      return std::string("contains the character ") + byte + ", which Windows does not allow";
     }
   }
   if (component.back() == '.' || component.back() == ' ') {
@@ -58,7 +58,7 @@ void ForEachDirectory(std::string_view path, Visitor visit) {
 
 std::string NameProblem(std::string_view path) {
   if (path.empty()) return "is empty";
-  if (!IsUtf8(path)) return "is no UTF-8";
+  if (!IsUtf8(path)) return "is not UTF-8";
   std::string_view rest = path;
   for (bool more = true; more;) {
     const std::size_t end = rest.find('/');
@@ -72,13 +72,13 @@ std::string NameProblem(std::string_view path) {
 
 bool BelongsToInstallation(std::string_view path, bool isDirectory) {
   const bool topLevel = path.find('/') == std::string_view::npos;
+  const bool isTheirs =
+      topLevel && (HoldsName(kLauncherWorkFiles, path) || HoldsName(kLauncherPrograms, path) ||
+                   HoldsName(kOtherFiles, path) || HoldsName(kPlayerFiles, path));
+  if (isTheirs) return true;
   if (isDirectory) return topLevel && HoldsName(kPlayerDirectories, path);
   const std::string name = FoldCase(path);
-  if (name.ends_with(".part")) return true;
-  if (!topLevel) return false;
-  return HoldsName(kLauncherWorkFiles, path) || HoldsName(kLauncherPrograms, path) ||
-         HoldsName(kOtherFiles, path) || HoldsName(kPlayerFiles, path) || name.ends_with(".old") ||
-         name.starts_with("_bundle");
+  return name.ends_with(".part") || (topLevel && (name.ends_with(".old") || name.starts_with("_bundle")));
 }
 
 bool IsLongForWindows(std::string_view path) { return path.size() > kLongPath; }

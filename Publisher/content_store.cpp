@@ -109,7 +109,7 @@ fs::path ContentStore::WorkFile(std::string_view key) const { return work_ / pla
 void ContentStore::PutInPlace(const fs::path& workFile, const fs::path& place) const {
   SetPermissions(workFile, kServedFile);
   if (const int error = platform::FlushToDisk(workFile); error != 0) {
-    throw FileError("cannot bring to the disk", workFile, SystemReason(error));
+    throw FileError("cannot flush", workFile, SystemReason(error));
   }
   MakeServedFolder(place.parent_path());
   const int error = RetryWhileHeld([&] { return platform::MoveReplacing(workFile, place, false); });
@@ -129,7 +129,7 @@ void ContentStore::WriteDocument(const fs::path& place, std::string_view text) c
 void ContentStore::FlushFolder(const fs::path& folder) const {
   const int error = platform::FlushDirectory(folder);
   if (error != 0 && !HasNoSuchCall(SystemReason(error))) {
-    throw FileError("cannot bring to the disk", folder, SystemReason(error));
+    throw FileError("cannot flush", folder, SystemReason(error));
   }
 }
 

@@ -17,8 +17,12 @@ void CheckFile(const PatchFile& file, Findings& findings) {
   const std::string subject = "file " + file.path;
   const std::string problem = NameProblem(file.path);
   if (!problem.empty()) findings.Add(subject, "its path " + problem);
-  if (BelongsToInstallation(file.path, false)) findings.Add(subject, "it is an installation's own");
-  if (!IsDigest(file.sha256)) findings.Add(subject, "its digest is no lower-case SHA-256");
+  const std::size_t slash = file.path.find('/');
+  if (BelongsToInstallation(file.path, false) ||
+      (slash != std::string::npos && BelongsToInstallation(file.path.substr(0, slash), true))) {
+    findings.Add(subject, "this name belongs to the launcher or the player");
+  }
+  if (!IsDigest(file.sha256)) findings.Add(subject, "its digest is not a lower-case SHA-256");
   if (file.url.empty() || !StaysInside(file.url)) findings.Add(subject, "it has no name below /patch/");
 }
 
@@ -41,7 +45,7 @@ void CheckArchives(const Publication& publication, Findings& findings) {
   for (const PublishedArchive& archive : publication.archives) {
     const PatchBundle& bundle = archive.bundle;
     const std::string subject = "archive " + bundle.name;
-    if (!IsDigest(bundle.sha256)) findings.Add(subject, "its digest is no lower-case SHA-256");
+    if (!IsDigest(bundle.sha256)) findings.Add(subject, "its digest is not a lower-case SHA-256");
     if (!StaysInside(bundle.name)) findings.Add(subject, "it has no name below /patch/");
     for (const std::string& path : bundle.files) {
       const auto [owner, added] = owners.emplace(path, bundle.name);
@@ -49,7 +53,7 @@ void CheckArchives(const Publication& publication, Findings& findings) {
         findings.Add(subject, "it lists " + path + ", which " + std::string(owner->second) + " lists too");
       }
       if (files.count(path) == 0) {
-        findings.Add(subject, "it lists " + path + ", which is no file of the manifest");
+        findings.Add(subject, "it lists " + path + ", which is not in the manifest");
       }
       if (!MayBeInArchive(path)) findings.Add(subject, "launchers do not extract " + path);
     }

@@ -14,7 +14,7 @@
 namespace patcher::publisher {
 namespace {
 
-constexpr std::size_t kMaxEarlierVersions = 5;
+constexpr std::size_t kMaxOtherVersions = 5;
 
 std::string Line(const DownloadRow& row) {
   const std::string who = row.version == 0 ? "new" : "from version " + std::to_string(row.version);
@@ -55,13 +55,13 @@ DownloadCost CostOfUpdate(const Publication& current, const PatchManifest* insta
 std::vector<DownloadRow> DownloadRows(const ContentStore& store, const History& history,
                                       const Publication& current) {
   std::vector<DownloadRow> rows{{0, CostOfUpdate(current, nullptr)}};
-  std::size_t earlierVersions = 0;
+  std::size_t otherVersions = 0;
   for (const PublishedVersion& version : history) {
-    if (version.version >= current.manifest.version || version.held) continue;
-    if (++earlierVersions > kMaxEarlierVersions) break;
+    if (version.version == current.manifest.version || version.held) continue;
+    if (++otherVersions > kMaxOtherVersions) break;
     if (!version.problem.empty()) continue;
-    const Publication earlier = ReadCopy(store, version.version);
-    rows.push_back({version.version, CostOfUpdate(current, &earlier.manifest)});
+    const Publication other = ReadCopy(store, version.version);
+    rows.push_back({version.version, CostOfUpdate(current, &other.manifest)});
   }
   return rows;
 }

@@ -72,10 +72,10 @@ std::string ChangesText(const VersionChanges& changes) {
 }
 
 std::string UploadText(const Upload& upload, const ArchiveForecast& forecast) {
-  std::string text = "to upload: " + std::to_string(upload.contents.files) + " contents, " +
-                     ReadableBytes(upload.contents.bytes);
+  std::string text =
+      "to upload: " + Counted(upload.contents.files, "content") + ", " + ReadableBytes(upload.contents.bytes);
   if (upload.archives > 0) {
-    text += "; " + std::to_string(upload.archives) + " archives, about " + ReadableBytes(upload.archiveBytes);
+    text += "; " + Counted(upload.archives, "archive") + ", about " + ReadableBytes(upload.archiveBytes);
   }
   if (upload.launcherBytes > 0) text += "; launcher, " + ReadableBytes(upload.launcherBytes);
   text += "; manifest, " + ReadableBytes(upload.manifestBytes) + "; in all " +
@@ -133,7 +133,7 @@ void ReportDryRun(DryRun run, Report& report) {
   report.Line(
       "version " + std::to_string(next.manifest.version) +
       (run.previous != nullptr ? " after version " + std::to_string(run.previous->manifest.version) : "") +
-      ": " + std::to_string(next.manifest.files.size()) + " files");
+      ": " + Counted(next.manifest.files.size(), "file"));
   report.Line(ChangesText(changes));
   report.Line(UploadText(upload, forecast));
   report.Line(DownloadTable(rows));

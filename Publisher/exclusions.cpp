@@ -54,7 +54,8 @@ void Exclusions::ReadIgnoreFile(const fs::path& file) {
     const std::string pattern = Trimmed(line);
     if (pattern.empty() || pattern[0] == '#') continue;
     if (pattern[0] == '!') {
-      throw PublishError(std::string(kIgnoreFile) + " has the line " + pattern + ": there are no exceptions");
+      throw PublishError(std::string(kIgnoreFile) + " has the line " + pattern +
+                         ": lines with ! are not supported");
     }
     rules_.push_back({kIgnoreFile + (": " + pattern), NamePattern(pattern)});
     errno = 0;

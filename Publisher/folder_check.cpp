@@ -1,5 +1,6 @@
 #include "folder_check.h"
 
+#include <system_error>
 #include <unordered_map>
 
 #include "all_cores.h"
@@ -9,9 +10,11 @@
 #include "document_check.h"
 #include "findings.h"
 #include "history.h"
+#include "live_manifest.h"
 #include "platform/text.h"
 #include "progress_line.h"
 #include "publish_error.h"
+#include "report.h"
 
 namespace patcher::publisher {
 namespace {
@@ -37,15 +40,17 @@ class FolderChecker {
 
  private:
   void ReadLive(const History& history) {
-    auto live = ReadPublication(store_.ManifestFile());
+    auto live = ReadManifest(store_);
     if (live) {
       live_ = std::move(*live);
       return;
     }
     std::string problem =
         "nothing is published: there is no " + platform::Utf8FromPath(store_.ManifestFile());
-    if (!history.empty()) {
-      problem += "; --live " + std::to_string(history.front().version) + " puts the newest version there";
+    const auto versions = ByTime(history);
+    if (!versions.empty()) {
+      problem += "; --live " + std::to_string(versions.front()->version) +
+                 " makes the version live that was live last";
     }
     throw PublishError(problem);
   }
@@ -88,9 +93,9 @@ class FolderChecker {
 
   std::string Summary(const History& history) const {
     return "version " + std::to_string(live_.manifest.version) + ": " +
-           std::to_string(live_.manifest.files.size()) + " files, " + std::to_string(live_.archives.size()) +
-           " archives, launcher build " + std::to_string(live_.manifest.patcherVersion) + "; " +
-           std::to_string(history.size()) + " versions in the history";
+           Counted(live_.manifest.files.size(), "file") + ", " + Counted(live_.archives.size(), "archive") +
+           ", launcher build " + std::to_string(live_.manifest.patcherVersion) + "; " +
+           Counted(history.size(), "version") + " in the history";
   }
 
   const ContentStore store_;
@@ -101,6 +106,13 @@ class FolderChecker {
 
 }  // namespace
 
-CheckResult CheckPublication(const fs::path& www, bool quiet) { return FolderChecker(www, quiet).Run(); }
+CheckResult CheckPublication(const fs::path& www, bool quiet) {
+  std::error_code error;
+  if (!fs::is_directory(www, error)) {
+    throw PublishError(platform::Utf8FromPath(www) +
+                       " is not a folder; the address of a server begins with https://");
+  }
+  return FolderChecker(www, quiet).Run();
+}
 
 }  // namespace patcher::publisher

@@ -28,20 +28,25 @@ void AddStoredSizes(const fs::path& folder, std::unordered_set<std::uint64_t>& s
 void RequireSpace(const ClientScan& scan, const ContentStore& store, Progress& progress) {
   std::unordered_set<std::uint64_t> stored;
   for (const char* folder : {"f", "files"}) AddStoredSizes(store.Root() / folder, stored);
-  std::uint64_t needed = 0;
+  std::uint64_t certain = 0;  // one content of each new size
+  std::uint64_t likely = 0;   // every file of a new size
+  std::unordered_set<std::uint64_t> newSizes;
   for (const ClientFile& file : scan.files) {
-    if (stored.count(file.size) == 0) needed += file.size;
+    if (stored.count(file.size) != 0) continue;
+    likely += file.size;
+    if (newSizes.insert(file.size).second) certain += file.size;
   }
   std::error_code error;
   fs::path place = fs::absolute(store.Root(), error);
   while (!fs::exists(place, error) && place.has_relative_path()) place = place.parent_path();
   const std::uint64_t available = fs::space(place, error).available;
   if (error) throw FileError("cannot read the free space of", store.Root(), error);
-  const std::string comparison = ReadableBytes(needed) + " of new contents, and " + ReadableBytes(available) +
-                                 " are free for " + platform::Utf8FromPath(store.Root());
-  if (needed > available) throw PublishError("there is not enough space: " + comparison);
-  if (needed > available / 2) {
-    progress.Notice("the space may not be enough: " + comparison + ", and archives come on top");
+  const std::string free = " of new contents, and " + ReadableBytes(available) + " are free for " +
+                           platform::Utf8FromPath(store.Root());
+  if (certain > available) throw PublishError("there is not enough space: " + ReadableBytes(certain) + free);
+  if (likely > available / 2) {
+    progress.Notice("the space may not be enough: " + ReadableBytes(likely) + free +
+                    ", and archives need additional space");
   }
 }
 

@@ -27,7 +27,7 @@ class LiveSwitch {
         report_(report),
         store_(request.www),
         progress_(request.quiet),
-        signer_(request.signing) {}
+        signer_(request.signing, request.www) {}
 
   void Run() {
     RequireStore(store_);
@@ -68,13 +68,22 @@ class LiveSwitch {
       throw PublishError("the history has no " + Name() + ListOfVersions());
     }
     next_ = ReadCopy(store_, request_.version);
-    // If the live manifest is damaged, the signature of the copy decides whether players expect one.
-    signer_.RequireKeyAfter(live_ ? Live() : &next_);
+    RequireKey();
     next_.held = false;
     if (!request_.allowOlderLauncher) {
       const AnnouncedLauncher newest = NewestLauncher(history_, Live());
       if (newest.build > next_.manifest.patcherVersion) Announce(next_, newest);
     }
+  }
+
+  /// A launcher that expects signatures may be with players since the version that is live now or was live
+  /// last, and a copy that was signed says that its publisher meant it to be.
+  void RequireKey() {
+    std::optional<Publication> last = live_;
+    const auto versions = ByTime(history_);
+    if (!last && !versions.empty()) last = ReadCopy(store_, versions.front()->version);
+    if (last) signer_.RequireKeyAfter(&*last, progress_);
+    signer_.RequireKeyAfter(&next_, progress_);
   }
 
   std::string ListOfVersions() const {
@@ -94,8 +103,8 @@ class LiveSwitch {
     contents.Run();
     const std::vector<std::string> sentences = findings.Sorted();
     if (!sentences.empty()) {
-      throw PublishError(Name() + " cannot go live, " + std::to_string(sentences.size()) +
-                         " findings: " + sentences.front());
+      throw PublishError(Name() + " cannot go live, " + Counted(sentences.size(), "finding") + ": " +
+                         sentences.front());
     }
     Announce(next_, VerifyLauncher(LauncherOf(next_), store_, progress_));
   }
@@ -114,7 +123,7 @@ class LiveSwitch {
     const DownloadRow row{live_->manifest.version, CostOfUpdate(next_, &live_->manifest)};
     report_.Add("downloads", JsonDownloads({row}));
     return text + "; players of version " + std::to_string(row.version) + " fetch " +
-           std::to_string(row.cost.files) + " files, " + ReadableBytes(row.cost.bytes);
+           Counted(row.cost.files, "file") + ", " + ReadableBytes(row.cost.bytes);
   }
 
   void Finish(const std::string& done, std::optional<std::int32_t> before) {

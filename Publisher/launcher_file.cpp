@@ -66,11 +66,12 @@ std::int32_t BuildOfWindowsProgram(const Program& program) {
 std::int32_t LauncherBuild(const fs::path& file, std::optional<std::int32_t> claimed) {
   const Program program = ReadProgram(file);
   if (ExamineProgram(file) != ProgramFile::kComplete) {
-    throw PublishError("the launcher is no whole program for Windows or Linux");
+    throw PublishError("the launcher is not a complete program for Windows or Linux");
   }
   if (IsForLinux(program)) {
     if (claimed) return *claimed;
-    throw PublishError("a launcher for Linux does not hold its build number: give it with --launcher-build");
+    throw PublishError(
+        "a launcher for Linux does not contain its build number: pass it with --launcher-build");
   }
   const std::int32_t build = BuildOfWindowsProgram(program);
   if (claimed && *claimed != build) {

@@ -22,13 +22,21 @@ bool HasAllContents(const ContentStore& store, const Publication& publication) {
 
 }  // namespace
 
+std::optional<Publication> ReadManifest(const ContentStore& store) {
+  try {
+    return ReadPublication(store.ManifestFile());
+  } catch (const PublishError& error) {
+    throw PublishError(std::string(error.what()) + "; --live N replaces it by version N");
+  }
+}
+
 std::optional<Publication> FindLive(const ContentStore& store, const History& history) {
-  auto live = ReadPublication(store.ManifestFile());
+  auto live = ReadManifest(store);
   if (live) return live;
   for (const PublishedVersion& version : history) {
     if (!version.problem.empty()) {
       throw PublishError("version.json is missing, and the history that could replace it is damaged: " +
-                         version.problem + ". --live N puts a version before players");
+                         version.problem + "; --live N makes version N live");
     }
   }
   const auto versions = ByTime(history);

@@ -11,6 +11,9 @@
 
 namespace patcher::publisher {
 
+/// Reads the manifest that players get; nothing if there is none. Raises PublishError if it is damaged.
+[[nodiscard]] std::optional<Publication> ReadManifest(const ContentStore& store);
+
 /// Reads the manifest that players get; nothing if no version is live. If it is missing but the history has
 /// versions that were live, returns the latest of them, and writes it as the manifest again if all its
 /// contents exist. Raises PublishError if the manifest is damaged, or if it is missing and the history is

@@ -49,21 +49,21 @@ const char* NameOf(const Options& options) {
 int ReportCheck(const patcher::publisher::CheckResult& result, const Options& options, Report& report) {
   MiniJson::Value list = MiniJson::Value::MakeArray();
   for (const std::string& finding : result.findings) {
-    if (!options.json) platform::WriteLine(finding);
+    if (!options.json) report.Print(finding);
     list.arrayItems.push_back(MiniJson::Value::MakeString(finding));
   }
   const std::size_t count = result.findings.size();
   report.Add("summary", MiniJson::Value::MakeString(result.summary));
   report.Add("findings", std::move(list));
   report.Line(result.summary + "; " +
-              (count == 0 ? "everything is sound" : std::to_string(count) + " findings"));
+              (count == 0 ? "no findings" : patcher::publisher::Counted(count, "finding")));
   return count == 0 ? kDone : kFailed;
 }
 
 int Check(const Options& options, Report& report) {
   patcher::publisher::CheckResult result = patcher::publisher::CheckPublication(options.www, options.quiet);
-  if (!options.publicKey.empty()) {
-    const std::string finding = patcher::publisher::SignatureFinding(options.www, options.publicKey);
+  if (options.publicKey) {
+    const std::string finding = patcher::publisher::SignatureFinding(options.www, *options.publicKey);
     if (!finding.empty()) result.findings.push_back(finding);
   }
   return ReportCheck(result, options, report);
@@ -72,14 +72,14 @@ int Check(const Options& options, Report& report) {
 /// Prints the public key even with --quiet.
 void MakeKey(const Options& options, Report& report) {
   const std::string publicKey = patcher::publisher::MakeKeyFile(options.keyFile);
-  if (!options.json) platform::WriteLine(publicKey);
+  if (!options.json) report.Print(publicKey);
   report.Add("publicKey", MiniJson::Value::MakeString(publicKey));
 }
 
 int Run(const Options& options, Report& report) {
   switch (options.task) {
     case Task::kHelp:
-      platform::WriteLine(patcher::publisher::HelpText());
+      report.Print(patcher::publisher::HelpText());
       break;
     case Task::kCheck:
       return Check(options, report);
@@ -87,7 +87,7 @@ int Run(const Options& options, Report& report) {
       return ReportCheck(patcher::publisher::CheckServer(options.serverCheck), options, report);
     case Task::kListUpload:
       for (const std::string& line : patcher::publisher::UploadList(options.www, options.since)) {
-        platform::WriteLine(line);
+        report.Print(line);
       }
       break;
     case Task::kKeygen:
@@ -109,10 +109,14 @@ int Run(const Options& options, Report& report) {
   return kDone;
 }
 
-int Fail(const std::string& error, ExitCode code, const Report& report) {
+int Fail(const std::string& error, ExitCode code, Report& report) {
   platform::WriteErrorLine("patch-publish: " + error);
   report.Finish(code == kLaterStepFailed, error);
   return code;
+}
+
+bool ChangesPlayers(const Options& options) {
+  return options.task == Task::kGoLive || (options.task == Task::kPublish && !options.publish.dryRun);
 }
 
 Report::Form FormOf(const Options& options) {
@@ -126,7 +130,9 @@ int RunReporting(const Options& options) {
   try {
     const int code = Run(options, report);
     report.Finish(true, "");
-    return code;
+    if (report.IsWritten()) return code;
+    platform::WriteErrorLine("patch-publish: cannot write the result to standard output");
+    return ChangesPlayers(options) ? kLaterStepFailed : kFailed;
   } catch (const patcher::publisher::LaterStepError& failure) {
     return Fail(failure.what(), kLaterStepFailed, report);
   } catch (const std::exception& failure) {

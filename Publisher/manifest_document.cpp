@@ -56,7 +56,7 @@ std::optional<std::string> ReadText(const fs::path& file) {
 }
 
 PublishError NoManifest(const std::string& source, const std::string& reason) {
-  return PublishError(source + " is no manifest: " + reason);
+  return PublishError(source + " is not a manifest: " + reason);
 }
 
 /// A number from 0 to the highest of its type, truncated; 0 for anything else.

@@ -142,7 +142,7 @@ PruneResult ForecastPruning(const ContentStore& store, const Publication& live, 
 }
 
 void ReportPruned(const PruneResult& result, Report& report) {
-  report.Line("pruned " + std::to_string(result.files) + " files, " + ReadableBytes(result.bytes));
+  report.Line("pruned " + Counted(result.files, "file") + ", " + ReadableBytes(result.bytes));
   report.Add("pruned", JsonAmount(result.files, result.bytes));
 }
 

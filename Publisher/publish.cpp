@@ -14,6 +14,7 @@
 #include "download_table.h"
 #include "dry_run.h"
 #include "exclusions.h"
+#include "folder_order.h"
 #include "free_space.h"
 #include "history.h"
 #include "launcher_file.h"
@@ -32,17 +33,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Whether `inner` is below `outer` or is the same folder. Their spelling does not matter.
-bool IsBelow(const fs::path& inner, const fs::path& outer) {
-  std::error_code error;
-  fs::path folder = fs::weakly_canonical(fs::absolute(inner), error);
-  for (;;) {
-    if (fs::equivalent(folder, outer, error) && !error) return true;
-    if (!folder.has_relative_path()) return false;
-    folder = folder.parent_path();
-  }
-}
-
 /// The steps of one publication.
 class Publisher {
  public:
@@ -51,7 +41,7 @@ class Publisher {
         report_(report),
         store_(request.www),
         progress_(request.quiet),
-        signer_(request.signing) {}
+        signer_(request.signing, request.www) {}
 
   void Run() {
     RequireFolders();
@@ -65,7 +55,7 @@ class Publisher {
     ChooseVersion();
     RequireLauncherOrder();
     // A held version is signed when it goes live, and a dry run needs no key.
-    if (!request_.hold && !request_.dryRun) signer_.RequireKeyAfter(Previous());
+    if (!request_.hold && !request_.dryRun) signer_.RequireKeyAfter(Previous(), progress_);
     const ClientScan scan = ScanClient(request_.client, exclusions);
     PrintNotices(scan, exclusions, progress_);
     if (IsPublished(scan)) {
@@ -90,17 +80,16 @@ class Publisher {
     std::error_code error;
     if (!fs::is_directory(request_.client, error)) {
       throw PublishError("the client directory " + platform::Utf8FromPath(request_.client) +
-                         " does not exist");
+                         " is not a directory");
     }
     if (IsBelow(store_.Root(), request_.client) || IsBelow(request_.client, store_.Root())) {
-      throw PublishError("the client directory and the published folder must not lie in each other");
+      throw PublishError("the client directory and the published folder must not contain each other");
     }
-    const fs::path& key = request_.signing.keyFile;
-    if (!key.empty() && (IsBelow(key, request_.client) || IsBelow(key, request_.www))) {
-      throw PublishError("everybody would get the private key: it must not lie in " +
-                         platform::Utf8FromPath(request_.client) + " or " +
-                         platform::Utf8FromPath(request_.www));
+    if (fs::exists(request_.www / "version.json", error) && fs::exists(request_.www / "history", error)) {
+      throw PublishError(platform::Utf8FromPath(request_.www) +
+                         " is itself a published folder: --out takes the folder above it");
     }
+    RequireKeyOutside(request_.signing, request_.client);
   }
 
   void ReadStore() {
@@ -158,7 +147,7 @@ class Publisher {
       return true;
     }
     if (isHeld) {
-      throw PublishError(Name() + " is published and held: --live " + std::to_string(version_));
+      throw PublishError(Name() + " is already held; make it live with --live " + std::to_string(version_));
     }
     if (version_ > HighestVersion()) return false;
     throw PublishError(Name() + " is not above version " + std::to_string(HighestVersion()) +
@@ -248,7 +237,7 @@ class Publisher {
       throw PublishError("the client directory changed while it was being published: " + path);
     }
     // Somebody may have replaced it by hand, or a machine that does not share the lock.
-    const auto live = ReadPublication(store_.ManifestFile());
+    const auto live = ReadManifest(store_);
     if (live && (!previous_ || live->text != previous_->text)) {
       throw PublishError("version.json was replaced by another program in the meantime");
     }
@@ -298,12 +287,13 @@ class Publisher {
     report_.Add("launcherBuild", static_cast<std::uint64_t>(next_.manifest.patcherVersion));
     report_.Add("manifestBytes", next_.text.size());
     report_.Add("downloads", JsonDownloads(rows));
-    return ": " + std::to_string(all.files) + " files, " + ReadableBytes(all.bytes) + "; " +
+    return ": " + Counted(all.files, "file") + ", " + ReadableBytes(all.bytes) + "; " +
            std::to_string(changes.files.size()) + " new or changed, " +
            ReadableBytes(changes.added.bytes + changes.changed.bytes) + "; " +
-           std::to_string(archivesBuilt_) + " archives built, " + std::to_string(archivesKept_) +
-           " kept; launcher build " + std::to_string(next_.manifest.patcherVersion) + "; manifest " +
-           ReadableBytes(next_.text.size()) + "\n" + DownloadTable(rows);
+           std::to_string(changes.removed.files) + " removed; " + Counted(archivesBuilt_, "archive") +
+           " built, " + std::to_string(archivesKept_) + " kept; launcher build " +
+           std::to_string(next_.manifest.patcherVersion) + "; manifest " + ReadableBytes(next_.text.size()) +
+           "\n" + DownloadTable(rows);
   }
 
   const PublishRequest& request_;

@@ -6,6 +6,8 @@
 #include <optional>
 
 #include "command_line.h"
+#include "platform/http.h"
+#include "shared/hex.h"
 
 namespace patcher::publisher {
 namespace {
@@ -27,15 +29,15 @@ serves, or publishes the next version over it. The manifest, which is
 WWW/patch/version.json, is replaced last and in one step: players see the old
 version or the new one.
 
-  --client DIR         the game as a player is to have it
-  --out WWW            root of the web server; WWW/patch is made if missing
+  --client DIR         the game exactly as players should get it
+  --out WWW            root of the web server; WWW/patch is created if missing
   --version N          number of the version, above every published one, or the
                        word next: one above the highest
   --dry-run            write nothing; report what would change, what players
                        would download, and what is to be uploaded
   --hold               publish everything but the last step, for a rehearsal
-  --live N             put the published version N before players: one that was
-                       held, or an earlier one to go back to
+  --live N             make the published version N live: one that was held, or
+                       an earlier one to go back to
   --launcher FILE      also publish this launcher; without it the newest stays
   --launcher-build B   its build number, for a launcher for Linux; a launcher
                        for Windows contains it, and it must be B if given
@@ -54,12 +56,12 @@ version or the new one.
   --check WWW          verify every file, archive and launcher in WWW/patch
   --signed-by PUBLICKEY
                        and that the manifest is signed by this key
-  --check https://HOST ask a live server for all that its manifest names, and
-                       verify a sample of it and the headers
-  --all                verify all of it
+  --check https://HOST request all files of a live server's manifest, and verify
+                       the headers and a sample of the contents
+  --all                verify all contents
   --sign FILE          sign the manifest with the key in FILE
   --unsigned           do not sign it although the one before was signed
-  keygen FILE          make a key to sign with, write it to the new file FILE,
+  keygen FILE          create a key to sign with, write it to the new file FILE,
                        and print the public key, which launchers are built with
   --json               print the result, or the error, as one JSON object
   --quiet              print nothing but errors and findings
@@ -116,7 +118,7 @@ const std::vector<OptionRule>& Rules() {
       {"--signed-by", kValue, kCheck},
       {"--sign", kValue, kPublish | kGoLive},
       {"--unsigned", kSwitch, kPublish | kGoLive},
-      {"--keygen", kValue, kKeygen},
+      {"keygen", kValue, kKeygen},
       {"--json", kSwitch, kAll & ~kListUpload},
       {"--quiet", kSwitch, kAll},
       {"--help", kSwitch, kAll, "-h"},
@@ -152,6 +154,7 @@ void ReadPublish(CommandLine& line, PublishRequest& request) {
     request.version = line.Number("--version", kAny);
   }
   request.dryRun = line.Has("--dry-run");
+  if (request.dryRun && line.Has("--prune")) line.Fail("--prune does not go together with --dry-run");
   if (line.Has("--launcher")) {
     request.launcher = NewLauncher{line.Path("--launcher"), line.Number("--launcher-build", kAny)};
   } else if (line.Has("--launcher-build")) {
@@ -184,12 +187,15 @@ void ReadCheck(CommandLine& line, Options& options) {
   if (scheme == std::string::npos) {
     Select(Task::kCheck, "--check of a folder", line, options);
     options.www = line.Path("--check");
-    if (line.Has("--signed-by")) options.publicKey = line.List("--signed-by").front();
+    if (!line.Has("--signed-by")) return;
+    options.publicKey = FromHex<sizeof(platform::PublicKey)>(line.List("--signed-by").front());
+    if (!options.publicKey) line.Fail("--signed-by takes the 128 hexadecimal digits that keygen prints");
     return;
   }
   Select(Task::kCheckServer, "--check of a server", line, options);
   std::string url = place.front();
   if (url.ends_with('/')) url.pop_back();
+  if (!platform::CrackUrl(url)) line.Fail("'" + place.front() + "' is not the address of a server");
   if (url.find_first_of("/?#", scheme + 3) != std::string::npos) {
     line.Fail(
         "--check takes scheme, host and port of a server: launchers ignore a path, and find patch at the "
@@ -206,8 +212,7 @@ void ReadListUpload(CommandLine& line, Options& options) {
 
 }  // namespace
 
-Options ReadOptions(std::vector<std::string> arguments) {
-  if (!arguments.empty() && arguments.front() == "keygen") arguments.front() = "--keygen";
+Options ReadOptions(const std::vector<std::string>& arguments) {
   CommandLine line(Rules(), arguments);
   Options options;
   options.quiet = line.Has("--quiet");
@@ -219,9 +224,9 @@ Options ReadOptions(std::vector<std::string> arguments) {
     ReadCheck(line, options);
   } else if (line.Has("--list-upload")) {
     ReadListUpload(line, options);
-  } else if (line.Has("--keygen")) {
+  } else if (line.Has("keygen")) {
     Select(Task::kKeygen, "keygen", line, options);
-    options.keyFile = line.Path("--keygen");
+    options.keyFile = line.Path("keygen");
   } else if (line.Has("--status")) {
     Select(Task::kStatus, "--status", line, options);
     options.www = line.Path("--out");

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "go_live.h"
+#include "platform/signature.h"
 #include "publish.h"
 #include "server_check.h"
 
@@ -22,14 +24,14 @@ struct Options {
   std::filesystem::path www;       ///< of kPrune, kStatus, kCheck and kListUpload: the web server's root
   std::int32_t since = 0;          ///< of kListUpload
   std::size_t keep = 0;            ///< of kPrune and kStatus
-  std::string publicKey;           ///< of kCheck: key of the expected signature; empty: do not check it
-  std::filesystem::path keyFile;   ///< of kKeygen: the new file
+  std::optional<platform::PublicKey> publicKey;  ///< of kCheck: key of the expected signature
+  std::filesystem::path keyFile;                 ///< of kKeygen: the new file
   bool quiet = false;
   bool json = false;
   std::string error;  ///< why the command line is wrong; empty if it is correct
 };
 
-[[nodiscard]] Options ReadOptions(std::vector<std::string> arguments);
+[[nodiscard]] Options ReadOptions(const std::vector<std::string>& arguments);
 
 /// The text of --help.
 [[nodiscard]] std::string_view HelpText();

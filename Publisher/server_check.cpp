@@ -18,6 +18,7 @@
 #include "platform/mutex.h"
 #include "progress_line.h"
 #include "publish_error.h"
+#include "report.h"
 #include "server_probe.h"
 #include "serving_rules.h"
 #include "shared/parallel_run.h"
@@ -66,8 +67,10 @@ class SharedFaults {
   void MoveTo(Findings& findings) const {
     const platform::MutexLock guard(lock_);
     for (const auto& [fault, entry] : faults_) {
-      const std::string others =
-          entry.others > 0 ? "; " + std::to_string(entry.others) + " others alike" : "";
+      const std::string others = entry.others > 0 ? "; " + std::to_string(entry.others) +
+                                                        (entry.others == 1 ? " other has" : " others have") +
+                                                        " the same fault"
+                                                  : "";
       findings.Add(entry.name, fault + others);
     }
   }
@@ -190,10 +193,10 @@ class ServerChecker {
     }
     const std::string encoding = HeaderOf(response, "Content-Encoding");
     if (!encoding.empty() && encoding != "identity") {
-      faults_.Add("its body is encoded (" + encoding + ") without having been asked to", name);
+      faults_.Add("its body is encoded (" + encoding + "), although no encoding was requested", name);
     }
     if (!response.length && !response.request.Header("Transfer-Encoding")) {
-      faults_.Add("it announces neither its length nor chunks: a cut transfer may pass for a whole one",
+      faults_.Add("it announces neither its length nor chunks: an incomplete transfer may look complete",
                   name);
     }
   }
@@ -252,7 +255,7 @@ class ServerChecker {
       return true;
     };
     if (!ParallelRun(contents_.size(), kConnections, check)) {
-      findings_.Add("given up after " + std::to_string(kMaxFailures) + " contents that players cannot use");
+      findings_.Add("given up after " + Counted(kMaxFailures, "content") + " that players cannot use");
     }
     progress_.End();
   }
@@ -297,9 +300,9 @@ class ServerChecker {
   std::string Summary() const {
     const PatchManifest& manifest = live_.manifest;
     return request_.url + ": version " + std::to_string(manifest.version) + ", " +
-           std::to_string(manifest.files.size()) + " files, " + std::to_string(live_.archives.size()) +
-           " archives, launcher build " + std::to_string(manifest.patcherVersion) + "; asked for " +
-           std::to_string(requestCount_) + " of " + std::to_string(contents_.size()) + " contents, read " +
+           Counted(manifest.files.size(), "file") + ", " + Counted(live_.archives.size(), "archive") +
+           ", launcher build " + std::to_string(manifest.patcherVersion) + "; asked for " +
+           std::to_string(requestCount_) + " of " + Counted(contents_.size(), "content") + ", read " +
            std::to_string(verifiedCount_) + " whole, " + ReadableBytes(verifiedBytes_);
   }
 

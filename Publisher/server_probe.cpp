@@ -28,11 +28,12 @@ void RequireSuccess(std::uint32_t error) {
 
 ServerProbe::ServerProbe(const std::string& url, std::uint32_t connections) {
   const auto address = platform::CrackUrl(url);
-  if (!address) throw PublishError("'" + url + "' is no address of a server");
+  if (!address) throw PublishError("'" + url + "' is not the address of a server");
   address_ = *address;
-  if (!client_.Open(kUserAgent)) throw PublishError("the system gives no HTTP client");
+  if (!client_.Open(kUserAgent)) throw PublishError("the system cannot create an HTTP client");
   client_.SetMaxConnectionsPerServer(connections);
-  if (!connection_.Open(client_, address_)) throw PublishError("the system gives no HTTP client for " + url);
+  if (!connection_.Open(client_, address_))
+    throw PublishError("the system cannot create an HTTP client for " + url);
 }
 
 ServerResponse ServerProbe::Ask(const std::string& path) {
@@ -67,8 +68,9 @@ void ReadBody(ServerResponse& response, std::uint64_t limit, const BodyTaker& ta
     std::uint32_t read = 0;
     if (!reader.Read(block.data(), kBlockSize, read)) {
       const std::string after = " after " + std::to_string(size) + " bytes";
-      if (reader.IsSilent()) throw PublishError("it went silent" + after);
-      throw PublishError("it broke off" + after + ": " + platform::HttpErrorText(reader.Error()));
+      if (reader.IsSilent()) throw PublishError("the transfer stalled" + after);
+      throw PublishError("the transfer was interrupted" + after + ": " +
+                         platform::HttpErrorText(reader.Error()));
     }
     if (read == 0) return;
     size += read;

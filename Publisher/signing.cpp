@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "content_store.h"
+#include "folder_order.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "publish_error.h"
@@ -32,7 +33,7 @@ platform::SigningKey ReadKeyFile(const fs::path& file) {
   const auto secretBytes = FromHex<sizeof(platform::SigningKey::secret)>(secret);
   const auto publicBytes = FromHex<sizeof(platform::PublicKey)>(publicKey);
   if (label != kLabel || !secretBytes || !publicBytes) {
-    throw PublishError(platform::Utf8FromPath(file) + " is no key file of patch-publish keygen");
+    throw PublishError(platform::Utf8FromPath(file) + " is not a key file from patch-publish keygen");
   }
   return {*secretBytes, *publicBytes};
 }
@@ -49,7 +50,7 @@ bool IsSignedBy(const Publication& document, const platform::PublicKey& key) {
 
 std::string MakeKeyFile(const fs::path& file) {
   const auto key = platform::MakeSigningKey();
-  if (!key) throw PublishError("the system makes no keys");
+  if (!key) throw PublishError("the system cannot create a key");
   std::string publicKey = ToHex(key->publicKey);
   const std::string line = std::string(kLabel) + " " + ToHex(key->secret) + " " + publicKey + "\n";
   if (const int error = platform::CreatePrivateFile(file, line); error != 0) {
@@ -58,12 +59,26 @@ std::string MakeKeyFile(const fs::path& file) {
   return publicKey;
 }
 
-DocumentSigner::DocumentSigner(const SigningRequest& request) : allowUnsigned_(request.allowUnsigned) {
+void RequireKeyOutside(const SigningRequest& request, const fs::path& folder) {
+  if (request.keyFile.empty() || !IsBelow(request.keyFile, folder)) return;
+  throw PublishError("the private key must not be in " + platform::Utf8FromPath(folder) +
+                     ": everyone could download it");
+}
+
+DocumentSigner::DocumentSigner(const SigningRequest& request, const fs::path& www)
+    : allowUnsigned_(request.allowUnsigned) {
+  RequireKeyOutside(request, www);
   if (!request.keyFile.empty()) key_ = ReadKeyFile(request.keyFile);
 }
 
-void DocumentSigner::RequireKeyAfter(const Publication* present) const {
-  if (key_ || allowUnsigned_ || present == nullptr || !HasSignature(*present)) return;
+void DocumentSigner::RequireKeyAfter(const Publication* present, Progress& progress) const {
+  if (allowUnsigned_ || present == nullptr || !HasSignature(*present)) return;
+  if (key_) {
+    if (IsSignedBy(*present, key_->publicKey)) return;
+    progress.Notice("version " + std::to_string(present->manifest.version) +
+                    " is signed by another key: launchers without this key refuse the new manifest");
+    return;
+  }
   throw PublishError("version " + std::to_string(present->manifest.version) +
                      " is signed, and launchers with a key refuse an unsigned manifest: --sign KEY signs, "
                      "--unsigned publishes without a signature nevertheless");
@@ -86,12 +101,10 @@ std::string DocumentSigner::WithSignature(std::string manifestText) const {
   return manifestText;
 }
 
-std::string SignatureFinding(const fs::path& www, std::string_view publicKey) {
-  const auto key = FromHex<sizeof(platform::PublicKey)>(publicKey);
-  if (!key) throw PublishError("a public key has 128 hexadecimal digits, as keygen prints them");
+std::string SignatureFinding(const fs::path& www, const platform::PublicKey& key) {
   const auto document = ReadPublication(ContentStore(www).ManifestFile());
   if (!document) return "there is no version.json";
-  if (IsSignedBy(*document, *key)) return {};
+  if (IsSignedBy(*document, key)) return {};
   return HasSignature(*document) ? "version.json has no good signature by this key"
                                  : "version.json is not signed";
 }

@@ -3,10 +3,10 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "manifest_document.h"
 #include "platform/signature.h"
+#include "progress_line.h"
 
 namespace patcher::publisher {
 
@@ -23,15 +23,18 @@ struct SigningRequest {
   bool allowUnsigned = false;     ///< even after a signed version
 };
 
+/// Raises PublishError if the key file is in the folder, which everyone can download.
+void RequireKeyOutside(const SigningRequest& request, const std::filesystem::path& folder);
+
 /// Signs the documents of one publication, or leaves them unsigned.
 class DocumentSigner {
  public:
-  /// Reads the key file, if there is one. Raises PublishError.
-  explicit DocumentSigner(const SigningRequest& request);
+  /// Reads the key file, if there is one. Raises PublishError, also if the file is below `www`.
+  DocumentSigner(const SigningRequest& request, const std::filesystem::path& www);
 
   /// Raises PublishError if `present` is signed and the next document would not be, unless the request allows
-  /// that. `present` is what players have, and may be null.
-  void RequireKeyAfter(const Publication* present) const;
+  /// that. Prints a notice if another key has signed it. `present` is what players have, and may be null.
+  void RequireKeyAfter(const Publication* present, Progress& progress) const;
 
   /// Whether a document has a signature by this object's key. Without a key, whether it may stay as it is:
   /// always, unless it is signed and the request asks for an unsigned one.
@@ -46,7 +49,6 @@ class DocumentSigner {
 };
 
 /// Checks whether this key has signed the live manifest. Returns a finding, or an empty text if it has.
-/// Raises PublishError if `publicKey` is not a public key.
-[[nodiscard]] std::string SignatureFinding(const std::filesystem::path& www, std::string_view publicKey);
+[[nodiscard]] std::string SignatureFinding(const std::filesystem::path& www, const platform::PublicKey& key);
 
 }  // namespace patcher::publisher

@@ -7,6 +7,7 @@
 #include "content_store.h"
 #include "download_table.h"
 #include "history.h"
+#include "live_manifest.h"
 #include "progress_line.h"
 #include "prune.h"
 #include "publish_error.h"
@@ -39,7 +40,7 @@ class Status {
   void Run(std::size_t keep) {
     RequireStore(store_);
     history_ = ReadHistory(store_);
-    live_ = ReadPublication(store_.ManifestFile());
+    live_ = ReadManifest(store_);
     ReportLive();
     ReportHistory();
     ReportStore();
@@ -53,7 +54,11 @@ class Status {
  private:
   void ReportLive() {
     if (!live_) {
-      report_.Line("live:      nothing");
+      const auto versions = ByTime(history_);
+      report_.Line("live:      nothing" +
+                   (versions.empty() ? std::string()
+                                     : ": version.json is missing; --live " +
+                                           std::to_string(versions.front()->version) + " makes it again"));
       report_.Add("live", Value());
       return;
     }
@@ -72,8 +77,8 @@ class Status {
     live.Set("launcher", Value::MakeString(manifest.patcherUrl));
     report_.Add("live", std::move(live));
     report_.Line("live:      version " + std::to_string(manifest.version) + ", " + Text(files) + ", " +
-                 std::to_string(archives.files) + " archives, " + ReadableBytes(archives.bytes) +
-                 "; manifest " + ReadableBytes(live_->text.size()));
+                 Counted(archives.files, "archive") + ", " + ReadableBytes(archives.bytes) + "; manifest " +
+                 ReadableBytes(live_->text.size()));
     report_.Line("launcher:  " +
                  (manifest.patcherUrl.empty()
                       ? "none"
@@ -129,12 +134,12 @@ class Status {
     Value value = JsonAmount(pruning.files, pruning.bytes);
     value.Set("keep", JsonNumber(keep));
     report_.Add("pruning", std::move(value));
-    report_.Line("--prune --keep " + std::to_string(keep) + " would delete " + std::to_string(pruning.files) +
-                 " files, " + ReadableBytes(pruning.bytes));
+    report_.Line("--prune --keep " + std::to_string(keep) + " would delete " +
+                 Counted(pruning.files, "file") + ", " + ReadableBytes(pruning.bytes));
   }
 
   static std::string Text(const Amount& amount) {
-    return std::to_string(amount.files) + " files, " + ReadableBytes(amount.bytes);
+    return Counted(amount.files, "file") + ", " + ReadableBytes(amount.bytes);
   }
 
   const ContentStore store_;

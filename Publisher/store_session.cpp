@@ -18,7 +18,7 @@ const std::filesystem::path& MakeRoot(const ContentStore& store) {
 
 StoreSession::StoreSession(const ContentStore& store) : store_(store), lock_(MakeRoot(store)) {
   if (!lock_.TakeWithin(std::chrono::milliseconds(0))) {
-    throw PublishError("another patch-publish is at work on " + platform::Utf8FromPath(store.Root()) +
+    throw PublishError("another patch-publish is using " + platform::Utf8FromPath(store.Root()) +
                        "; nothing was changed: start again when it has ended");
   }
   store_.OpenForWriting();

@@ -6,6 +6,7 @@
 
 #include "content_store.h"
 #include "history.h"
+#include "live_manifest.h"
 #include "manifest_document.h"
 #include "platform/text.h"
 #include "publish_error.h"
@@ -52,16 +53,22 @@ void AddNew(std::vector<std::string>& list, const ContentStore& store, const std
 
 std::vector<std::string> UploadList(const fs::path& www, std::int32_t since) {
   const ContentStore store(www);
-  const std::optional<Publication> live = ReadPublication(store.ManifestFile());
+  const std::optional<Publication> live = ReadManifest(store);
   if (!live) {
     throw PublishError("nothing is live: there is no " + platform::Utf8FromPath(store.ManifestFile()));
+  }
+  std::error_code error;
+  if (since != 0 && !fs::exists(HistoryFile(store, since), error)) {
+    throw PublishError("the history has no version " + std::to_string(since) +
+                       "; --list-upload 0 lists everything");
   }
   const NamesByKind oldNames = since == 0 ? NamesByKind() : NamesOf(ReadCopy(store, since));
   const NamesByKind names = NamesOf(*live);
   std::vector<std::string> list;
   AddNew(list, store, names.files, oldNames.files);
   AddNew(list, store, names.archives, oldNames.archives);
-  AddNew(list, store, names.launchers, oldNames.launchers);
+  // Going live may have replaced the launcher in the old version's copy by one that the server lacks.
+  AddNew(list, store, names.launchers, {});
   AddLine(list, store, "version.json", kManifestRule);
   return list;
 }

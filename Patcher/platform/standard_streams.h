@@ -16,10 +16,11 @@ void UseConsoleOfParent();
 /// input. Blocks.
 [[nodiscard]] bool ReadLine(std::string& line);
 
-/// Writes the text and a line feed to standard output in a single write.
-void WriteLine(std::string_view line);
+/// Writes the text and a line feed to standard output in a single write. Returns false if that failed, for
+/// example since a disk is full; true also if the reader has closed the pipe.
+bool WriteLine(std::string_view line);
 
 /// The same for standard error.
-void WriteErrorLine(std::string_view line);
+bool WriteErrorLine(std::string_view line);
 
 }  // namespace platform

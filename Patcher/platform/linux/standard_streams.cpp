@@ -8,16 +8,17 @@
 namespace platform {
 namespace {
 
-void WriteWhole(int descriptor, std::string_view line) {
+bool WriteWhole(int descriptor, std::string_view line) {
   std::string text(line);
   text += '\n';
   std::string_view rest = text;
   while (!rest.empty()) {
     const ssize_t written = write(descriptor, rest.data(), rest.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return;  // the reader is gone
+    if (written < 0) return errno == EPIPE;
     rest.remove_prefix(static_cast<std::size_t>(written));
   }
+  return true;
 }
 
 }  // namespace
@@ -32,8 +33,8 @@ bool ReadLine(std::string& line) {
   return true;
 }
 
-void WriteLine(std::string_view line) { WriteWhole(STDOUT_FILENO, line); }
+bool WriteLine(std::string_view line) { return WriteWhole(STDOUT_FILENO, line); }
 
-void WriteErrorLine(std::string_view line) { WriteWhole(STDERR_FILENO, line); }
+bool WriteErrorLine(std::string_view line) { return WriteWhole(STDERR_FILENO, line); }
 
 }  // namespace platform

@@ -2,6 +2,7 @@
 
 #include "platform/standard_streams.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <iostream>
 
@@ -11,11 +12,13 @@
 namespace platform {
 namespace {
 
-void WriteWhole(std::FILE* stream, std::string_view line) {
+bool WriteWhole(std::FILE* stream, std::string_view line) {
   std::string text(line);
   text += '\n';
-  std::fwrite(text.data(), 1, text.size(), stream);
-  std::fflush(stream);
+  const bool written =
+      std::fwrite(text.data(), 1, text.size(), stream) == text.size() && std::fflush(stream) == 0;
+  // A closed pipe is one of these two.
+  return written || errno == EPIPE || errno == EINVAL;
 }
 
 }  // namespace
@@ -38,8 +41,8 @@ bool ReadLine(std::string& line) {
   return true;
 }
 
-void WriteLine(std::string_view line) { WriteWhole(stdout, line); }
+bool WriteLine(std::string_view line) { return WriteWhole(stdout, line); }
 
-void WriteErrorLine(std::string_view line) { WriteWhole(stderr, line); }
+bool WriteErrorLine(std::string_view line) { return WriteWhole(stderr, line); }
 
 }  // namespace platform
