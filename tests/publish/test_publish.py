@@ -437,14 +437,14 @@ class Versions(PublishTest):
     def test_what_is_deflated(self):
         """Above 64 MiB samples decide, below that the result. Ends and middles of noise say nothing."""
         noise, text = random.Random(SEED).randbytes(1 << 20), b"a line of text\n" * 100000
-        for name, data in {"hollow.bin": (noise[:150000] + text) * 2 + noise[:150000], "noise.bin": noise, "tiny.bin": b"abc",
-                           "some.bin": noise[:9000] + bytes(999), "large.noise.bin": noise * 65,
+        for name, data in {"hollow.bin": (noise[:150000] + text) * 2 + noise[:150000], "hardly.bin": noise[:9000] + bytes(150),
+                           "some.bin": noise[:9000] + bytes(999), "tiny.bin": b"abc", "large.noise.bin": noise * 65,
                            "large.hollow.bin": noise * 33 + text * 20 + noise * 3}.items():
             self.write(name, data)
         self.publish(1, "--archive-size", 1)
         manifest = self.prove()
         self.assertEqual(self.deflated, {"hollow.bin", "some.bin", "large.hollow.bin"})
-        self.assertIn(["some.bin", "tiny.bin"], [b["files"] for b in manifest["bundles"]])
+        self.assertIn(["hardly.bin", "some.bin", "tiny.bin"], [b["files"] for b in manifest["bundles"]])
 
 
 class Refusals(PublishTest):
@@ -627,8 +627,9 @@ class LiveServer(PublishTest):
         with socket.create_server(("127.0.0.1", 0)) as one, socket.create_server(("127.0.0.1", 0)) as other:
             plain, secure = (s.getsockname()[1] for s in (one, other))
         own = "/etc/letsencrypt/live/patch.example.org/"
-        for old, new in [("user www-data", f"daemon off; pid {self.root}/pid; user root"), ("80", plain), ("443", secure),
-                         ("/srv/game", self.www), (own + "fullchain.pem", trust), (own + "privkey.pem", key)]:
+        for old, new in [("listen 443", f"listen {secure}"), ("listen 80", f"listen {plain}"), ("/srv/game", self.www),
+                         ("user www-data", f"daemon off; pid {self.root}/pid; user root"), (own + "fullchain.pem", trust),
+                         (own + "privkey.pem", key)]:
             text = text.replace(old, str(new), 1)
         moved = text.replace("/archives/ {", "/archives/ { return 302 http://localhost/;")
         for content, findings in [(text, []), (moved, ["launchers never go from https to http"])]:
