@@ -93,17 +93,6 @@ TEST_F(CleanupTest, OnlyUnlistedFilesOfTheGamesOwnDirectoriesGo) {
   EXPECT_TRUE(CleanUpFor({"world/kept.dds"}).empty());
 }
 
-TEST_F(CleanupTest, AFileInstalledUnderAnySpellingStays) {
-  const Names listed{"./Model//a", "Model/./b",  "./x64/c",         "Model/d\\\\e",
-                     "Model/f\\",  "Model/.\\g", "Model/h.",        "Model/i ",
-                     "Model/j. .", "Model/k\\l", "Model/\xE9T\xE9", "MODEL/m/.\\./n"};
-  Put(listed);
-  const auto count = std::distance(fs::recursive_directory_iterator(game / ""), {});
-  EXPECT_GE(count, 12) << "nearly all can be installed on every system";
-  EXPECT_TRUE(CleanUpFor(listed).empty());
-  EXPECT_EQ(std::distance(fs::recursive_directory_iterator(game / ""), {}), count);
-}
-
 TEST_F(CleanupTest, TemporaryFilesOfPublishedFilesGo) {
   const Names kept{"Model/a",        "data/sub/b",  "data/sub/c.part", "data/x.part",
                    "data/d.part/in", "real/e.part", "data/.part"};
@@ -124,7 +113,9 @@ TEST_F(CleanupTest, WhatALinkLeadsToStays) {
                                  {game / "ui-assets", game / "outside"},
                                  {game / "x64/link", game / "outside"}};
   for (const DirectoryLink& link : links) ASSERT_TRUE(link.IsThere());
-  CleanUpFor({"Model/never there.o3d"});
+  const Names texts = CleanUpFor({"Model/never there.o3d"});
+  // Under Wine the library does not remove every link.
+  EXPECT_EQ(texts.back().find("x64 (") == std::string::npos, fs::exists(game / "x64")) << texts.back();
   Expect({"outside/a.o3d", "outside/sub/b.o3d"}, {"World/c.o3d", "x64/a"});
 }
 

@@ -23,7 +23,7 @@ PatchManifest Parsed(std::string_view text) {
 TEST(PatchManifestTest, ReadsLeniently) {
   const PatchManifest manifest = Parsed(R"({"version":12.9,"patcherVersion":"x","patcherUrl":3,"extra":[],
     "bundles":[{"name":"a","size":1,"sha256":"s","files":["p",4]},{"name":"","sha256":"s"},{"name":"b"},7],
-    "files":[{"path":"p","size":"12","sha256":"d"},{"path":"p","size":-5,"url":"u"},{"size":1e300},{"size":2.9},3]}
+    "files":[{"path":"p","size":"12","sha256":"d"},{"path":"p","size":-5,"url":"u"},{"size":18446744073709551615},{"size":2.9},3]}
     garbage)");
   EXPECT_EQ(manifest.version, 12);
   EXPECT_EQ(manifest.patcherVersion, 0);
