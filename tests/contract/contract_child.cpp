@@ -15,12 +15,16 @@
 
 namespace {
 
-[[noreturn]] void EchoLines() {
+/// Static objects must still be there when EndProcess ends the process.
+const struct Lasting {
+  ~Lasting() { platform::WriteErrorLine("destroyed"); }
+} kLasting;
+
+void EchoLines() {
   platform::UseBinaryStandardStreams();
   std::string line;
   while (platform::ReadLine(line)) platform::WriteLine("[" + line + "]");
   platform::WriteErrorLine("end");
-  platform::EndProcess(7);
 }
 
 void Report(const std::vector<std::string>& arguments) {
@@ -38,7 +42,7 @@ void Report(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   const auto arguments = platform::CommandLineArguments(argc, argv);
-  if (arguments.size() < 2) EchoLines();
-  Report(arguments);
-  return 0;
+  const bool echoes = arguments.size() < 2;
+  echoes ? EchoLines() : Report(arguments);
+  platform::EndProcess(echoes ? 7 : 0);
 }
