@@ -23,23 +23,24 @@ bool OthersCanTake(const fs::path& directory) {
   return taken;
 }
 
-TEST(DirectoryLockContract, OneHolderADirectoryHoweverItIsSpelled) {
+TEST(DirectoryLockContract, OneHolderForEachDirectory) {
   const patcher::ScratchDirectory directory;
   const fs::path place = directory / "a";
   fs::create_directory(place);
   fs::create_directory(directory / "b");
   auto lock = std::make_unique<DirectoryLock>(place);
-  EXPECT_TRUE(OthersCanTake(place)) << "nothing is taken by making it";
+  EXPECT_TRUE(OthersCanTake(place)) << "the constructor takes nothing";
   ASSERT_TRUE(lock->TakeWithin(0ms));
   EXPECT_FALSE(OthersCanTake(place));
   EXPECT_FALSE(OthersCanTake(directory / "b" / ".." / "a"));
   EXPECT_TRUE(OthersCanTake(directory / "b"));
   std::thread waiting([&] { EXPECT_TRUE(DirectoryLock(place).TakeWithin(10min)); });
+  std::this_thread::sleep_for(50ms);  // so that the thread has to wait
   lock.reset();
   waiting.join();
   EXPECT_TRUE(OthersCanTake(place));
   EXPECT_TRUE(OthersCanTake(directory / "missing"))
-      << "a directory that is missing cannot be locked and locks out no other launcher";
+      << "a missing directory cannot be locked, and every launcher may go on";
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ TEST_F(FilesContract, AProbeChangesNothingAndAPrivateFileReplacesNothing) {
   EXPECT_EQ(ReadWhole(file), "content");
 }
 
-TEST_F(FilesContract, AMoveOrACopyReplacesAFileOrLeavesBothSides) {
+TEST_F(FilesContract, AMoveOrCopyReplacesAFileOrChangesNothing) {
   using Move = int (*)(const fs::path& from, const fs::path& to);
   const std::pair<const char*, Move> moves[] = {
       {"move", [](const fs::path& from, const fs::path& to) { return MoveReplacing(from, to, false); }},
@@ -65,7 +65,7 @@ TEST_F(FilesContract, AMoveOrACopyReplacesAFileOrLeavesBothSides) {
   EXPECT_TRUE(fs::is_directory(directory / "moved"));
 }
 
-TEST_F(FilesContract, AnotherVolumeIsReachedByACopyIfAllowed) {
+TEST_F(FilesContract, MovesToAnotherVolumeIfAllowed) {
   const char* other = std::getenv("PATCHER_CONTRACT_OTHER_VOLUME");
   ASSERT_NE(other, nullptr) << "a directory on another volume than the temporary files is needed";
   const fs::path target = fs::path(other) / "target";
@@ -95,7 +95,7 @@ TEST_F(FilesContract, AnOpenFileIsOverwritten) {
   EXPECT_FALSE(fs::exists(directory / "missing"));
 }
 
-TEST_F(FilesContract, AReadOnlyFileIsFlushedAndWhatCannotBeIsReported) {
+TEST_F(FilesContract, AReadOnlyFileIsFlushedAndAMissingFileIsReported) {
   WriteWhole(file, "content");
   fs::permissions(file, fs::perms::owner_read);
   EXPECT_EQ(StartFlush(file), 0);
@@ -108,7 +108,7 @@ TEST_F(FilesContract, AReadOnlyFileIsFlushedAndWhatCannotBeIsReported) {
   EXPECT_TRUE(StartFlush(missing) != 0 || FinishFlush({&missing, 1}) != 0) << "one of the steps reports it";
 }
 
-TEST_F(FilesContract, AReaderLocksNothingAndReadsNoMoreThanItFound) {
+TEST_F(FilesContract, AReaderDoesNotLockAndEndsAtTheFirstSize) {
   WriteWhole(file, "content");
   FileReader reader(file);
   EXPECT_EQ(reader.Size(), 7u);

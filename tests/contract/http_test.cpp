@@ -43,7 +43,7 @@ TEST(HttpContract, CracksUrls) {
   }
 }
 
-TEST(HttpContract, BodiesAreCompleteWhateverTheirFraming) {
+TEST(HttpContract, BodiesAreCompleteWithEveryFraming) {
   Session session;
   for (const std::string framing : {"body", "chunked", "chunked-length", "until-close", "stale"}) {
     const bool announces = framing == "body" || framing == "stale";
@@ -63,7 +63,7 @@ TEST(HttpContract, BodiesAreCompleteWhateverTheirFraming) {
   EXPECT_TRUE(Get(session.connection, "/body/1000000", 999).body == Pattern(1000000)) << "in small pieces";
 }
 
-TEST(HttpContract, StatusIsThatOfTheLastResponse) {
+TEST(HttpContract, StatusComesFromTheLastResponse) {
   Session session;
   for (const std::uint32_t status : {201u, 206u, 304u, 404u, 500u, 503u}) {
     EXPECT_EQ(Get(session.connection, "/status/" + std::to_string(status)).status, status);
@@ -75,7 +75,7 @@ TEST(HttpContract, StatusIsThatOfTheLastResponse) {
   EXPECT_TRUE(loop.error != 0 || loop.status == 302) << loop.status;
 }
 
-TEST(HttpContract, HeadersAreThoseOfTheLastResponse) {
+TEST(HttpContract, HeadersComeFromTheLastResponse) {
   Session session;
   HttpRequest request;
   ASSERT_EQ(Ask(request, session.connection, "/headers"), 0u);
@@ -92,7 +92,7 @@ TEST(HttpContract, HeadersAreThoseOfTheLastResponse) {
   EXPECT_EQ(answer.body.size(), 1'000'000u) << "more than is received before it is read";
 }
 
-TEST(HttpContract, RequestGoesOutAsGiven) {
+TEST(HttpContract, RequestsAreSentUnchanged) {
   Session session;
   const std::string head = Get(session.connection, "/echo/a%20b//./c/%C3%A9%3F~x").body;
   EXPECT_TRUE(head.starts_with("GET /echo/a%20b//./c/%C3%A9%3F~x HTTP/1.1\n")) << head;
@@ -100,7 +100,7 @@ TEST(HttpContract, RequestGoesOutAsGiven) {
   EXPECT_EQ(head.find("Accept-Encoding"), std::string::npos) << head;
 }
 
-TEST(HttpContract, ResponseIsThereBeforeItsBody) {
+TEST(HttpContract, TheResponseArrivesBeforeItsBody) {
   Session session;
   HttpRequest request;
   const std::string key = UniqueKey();
@@ -113,7 +113,7 @@ TEST(HttpContract, ResponseIsThereBeforeItsBody) {
   EXPECT_TRUE(answer.body == Pattern(1000));
 }
 
-TEST(HttpContract, BrokenTransfersAreNotTakenForCompleteOnes) {
+TEST(HttpContract, BrokenTransfersDoNotLookComplete) {
   Session session;
   EXPECT_NE(Get(session.connection, "/reset").error, 0u);
   for (const auto& [path, announced] : {std::pair<const char*, std::size_t>{"/cut/100000/70000", 100000},
@@ -124,10 +124,10 @@ TEST(HttpContract, BrokenTransfersAreNotTakenForCompleteOnes) {
     EXPECT_TRUE(answer.error != 0 || answer.body.size() < announced) << path;
     EXPECT_TRUE(answer.body == Pattern(answer.body.size())) << path;
   }
-  EXPECT_TRUE(Get(session.connection, "/body/5000").body == Pattern(5000)) << "after all that";
+  EXPECT_TRUE(Get(session.connection, "/body/5000").body == Pattern(5000)) << "after broken transfers";
 }
 
-TEST(HttpContract, ObjectsThatWereNeverOpenedFailAndADeadServerFailsInSend) {
+TEST(HttpContract, UnopenedObjectsFailAndADeadServerFailsInSend) {
   HttpClient client;
   client.SetMaxConnectionsPerServer(4);
   HttpConnection connection;

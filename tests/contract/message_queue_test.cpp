@@ -10,7 +10,7 @@
 namespace platform {
 namespace {
 
-TEST(MessageQueueContract, CarriesEveryBitAndEndsWithTheCode) {
+TEST(MessageQueueContract, MessagesKeepEveryBitAndRunReturnsTheCode) {
   const QueueMessage kThird{0xBFFF, 0x80000000u, std::numeric_limits<std::intptr_t>::max()};
   const QueueMessage sent[] = {
       {0x8000, 0, 0},

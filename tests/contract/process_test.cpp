@@ -47,7 +47,7 @@ TEST(ProcessContract, StartedProgramGetsPathArgumentsAndDirectory) {
   EXPECT_EQ(report[2], "quantel");
 }
 
-TEST(ProcessContract, WhatIsNoProgramSaysSo) {
+TEST(ProcessContract, AFileThatIsNotAProgramHasItsOwnError) {
   const patcher::ScratchDirectory directory;
   const fs::path text = directory / "text.exe";
   patcher::WriteWhole(text, "echo this is no program\n" + std::string(1000, ' '));
@@ -60,7 +60,7 @@ TEST(ProcessContract, WhatIsNoProgramSaysSo) {
   }
 }
 
-TEST(StandardStreamsContract, LinesPassAsBytesAndAreFlushedAtTheEnd) {
+TEST(StandardStreamsContract, LinesAreBytesAndAreFlushedAtTheEnd) {
   const patcher::ScratchDirectory directory;
   const fs::path program = CopyChild(directory / "").filename();
   const std::string longLine(1000000, 'x');

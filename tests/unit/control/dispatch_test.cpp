@@ -83,13 +83,13 @@ TEST_F(DispatchTest, OneLongOperationAtATime) {
   EXPECT_EQ(checks, (std::vector<std::string>{"verify", "repair"}));
 }
 
-TEST_F(DispatchTest, ARequestRightAfterReadyIsAdmitted) {
+TEST_F(DispatchTest, ARequestRightAfterReadyIsAccepted) {
   std::promise<void> asked;
   OperationTable table = Table();
   table.runCheckOperation = [&](HostWindow& window, bool repair) {
     PostReady(window, true);
     if (!repair) asked.get_future().wait();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // an operation that takes its time to end
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // an operation that ends slowly
   };
   Dispatcher busy(host, table);
   busy.DispatchPageMessage(Action(u"verify"));
@@ -100,7 +100,7 @@ TEST_F(DispatchTest, ARequestRightAfterReadyIsAdmitted) {
   EXPECT_EQ(Sent(), Texts{Ready(true)}) << "not refused";
 }
 
-TEST_F(DispatchTest, AWorkerThatCannotStartLeavesTheGuardFree) {
+TEST_F(DispatchTest, AFailedThreadStartReleasesTheGuard) {
   host.refuseThreads = true;
   Dispatch({Action(u"verify"), Action(u"getNews")});
   EXPECT_EQ(
@@ -115,12 +115,12 @@ TEST_F(DispatchTest, AWorkerThatCannotStartLeavesTheGuardFree) {
   EXPECT_EQ(ReadWhole(game / "patcher_debug.txt"), "Exception in a worker : memory\r\n");
 }
 
-TEST_F(DispatchTest, AnEndingLauncherTakesNoRequest) {
+TEST_F(DispatchTest, AnEndingLauncherIgnoresRequests) {
   OperationTable table = Table();
   Dispatcher* ending = nullptr;
   table.launchClient = [&] {
     host.calls.emplace_back("launch");
-    ending->DispatchPageMessage(Action(u"play"));  // served by the loop of an error box
+    ending->DispatchPageMessage(Action(u"play"));  // handled by the loop of an error box
     throw std::bad_alloc();
   };
   Dispatcher playing(host, table);
@@ -151,7 +151,7 @@ TEST_F(DispatchTest, WindowActionsLinksOptionsAndBadRequests) {
   EXPECT_EQ(Sent(), (Texts{refused, refused, u"{\"type\":\"optionsSaved\",\"ok\":true}", u"options"}));
 }
 
-TEST_F(DispatchTest, ARunThatDoesNotGetTheDirectoryEndsLikeAnOfflineOne) {
+TEST_F(DispatchTest, ARunWithoutTheDirectoryLockEndsLikeAnOfflineRun) {
   WriteWhole(game / "left.old", "");
   platform::DirectoryLock other(ExeDir());
   ASSERT_TRUE(other.TakeWithin(std::chrono::milliseconds(0)));
@@ -163,7 +163,7 @@ TEST_F(DispatchTest, ARunThatDoesNotGetTheDirectoryEndsLikeAnOfflineOne) {
   const std::u16string status = u"{\"type\":\"status\",\"text\":\"Une autre instance du lanceur ";
   EXPECT_EQ(Sent(), (Texts{status + u"met le jeu a jour, attente...\"}",
                            status + u"occupe toujours le dossier du jeu.\"}", Ready(true)}));
-  EXPECT_TRUE(std::filesystem::exists(game / "left.old")) << "nothing is swept";
+  EXPECT_TRUE(std::filesystem::exists(game / "left.old")) << "no cleanup";
 }
 
 TEST(EventBacklog, AFullQueueLosesNothingAndKeepsTheOrder) {

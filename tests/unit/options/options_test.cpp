@@ -22,7 +22,7 @@ MiniJson::Value Json(const std::string& text) {
   return MiniJson::Parse(text, position);
 }
 
-TEST(TuningTableTest, RowsAreSound) {
+TEST(TuningTableTest, RowsAreValid) {
   std::set<std::string> keys;
   for (const OptionDef& row : GameOptions::kDefs) EXPECT_TRUE(keys.insert(row.iniKey).second);
   for (const TuneDef& row : DX11TuneKeys) {
@@ -33,7 +33,7 @@ TEST(TuningTableTest, RowsAreSound) {
   }
 }
 
-TEST(ResolutionsTest, FixedSizesThatFitAndTheCurrentOne) {
+TEST(ResolutionsTest, ListsFixedSizesThatFitAndTheCurrentSize) {
   using Sizes = std::vector<ScreenSize>;
   EXPECT_EQ(ListResolutions({1366, 768}, {1000, 700}),
             (Sizes{{800, 600}, {1000, 700}, {1024, 768}, {1280, 720}, {1366, 768}}));

@@ -153,7 +153,7 @@ TEST_F(SavedLinesTest, WhatCannotBeReadOrChangedIsNeverReplaced) {
   EXPECT_TRUE(SaveOptions(path, {}));
   EXPECT_EQ(ReadWhole(path), "mine 1\r\n");
   EXPECT_FALSE(SaveOptions(directory / "absent/ostu.ini", {}));
-  EXPECT_EQ(std::distance(fs::directory_iterator(path.parent_path()), {}), 1) << "nothing is left beside it";
+  EXPECT_EQ(std::distance(fs::directory_iterator(path.parent_path()), {}), 1) << "no other file is left";
 }
 
 TEST_F(SavedLinesTest, ASaveRemovesTheTemporaryFileOfOneThatDied) {
@@ -176,7 +176,7 @@ TEST_F(SavedLinesTest, ALinkStaysALink) {
   WriteWhole(real, "mine 1");
   std::error_code error;
   fs::create_symlink("elsewhere/real.ini", path, error);
-  if (error) return;  // systems on which players have no links
+  if (error) return;  // the library does not create links on Windows
   EXPECT_TRUE(SaveOptions(path, {}));
   EXPECT_TRUE(fs::is_symlink(path));
   EXPECT_EQ(ReadWhole(real), "mine 1\r\n");

@@ -57,7 +57,7 @@ const std::pair<const char*, std::string> kPrograms[] = {
      With(Elf64(256), {{40, 8, 128}, {58, 2, 64}, {60, 2, 2}, {196, 4, 8}, {216, 8, 9999}, {224, 8, 9999}})},
 };
 
-TEST(ProgramFileTest, AProgramWithoutItsLastBytesIsCut) {
+TEST(ProgramFileTest, ReportsAProgramWithoutItsLastBytes) {
   ScratchDirectory directory;
   const fs::path file = directory / "program";
   for (const auto& [name, program] : kPrograms) {
@@ -72,7 +72,7 @@ TEST(ProgramFileTest, AProgramWithoutItsLastBytesIsCut) {
   }
 }
 
-TEST(ProgramFileTest, WhatLinkersMakeIsWholeToItsLastByteAndOtherFilesAreNoProgram) {
+TEST(ProgramFileTest, LinkedProgramsAreCompleteAndOtherFilesAreNotPrograms) {
   ScratchDirectory directory;
   const fs::path file = directory / "copy";
   fs::copy_file(platform::OwnExecutablePath(), file);
