@@ -43,8 +43,7 @@ class CheckOperation {
     PostServer(window_, true);
     const CheckResult result = Examine(manifest);
     ReportSummary(result);
-    PostNarrowJson(window_, BuildCheckMessage(Mode(), result));
-    checkPosted_ = true;
+    PostCheck(BuildCheckMessage(Mode(), result));
     if (!repair_) return true;
     if (result.samples.empty()) {
       Status("Rien a reparer.");
@@ -61,7 +60,7 @@ class CheckOperation {
   void ReportUnexpectedFailure() {
     Status(repair_ ? "La reparation a rencontre une erreur inattendue."
                    : "La verification a rencontre une erreur inattendue.");
-    if (!checkPosted_) PostNarrowJson(window_, BuildCheckErrorMessage(Mode(), kUnreadable));
+    PostCheck(BuildCheckErrorMessage(Mode(), kUnreadable));
   }
 
  private:
@@ -69,11 +68,17 @@ class CheckOperation {
 
   void Status(const std::string& text) { PostStatus(window_, text); }
 
+  /// Posts the `check` message, unless it was posted before.
+  void PostCheck(const std::string& message) {
+    if (checkPosted_) return;
+    PostNarrowJson(window_, message);
+    checkPosted_ = true;
+  }
+
   void ReportFailure(const std::string& status, const char* error) {
     Status(status);
     PostServer(window_, false);
-    PostNarrowJson(window_, BuildCheckErrorMessage(Mode(), error));
-    checkPosted_ = true;
+    PostCheck(BuildCheckErrorMessage(Mode(), error));
   }
 
   bool FetchManifest(PatchManifest& manifest) {
@@ -128,7 +133,7 @@ class CheckOperation {
   const bool repair_;
   const UpdateStages& stages_;
   HttpSession session_;
-  bool checkPosted_ = false;  // the `check` message was posted
+  bool checkPosted_ = false;
 };
 
 }  // namespace

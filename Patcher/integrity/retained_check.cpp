@@ -2,6 +2,7 @@
 
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace patcher {
 namespace {
@@ -22,30 +23,22 @@ RetainedCheck& RetainedCheck::Current() {
   return *current;
 }
 
-void RetainedCheck::Store(const CheckResult& result, std::int32_t version) {
+void RetainedCheck::Store(CheckResult result, std::int32_t version) {
   const platform::MutexLock guard(lock_);
-  valid_ = false;  // until the copy is complete
-  paths_ = result.samples;
-  unexamined_ = result.unexamined;
-  missing_ = result.missing;
-  corrupt_ = result.corrupt;
+  result_ = std::move(result);
   manifestVersion_ = version;
-  valid_ = true;
 }
 
 bool RetainedCheck::Recall(const PatchManifest& manifest, CheckResult& result) const {
   const platform::MutexLock guard(lock_);
-  if (!valid_ || manifestVersion_ != manifest.version) return false;
-  result.samples = paths_;
-  result.unexamined = unexamined_;
-  result.missing = missing_;
-  result.corrupt = corrupt_;
+  if (!result_ || manifestVersion_ != manifest.version) return false;
+  result = *result_;
   result.total = static_cast<std::int32_t>(manifest.files.size());
-  result.ok = result.total - static_cast<std::int32_t>(paths_.size());
+  result.ok = result.total - static_cast<std::int32_t>(result.samples.size());
   result.bytes = 0;
-  if (paths_.empty()) return true;
+  if (result.samples.empty()) return true;
   const auto sizes = SizesByPath(manifest);
-  for (const std::string& path : paths_) {
+  for (const std::string& path : result.samples) {
     if (const auto size = sizes.find(path); size != sizes.end()) result.bytes += size->second;
   }
   return true;
@@ -53,7 +46,7 @@ bool RetainedCheck::Recall(const PatchManifest& manifest, CheckResult& result) c
 
 void RetainedCheck::Clear() {
   const platform::MutexLock guard(lock_);
-  valid_ = false;
+  result_.reset();
 }
 
 }  // namespace patcher

@@ -1,8 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <vector>
+#include <optional>
 
 #include "control/protocol/page_messages.h"
 #include "platform/mutex.h"
@@ -18,7 +17,7 @@ class RetainedCheck {
   static RetainedCheck& Current();
 
   /// Replaces the kept result by a new one.
-  void Store(const CheckResult& result, std::int32_t version);
+  void Store(CheckResult result, std::int32_t version);
 
   /// Returns true if there is a result for the manifest's version, and fills `result` from it, with totals
   /// and sizes of this manifest. Does not check whether the files have changed since.
@@ -29,12 +28,8 @@ class RetainedCheck {
 
  private:
   mutable platform::Mutex lock_;
-  bool valid_ PATCHER_GUARDED_BY(lock_) = false;
+  std::optional<CheckResult> result_ PATCHER_GUARDED_BY(lock_);
   std::int32_t manifestVersion_ PATCHER_GUARDED_BY(lock_) = 0;
-  std::vector<std::string> paths_ PATCHER_GUARDED_BY(lock_);
-  std::vector<std::string> unexamined_ PATCHER_GUARDED_BY(lock_);
-  std::int32_t missing_ PATCHER_GUARDED_BY(lock_) = 0;
-  std::int32_t corrupt_ PATCHER_GUARDED_BY(lock_) = 0;
 };
 
 }  // namespace patcher

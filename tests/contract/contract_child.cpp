@@ -1,9 +1,10 @@
 // The program that the process and stream tests start:
 //   contract_child KEY REPORT [ARGUMENT...]
 // writes its own path, its working directory and the arguments to the file REPORT, a line each, then
-// releases KEY on the server, and lives until "KEY-end" is released.
+// releases KEY on the server.
 //   contract_child --streams
-// writes each line of its input back in brackets, and at the end of the input "end" to standard error.
+// writes each line of its input back in brackets, and at the end of the input "end" to standard error, and
+// ends with 7.
 
 #include <fstream>
 
@@ -14,6 +15,11 @@
 
 namespace {
 
+/// Static objects must still be there when EndProcess ends the process.
+const struct Lasting {
+  ~Lasting() { platform::WriteErrorLine("destroyed"); }
+} kLasting;
+
 void EchoLines() {
   platform::UseBinaryStandardStreams();
   std::string line;
@@ -21,7 +27,7 @@ void EchoLines() {
   platform::WriteErrorLine("end");
 }
 
-void ReportAndWait(const std::vector<std::string>& arguments) {
+void Report(const std::vector<std::string>& arguments) {
   {
     std::ofstream report(platform::PathFromUtf8(arguments[1]), std::ios::binary);
     report << platform::Utf8FromPath(platform::OwnExecutablePath()) << '\n'
@@ -30,18 +36,13 @@ void ReportAndWait(const std::vector<std::string>& arguments) {
   }
   Session session;
   Get(session.connection, "/release/" + arguments[0]);
-  Get(session.connection, "/late/1/" + arguments[0] + "-end");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   const auto arguments = platform::CommandLineArguments(argc, argv);
-  if (arguments.size() == 1 && arguments[0] == "--streams") {
-    EchoLines();
-    return 0;
-  }
-  if (arguments.size() < 2) return 2;
-  ReportAndWait(arguments);
-  return 0;
+  const bool echoes = arguments.size() < 2;
+  echoes ? EchoLines() : Report(arguments);
+  platform::EndProcess(echoes ? 7 : 0);
 }

@@ -8,7 +8,7 @@
 
 #include "platform/http.h"
 
-/// The server that run_contract has started beside this program.
+/// The server that run_contract has started.
 inline platform::ServerAddress ContractServer() {
   const char* port = std::getenv("PATCHER_CONTRACT_PORT");
   return {false, "127.0.0.1", static_cast<std::uint16_t>(port == nullptr ? 0 : std::atoi(port))};

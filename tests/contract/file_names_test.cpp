@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// The system itself is asked: a file is made under one path and looked for under the other.
-TEST(FileNamesContract, OneIdentityMeansOneFile) {
+TEST(FileNamesContract, EqualIdentitiesMeanTheSameFile) {
   const std::pair<const char*, const char*> pairs[] = {
       {"d/data", "./d/data"}, {"d/data", "d//data"},  {"d/data", "d/./data"},  {"d/data", "d\\data"},
       {"d/data", "D/DATA"},   {"d/data", "d/data."},  {"d/data", "d/data. ."}, {"d/data", "d/data "},
@@ -38,7 +38,7 @@ TEST(FileNamesContract, OneIdentityMeansOneFile) {
   EXPECT_EQ(FileIdentity("a/"), FileIdentity("a"));
 }
 
-TEST(FileNamesContract, StreamsAndDevicesAreNoFiles) {
+TEST(FileNamesContract, StreamsAndDevicesAreNotFiles) {
   const bool windows = FileIdentity("a") == FileIdentity("A");
   for (const char* path :
        {"a:b", "d/a::$DATA", "nul", "d/NUL", "com1", "Lpt9 ", "a\\con", "aux.", "conout$"}) {

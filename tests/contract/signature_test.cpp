@@ -19,7 +19,7 @@ constexpr char kPublic[] =
     "60fed4ba255a9d31c961eb74c6356d68c049b8923b61fa6ce669622e60f29fb6"
     "7903fe1008b8bc99a41ae9e95628bc64f2f1b20c2d7e9f5177a3c294d4462299";
 
-TEST(SignatureContract, SignaturesOfEverySystemAreGood) {
+TEST(SignatureContract, AcceptsSignaturesOfBothSystems) {
   const PublicKey key = FromHex<64>(kPublic).value();
   const Digest digest = FromHex<32>(kDigest).value();
   const std::string vectors[] = {// The RFC's.

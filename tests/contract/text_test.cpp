@@ -24,18 +24,6 @@ TEST(TextContract, KnownTexts) {
   }
 }
 
-TEST(TextContract, EveryCharacterComesBack) {
-  for (unsigned character = 0; character <= 0x10FFFF; ++character) {
-    if (character >= 0xD800 && character <= 0xDFFF) continue;
-    std::u16string wide(1, static_cast<char16_t>(character));
-    if (character >= 0x10000) {
-      wide = {static_cast<char16_t>(0xD7C0 + (character >> 10)),
-              static_cast<char16_t>(0xDC00 + (character & 0x3FF))};
-    }
-    ASSERT_EQ(Utf8ToWide(WideToUtf8(wide)), wide) << character;
-  }
-}
-
 TEST(TextContract, BrokenBytesAreReplacedAndTheirNeighboursKept) {
   const std::string broken[] = {
       "\x80",         "\xBF\xBF",         "\xC0\x80",         "\xC1\xBF",         "\xC3", "\xE0\x80\x80",

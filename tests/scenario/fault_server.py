@@ -23,7 +23,7 @@ class FaultServer:
       ("until-close", n)   n bytes without a length; the end of the connection ends the body
       ("endless",)         chunks until the client goes away
       ("announced", n)     a length of n bytes; none comes until the client goes away
-      ("redirect", url)    302, with a header X-Step of its own
+      ("redirect", url)    302, with a header X-Step and a large body of its own
       ("headers", extra)   extra headers"""
 
     def __init__(self):
@@ -90,7 +90,7 @@ class FaultServer:
         if kind == "hold":
             rest[0].wait()
         elif kind == "redirect":
-            return self._send(peer, 302, b"moved", f"X-Step: 1\r\nLocation: {rest[0]}\r\n")
+            return self._send(peer, 302, b"moved" * 200_000, f"X-Step: 1\r\nLocation: {rest[0]}\r\n")
         elif kind == "reset":
             peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
             return False

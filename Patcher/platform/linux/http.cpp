@@ -161,8 +161,7 @@ struct HttpRequest::Impl {
   std::size_t consumed = 0;  // bytes of `pending` that were read
   std::size_t headSize = 0;  // all headers of redirects and of the final response, and trailers
   bool paused = false;
-  bool headersDone = false;
-  bool redirecting = false;
+  bool headersDone = false;  // those of a response that is not followed
   bool done = false;
   CURLcode result = CURLE_OK;
   std::chrono::steady_clock::time_point lastByte = std::chrono::steady_clock::now();
@@ -177,7 +176,6 @@ struct HttpRequest::Impl {
       request.paused = true;
       return CURL_WRITEFUNC_PAUSE;
     }
-    request.headersDone = true;
     request.NoteActivity();
     std::vector<char>& pending = request.engine->pending;
     if (request.consumed == pending.size()) {
@@ -194,22 +192,34 @@ struct HttpRequest::Impl {
     request.headSize += size;
     if (request.headSize > kMaxHeadSize) return 0;
     const std::string_view line(data, size);
-    if (line.starts_with("HTTP/")) {
-      request.redirecting = false;
-    } else if (size > 9 && strncasecmp(data, "location:", 9) == 0) {
-      request.redirecting = true;
-    } else if (line == "\r\n" || line == "\n") {
-      const std::uint32_t status = request.Code();
-      const bool followed = request.follows && request.redirecting && status >= 300 && status < 400;
-      if (status >= 200 && !followed) request.headersDone = true;
-    }
+    const bool isEnd = line == "\r\n" || line == "\n";
+    if (isEnd && request.Code() >= 200 && !request.IsFollowed()) request.headersDone = true;
     return size;
+  }
+
+  /// Whether the library follows the response that it has just received.
+  bool IsFollowed() const {
+    const std::uint32_t status = Code();
+    return follows && status >= 300 && status < 400 && !Header("Location").value_or("").empty();
   }
 
   std::uint32_t Code() const {
     long code = 0;
     curl_easy_getinfo(engine->easy, CURLINFO_RESPONSE_CODE, &code);
     return static_cast<std::uint32_t>(code);
+  }
+
+  std::optional<std::string> Header(const std::string& name) const {
+    std::optional<std::string> value;
+    curl_header* header = nullptr;
+    for (std::size_t i = 0;
+         curl_easy_header(engine->easy, name.c_str(), i, CURLH_HEADER, -1, &header) == CURLHE_OK; ++i) {
+      std::string_view text = header->value;
+      // Older versions of the library leave the line end in an empty value.
+      if (text.ends_with('\r')) text.remove_suffix(1);
+      value = (value ? *value + ", " : std::string()).append(text);
+    }
+    return value;
   }
 
   void SetOptions(const HttpConnection::Impl& connection, const std::string& encodedPath) {
@@ -241,7 +251,7 @@ struct HttpRequest::Impl {
   bool IsSent() const {
     curl_off_t sent = 0;
     curl_easy_getinfo(engine->easy, CURLINFO_PRETRANSFER_TIME_T, &sent);
-    return sent > 0 || headersDone;
+    return sent > 0;
   }
 
   /// Runs the transfer until `enough` returns true, the transfer ends, or `limit` has passed.
@@ -311,17 +321,7 @@ std::uint32_t HttpRequest::ReceiveResponse() {
 std::uint32_t HttpRequest::Status() { return impl_ ? impl_->Code() : 0; }
 
 std::optional<std::string> HttpRequest::Header(const std::string& name) const {
-  std::optional<std::string> value;
-  if (!impl_) return value;
-  curl_header* header = nullptr;
-  for (std::size_t i = 0;
-       curl_easy_header(impl_->engine->easy, name.c_str(), i, CURLH_HEADER, -1, &header) == CURLHE_OK; ++i) {
-    std::string_view text = header->value;
-    // Older versions of the library leave the line end in an empty value.
-    if (text.ends_with('\r')) text.remove_suffix(1);
-    value = (value ? *value + ", " : std::string()).append(text);
-  }
-  return value;
+  return impl_ ? impl_->Header(name) : std::nullopt;
 }
 
 std::optional<std::uint64_t> HttpRequest::AnnouncedLength() const {

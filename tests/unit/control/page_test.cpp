@@ -31,7 +31,7 @@ TEST(PageContent, TheLastComponentOfAnAddressNamesTheImage) {
   EXPECT_FALSE(ServeAsset("led-amber.png")) << "the tests carry no images";
 }
 
-TEST(PageContent, OnlyTheHandedOverDocumentIsTheLaunchersOwn) {
+TEST(PageContent, RecognizesTheAddressesOfItsOwnDocument) {
   for (const char* own : {"about:blank", "data:text/html;charset=utf-8;base64,PGh0bWw+"}) {
     EXPECT_TRUE(IsOwnAddress(own)) << own;
   }
@@ -55,7 +55,7 @@ TEST(PageMessagesTest, ProgressKeepsOrderAndTurnsSlashes) {
       R"("currentFile":"data/a \"b\"","fileIndex":3,"fileCount":9})");
 }
 
-TEST(PageMessagesTest, CheckCarriesFortySamples) {
+TEST(PageMessagesTest, CheckListsAtMostFortySamples) {
   CheckResult result{50, 9, 20, 21, 1, {"a\\b\"c"}};
   result.samples.resize(41, "x");
   const std::string text = BuildCheckMessage("repair", result);

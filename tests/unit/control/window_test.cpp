@@ -24,7 +24,7 @@ platform::PointerState At(int x, int y, bool left, bool right, bool swapped) {
   return {{x, y}, left, right, swapped, {4, 6}};
 }
 
-TEST(WindowDrag, OnlyAPressedPointerThatMovesFarEnoughMovesTheWindow) {
+TEST(WindowDrag, StartsAfterAPressedPointerHasMovedFarEnough) {
   const struct {
     int x, y;
     Step expected;
@@ -42,7 +42,7 @@ TEST(WindowDrag, OnlyAPressedPointerThatMovesFarEnoughMovesTheWindow) {
   }
 }
 
-TEST(RecoveryLimit, ThreeTimesInAnyTenMinutes) {
+TEST(RecoveryLimit, AllowsThreeReloadsInTenMinutes) {
   const struct {
     seconds at;
     bool expected;
@@ -55,7 +55,7 @@ TEST(RecoveryLimit, ThreeTimesInAnyTenMinutes) {
   }
 }
 
-TEST(TaskProgress, APercentageThenNothingOrAnError) {
+TEST(TaskProgress, ShowsAPercentageThenNothingOrAnError) {
   ProgressReport report;
   report.percent = 37;
   const auto after = [](UiEventKind kind, std::uintptr_t wParam, std::intptr_t lParam = 0) {
@@ -79,7 +79,7 @@ TEST(WindowGeometry, ANewWindowIsCentredInTheWorkArea) {
   for (const auto& [workArea, expected] : kCases) EXPECT_EQ(PlaceWindow(workArea), expected);
 }
 
-TEST(WindowGeometry, TheEdgesOfAWindowSizeIt) {
+TEST(WindowGeometry, EdgesResizeTheWindow) {
   constexpr Rect kWindow{100, 100, 1100, 800};
   const struct {
     Point point;
@@ -100,7 +100,7 @@ TEST(WindowGeometry, TheEdgesOfAWindowSizeIt) {
   EXPECT_EQ(HitTest({-1600, -900, -320, -100}, {-321, -101}, false), WindowPart::kBottomRight);
 }
 
-TEST(WindowGeometry, AMaximizedWindowHasNoRingAndLeavesTheTaskBarFree) {
+TEST(WindowGeometry, AMaximizedWindowHasNoBorderAndLeavesTheTaskBarVisible) {
   EXPECT_EQ(WebViewBounds({0, 0, 1280, 800}, false), (Rect{6, 6, 1274, 794}));
   EXPECT_EQ(WebViewBounds({0, 0, 1920, 1040}, true), (Rect{0, 0, 1920, 1040}));
   constexpr Rect kProposed{-8, -8, 1928, 1048};
@@ -112,7 +112,7 @@ TEST(WindowGeometry, AMaximizedWindowHasNoRingAndLeavesTheTaskBarFree) {
             (MaximizedPlacement{{0, 40}, {1920, 1040}}));
 }
 
-TEST(WindowGeometry, TheSmallestWindowFitsOnTheScreenAndARestoredOneIsUnderThePointer) {
+TEST(WindowGeometry, TheSmallestWindowFitsTheScreenAndARestoredOneIsUnderThePointer) {
   EXPECT_EQ(MinimumWindow({0, 0, 1920, 1040}), (Size{1000, 640}));
   EXPECT_EQ(MinimumWindow({-1024, 40, 0, 600}), (Size{1000, 560}));
   EXPECT_EQ(MinimumWindow({0, 0, 800, 600}), (Size{800, 600}));

@@ -38,7 +38,7 @@ TEST(VerifyFilesTest, EveryFileGetsOneVerdict) {
                                                       tooLong, "short", "\xff"}));
 }
 
-TEST(DamagedFilesTest, OnlyListedFilesOfTheInstallationGo) {
+TEST(DamagedFilesTest, RemovesOnlyListedFilesOfTheInstallation) {
   const ScratchDirectory scratch;
   const fs::path root = scratch / "";
   fs::create_directories(root / "game" / "folder");

@@ -70,9 +70,9 @@ TEST(ProtectedPathTest, Rules) {
   for (const auto& [path, isProtected] : cases) EXPECT_EQ(IsProtectedPath(path), isProtected) << path;
 }
 
-TEST_F(CleanupTest, OnlyUnlistedFilesOfTheGamesOwnDirectoriesGo) {
-  const Names kept{"World/kept.dds", "Model/pack.res", "Capture/a.o3d", "model2/a.o3d", "Data/a.o3d",
-                   "SFX/LOG/a/b",    "Icon",           "loose.txt",     "Ostu.exe",     "mss32.dll"};
+TEST_F(CleanupTest, RemovesOnlyUnlistedFilesOfTheGameDirectories) {
+  const Names kept{"World/kept.dds", "Model/pack.res", "Capture/a.o3d", "model2/a.o3d", "SFX/LOG/a/b",
+                   "Icon",           "loose.txt",      "Ostu.exe",      "mss32.dll",    "Item/a"};
   const Names gone{"Model/a.o3d", "Char/pack.RES", "Item/x.old.dds",
                    "Char/.old",   "SFX/no dot",    "World/deep/b.dds"};
   Put(kept);
@@ -93,18 +93,7 @@ TEST_F(CleanupTest, OnlyUnlistedFilesOfTheGamesOwnDirectoriesGo) {
   EXPECT_TRUE(CleanUpFor({"world/kept.dds"}).empty());
 }
 
-TEST_F(CleanupTest, AFileInstalledUnderAnySpellingStays) {
-  const Names listed{"./Model//a", "Model/./b",  "./x64/c",         "Model/d\\\\e",
-                     "Model/f\\",  "Model/.\\g", "Model/h.",        "Model/i ",
-                     "Model/j. .", "Model/k\\l", "Model/\xE9T\xE9", "MODEL/m/.\\./n"};
-  Put(listed);
-  const auto count = std::distance(fs::recursive_directory_iterator(game / ""), {});
-  EXPECT_GE(count, 12) << "nearly all can be installed on every system";
-  EXPECT_TRUE(CleanUpFor(listed).empty());
-  EXPECT_EQ(std::distance(fs::recursive_directory_iterator(game / ""), {}), count);
-}
-
-TEST_F(CleanupTest, TemporaryFilesOfPublishedFilesGo) {
+TEST_F(CleanupTest, RemovesTemporaryFilesOfPublishedFiles) {
   const Names kept{"Model/a",        "data/sub/b",  "data/sub/c.part", "data/x.part",
                    "data/d.part/in", "real/e.part", "data/.part"};
   const Names gone{"Model/a.part", "data/sub/b.part", "top.part", "Patcher.new.exe.part"};
@@ -117,14 +106,16 @@ TEST_F(CleanupTest, TemporaryFilesOfPublishedFilesGo) {
   Expect(kept, gone);
 }
 
-TEST_F(CleanupTest, WhatALinkLeadsToStays) {
+TEST_F(CleanupTest, DoesNotFollowLinks) {
   Put({"outside/a.o3d", "outside/sub/b.o3d", "World/c.o3d", "x64/a"});
   const DirectoryLink links[] = {{game / "Model", game / "outside"},
                                  {game / "World/link", game / "outside"},
                                  {game / "ui-assets", game / "outside"},
                                  {game / "x64/link", game / "outside"}};
   for (const DirectoryLink& link : links) ASSERT_TRUE(link.IsThere());
-  CleanUpFor({"Model/never there.o3d"});
+  const Names texts = CleanUpFor({"Model/never there.o3d"});
+  // Under Wine the library does not remove every link.
+  EXPECT_EQ(texts.back().find("x64 (") == std::string::npos, fs::exists(game / "x64")) << texts.back();
   Expect({"outside/a.o3d", "outside/sub/b.o3d"}, {"World/c.o3d", "x64/a"});
 }
 

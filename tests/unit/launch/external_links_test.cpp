@@ -18,7 +18,7 @@ std::u16string Expand(const std::u16string& pattern) {
   return url;
 }
 
-TEST(ExternalLinksTest, TheSitesHttpsLinksOpen) {
+TEST(ExternalLinksTest, AcceptsHttpsLinksToTheSite) {
   for (const char16_t* pattern :
        {u"https://S", u"https://S/", u"https://S/news/2026?id=7&x=%20'$(y);`#part", u"https://www.S/a?b#c",
         u"https://my_host-1.a.b.S/", u"https://S:8443/x", u"https://S:/x", u"https://S?@evil.example/",
@@ -37,7 +37,7 @@ void ExpectRefused(std::initializer_list<const char16_t*> patterns) {
   }
 }
 
-TEST(ExternalLinksTest, NothingElseDoes) {
+TEST(ExternalLinksTest, RefusesOtherLinks) {
   // schemes
   ExpectRefused({u"", u"https://", u"https:///S", u"S", u"//S/", u"/etc/passwd", u"--help", u"http://S/",
                  u"HTTPS://S/", u"file://S/", u"javascript:https://S/", u"https:S", u" https://S/",

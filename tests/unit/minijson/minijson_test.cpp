@@ -28,7 +28,7 @@ std::string Failure(std::string_view text) {
   return "";
 }
 
-TEST(MiniJsonTest, FailuresHaveFixedWords) {
+TEST(MiniJsonTest, FailuresHaveFixedTexts) {
   const std::pair<const char*, std::vector<const char*>> cases[] = {
       {"unexpected end of input", {"", " \t\r\n", "["}},
       {"expected string", {"{", "{\"a\":1,}"}},
@@ -46,7 +46,7 @@ TEST(MiniJsonTest, FailuresHaveFixedWords) {
   EXPECT_THROW(Read("1e999"), std::out_of_range);
 }
 
-TEST(MiniJsonTest, NumbersTakeTheirLongestPrefix) {
+TEST(MiniJsonTest, NumbersUseTheLongestPrefix) {
   const std::pair<const char*, double> cases[] = {{"+5", 5},
                                                   {"1-2", 1},
                                                   {"1.2.3", 1.2},
@@ -64,7 +64,7 @@ TEST(MiniJsonTest, StringsAreLenient) {
   EXPECT_EQ(Read("true false").kind, Kind::Bool);
 }
 
-TEST(MiniJsonTest, DuplicatesStayAndSetKeepsItsPlace) {
+TEST(MiniJsonTest, KeepsDuplicatesAndThePlaceOfAChangedMember) {
   Value value = Read("{\"a\":1,\"b\":2,\"a\":3}");
   EXPECT_EQ(value.Find("a")->numberValue, 1);
   value.Set("a", Value::MakeNumber(9));
@@ -73,7 +73,7 @@ TEST(MiniJsonTest, DuplicatesStayAndSetKeepsItsPlace) {
   EXPECT_EQ(Read("7").Find("a"), nullptr);
 }
 
-TEST(MiniJsonTest, NestingEndsAtTheLimit) {
+TEST(MiniJsonTest, NestingIsLimited) {
   EXPECT_EQ(Failure(std::string(kMaxDepth, '[') + "1"), "expected ',' or ']'");
   for (const std::size_t depth : {kMaxDepth + std::size_t{1}, std::size_t{1'000'000}}) {
     EXPECT_EQ(Failure(std::string(depth, '[') + "1"), "nesting too deep") << depth;

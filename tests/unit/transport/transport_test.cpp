@@ -10,7 +10,7 @@
 namespace patcher {
 namespace {
 
-TEST(TransferPaceTest, SilentBelowTheLeastBytesInAMinuteOfWaiting) {
+TEST(TransferPaceTest, EndsATransferOfTooFewBytesInAMinute) {
   using Wait = std::pair<int, std::uint64_t>;  // seconds and bytes
   const std::pair<std::vector<Wait>, std::size_t> cases[] = {
       // The number of waits after which it is silent; 0: never.

@@ -41,7 +41,7 @@ std::string Extract(const std::filesystem::path& archive, int threads = 3) {
   return outcome;
 }
 
-TEST(ArchiveTest, DamageIsAFailureWithAName) {
+TEST(ArchiveTest, DamagedEntriesAreNamed) {
   ScratchDirectory directory;
   const std::string good = MakeArchive({{"a", std::string(5000, 'x')}, {"b", "content of b"}});
   const std::size_t last = good.rfind("PK\x01\x02");
@@ -67,7 +67,7 @@ TEST(ArchiveTest, DamageIsAFailureWithAName) {
       {changed(last + 42, 127), "b"},                // where its data begin
   };
   WriteWhole(directory / "mine", "the player's");
-  std::error_code noLinks;  // the library makes none on Windows
+  std::error_code noLinks;  // the library does not create links on Windows
   std::filesystem::create_symlink("mine", directory / "b", noLinks);
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     WriteWhole(directory / "t.zip", cases[i].first);

@@ -9,7 +9,7 @@
 namespace patcher {
 namespace {
 
-TEST(LocalManifestTest, WhatIsWrittenIsReadAndWhatDoesNotParseIsEmpty) {
+TEST(LocalManifestTest, ReadsWhatWasWrittenAndNothingFromBadText) {
   ScratchDirectory directory;
   const LocalState state{{"a \"b\"\\c", "d1"}, {"\xC3\xA9/\n", "d2"}, {"z", ""}};
   const std::pair<std::string, LocalState> cases[] = {
@@ -51,7 +51,7 @@ TEST(LocalManifestTest, AParsedManifestIsUsedForItsOwnFileOnly) {
   EXPECT_TRUE(none.State().empty());
 }
 
-TEST(LocalRecordTest, ProgressNamesNothingWrongAndASaveIsWhole) {
+TEST(LocalRecordTest, ProgressIsCorrectAndASaveIsComplete) {
   ScratchDirectory directory;
   for (const bool inOrder : {true, false}) {
     std::filesystem::remove(directory / "m");

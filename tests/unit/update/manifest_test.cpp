@@ -23,7 +23,7 @@ PatchManifest Parsed(std::string_view text) {
 TEST(PatchManifestTest, ReadsLeniently) {
   const PatchManifest manifest = Parsed(R"({"version":12.9,"patcherVersion":"x","patcherUrl":3,"extra":[],
     "bundles":[{"name":"a","size":1,"sha256":"s","files":["p",4]},{"name":"","sha256":"s"},{"name":"b"},7],
-    "files":[{"path":"p","size":"12","sha256":"d"},{"path":"p","size":-5,"url":"u"},{"size":1e300},{"size":2.9},3]}
+    "files":[{"path":"p","size":"12","sha256":"d"},{"path":"p","size":-5,"url":"u"},{"size":18446744073709551615},{"size":2.9},3]}
     garbage)");
   EXPECT_EQ(manifest.version, 12);
   EXPECT_EQ(manifest.patcherVersion, 0);
@@ -48,7 +48,7 @@ TEST(PatchManifestTest, OnlyAMissingOrEmptyLauncherDigestIsNone) {
   EXPECT_EQ(Parsed("{}").patcherSha256, "");
 }
 
-TEST(ArchiveChoiceTest, UsefulArchivesAreTakenOnlyIfTheyAreCheaperThanAllWantedFiles) {
+TEST(ArchiveChoiceTest, ArchivesAreChosenOnlyIfSmallerThanTheWantedFiles) {
   const PatchBundle first{"1", 60, "", {"a", "b"}};
   const PatchBundle other{"2", 5, "", {"c"}};
   const PatchBundle last{"3", 40, "", {"b", "d"}};
@@ -64,7 +64,7 @@ TEST(ArchiveChoiceTest, UsefulArchivesAreTakenOnlyIfTheyAreCheaperThanAllWantedF
   EXPECT_EQ(choice({"in no archive"}, 1), "dearer  0");
 }
 
-TEST(PatchManifestTest, DocumentsThatAreRefusedGetAReason) {
+TEST(PatchManifestTest, RefusedDocumentsGetAReason) {
   const auto zeros = [](std::size_t count) {
     std::string text = "[0";
     for (std::size_t i = 1; i < count; ++i) text += ",0";
@@ -90,7 +90,7 @@ TEST(PatchManifestTest, DocumentsThatAreRefusedGetAReason) {
   }
 }
 
-TEST(ManifestPathsTest, NoTwoPathsOfOneFile) {
+TEST(ManifestPathsTest, RefusesTwoPathsOfOneFile) {
   const bool windows = platform::FileIdentity("a") == platform::FileIdentity("A");
   using Pairs = std::vector<std::pair<const char*, const char*>>;
   const Pairs never{{"../x", "y"},
@@ -122,7 +122,7 @@ TEST(ManifestPathsTest, NoTwoPathsOfOneFile) {
   }
 }
 
-TEST(ManifestPathsTest, OnlyPlacesBelowTheInstallDirectory) {
+TEST(ManifestPathsTest, AcceptsOnlyPathsInsideTheInstallDirectory) {
   for (const char* path :
        {"/etc/x", "\\x", "C:x", "c:/x", "..", "a/../b", "a\\..\\b", "a/..", ".. /x", "a/...", "a/. ./b"}) {
     EXPECT_FALSE(StaysInside(path)) << path;

@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/file_names.h"
 #include "shared/parallel_run.h"
+#include "shared/retry_while_held.h"
 #include "support/recording_host.h"
 #include "support/scratch_directory.h"
 #include "transport/run_pool.h"
@@ -49,6 +51,14 @@ TEST(RunPoolTest, AnExceptionLeavesALogLine) {
   const ScratchDirectory game;
   EXPECT_FALSE(RunPool(1, [](std::size_t, unsigned) -> bool { throw std::bad_alloc(); }));
   EXPECT_EQ(ReadWhole(game / "patcher_debug.txt"), "Exception in a pool : std::bad_alloc\r\n");
+}
+
+TEST(RetryWhileHeldTest, OnlyAHeldFileIsTriedAgain) {
+  constexpr int kHeld = 32;  // on Windows; elsewhere no error means this
+  const bool windows = platform::FileIdentity("a") == platform::FileIdentity("A");
+  int calls = 0;
+  const int error = RetryWhileHeld([&] { return ++calls < 3 ? kHeld : 7; });
+  EXPECT_EQ(std::pair(calls, error), windows ? std::pair(3, 7) : std::pair(1, kHeld));
 }
 
 TEST(ProgressTrackerTest, ForcedEventsCountAndRollBack) {

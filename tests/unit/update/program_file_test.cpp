@@ -47,7 +47,8 @@ const std::pair<const char*, std::string> kPrograms[] = {
     {"PE32, a section",
      With(Pe(280, 136, 0x10B), {{70, 2, 1}, {148, 4, 264}, {180, 4, 5}, {240, 4, 16}, {244, 4, 264}})},
     {"PE32+, a certificate", With(Pe(300, 152, 0x20B), {{196, 4, 5}, {232, 4, 290}, {236, 4, 10}})},
-    {"PE32, names of symbols", With(Pe(252, 96, 0x10B), {{76, 4, 224}, {80, 4, 1}, {242, 4, 10}})},
+    {"PE32, names of symbols",
+     With(Pe(252, 96, 0x10B), {{76, 4, 224}, {80, 4, 1}, {180, 4, 4}, {242, 4, 10}})},
     {"ELF, 32 bits, a section",
      With(Elf32(180), {{28, 4, 52}, {32, 4, 84}, {128, 4, 1}, {140, 4, 172}, {144, 4, 8}})},
     {"ELF, 64 bits, a segment",
@@ -56,7 +57,7 @@ const std::pair<const char*, std::string> kPrograms[] = {
      With(Elf64(256), {{40, 8, 128}, {58, 2, 64}, {60, 2, 2}, {196, 4, 8}, {216, 8, 9999}, {224, 8, 9999}})},
 };
 
-TEST(ProgramFileTest, AProgramWithoutItsLastBytesIsCut) {
+TEST(ProgramFileTest, ReportsAProgramWithoutItsLastBytes) {
   ScratchDirectory directory;
   const fs::path file = directory / "program";
   for (const auto& [name, program] : kPrograms) {
@@ -71,7 +72,7 @@ TEST(ProgramFileTest, AProgramWithoutItsLastBytesIsCut) {
   }
 }
 
-TEST(ProgramFileTest, WhatLinkersMakeIsWholeToItsLastByteAndOtherFilesAreNoProgram) {
+TEST(ProgramFileTest, LinkedProgramsAreCompleteAndOtherFilesAreNotPrograms) {
   ScratchDirectory directory;
   const fs::path file = directory / "copy";
   fs::copy_file(platform::OwnExecutablePath(), file);
