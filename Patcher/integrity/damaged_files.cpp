@@ -41,7 +41,7 @@ bool DiscardDamagedFiles(const CheckResult& result) {
   record.Load();
   for (const std::string& path : result.samples) record.Forget(path);
   // Saved before any file is deleted: after a crash the record must not name deleted files.
-  if (!record.Save()) return false;
+  if (!record.SaveOrRemove()) return false;
   const std::unordered_set<std::string_view> unexamined(result.unexamined.begin(), result.unexamined.end());
   for (const std::string& path : result.samples) {
     if (unexamined.count(path) == 0) DeleteListedFile(path);

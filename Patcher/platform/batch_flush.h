@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <span>
+#include <vector>
 
 namespace platform {
 
@@ -14,8 +15,8 @@ namespace platform {
 /// Any thread. Returns 0, or the system's error number: the file may then be lost at a power cut.
 [[nodiscard]] int StartFlush(const std::filesystem::path& file);
 
-/// Second step: call it once for all files whose first step succeeded. Returns 0 when their content and their
-/// directory entries survive a power cut, else the system's error number. Any thread.
-[[nodiscard]] int FinishFlush(std::span<const std::filesystem::path> files);
+/// Second step: call it once for all files. Returns for each file whether its content and its directory entry
+/// survive a power cut, if its first step succeeded. Any thread.
+[[nodiscard]] std::vector<bool> FinishFlush(std::span<const std::filesystem::path> files);
 
 }  // namespace platform

@@ -30,9 +30,14 @@ enum class ExclusiveWrite {
 /// Whether this error number of MoveReplacing can mean that another program has one of the files open for a
 /// moment. Windows: access denied and sharing violations, which can also be permanent. Linux: never.
 [[nodiscard]] bool IsHeldForAMoment(int error);
+
 /// Like MoveReplacing with `copyAcrossVolumes`, but flushes the new directory entry to the disk before it
 /// returns 0.
 [[nodiscard]] int MoveDurably(const std::filesystem::path& source, const std::filesystem::path& target);
+
+/// Call this before a new file is written to this place. Removes a link, whose target must not be written to.
+/// Linux: also removes a file, since programs may run it or have it mapped, and it may have other names.
+void RemoveBeforeWriting(const std::filesystem::path& place);
 
 /// Gives `file`, which is about to be replaced, the name `newName` in the same directory, replacing a file of
 /// that name, and flushes the directory. Returns 0, or the system's error number. Linux: `file` also keeps
@@ -60,6 +65,10 @@ enum class Overwriting {
 /// first, so that a full disk leaves the old content. If the process dies during the call, the file may be
 /// torn: the caller keeps a copy of the content until this returns.
 [[nodiscard]] Overwriting OverwriteInPlace(const std::filesystem::path& file, std::string_view content);
+
+/// Creates a file, or replaces the content of a file there, and flushes it. Returns 0, or the system's error
+/// number; a file that was written in part is removed.
+[[nodiscard]] int WriteWholeFile(const std::filesystem::path& file, std::string_view content);
 
 /// Creates a file that only its owner may read (Windows: it inherits its directory's rights) and flushes it.
 /// Returns 0, or the system's error number, for example if an entry of this name exists; that entry is not

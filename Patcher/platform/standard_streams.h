@@ -12,8 +12,8 @@ void UseBinaryStandardStreams();
 /// the program was started. Does nothing on Linux. Call before the first write.
 void UseConsoleOfParent();
 
-/// Reads the next line of standard input, without its line end (LF or CR LF). Returns false at the end of the
-/// input. Blocks.
+/// Reads the next line of standard input, without its line end (LF or CR LF). A line of more than 1 MiB is
+/// cut. Returns false at the end of the input. Blocks.
 [[nodiscard]] bool ReadLine(std::string& line);
 
 /// Writes the text and a line feed to standard output in a single write. Returns false if that failed, for

@@ -20,13 +20,12 @@ inline constexpr std::string_view kNewLauncherFile = "Patcher.new.exe";
 inline constexpr std::string_view kOldLauncherFile = "Patcher.old.exe";
 
 /// Files that the launcher writes, replaces and deletes at the top of the install directory.
-inline constexpr std::array kLauncherWorkFiles{kRecordFile, kConfigFile, kLogFile, kNewLauncherFile,
-                                               kOldLauncherFile};
-/// Files that players download by hand: no launcher can fetch them yet.
+inline constexpr std::array kLauncherWorkFiles{kRecordFile, kSequenceFile,    kConfigFile,
+                                               kLogFile,    kNewLauncherFile, kOldLauncherFile};
+/// Files that a player needs before the first start.
 inline constexpr std::array<std::string_view, 2> kLauncherPrograms{"Patcher.exe", "WebView2Loader.dll"};
 /// Other programs and files of the launcher. The game must not contain files of these names.
-inline constexpr std::array<std::string_view, 4> kOtherFiles{"Patcher", "patcher-stdio", "patcher-stdio.exe",
-                                                             kSequenceFile};
+inline constexpr std::array<std::string_view, 3> kOtherFiles{"Patcher", "patcher-stdio", "patcher-stdio.exe"};
 
 /// Settings and accounts.
 inline constexpr std::array<std::string_view, 2> kPlayerFiles{"ostu.ini", "reginfo.dat"};

@@ -1,26 +1,11 @@
 #include "shared/whole_file.h"
 
-#include <cerrno>
-#include <fstream>
 #include <system_error>
 
 #include "platform/files.h"
 
 namespace patcher {
-namespace {
-
 namespace fs = std::filesystem;
-
-int WriteFlushed(const fs::path& file, std::string_view text) {
-  errno = 0;
-  std::ofstream out(file, std::ios::binary | std::ios::trunc);
-  out.write(text.data(), static_cast<std::streamsize>(text.size()));
-  out.close();
-  if (out.fail()) return errno != 0 ? errno : EIO;
-  return platform::FlushToDisk(file);
-}
-
-}  // namespace
 
 int ReplaceWholeFile(const fs::path& file, std::string_view text) {
   fs::path part = file;
@@ -28,7 +13,7 @@ int ReplaceWholeFile(const fs::path& file, std::string_view text) {
   std::error_code ignored;
   // Remove the entry first: it may be a link, whose target must not be overwritten.
   fs::remove(part, ignored);
-  int error = WriteFlushed(part, text);
+  int error = platform::WriteWholeFile(part, text);
   if (error == 0) error = platform::MoveReplacing(part, file, false);
   if (error != 0) {
     fs::remove(part, ignored);

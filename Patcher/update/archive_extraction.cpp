@@ -9,7 +9,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "platform/links.h"
+#include "platform/files.h"
 #include "platform/text.h"
 #include "shared/program.h"
 #include "transport/debug_log.h"
@@ -73,8 +73,7 @@ bool ExtractEntry(ArchiveReader& zip, std::uint32_t entry) {
     const fs::path place = ExeDir() / platform::PathFromBytes(zip.Name(entry));
     std::error_code ignored;
     fs::create_directories(place.parent_path(), ignored);
-    // The extraction would write to the target of a link.
-    if (platform::IsLink(place)) fs::remove(place, ignored);
+    platform::RemoveBeforeWriting(place);
     // If this fails, the extraction fails too.
     static_cast<void>(MoveLockedTargetAside(place));
     return zip.Extract(entry, place);

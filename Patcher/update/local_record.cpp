@@ -119,7 +119,7 @@ bool LocalRecord::Save() {
   const std::string text = RecordText(State(), version_);
   changed_.clear();
   savedSize_ = 0;
-  if (!Replace(text)) return RemoveFile(path_);
+  if (!Replace(text)) return false;
   if (!state_.empty()) {
     savedSize_ = text.size();
     lastPath_ = state_.rbegin()->first;
@@ -127,10 +127,10 @@ bool LocalRecord::Save() {
   return true;
 }
 
+bool LocalRecord::SaveOrRemove() { return Save() || RemoveFile(path_); }
+
 void LocalRecord::SaveProgress() {
-  if (savedSize_ != 0 && SaveTail()) return;
-  // A failure to save does not end the run: without a record the next run hashes more files.
-  static_cast<void>(Save());
+  if (savedSize_ == 0 || !SaveTail()) Save();
 }
 
 bool LocalRecord::SaveTail() {
@@ -174,7 +174,7 @@ bool LocalRecord::SaveDocument(std::string_view document) {
   savedSize_ = 0;
   if (!Replace(document)) {
     SaveSequence();
-    return RemoveFile(path_);
+    return false;
   }
   // The document contains the sequence now. If the file stays, its number is lower and does no harm.
   if (fileSequence_ != 0) static_cast<void>(RemoveFile(SequenceFile()));

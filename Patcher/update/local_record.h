@@ -50,20 +50,25 @@ class LocalRecord {
   void Enter(const std::string& path, const std::string& digest);
   void Forget(std::string_view path);
 
-  /// Replaces the file by the full state (RecordText). If that fails, removes the file, since it may name
-  /// files that are no longer installed. Returns false if removing it fails too, so the old file still
-  /// exists. Before a signed document is replaced, its sequence is written to another file (kSequenceFile),
-  /// since the progress form has no place for it. Otherwise a server could reset the sequence by failing in
-  /// the middle of an update.
-  [[nodiscard]] bool Save();
+  /// Replaces the file by the full state (RecordText). If that fails, the old file stays: it must not name a
+  /// file that has changed since, so call SaveOrRemove before files change. Before a signed document is
+  /// replaced, its sequence is written to another file (kSequenceFile), since the progress form has no place
+  /// for it. Otherwise a server could reset the sequence by failing in the middle of an update. Returns false
+  /// after a failure, which costs the next run more time and nothing else.
+  bool Save();
+
+  /// As Save, but removes the old file if it cannot be replaced. Returns false if removing it fails too, so
+  /// it still exists: then no file that it names may change.
+  [[nodiscard]] bool SaveOrRemove();
 
   /// As Save, but cheaper, for the many saves of one run. Appends new entries whose paths sort after the last
   /// saved path. Entries before it wait until there are enough of them for a full save. The file may lack
   /// entries, but none of its entries is wrong.
   void SaveProgress();
 
-  /// Replaces the file by the server's document, byte for byte. If that fails, acts like Save.
-  [[nodiscard]] bool SaveDocument(std::string_view document);
+  /// Replaces the file by the server's document, byte for byte. If that fails, the old file stays, as in
+  /// Save.
+  bool SaveDocument(std::string_view document);
 
  private:
   [[nodiscard]] bool Replace(std::string_view text) const;

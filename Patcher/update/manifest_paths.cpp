@@ -70,7 +70,8 @@ std::uint64_t LooseHash(std::string_view path) {
   return ascii ? hash : HashOfAscii(platform::FileIdentity(path), ascii);
 }
 
-/// The paths that may mean the same file as another path, or a file of the launcher. Usually there are none.
+/// The paths that may mean the same file as another path, a file of the launcher, or a directory of
+/// the player. Usually there are none.
 /// An exact comparison of all paths would take too long for a start with nothing to do.
 std::vector<std::string_view> Suspects(const std::vector<PatchFile>& files) {
   std::vector<std::uint64_t> hashes;
@@ -78,6 +79,7 @@ std::vector<std::string_view> Suspects(const std::vector<PatchFile>& files) {
   std::vector<bool> buckets(std::bit_ceil(files.size() + 1) * 64);
   std::unordered_set<std::uint64_t> repeatedHashes;
   for (const std::string_view name : kLauncherWorkFiles) repeatedHashes.insert(LooseHash(name));
+  for (const std::string_view name : kPlayerDirectories) repeatedHashes.insert(LooseHash(name));
   for (const PatchFile& file : files) {
     hashes.push_back(LooseHash(file.path));
     std::vector<bool>::reference bit =
@@ -113,6 +115,8 @@ bool TwoMeanOneFile(const std::vector<std::string_view>& paths) {
     return std::any_of(names.begin(), names.end(), isTaken);
   };
   return std::any_of(paths.begin(), paths.end(), suffixedNamesAreTaken) ||
+         std::any_of(kPlayerDirectories.begin(), kPlayerDirectories.end(),
+                     [&](std::string_view name) { return isTaken(platform::FileIdentity(name)); }) ||
          std::any_of(kLauncherWorkFiles.begin(), kLauncherWorkFiles.end(), [&](std::string_view name) {
            return isTaken(platform::FileIdentity(name)) || suffixedNamesAreTaken(name);
          });

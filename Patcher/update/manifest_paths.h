@@ -18,7 +18,8 @@ namespace patcher {
 /// can name a file on this system. No two different paths mean the same file. No path means the temporary
 /// (".part") or renamed (".old") copy of another file, or a file that only the launcher writes: its record,
 /// its configuration, its log, its other executables. Otherwise the record could name a file that another one
-/// has replaced. The same path may be listed twice: the last entry counts.
+/// has replaced. No path is the name of a directory with the player's own files. The same path may be listed
+/// twice: the last entry counts.
 [[nodiscard]] bool PathsAreUsable(const PatchManifest& manifest);
 
 /// The paths of the record whose files may change when `files` are installed: paths of these files, also in

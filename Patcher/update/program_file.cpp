@@ -119,21 +119,37 @@ bool IsCompleteElf(FileBytes& file) {
          TableIsInside(file, *header, layout.sections, layout.word, true);
 }
 
+enum class Format { kPe, kElf, kOther };
+
+Format FormatOf(FileBytes& file) {
+  const auto two = file.Read(0, 2);
+  const auto four = file.Read(0, 4);
+  if (two && (*two)[0] == 'M' && (*two)[1] == 'Z') return Format::kPe;
+  return four && U32(*four, 0) == 0x464C457F ? Format::kElf : Format::kOther;
+}
+
 }  // namespace
 
 ProgramFile ExamineProgram(const std::filesystem::path& place) {
   FileBytes file(place);
-  const auto two = file.Read(0, 2);
-  const auto four = file.Read(0, 4);
   bool complete = false;
-  if (two && (*two)[0] == 'M' && (*two)[1] == 'Z') {
-    complete = IsCompletePe(file);
-  } else if (four && U32(*four, 0) == 0x464C457F) {
-    complete = IsCompleteElf(file);
-  } else {
-    return ProgramFile::kNone;
+  switch (FormatOf(file)) {
+    case Format::kPe:
+      complete = IsCompletePe(file);
+      break;
+    case Format::kElf:
+      complete = IsCompleteElf(file);
+      break;
+    case Format::kOther:
+      return ProgramFile::kNone;
   }
   return complete ? ProgramFile::kComplete : ProgramFile::kIncomplete;
+}
+
+bool HaveSameFormat(const std::filesystem::path& a, const std::filesystem::path& b) {
+  FileBytes first(a);
+  FileBytes second(b);
+  return FormatOf(first) == FormatOf(second);
 }
 
 }  // namespace patcher

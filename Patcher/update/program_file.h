@@ -16,4 +16,7 @@ enum class ProgramFile {
 /// parts are missing.
 [[nodiscard]] ProgramFile ExamineProgram(const std::filesystem::path& file);
 
+/// Whether two files have the same format by their first bytes: PE, ELF or neither.
+[[nodiscard]] bool HaveSameFormat(const std::filesystem::path& a, const std::filesystem::path& b);
+
 }  // namespace patcher

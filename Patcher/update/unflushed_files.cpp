@@ -1,8 +1,7 @@
 #include "update/unflushed_files.h"
 
-#include <algorithm>
+#include <cstddef>
 #include <filesystem>
-#include <iterator>
 #include <utility>
 
 #include "platform/batch_flush.h"
@@ -50,17 +49,21 @@ std::vector<InstalledFile> UnflushedFiles::FlushBatch() {
   }
   // Tries again, since another program may have held a file when it was added.
   for (Entry& entry : batch) entry.started = entry.started || StartFlush(entry.file);
-  auto ready = std::partition(batch.begin(), batch.end(), [](const Entry& entry) { return !entry.started; });
   std::vector<std::filesystem::path> places;
   places.reserve(batch.size());
-  for (auto entry = ready; entry != batch.end(); ++entry) places.push_back(PlaceOf(entry->file));
-  if (platform::FinishFlush(places) != 0) ready = batch.end();
+  for (const Entry& entry : batch) places.push_back(PlaceOf(entry.file));
+  const std::vector<bool> flushed = platform::FinishFlush(places);
 
   std::vector<InstalledFile> files;
-  files.reserve(static_cast<std::size_t>(batch.end() - ready));
-  for (auto entry = ready; entry != batch.end(); ++entry) files.push_back(std::move(entry->file));
+  files.reserve(batch.size());
   const platform::MutexLock guard(lock_);
-  entries_.insert(entries_.end(), std::make_move_iterator(batch.begin()), std::make_move_iterator(ready));
+  for (std::size_t i = 0; i < batch.size(); ++i) {
+    if (batch[i].started && flushed[i]) {
+      files.push_back(std::move(batch[i].file));
+    } else {
+      entries_.push_back(std::move(batch[i]));
+    }
+  }
   return files;
 }
 

@@ -134,7 +134,7 @@ class Steps {
     const bool hasForgotten = ForgetWantedFiles(run_);
     const platform::MutexLock guard(run_.stateLock);
     const bool isCurrent = correctFiles == 0 && !hasForgotten && !run_.record.IsUnreadable();
-    return isCurrent || run_.record.Save() || run_.wanted.empty();
+    return isCurrent || run_.record.SaveOrRemove() || run_.wanted.empty();
   }
 
   /// False if the whole stage failed. If one archive fails, the next stage downloads its files.
@@ -202,18 +202,17 @@ class Steps {
 
   void SaveAfterFailure() {
     const platform::MutexLock guard(run_.stateLock);
-    // If this fails, the old record names fewer files than are installed: the wanted files were removed from
-    // it before the first of them changed.
-    static_cast<void>(run_.record.Save());
+    run_.record.Save();
   }
 
   void SaveAfterSuccess() {
     const platform::MutexLock guard(run_.stateLock);
-    // If this fails, the next start hashes more files. The document names every file, so it must not be saved
-    // if files are missing.
-    static_cast<void>(run_.unflushed.IsEmpty() && !run_.lacksFiles
-                          ? run_.record.SaveDocument(run_.manifestText)
-                          : run_.record.Save());
+    // The document names every file, so it must not be saved if files are missing.
+    if (run_.unflushed.IsEmpty() && !run_.lacksFiles) {
+      run_.record.SaveDocument(run_.manifestText);
+    } else {
+      run_.record.Save();
+    }
   }
 
   void FinishCompleteRun() {

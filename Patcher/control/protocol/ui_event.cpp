@@ -1,5 +1,6 @@
 #include "control/protocol/ui_event.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace patcher {
@@ -19,7 +20,11 @@ void PostPlain(HostWindow& window, UiEventKind kind, std::uintptr_t wParam = 0, 
 }  // namespace
 
 void PostStatus(HostWindow& window, const std::string& text) {
-  PostWithPayload(window, UiEventKind::UiStatus, text);
+  // An address or a name from outside may contain control characters. The page would reject the message.
+  std::string line = text;
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < 32 && c != '\n'; }, ' ');
+  PostWithPayload(window, UiEventKind::UiStatus, line);
 }
 
 void PostProgress(HostWindow& window, const ProgressReport& report) {

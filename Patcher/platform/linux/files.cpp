@@ -32,6 +32,16 @@ bool SetSize(int descriptor, std::uint64_t size) {
   return ftruncate(descriptor, static_cast<off_t>(size)) == 0;
 }
 
+int WriteFlushed(const fs::path& file, int flags, mode_t mode, std::string_view content) {
+  const FileDescriptor created(file, O_WRONLY | O_CREAT | flags, mode);
+  if (created.Get() < 0) return errno;
+  errno = 0;
+  if (WriteAt(created.Get(), content, 0) && fsync(created.Get()) == 0) return 0;
+  const int error = errno != 0 ? errno : EIO;
+  unlink(file.c_str());
+  return error;
+}
+
 int MoveByCopy(const fs::path& source, const fs::path& target) {
   fs::path part = target;
   part += ".part";
@@ -48,15 +58,8 @@ int MoveByCopy(const fs::path& source, const fs::path& target) {
 ExclusiveWrite ProbeExclusiveWrite(const fs::path& file) {
   const FileDescriptor probe(file, O_WRONLY | O_NONBLOCK);
   if (probe.Get() >= 0) return ExclusiveWrite::kPossible;
-  switch (errno) {
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EISDIR:
-      return ExclusiveWrite::kRefused;
-    default:
-      return ExclusiveWrite::kUnknown;
-  }
+  // A rename replaces every file, even a running program or a read-only one, but no directory.
+  return errno == EISDIR ? ExclusiveWrite::kRefused : ExclusiveWrite::kUnknown;
 }
 
 bool CanBeWritten(const fs::path& file) { return FileDescriptor(file, O_WRONLY | O_NONBLOCK).Get() >= 0; }
@@ -68,12 +71,15 @@ int MoveReplacing(const fs::path& source, const fs::path& target, bool copyAcros
 }
 
 bool IsHeldForAMoment(int) { return false; }
+
 int MoveDurably(const fs::path& source, const fs::path& target) {
   const int error = MoveReplacing(source, target, true);
   // Some file systems cannot flush a directory.
   if (error == 0) static_cast<void>(FlushDirectory(target.parent_path()));
   return error;
 }
+
+void RemoveBeforeWriting(const fs::path& place) { unlink(place.c_str()); }
 
 int MoveAside(const fs::path& file, const fs::path& newName) {
   if (link(file.c_str(), newName.c_str()) != 0) return MoveDurably(file, newName);
@@ -117,17 +123,14 @@ Overwriting OverwriteInPlace(const fs::path& file, std::string_view content) {
   return done ? Overwriting::kDone : Overwriting::kTorn;
 }
 
+int WriteWholeFile(const fs::path& file, std::string_view content) {
+  return WriteFlushed(file, O_TRUNC, 0666, content);
+}
+
 int CreatePrivateFile(const fs::path& file, std::string_view content) {
-  const FileDescriptor created(file, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
-  if (created.Get() < 0) return errno;
-  errno = 0;
-  if (WriteAt(created.Get(), content, 0) && fsync(created.Get()) == 0) {
-    // Some file systems cannot flush a directory.
-    static_cast<void>(FlushDirectory(fs::absolute(file).parent_path()));
-    return 0;
-  }
-  const int error = errno != 0 ? errno : EIO;
-  unlink(file.c_str());
+  const int error = WriteFlushed(file, O_EXCL, S_IRUSR | S_IWUSR, content);
+  // Some file systems cannot flush a directory.
+  if (error == 0) static_cast<void>(FlushDirectory(fs::absolute(file).parent_path()));
   return error;
 }
 

@@ -27,12 +27,6 @@ void UseBinaryStandardStreams() { std::ios::sync_with_stdio(false); }
 
 void UseConsoleOfParent() {}
 
-bool ReadLine(std::string& line) {
-  if (!std::getline(std::cin, line)) return false;
-  if (!line.empty() && line.back() == '\r') line.pop_back();
-  return true;
-}
-
 bool WriteLine(std::string_view line) { return WriteWhole(STDOUT_FILENO, line); }
 
 bool WriteErrorLine(std::string_view line) { return WriteWhole(STDERR_FILENO, line); }

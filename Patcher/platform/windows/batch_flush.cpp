@@ -17,6 +17,8 @@ int StartFlush(const std::filesystem::path& file) {
   return error;
 }
 
-int FinishFlush(std::span<const std::filesystem::path>) { return 0; }
+std::vector<bool> FinishFlush(std::span<const std::filesystem::path> files) {
+  return std::vector<bool>(files.size(), true);
+}
 
 }  // namespace platform

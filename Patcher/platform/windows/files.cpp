@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <system_error>
 
+#include "platform/links.h"
 #include "platform/windows/owned_handle.h"
 
 namespace platform {
@@ -33,6 +35,18 @@ bool SetSize(HANDLE file, std::uint64_t size) {
   LARGE_INTEGER end{};
   end.QuadPart = static_cast<LONGLONG>(size);
   return SetFilePointerEx(file, end, nullptr, FILE_BEGIN) && SetEndOfFile(file);
+}
+
+int WriteFlushed(const std::filesystem::path& file, DWORD creation, std::string_view content) {
+  int error = 0;
+  {
+    const OwnedHandle created(
+        CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!created.IsOpen()) return LastErrorUnless(FALSE);
+    error = LastErrorUnless(WriteAt(created.Get(), content, 0) && FlushFileBuffers(created.Get()));
+  }
+  if (error != 0) DeleteFileW(file.c_str());
+  return error;
 }
 
 int Move(const std::filesystem::path& source, const std::filesystem::path& target, DWORD flags) {
@@ -73,6 +87,11 @@ int MoveDurably(const std::filesystem::path& source, const std::filesystem::path
   return Move(source, target, MOVEFILE_COPY_ALLOWED | MOVEFILE_WRITE_THROUGH);
 }
 
+void RemoveBeforeWriting(const std::filesystem::path& place) {
+  std::error_code ignored;
+  if (IsLink(place)) std::filesystem::remove(place, ignored);
+}
+
 int MoveAside(const std::filesystem::path& file, const std::filesystem::path& newName) {
   return Move(file, newName, MOVEFILE_WRITE_THROUGH);
 }
@@ -104,16 +123,12 @@ Overwriting OverwriteInPlace(const std::filesystem::path& file, std::string_view
   return done ? Overwriting::kDone : Overwriting::kTorn;
 }
 
+int WriteWholeFile(const std::filesystem::path& file, std::string_view content) {
+  return WriteFlushed(file, CREATE_ALWAYS, content);
+}
+
 int CreatePrivateFile(const std::filesystem::path& file, std::string_view content) {
-  int error = 0;
-  {
-    const OwnedHandle created(
-        CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!created.IsOpen()) return LastErrorUnless(FALSE);
-    error = LastErrorUnless(WriteAt(created.Get(), content, 0) && FlushFileBuffers(created.Get()));
-  }
-  if (error != 0) DeleteFileW(file.c_str());
-  return error;
+  return WriteFlushed(file, CREATE_NEW, content);
 }
 
 int FlushToDisk(const std::filesystem::path& file) { return Flush(file, FILE_ATTRIBUTE_NORMAL); }

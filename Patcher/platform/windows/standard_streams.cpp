@@ -35,12 +35,6 @@ void UseConsoleOfParent() {
   std::freopen("CONOUT$", "wb", stdout);
 }
 
-bool ReadLine(std::string& line) {
-  if (!std::getline(std::cin, line)) return false;
-  if (!line.empty() && line.back() == '\r') line.pop_back();
-  return true;
-}
-
 bool WriteLine(std::string_view line) { return WriteWhole(stdout, line); }
 
 bool WriteErrorLine(std::string_view line) { return WriteWhole(stderr, line); }

@@ -70,6 +70,13 @@ TEST(LocalRecordTest, ProgressIsCorrectAndASaveIsComplete) {
     }
     ASSERT_TRUE(record.Save());
     EXPECT_EQ(ReadWhole(directory / "m"), RecordText(record.State(), 0));
+    std::filesystem::create_directories(directory / "m.part" / "in the way");
+    record.Forget(record.State().begin()->first);
+    EXPECT_FALSE(record.Save());
+    EXPECT_TRUE(std::filesystem::exists(directory / "m"));
+    EXPECT_TRUE(record.SaveOrRemove());
+    EXPECT_FALSE(std::filesystem::exists(directory / "m"));
+    std::filesystem::remove_all(directory / "m.part");
   }
 }
 

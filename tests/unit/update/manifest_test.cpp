@@ -102,6 +102,8 @@ TEST(ManifestPathsTest, RefusesTwoPathsOfOneFile) {
                     {"x/", "x"},
                     {"x.part.part", "x.part"},
                     {"patch_manifest.json", "x"},
+                    {"patch_sequence.txt", "x"},
+                    {"capture", "x"},
                     {"x..part", "x."},
                     {"./patcher.ini.part", "x"}};
   const Pairs always{{"a/x", "a/x"},   {"a/x.part", "x"}, {"a/x.part.old", "a/x"}, {"a/patcher.ini", "x.ini"},

@@ -77,6 +77,9 @@ TEST(ProgramFileTest, LinkedProgramsAreCompleteAndOtherFilesAreNotPrograms) {
   const fs::path file = directory / "copy";
   fs::copy_file(platform::OwnExecutablePath(), file);
   EXPECT_EQ(ExamineProgram(file), ProgramFile::kComplete);
+  WriteWhole(directory / "pe", "MZ");
+  WriteWhole(directory / "elf", Elf64(64));
+  EXPECT_NE(HaveSameFormat(file, directory / "pe"), HaveSameFormat(file, directory / "elf"));
   fs::resize_file(file, fs::file_size(file) - 1);
   EXPECT_EQ(ExamineProgram(file), ProgramFile::kIncomplete);
   for (const char* text : {"", "M", "#!/bin/sh\n", "<html>", "\177EL"}) {
