@@ -78,7 +78,7 @@ class LauncherFetch {
     if (objection == nullptr) {
       isRunningLauncher_ = received.digest == runningDigest_;
       if (isRunningLauncher_) return false;
-      if (!MakeExecutable(part) || platform::FlushToDisk(part) != 0) objection = "not brought to the disk";
+      if (!MakeExecutable(part) || platform::FlushToDisk(part) != 0) objection = "not flushed to the disk";
     }
     if (objection == nullptr) return true;
     DebugLog::Write("Launcher " + run_.manifest.patcherUrl + " : " + objection);
@@ -91,10 +91,10 @@ class LauncherFetch {
     if (received.size == 0) return "empty";
     if (!announced.empty() && announced != received.digest) return "not the announced digest";
     const ProgramFile program = ExamineProgram(part);
-    if (program == ProgramFile::kIncomplete) return "not a whole program";
-    if (program == ProgramFile::kNone && !received.announced) return "no program, and of unknown length";
+    if (program == ProgramFile::kIncomplete) return "an incomplete program";
+    if (program == ProgramFile::kNone && !received.announced) return "not a program, and of unknown length";
     // Another launcher that downloads at the same time writes the same temporary file.
-    if (sha256_.HashFile(part) != received.digest) return "written by somebody else";
+    if (sha256_.HashFile(part) != received.digest) return "changed by another program";
     return nullptr;
   }
 
