@@ -1,4 +1,4 @@
-// Input: requests of the page, one a line, UTF-8; the whole input is then dispatched once more as UTF-16.
+// Input: requests of the page, one per line, in UTF-8. Then the whole input is dispatched again as UTF-16.
 #include <algorithm>
 #include <sstream>
 
@@ -26,7 +26,7 @@ void patcher::Fuzz(std::string_view input) {
   table.selfUpdateSwap = [] {};
   table.clientExists = [] { return true; };
   Dispatcher dispatcher(host, std::move(table));
-  /// Lets the workers end and delivers what they have posted.
+  /// Waits for the workers and delivers the events that they posted.
   const auto dispatch = [&](const std::u16string& request) {
     dispatcher.DispatchPageMessage(request);
     host.JoinWorkers();
@@ -43,5 +43,5 @@ void patcher::Fuzz(std::string_view input) {
   const int before = checks;
   dispatch(u"{\"action\":\"verify\"}");
   const bool ended = std::count(host.calls.begin(), host.calls.end(), "end") > 0;
-  Require(checks == before + (ended ? 0 : 1), "a verification is accepted until the end, and none after it");
+  Require(checks == before + (ended ? 0 : 1), "only an ending launcher ignores a verification");
 }

@@ -9,7 +9,7 @@
 
 namespace patcher {
 
-/// What a target defines: called with one input after the other. A fault ends the process.
+/// Defined by each target. Called once for each input. A fault ends the process.
 void Fuzz(std::string_view input);
 
 /// The bytes of an input as UTF-16.
@@ -19,9 +19,9 @@ inline std::u16string AsUtf16(std::string_view input) {
   return wide;
 }
 
-/// A claim of a target that an input has broken.
-inline void Require(bool claim, const char* sentence) {
-  if (claim) return;
+/// Ends the process with the sentence if an input has broken this condition.
+inline void Require(bool condition, const char* sentence) {
+  if (condition) return;
   std::fprintf(stderr, "broken: %s\n", sentence);
   std::abort();
 }

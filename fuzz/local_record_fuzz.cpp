@@ -1,4 +1,4 @@
-// Input: a patch_manifest.json, to which paths are then added.
+// Input: a patch_manifest.json. Then paths are added to it.
 #include <algorithm>
 
 #include "fuzz.h"
@@ -18,8 +18,8 @@ void patcher::Fuzz(std::string_view input) {
     const LocalState saved = LoadLocalManifest(file, nullptr);
     const LocalState& state = record.State();
     Require(std::includes(state.begin(), state.end(), saved.begin(), saved.end()),
-            "what the file says is so");
+            "the file has only entries of the state");
   }
   Require(record.Save() && ReadWhole(file) == RecordText(record.State(), record.Version()),
-          "a save writes the whole state");
+          "a save writes the complete state");
 }

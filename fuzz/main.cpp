@@ -1,4 +1,4 @@
-// The entry of every target. Without libFuzzer a program runs the files of the folders that it is given.
+// The entry point of every target. Without libFuzzer, runs all files in the folders of the command line.
 #include <filesystem>
 #include <iostream>
 

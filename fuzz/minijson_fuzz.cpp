@@ -14,7 +14,7 @@ std::string Written(const MiniJson::Value& value) {
 std::string WrittenAgain(const std::string& text) {
   std::size_t position = 0;
   const MiniJson::Value value = MiniJson::Parse(text, position);
-  patcher::Require(position == text.size(), "what the writer writes is read to its end");
+  patcher::Require(position == text.size(), "written text is read to its end");
   return Written(value);
 }
 

@@ -10,5 +10,5 @@ void patcher::Fuzz(std::string_view input) {
     return ExamineProgram(directory / "file");
   };
   if (judge(std::string(input)) != ProgramFile::kComplete) return;
-  Require(judge(std::string(input) + "x") == ProgramFile::kComplete, "more bytes make no program less whole");
+  Require(judge(std::string(input) + "x") == ProgramFile::kComplete, "more bytes leave a program complete");
 }

@@ -1,4 +1,4 @@
-// Input: an ostu.ini; then, after a line "---", the values that the page saves.
+// Input: an ostu.ini, a line "---", and the values that the page saves.
 #include <algorithm>
 
 #include "fuzz.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Null for a text that cannot be parsed.
+/// Null if the text cannot be parsed.
 MiniJson::Value Parsed(std::string_view text) {
   try {
     std::size_t position = 0;

@@ -1,4 +1,4 @@
-// Input: a document and whatever follows it.
+// Input: a manifest, then any text.
 #include "fuzz.h"
 #include "update/manifest_signature.h"
 #include "update/server_manifest.h"
@@ -8,10 +8,10 @@ void patcher::Fuzz(std::string_view input) {
   PatchManifest manifest;
   std::string error;
   if (!ParsePatchManifest(input, manifest, error)) return;
-  Require(manifest.valueSize <= input.size(), "the value lies in the text");
-  Require(!SignatureFault(input, manifest, {&key.publicKey, 1}).empty(), "nobody has the key");
+  Require(manifest.valueSize <= input.size(), "the value is inside the text");
+  Require(!SignatureFault(input, manifest, {&key.publicKey, 1}).empty(), "the private key is unknown");
   std::string text(input);
   text.insert(manifest.valueSize, "\n" + Sign(text.substr(0, manifest.valueSize), key));
   Require(SignatureFault(text, manifest, {&key.publicKey, 1}).empty(),
-          "what follows the line does not matter");
+          "text after the signature line is ignored");
 }

@@ -192,7 +192,7 @@ void Dispatcher::NavigationCompleted() {
   try {
     PushOptions();
   } catch (const std::exception&) {
-    // The page keeps its empty form, and the run starts all the same.
+    // The page keeps its empty form, and the run still starts.
   }
   StartUpdateWorker();
 }

@@ -28,7 +28,7 @@ void AppendString(std::string& text, std::string_view value) {
   text += out.str();
 }
 
-/// Reads the file at once, since it may have many megabytes. Nothing if it cannot be read: it may be a
+/// Reads the file in one call, since it may have many megabytes. Nothing if it cannot be read: it may be a
 /// directory.
 std::optional<std::string> ReadDocument(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios::binary);

@@ -91,9 +91,11 @@ class LauncherFetch {
     if (received.size == 0) return "empty";
     if (!announced.empty() && announced != received.digest) return "not the announced digest";
     const ProgramFile program = ExamineProgram(part);
-    if (program == ProgramFile::kIncomplete) return "not a whole program";
-    if (program == ProgramFile::kComplete && !HaveSameFormat(part, ExePath())) return "for another system";
-    if (program == ProgramFile::kNone && !received.announced) return "no program, and of unknown length";
+    if (program == ProgramFile::kIncomplete) return "an incomplete program";
+    if (program == ProgramFile::kComplete && !HaveSameFormat(part, ExePath())) {
+      return "a program for another system";
+    }
+    if (program == ProgramFile::kNone && !received.announced) return "not a program, and of unknown length";
     // Another launcher that downloads at the same time writes the same temporary file.
     if (sha256_.HashFile(part) != received.digest) return "changed by another program";
     return nullptr;

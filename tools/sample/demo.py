@@ -49,7 +49,7 @@ def check_installed(client, install):
     wrong = [name for name, data in wanted.items() if found.get(name) != data]
     if wrong:
         raise SystemExit(f"the installation differs from the client: {wrong[:5]}")
-    print(f"  every byte of {len(wanted)} files is as published")
+    print(f"  {len(wanted)} files are exactly as published")
 
 
 def damage(install, client):
@@ -111,10 +111,10 @@ def show_window(programs, client, work, url):
     shutil.copy2(programs / "Patcher", install)
     (install / "patcher.ini").write_bytes(f"BaseUrl={url}\r\nConnections=4\r\n".encode())
     if os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"):
-        say("The launcher's window is open: it is yours until you close it")
+        say("The launcher's window is open; close it to end the demonstration")
         subprocess.run([install / "Patcher"], check=True)
         return
-    say("The same in the launcher's window, on a screen of its own; pictures:")
+    say("The same in the launcher's window, on a virtual screen; pictures:")
     wanted = tree(client)
 
     def is_installed():
@@ -148,7 +148,7 @@ def main():
         update(install)
         check_installed(client, install)
 
-        say("The publisher publishes version 2 over it")
+        say("The publisher publishes version 2")
         make_second_version(client)
         publish(programs, client, web, 2)
         say("The player starts the launcher again")
@@ -160,7 +160,7 @@ def main():
         verify_and_repair(install)
         check_installed(client, install)
 
-        say("The player changes settings; what the launcher does not know stays")
+        say("The player changes settings; lines that the launcher does not know stay")
         change_settings(install)
 
         say("The player reads the news")

@@ -1,4 +1,4 @@
-"""A virtual screen with a mouse and, if wanted, a small window manager."""
+"""A virtual screen with a mouse and an optional window manager."""
 import itertools
 import os
 import pathlib
@@ -23,7 +23,7 @@ class Display:
         with os.fdopen(reader) as stream:
             name = f":{stream.readline().strip()}"
         self.settings = tempfile.TemporaryDirectory(prefix="patcher-display-")
-        # Two clicks are a double click, however late the second one comes on a busy machine.
+        # Two clicks are a double click even if a busy machine delays the second one.
         toolkit = pathlib.Path(self.settings.name, "gtk-3.0")
         toolkit.mkdir()
         (toolkit / "settings.ini").write_text("[Settings]\ngtk-double-click-time=60000\n", encoding="ascii")
@@ -54,11 +54,11 @@ class Display:
                         "%[pixel:p{0,0}]", "info:")
 
     def windows(self):
-        """Those of launchers."""
+        """The numbers of the launchers' windows."""
         return self.run("xdotool", "search", "--onlyvisible", "--name", TITLE).split()
 
     def window(self):
-        """The one window of a launcher, as soon as it is in its place."""
+        """Waits for a launcher's window to be in its place, and returns it."""
         window = Window(self, wait_until(self.windows)[0])
         window.wait_for_place(*HOME)
         return window
@@ -70,7 +70,7 @@ class Window:
         self.number = number
 
     def place(self):
-        """Left, top, width, height."""
+        """Returns left, top, width and height."""
         text = self.display.run("xdotool", "getwindowgeometry", "--shell", self.number)
         values = dict(line.split("=") for line in text.split())
         return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
@@ -79,7 +79,7 @@ class Window:
         wait_until(lambda: self.place() == place, lambda: f"the window is at {self.place()}, not at {place}")
 
     def follow(self, x, y):
-        """With the button down at x, y: moves the pointer about until the window follows, since a program sees it later."""
+        """Moves the pointer near x, y with the button down until the window follows: a program notices this with a delay."""
         before = self.place()
         steps = itertools.cycle((10, 20))
 

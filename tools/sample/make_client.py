@@ -1,4 +1,4 @@
-"""A made-up game client: a few hundred files of many sizes, and the changes that its second version brings."""
+"""A sample game client: a few hundred files of many sizes, and the changes of its second version."""
 import pathlib
 import random
 import shutil
@@ -9,7 +9,7 @@ COUNT = 360
 
 
 def content(rng, size):
-    """Half text that packs well, half noise that does not, as a game's files are mixed."""
+    """Text that compresses well or noise that does not, each for half of the files, like in a game."""
     if rng.random() < 0.5:
         line = rng.randbytes(24).hex().encode() + b"\r\n"
         return (line * (size // len(line) + 1))[:size]
@@ -24,7 +24,7 @@ def names(rng):
 
 
 def make_first_version(directory, client_program):
-    """Writes the client as its first version has it."""
+    """Writes the first version of the client."""
     rng = random.Random(1)
     for name in names(rng):
         path = pathlib.Path(directory, name)
@@ -34,7 +34,7 @@ def make_first_version(directory, client_program):
 
 
 def make_second_version(directory):
-    """Changes a fifth of the files, adds some and removes some."""
+    """Changes a fifth of the files, removes some and adds some."""
     rng = random.Random(2)
     files = sorted(p for p in pathlib.Path(directory).rglob("*") if p.is_file() and p.name != "Tolmira.exe")
     for path in rng.sample(files, len(files) // 5):

@@ -1,4 +1,4 @@
-"""nginx on a free loopback port, serving one folder."""
+"""Serves a folder with nginx on a free loopback port."""
 import contextlib
 import pathlib
 import shutil
@@ -38,7 +38,7 @@ def answers(port):
 
 @contextlib.contextmanager
 def patch_server(root, state):
-    """Serves `root` until the block ends; gives the base URL. `state` is a directory for the server's own files."""
+    """Serves `root` until the block ends; returns the base URL. `state` is a directory for the server's own files."""
     state = pathlib.Path(state)
     state.mkdir(parents=True, exist_ok=True)
     port = free_port()

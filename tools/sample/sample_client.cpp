@@ -1,4 +1,4 @@
-// The sample's game: prints how the launcher started it, also to a file in its folder.
+// The sample game: prints how the launcher started it, and writes the same to a file in its folder.
 
 #include <filesystem>
 #include <fstream>

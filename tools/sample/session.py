@@ -1,4 +1,4 @@
-"""One session of patcher-stdio: sends requests, echoes what the launcher says, waits for its words."""
+"""One session of patcher-stdio: sends requests, prints the launcher's output and waits for lines of it."""
 import subprocess
 
 
@@ -13,13 +13,13 @@ class Session:
         self.process.stdin.flush()
 
     def wait_for(self, *beginnings):
-        """Echoes lines up to one with one of these beginnings; returns it."""
+        """Prints lines until one starts with one of these texts, and returns that line."""
         for line in self.process.stdout:
             line = line.rstrip("\n")
             print("    " + line, flush=True)
             if line.startswith(beginnings):
                 return line
-        raise RuntimeError("the launcher ended before it said " + " or ".join(beginnings))
+        raise RuntimeError("the launcher ended before it printed " + " or ".join(beginnings))
 
     def end(self):
         """Ends the input; the launcher ends as soon as nothing is running."""

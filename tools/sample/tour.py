@@ -41,7 +41,7 @@ class Tour:
         self.display.run("import", "-silent", "-window", self.window.number, str(path))
 
     def settled(self, name):
-        """A picture of the page once it no longer changes."""
+        """Saves a picture of the page when it no longer changes."""
         self.point(NOTHING)
         path = self.pictures / f"{name}.png"
         before = None
@@ -98,7 +98,7 @@ class Tour:
 
 
 def take_tour(install, pictures, names, is_installed):
-    """`names`: files that may be damaged. `is_installed`: whether the game is complete, to the byte."""
+    """`names`: files that may be damaged. `is_installed` returns whether every file of the game is correct."""
     pictures.mkdir(parents=True, exist_ok=True)
     tour = Tour(install, pictures)
     try:

@@ -1,11 +1,11 @@
-"""Waiting for what nothing announces."""
+"""Waits for a condition by asking again and again."""
 import time
 
 LIMIT = 300  # seconds; generous, since machines are busy and sanitized builds slow
 
 
-def wait_until(condition, complaint=lambda: "it does not come"):
-    """Asks until the condition holds, and returns what it then gives."""
+def wait_until(condition, complaint=lambda: "the expected condition did not occur"):
+    """Calls `condition` until its result is true, and returns that result."""
     end = time.monotonic() + LIMIT
     while time.monotonic() < end:
         if result := condition():

@@ -1,7 +1,7 @@
 """The hero picture: a citadel in the evening sun, 1650 by 320, as a PNG of twice that size.
 
 The page covers a band of 200 pixels with it, so that a wide window shows only the rows from about 86 to 215: the scene
-is between them. The logo lies at the left, veils darken both sides and the foot.
+is between them. The page puts the logo at the left and darkens both sides and the bottom.
 """
 import random
 import sys
@@ -19,7 +19,7 @@ from sky import HORIZON, sky
 from svg import document, element
 
 CITADEL = (1004, 198)
-# Middle, waterline, size, which way.
+# Middle, waterline, size, direction.
 SHIPS = [(846, 208, 1.02, 1), (612, 192, .42, 1), (1296, 211, .46, -1)]
 
 
@@ -32,7 +32,7 @@ def mist(row, height, opacity, seed, reach=(0, WIDTH), colour="#ffe9cf"):
 
 
 def town():
-    """The citadel: drawn, then the evening light and the grain of stone painted on it."""
+    """Draws the citadel, then paints the evening light and the grain of the stone on it."""
     x, y = CITADEL
     body = drawn(document(WIDTH, HEIGHT, citadel.definitions(), element(
         "g", citadel.citadel(), transform=f"translate({x} {y}) scale(.88 .8)")))
@@ -53,7 +53,7 @@ def ship_layer(x, y, size, flip):
 
 
 def finished(canvas):
-    """What is bright shines a little beyond its edge; lighter and richer, since the page's veils lie on it."""
+    """Adds a glow around bright parts, and makes the picture lighter and richer, because the page darkens it."""
     canvas = canvas + .5 * blur(np.clip(canvas - .72, 0, 1), 7) * rgb("#ffdcae")
     canvas = np.clip(canvas, 0, 1) ** .9
     grey = canvas.mean(axis=-1, keepdims=True)

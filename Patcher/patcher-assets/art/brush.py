@@ -1,4 +1,4 @@
-"""A brush: dabs of paint, each a soft ellipse, laid one over the other on a transparent canvas."""
+"""A brush: dabs of paint, each a soft ellipse, painted one over the other on a transparent canvas."""
 import functools
 
 import numpy as np
@@ -21,7 +21,7 @@ def stamp(length, width, turn):
 
 class Canvas:
     def __init__(self):
-        # Red, green and blue times the cover, and the cover.
+        # Red, green and blue, each multiplied by the cover, and the cover.
         self.paint = np.zeros((HEIGHT * TIMES, WIDTH * TIMES, 4))
 
     def dabs(self, x, y, length, width, angle, colour, opacity):

@@ -29,7 +29,7 @@ def wall_at(rng, x):
 
 
 def shadow(y, width, height, opacity):
-    """Lies at the foot of what was drawn before, so that the next row stands out. y is a share of the hill."""
+    """A shadow at the foot of what was drawn before, so that the next row is visible. y is a share of the hill."""
     return element("ellipse", cx=8, cy=number(-y * HILL), rx=width, ry=height, fill="#33417c", opacity=opacity,
                    filter="url(#shadow)")
 
@@ -66,7 +66,7 @@ def house(rng, x, y, width, height):
 
 
 def tower(rng, x, y, width, height, roof=None, flag=False, wall=None):
-    """A round tower; roof is the height of its cone, none gives battlements."""
+    """A round tower; roof is the height of its cone; without one it has battlements."""
     left, top, wall = x - width / 2, y - height, wall or wall_at(rng, x)
     parts = [element("rect", x=number(left), y=number(top), width=number(width), height=number(height),
                      fill=f"url(#{wall})"),

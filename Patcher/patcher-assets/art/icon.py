@@ -1,5 +1,5 @@
 """The program's icon, 256 by 256: the gold T of the name on a cut sapphire in a gold setting. With the argument
-"small" the same at a glance for 16 to 48 pixels: a thinner rim, a larger letter, no facets."""
+"small", a simpler icon for 16 to 48 pixels: a thinner rim, a larger letter, no facets."""
 import sys
 from math import cos, pi, sin
 
@@ -72,7 +72,7 @@ def icon():
 
 
 def small_icon():
-    """On a grid of 16: every edge of the letter stands on a whole pixel."""
+    """On a grid of 16: every edge of the letter is on a whole pixel."""
     t = "M64 64H192V112H176V96H144V176H160V192H96V176H112V96H80V112H64Z"
     return document(256, 256, definitions(True), rounded(124, 8, fill="url(#rim)"), rounded(106, 4, fill="#06173a"),
                     element("path", d=path(ring(104)), fill="url(#table)"),

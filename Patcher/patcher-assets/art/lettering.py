@@ -12,7 +12,7 @@ def n(*values):
 
 
 def stem(x, width, top=-100, bottom=0, serif_top=11, serif_bottom=12, lean=0):
-    """An upright with bracketed serifs and a slight waist; lean moves its head sideways."""
+    """An upright with bracketed serifs and a slight waist; lean moves its top sideways."""
     h, w = width / 2, width / 2 - 1.2
     t, mid = x + lean, x + lean / 2
     return (f"M{n(t - h - serif_top, top)}L{n(t + h + serif_top, top)}L{n(t + h + serif_top - 2, top + 4)}"

@@ -1,4 +1,4 @@
-"""The game's name in gold, 428 by 151, with a sapphire under a star; stands on any ground by its dark rim."""
+"""The game's name in gold, 428 by 151, with a sapphire under a star; its dark rim is visible on any background."""
 from lettering import letter_at, placed
 from svg import document, element, gradient, number
 
@@ -25,7 +25,7 @@ def flourish():
 
 
 def star():
-    """Above the name: a star of eight rays, the long ones upright and level."""
+    """Above the name: a star of eight rays, the long ones vertical and horizontal."""
     x, y = 214, 21
     return [f"M{x} {y - 17}L{x + 3} {y - 3}L{x + 22} {y}L{x + 3} {y + 3}L{x} {y + 13}L{x - 3} {y + 3}L{x - 22} {y}"
             f"L{x - 3} {y - 3}Z",
@@ -34,7 +34,7 @@ def star():
 
 
 def gem(cx, cy, rx, ry):
-    """A cut sapphire in a gold setting, light from the left above."""
+    """A cut sapphire in a gold setting, lit from the upper left."""
     facets = [("#d8efff", [(-1, 0), (-.45, -.4), (-.45, .4)]), ("#8cc8ff", [(-1, 0), (0, -1), (-.45, -.4)]),
               ("#5ba7f5", [(0, -1), (.45, -.4), (-.45, -.4)]), ("#2f7fe0", [(0, -1), (1, 0), (.45, -.4)]),
               ("#123f93", [(1, 0), (.45, .4), (.45, -.4)]), ("#0d2f74", [(1, 0), (0, 1), (.45, .4)]),

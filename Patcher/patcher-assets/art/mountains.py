@@ -26,7 +26,7 @@ class Range:
         return envelope * fall * (.2 + 1.15 * crest)
 
     def light(self, height, slopes):
-        """The share of the sun's light, 0..1, with the shadows that the ridges throw away from it."""
+        """The share of the sun's light, 0..1, with the shadows of the ridges."""
         dx, dz = slopes
         side = np.tanh((SUN[0] - X) / 120)
         facing = (-dx * side * .8 + dz * .16 + .42) / np.sqrt(dx * dx + dz * dz + 1)

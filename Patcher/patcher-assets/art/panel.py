@@ -61,7 +61,7 @@ def corner_ornament():
 
 
 def edge(name, colour, steps):
-    """The same along the upper and the left edge; the quarter that is mirrored has no others."""
+    """Used for the upper and the left edge; the quarter that is mirrored has no other edges."""
     size = SIZE - 2 * INNER
     stops = [(round(distance / size, 4), colour, opacity) for distance, opacity in steps]
     return [gradient(name + "Top", stops, x1=0, y1=0, x2=0, y2=1), gradient(name + "Left", stops, x1=0, y1=0, x2=1, y2=0)]

@@ -1,8 +1,8 @@
-"""What the painted parts of the hero picture share: the canvas, seeded noise, colours, layers, PNG.
+"""Shared by the painted parts of the hero picture: the canvas, seeded noise, colours, layers, PNG.
 
 The picture is painted at twice its size. Places and lengths are in units of the finished picture; X is a row and Y a
 column of them, so that a function of both gives a whole picture. A picture is height x width x 3 (red, green, blue in
-0..1; what shines is above 1), a layer has a fourth plane: how much it covers.
+0..1; light is above 1), a layer has a fourth plane: its cover, 0..1.
 """
 import functools
 import struct
@@ -48,7 +48,7 @@ def fractal(x, y, seed, octaves=5, gain=.5, ridged=False):
         total = total + value * weight
         weights += weight
         weight *= gain
-        # Turned by 36.87 degrees, so that the lattices of the octaves do not show.
+        # Turned by 36.87 degrees, so that the lattices of the octaves are not visible.
         x, y = (x * .8 - y * .6) * 2.03 + 17.1, (x * .6 + y * .8) * 2.03 + 9.7
     return total / weights
 
@@ -124,7 +124,7 @@ def over(picture, top, opacity=1.0):
 
 
 def shone(picture, light, colour):
-    """The picture with light of a colour added; what is bright already takes up less of it."""
+    """The picture with light of a colour added; bright parts change less."""
     light = light[..., None] * rgb(colour)
     return picture + light * np.clip(1 - picture * .92, 0, 1)
 

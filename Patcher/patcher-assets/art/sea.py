@@ -1,4 +1,4 @@
-"""The sea: waves in perspective that mirror the sky, what lies on the water, and the sun's path."""
+"""The sea: waves in perspective that mirror the sky and floating things, and the sun's path."""
 import numpy as np
 
 from raster import TIMES, X, Y, bell, fractal, mix, noise, ramp, sampled, shone, smooth
@@ -25,7 +25,7 @@ def waves():
 
 
 def mirrored(layer, base, tilt_x, tilt_z):
-    """What a layer, whose foot is on the water at row base, shows in the waves."""
+    """The reflection, in the waves, of a layer whose foot is on the water at row base."""
     depth = Y[TOP:] - base
     place_y = base - depth * 1.08 - 3.2 * tilt_z * smooth(-1, 14, depth)
     image = sampled(layer, X + 3.5 * tilt_x * smooth(-1, 14, depth), place_y)

@@ -1,4 +1,4 @@
-"""The evening sky: from night blue above to gold at the horizon, cirrus, heaps of cloud, the sun."""
+"""The evening sky: from night blue above to gold at the horizon, cirrus, cumulus clouds, the sun."""
 import numpy as np
 
 from raster import HEIGHT, TIMES, WIDTH, X, Y, bell, blur, fractal, layer, mix, noise, over, ramp, sampled, shone, \
@@ -26,7 +26,7 @@ def ground():
 
 
 def cirrus():
-    """High veils, drawn together at the horizon by the distance and lit from below by the sun."""
+    """High thin clouds, closer together towards the horizon and lit from below by the sun."""
     depth = 60 / (HORIZON + 26 - np.minimum(Y, HORIZON))
     u, v = (X - SUN[0]) / 80 * depth, depth * 9
     bend = fractal(u * .3, v * .4, 301, 3)
@@ -35,20 +35,20 @@ def cirrus():
     cover = smooth(.42, .74, body + .3 * (thin - .5)) * smooth(HORIZON - 8, 118, Y) * smooth(-30, 24, Y)
     cover = cover * (.45 + .55 * bell((X - SUN[0]) / 620))
     warm = np.broadcast_to(towards_sun(560), cover.shape)
-    # What is thin shines, what is thick is in its own shade.
+    # Thin parts are bright, thick parts are in shade.
     thick = smooth(.5, .74, body)
     lit = mix(mix("#a9c0ea", "#ffd2a4", warm), mix("#6d86c2", "#c08fa4", warm), thick)
     return layer(lit, cover * .78)
 
 
-# Heaps: middle, base, width, height, seed.
+# Cumulus clouds: middle, base, width, height, seed.
 HEAPS_FAR = [(200, 168, 330, 34, 3), (450, 171, 190, 20, 4), (905, 172, 220, 18, 5), (1190, 170, 300, 30, 6),
              (1520, 166, 320, 36, 7)]
 HEAPS_NEAR = [(50, 154, 430, 96, 11), (318, 148, 300, 62, 12), (1350, 154, 350, 70, 13), (1620, 148, 340, 96, 14)]
 
 
 class Heap:
-    """A heap of cloud: balls piled on a flat base, painted in a window of the picture that holds it."""
+    """A cumulus cloud: balls on a flat base, painted in the part of the picture that contains it."""
 
     def __init__(self, middle, base, width, height, seed):
         self.middle, self.base, self.width, self.height, self.seed = middle, base, width, height, seed
@@ -97,9 +97,9 @@ class Heap:
         return np.clip(.24 + .66 * light - .45 * crevice - .34 * low, 0, 1)
 
     def painted(self, haze):
-        """The layer of the window; haze takes the cloud back into the air."""
+        """The layer of the window; haze makes the cloud paler."""
         surface = self.relief()
-        # Frayed: what is seen at a place comes from one near it.
+        # Frayed edges: each pixel comes from a place near it.
         shakes = [fractal(self.x / 15, self.y / 15, self.seed + seed, 5) - .5 for seed in (400, 420)]
         place = [axis - axis.flat[0] + shake * 11 for axis, shake in zip((self.x, self.y), shakes)]
         solid = np.maximum(surface, -self.height * .4)

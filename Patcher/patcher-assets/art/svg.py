@@ -1,4 +1,4 @@
-"""What the drawings share: numbers, colours, seeded noise, SVG elements."""
+"""Shared by the drawings: numbers, colours, seeded noise, SVG elements."""
 import math
 
 

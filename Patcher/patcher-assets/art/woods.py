@@ -5,7 +5,7 @@ from brush import Canvas
 from raster import bell, fractal, mix, ramp, rgb
 from sky import SUN
 
-# From what lies in the shade to the leaves that the sun shines through.
+# From leaves in the shade to leaves that the sun shines through.
 LEAVES = [(0, "#0a1f33"), (.28, "#14394a"), (.46, "#275a4c"), (.62, "#5f8244"), (.78, "#c2a548"), (1, "#ffd880")]
 NEEDLES = [(0, "#081b30"), (.28, "#113447"), (.46, "#1f544d"), (.62, "#4f7848"), (.78, "#b89d50"), (1, "#ffd88e")]
 BARK = [(0, "#0a0f1c"), (.6, "#33261f"), (1, "#d99a55")]
@@ -85,7 +85,7 @@ class Wood:
         broad = ((px - cx) * sun_x + (py - cy) * sun_y) / whole
         local = nx * sun_x + ny * sun_y
         light = .3 + .27 * local + .24 * broad - .15 * ny + .11 * rng.standard_normal(count)
-        # Against the light the rim shines through.
+        # The rim is bright, because the sun is behind it.
         light = light + .3 * np.clip(distance - .72, 0, 1) * 3 * np.clip(local, 0, 1) * (broad > .25)
         order = np.argsort(light + .25 * rng.random_sample(count))
         leaf = (.75 + .055 * radius) * rng.uniform(.6, 1.25, count)
