@@ -1,4 +1,6 @@
+#include <filesystem>
 #include <string>
+#include <utility>
 
 #include "control/wiring.h"
 #include "platform/process.h"
@@ -7,6 +9,7 @@
 #include "shared/program.h"
 #include "stdio_host.h"
 #include "transport/config.h"
+#include "update/self_update.h"
 
 namespace {
 
@@ -19,11 +22,14 @@ Usage: patcher-stdio [--readable]
 Updates the directory that contains this program; patcher.ini in it names the server.
 Reads requests from standard input, one JSON object per line, for example
 {"action":"play"}, and writes messages to standard output, one JSON object per line.
-At the end of the input it finishes the running work and exits. For example,
+A request is refused while an update, a verification or a repair runs, so wait for
+"ready" before "play", "verify" and "repair". At the end of the input it finishes
+the running work and exits. For example,
 
     patcher-stdio </dev/null
 
-runs one unattended update. The last message of type "ready" has the result.
+runs one unattended update. The last message of type "ready" has the result. After a
+self-update the new program continues with the same output, and this one exits.
 
   --readable       print messages as readable lines instead of JSON
   --print-version  print the launcher's build number
@@ -97,8 +103,13 @@ int main(int argc, char** argv) {
   patcher::SetExePath(platform::OwnExecutablePath());
   patcher::PatchConfig::Load();
   using Host = patcher::StdioHost;
+  patcher::OperationTable operations = patcher::LauncherOperations(PrintError);
+  operations.selfUpdateSwap = [arguments = platform::CommandLineArguments(argc, argv)] {
+    patcher::SelfUpdateSwap(PrintError, [&](const std::filesystem::path& launcher) {
+      return platform::StartProgram(launcher, arguments, patcher::ExeDir());
+    });
+  };
   // Never destroyed, because workers may outlive the message loop.
-  auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson,
-                        patcher::LauncherOperations(PrintError));
+  auto* host = new Host(options.readable ? Host::Form::kReadable : Host::Form::kJson, std::move(operations));
   platform::EndProcess(host->Run());
 }

@@ -50,9 +50,9 @@ std::string Check(const Value& message) {
   return line;
 }
 
-/// The readable items of the published document, by the same rules as the page.
+/// One line for each item of the published document, with its date and title as published.
 std::string News(const Value& message) {
-  if (!Flag(message, "ok")) return "no news to be had";
+  if (!Flag(message, "ok")) return "news unavailable";
   const std::string body = Text(message, "body");
   std::string line = "news: " + std::to_string(body.size()) + " bytes";
   try {

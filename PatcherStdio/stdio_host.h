@@ -20,9 +20,9 @@ class StdioHost final : public HostOperations {
 
   static constexpr int kExitNoThread = 3;
 
-  /// Starts as after a completed navigation, then handles requests. Returns the exit code 0 immediately for
-  /// "play" and "cancel", else when the input has ended and no worker is running. If no thread can be started
-  /// to read the input, prints an error and returns kExitNoThread.
+  /// Starts as after a completed navigation, then handles requests. Returns the exit code 0 immediately after
+  /// "play", "cancel", "windowClose" and a self-update, else when the input has ended and no worker is
+  /// running. If no thread can be started to read the input, prints an error and returns kExitNoThread.
   int Run();
 
   void PostEvent(const UiEvent& event) noexcept override;

@@ -23,8 +23,8 @@ std::unique_ptr<Payload> TakePayload(const UiEvent& event) {
   return std::unique_ptr<Payload>(reinterpret_cast<Payload*>(event.lParam));
 }
 
-/// Operations report their own failures and raise nothing. An exception that escapes nevertheless, for lack
-/// of memory, must not end the process.
+/// Operations report their own failures. Other exceptions, for example std::bad_alloc, must not end the
+/// process.
 template <typename Operation>
 void RunOnWorker(const Operation& operation) {
   try {

@@ -122,7 +122,7 @@ class CheckOperation {
   bool Discard(const CheckResult& result) {
     // Raises if the system has no SHA-256. Without it the run could neither verify nor fetch a file.
     const Sha256 provider;
-    const InstallLock lock(window_, stages_.lockPatience);
+    const InstallLock lock(window_, stages_.lockTimeout);
     if (!lock.IsTaken()) return false;
     if (DiscardDamagedFiles(result)) return true;
     Status("Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.");

@@ -26,13 +26,13 @@ constexpr std::int32_t kFilesPerStatus = 500;
 
 enum class Outcome { kCorrect, kMissing, kDamaged };
 
-struct Verdict {
+struct FileCheck {
   Outcome outcome;
   bool examined = true;  ///< false: the file could not be examined, so its content is unknown
 };
 
-/// The verdict on a file that could not be opened for reading.
-Verdict JudgeUnopened(const fs::path& place, const PatchFile& file) {
+/// The check on a file that could not be opened for reading.
+FileCheck CheckUnopened(const fs::path& place, const PatchFile& file) {
   std::error_code error;
   const fs::file_status status = fs::status(place, error);
   if (!fs::exists(status)) return {Outcome::kMissing, status.type() == fs::file_type::not_found};
@@ -42,11 +42,11 @@ Verdict JudgeUnopened(const fs::path& place, const PatchFile& file) {
 }
 
 /// `sha256` belongs to the worker and is created for the first file that needs it.
-Verdict Judge(const PatchFile& file, std::optional<Sha256>& sha256) {
+FileCheck CheckFile(const PatchFile& file, std::optional<Sha256>& sha256) {
   try {
     const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
     platform::FileReader reader(place);
-    if (!reader.Size()) return JudgeUnopened(place, file);
+    if (!reader.Size()) return CheckUnopened(place, file);
     if (!sha256) sha256.emplace();
     if (*reader.Size() != file.size) return {Outcome::kDamaged};
     bool complete = false;
@@ -68,16 +68,16 @@ class Pass {
 
   void VerifyOneFile(std::size_t index, unsigned worker) {
     const PatchFile& file = files_[index];
-    const Verdict verdict = Judge(file, digests_[worker]);
+    const FileCheck check = CheckFile(file, digests_[worker]);
     // Counted and reported under one lock: reports in another order would move the progress bar backwards.
     const platform::MutexLock guard(lock_);
-    if (verdict.outcome == Outcome::kCorrect) {
+    if (check.outcome == Outcome::kCorrect) {
       ++ok_;
     } else {
-      ++(verdict.outcome == Outcome::kMissing ? missing_ : corrupt_);
+      ++(check.outcome == Outcome::kMissing ? missing_ : corrupt_);
       bytes_ += file.size;
       samples_.push_back(file.path);
-      if (!verdict.examined) unexamined_.push_back(file.path);
+      if (!check.examined) unexamined_.push_back(file.path);
     }
     Report(file, ++done_);
   }

@@ -169,9 +169,9 @@ platform::Overwriting PutText(const std::string& text, const fs::path& part, con
 
 }  // namespace
 
-void SettingsFile::Load(const fs::path& path, std::chrono::milliseconds patience) {
+void SettingsFile::Load(const fs::path& path, std::chrono::milliseconds timeout) {
   constexpr std::chrono::milliseconds kPause(20);
-  const auto end = std::chrono::steady_clock::now() + patience;
+  const auto end = std::chrono::steady_clock::now() + timeout;
   lines.clear();
   Reading reading = ReadLines(path, lines);
   while (reading == Reading::kRefused && std::chrono::steady_clock::now() < end) {

@@ -13,7 +13,7 @@ namespace patcher {
 inline constexpr std::uint64_t kMaxSettingsSize = 16u << 20;
 
 /// How long the main thread waits for a file that another program has open.
-inline constexpr std::chrono::milliseconds kSettingsPatience{300};
+inline constexpr std::chrono::milliseconds kSettingsTimeout{300};
 
 /// The game's settings file as a list of lines. A line consists of blanks (space or tab), a key, blanks, and
 /// a value up to the end of the line without trailing blanks. There are no sections, comments or escapes.
@@ -25,10 +25,10 @@ struct SettingsFile {
   bool loaded = false;             ///< the file could be read, even if it is empty
   bool unreadable = false;         ///< the file exists but could not be read
 
-  /// Reads the file. Retries a failed read for up to `patience`, because another program may have the file
+  /// Reads the file. Retries a failed read for up to `timeout`, because another program may have the file
   /// open for a moment. Also sets `unreadable` for a broken link, for an entry that is not a regular file,
   /// and for a file larger than kMaxSettingsSize. A directory counts as no file.
-  void Load(const std::filesystem::path& path, std::chrono::milliseconds patience = kSettingsPatience);
+  void Load(const std::filesystem::path& path, std::chrono::milliseconds timeout = kSettingsTimeout);
 
   /// The value of a key; empty if the key is missing.
   std::string GetString(std::string_view key) const;

@@ -18,10 +18,10 @@ class DirectoryLock {
   DirectoryLock(const DirectoryLock&) = delete;
   DirectoryLock& operator=(const DirectoryLock&) = delete;
 
-  /// Waits up to `patience` (less than a day) for the lock and takes it. Returns false if another process
+  /// Waits up to `timeout` (less than a day) for the lock and takes it. Returns false if another process
   /// holds it for that long. Returns true where the system has no such lock (some network file systems): a
   /// player must not be locked out because of that.
-  [[nodiscard]] bool TakeWithin(std::chrono::milliseconds patience);
+  [[nodiscard]] bool TakeWithin(std::chrono::milliseconds timeout);
 
  private:
   struct Impl;

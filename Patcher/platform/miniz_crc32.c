@@ -1,5 +1,5 @@
-/* CRC-32 for miniz by zlib, which folds many bytes at a time. The two headers claim the same names, hence the
-   declaration by hand: it is that of miniz.h. */
+/* CRC-32 for miniz by zlib, which folds many bytes at a time. miniz.h and zlib.h define the same names, so
+   the function is declared here, as in miniz.h. */
 
 #include <stddef.h>
 #include <zlib.h>

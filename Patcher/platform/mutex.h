@@ -16,7 +16,7 @@
 
 namespace platform {
 
-/// std::mutex with annotations, which the standard library's has not. Lock it with a MutexLock.
+/// std::mutex with annotations, which std::mutex itself lacks. Lock it with a MutexLock.
 class PATCHER_THREAD_ANNOTATION(capability("mutex")) Mutex {
  public:
   /// Returns true if it locked the mutex; the caller then immediately creates a MutexLock with

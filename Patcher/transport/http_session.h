@@ -36,8 +36,9 @@ class HttpSession {
   /// replacing a file there even if it is in use. `digest` is the hexadecimal SHA-256 of the received bytes;
   /// the caller checks it. Returns false if the transfer breaks off, becomes too slow (TransferPace) or is
   /// larger than the rules allow, if the rules do not accept the file, or if the disk fails. No .part file
-  /// remains then, and `destination` is unchanged, with one exception: if the complete file could not be
-  /// moved to its place, a file in use may have been renamed to its name followed by ".old".
+  /// remains then, and `destination` is unchanged, with two exceptions: if the complete file could not be
+  /// moved to its place, a file in use may have been renamed to its name followed by ".old"; if it could not
+  /// be copied there either, `destination` may have a part of the new content.
   [[nodiscard]] bool DownloadToFile(const std::string& path, const std::filesystem::path& destination,
                                     const DownloadRules& rules, std::string& digest);
 

@@ -9,13 +9,13 @@ namespace patcher {
 
 /// Locks the install directory for its lifetime. A player may start two launchers: they would write the same
 /// temporary files, and one could record a file that the other is still writing. The constructor posts a
-/// status and waits for the other launcher, but only for `patience`, since that launcher may hang. One
+/// status and waits for the other launcher, but only for `timeout`, since that launcher may hang. One
 /// thread.
 class InstallLock {
  public:
-  InstallLock(HostWindow& window, std::chrono::milliseconds patience);
+  InstallLock(HostWindow& window, std::chrono::milliseconds timeout);
 
-  /// False, after a status for the player, if the other launcher still held the lock after `patience`.
+  /// False, after a status for the player, if the other launcher still held the lock after `timeout`.
   bool IsTaken() const { return taken_; }
 
  private:

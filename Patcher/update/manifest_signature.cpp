@@ -80,7 +80,7 @@ std::string Sign(std::string_view value, const platform::SigningKey& key) {
   const auto signature = platform::SignDigest(key, digest);
   if (!signature) throw std::runtime_error("the system cannot sign with this key");
   if (!platform::IsGoodSignature(key.publicKey, digest, *signature)) {
-    throw std::runtime_error("the private key does not belong to the public one beside it");
+    throw std::runtime_error("the private key does not match the public key");
   }
   return SignatureLine(key, *signature);
 }

@@ -74,19 +74,19 @@ class LauncherFetch {
 
  private:
   bool Accept(const fs::path& part, const ReceivedFile& received) {
-    const char* objection = Objection(part, received);
-    if (objection == nullptr) {
+    const char* reason = RefusalReason(part, received);
+    if (reason == nullptr) {
       isRunningLauncher_ = received.digest == runningDigest_;
       if (isRunningLauncher_) return false;
-      if (!MakeExecutable(part) || platform::FlushToDisk(part) != 0) objection = "not flushed to the disk";
+      if (!MakeExecutable(part) || platform::FlushToDisk(part) != 0) reason = "not flushed to the disk";
     }
-    if (objection == nullptr) return true;
-    DebugLog::Write("Launcher " + run_.manifest.patcherUrl + " : " + objection);
+    if (reason == nullptr) return true;
+    DebugLog::Write("Launcher " + run_.manifest.patcherUrl + " : " + reason);
     return false;
   }
 
   /// Why this file must not become the launcher; null if it may.
-  const char* Objection(const fs::path& part, const ReceivedFile& received) {
+  const char* RefusalReason(const fs::path& part, const ReceivedFile& received) {
     const std::string& announced = run_.manifest.patcherSha256;
     if (received.size == 0) return "empty";
     if (!announced.empty() && announced != received.digest) return "not the announced digest";

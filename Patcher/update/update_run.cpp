@@ -54,7 +54,7 @@ void SweepLeftovers() {
 class Steps {
  public:
   Steps(HostWindow& window, const UpdateStages& stages)
-      : lock_(window, stages.lockPatience), run_(window), stages_(stages) {}
+      : lock_(window, stages.lockTimeout), run_(window), stages_(stages) {}
   ~Steps() { run_.session.Close(); }
   Steps(const Steps&) = delete;
   Steps& operator=(const Steps&) = delete;

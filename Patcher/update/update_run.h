@@ -22,7 +22,7 @@ struct UpdateStages {
   /// Whether the game can be started if the run cannot complete.
   std::function<bool()> clientExists;
   /// How long an operation waits for another launcher that uses the same directory.
-  std::chrono::milliseconds lockPatience = std::chrono::seconds(30);
+  std::chrono::milliseconds lockTimeout = std::chrono::seconds(30);
 };
 
 /// Brings the installation to the state that the server's manifest describes, and reports every step to the

@@ -16,7 +16,7 @@ struct UiEvent {
 class HostWindow {
  public:
   virtual ~HostWindow() = default;
-  /// Any thread; never blocks. An event that can never be delivered is freed.
+  /// Any thread; never blocks. After the window has ended, events are kept until the process ends.
   virtual void PostEvent(const UiEvent& event) noexcept = 0;
 };
 

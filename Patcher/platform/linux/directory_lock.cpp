@@ -28,10 +28,10 @@ DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
 
 DirectoryLock::~DirectoryLock() = default;
 
-bool DirectoryLock::TakeWithin(std::chrono::milliseconds patience) {
+bool DirectoryLock::TakeWithin(std::chrono::milliseconds timeout) {
   // flock has no time limit.
   constexpr std::chrono::milliseconds kPause(100);
-  const auto end = std::chrono::steady_clock::now() + patience;
+  const auto end = std::chrono::steady_clock::now() + timeout;
   while (flock(impl_->descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     const auto now = std::chrono::steady_clock::now();
     if (now >= end) return false;

@@ -71,8 +71,8 @@ DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
 
 DirectoryLock::~DirectoryLock() = default;
 
-bool DirectoryLock::TakeWithin(std::chrono::milliseconds patience) {
-  return impl_->Wait(static_cast<DWORD>(patience.count()));
+bool DirectoryLock::TakeWithin(std::chrono::milliseconds timeout) {
+  return impl_->Wait(static_cast<DWORD>(timeout.count()));
 }
 
 }  // namespace platform

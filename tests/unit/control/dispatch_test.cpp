@@ -157,7 +157,7 @@ TEST_F(DispatchTest, ARunWithoutTheDirectoryLockEndsLikeAnOfflineRun) {
   ASSERT_TRUE(other.TakeWithin(std::chrono::milliseconds(0)));
   UpdateStages stages;
   stages.clientExists = [] { return true; };
-  stages.lockPatience = std::chrono::milliseconds(1);
+  stages.lockTimeout = std::chrono::milliseconds(1);
   host.StartThread([&] { RunUpdate(host, stages); });
   host.JoinWorkers();
   const std::u16string status = u"{\"type\":\"status\",\"text\":\"Une autre instance du lanceur ";
