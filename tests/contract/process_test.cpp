@@ -54,7 +54,7 @@ TEST(ProcessContract, AFileThatIsNotAProgramHasItsOwnError) {
   }
 }
 
-TEST(StandardStreamsContract, LinesAreBytesAndAreFlushedAtTheEnd) {
+TEST(StandardStreamsContract, LinesAreBytesAndSurviveTheEnd) {
   const patcher::ScratchDirectory directory;
   const fs::path program = CopyChild(directory / "").filename();
   const std::string longLine(1000000, 'x');
