@@ -37,8 +37,8 @@ void SurviveBrokenPipes();
 /// shell interprets it, and the browser inherits only the environment. Returns whether a program was started.
 [[nodiscard]] bool OpenInBrowser(const std::u16string& url);
 
-/// Flushes the standard streams and ends the process immediately with this code. Static objects are not
-/// destroyed, because workers may still be using them.
+/// Ends the process immediately with this code. Static objects are not destroyed, because workers may still
+/// be using them.
 [[noreturn]] void EndProcess(int code);
 
 }  // namespace platform

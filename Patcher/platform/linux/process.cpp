@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -131,9 +130,7 @@ bool OpenInBrowser(const std::u16string& url) {
 }
 
 void EndProcess(int code) {
-  // Do not flush all streams: a thread that waits for input holds the lock of standard input.
-  std::fflush(stdout);
-  std::fflush(stderr);
+  // WriteLine and WriteErrorLine leave nothing to flush.
   std::_Exit(code);
 }
 

@@ -2,7 +2,6 @@
 
 #include "platform/process.h"
 
-#include <cstdio>
 #include <memory>
 
 #include <shellapi.h>
@@ -62,9 +61,7 @@ bool OpenInBrowser(const std::u16string& url) {
 }
 
 void EndProcess(int code) {
-  // Do not flush all streams: a thread that waits for input holds the lock of standard input.
-  std::fflush(stdout);
-  std::fflush(stderr);
+  // WriteLine and WriteErrorLine leave nothing to flush.
   ExitProcess(static_cast<UINT>(code));
 }
 
