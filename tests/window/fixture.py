@@ -16,9 +16,6 @@ class WindowTest(ScenarioTest):
         self.display = SCREEN
         wait_until(lambda: not self.display.windows())
 
-    def wait_for_request(self, path, count=1):
-        wait_until(lambda: self.server.requests[path] >= count)
-
 
 class WindowsTest(WindowTest):
     """The Windows program with the loader that stands in for the web view."""
@@ -38,8 +35,3 @@ class WindowsTest(WindowTest):
         program = self.start(mode)
         program.load_page()
         return program
-
-    def installed_files(self):
-        files = self.place.files()
-        del files["WebView2Loader.dll"]
-        return files
