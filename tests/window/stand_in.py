@@ -72,8 +72,6 @@ class WindowsLauncher:
             raise AssertionError(f"nothing more after {self.heard[-5:]}") from None
         if line:
             self.heard.append(line)
-            if line[0] == "trap" or "failed" in line[1:2]:
-                raise AssertionError(f"{self.heard[-5:]}")
         return line
 
     def wait(self, verb, *fields):

@@ -32,6 +32,9 @@ class NativeWindowTest(WindowTest):
         self.wait_for_request(MANIFEST)
         self.server.requests.clear()
 
+    def wait_for_request(self, path, count=1):
+        wait_until(lambda: self.server.requests[path] >= count)
+
     def point(self, place):
         left, top, width, height = self.window.place()
         x, y = place

@@ -64,29 +64,24 @@ inline ULONG __stdcall Release(Object* self) {
   return 0;
 }
 
-template <std::size_t Slot>
-void __stdcall Trap() {
-  SendToDriver({"trap", std::to_string(Slot)});
+/// Takes the place of every method that the program has no reason to call, and ends the process.
+inline void __stdcall Trap() {
+  SendToDriver({"trap"});
   TerminateProcess(GetCurrentProcess(), 99);
 }
 
-template <std::size_t... Slot>
-Slots Traps(std::index_sequence<Slot...>) {
-  return {reinterpret_cast<void*>(&Trap<Slot>)...};
+template <typename Function>
+std::pair<std::size_t, void*> At(std::size_t slot, Function function) {
+  return {slot, reinterpret_cast<void*>(function)};
 }
 
-struct Method {
-  template <typename Function>
-  Method(std::size_t number, Function function) : slot(number), address(reinterpret_cast<void*>(function)) {}
-  std::size_t slot;
-  void* address;
-};
-
-/// The table of an interface that has these methods. A call of any other slot ends the process.
-inline Slots Table(std::initializer_list<Method> methods) {
-  Slots slots = Traps(std::make_index_sequence<std::tuple_size_v<Slots>>());
-  for (const Method& method : {Method(1, &AddRef), Method(2, &Release)}) slots[method.slot] = method.address;
-  for (const Method& method : methods) slots[method.slot] = method.address;
+/// The table of an interface.
+inline Slots Table(std::initializer_list<std::pair<std::size_t, void*>> methods) {
+  Slots slots;
+  slots.fill(reinterpret_cast<void*>(&Trap));
+  slots[1] = reinterpret_cast<void*>(&AddRef);
+  slots[2] = reinterpret_cast<void*>(&Release);
+  for (const auto& [slot, function] : methods) slots[slot] = function;
   return slots;
 }
 

@@ -41,7 +41,7 @@ HRESULT __stdcall Refuse(Object* self, BOOL refused) {
   return S_OK;
 }
 
-const Slots kRequest = Table({{3, &GetText}});
+const Slots kRequest = Table({At(3, &GetText)});
 const Slots kResponse = Table({});
 
 HRESULT __stdcall GetRequest(Object* self, Object** request) {
@@ -65,13 +65,13 @@ const std::map<std::string, Event> kEvents = {
     {"controller", {L"{6c4819f3-c9b7-4260-8127-c9f5bde7f68c}", {}}},
     {"NavigationStarting",
      {L"{9adbe429-f36d-432b-9ddc-f8881fbd76e3}",
-      Table({{3, &GetText}, {8, &Refuse}, {9, &GetNumber<UINT64>}})}},
-    {"NavigationCompleted", {L"{d33a35bf-1c49-4f98-93ab-006e0533fe1c}", Table({{5, &GetNumber<UINT64>}})}},
-    {"WebMessageReceived", {L"{57213f19-00e6-49fa-8e07-898ea01ecbd2}", Table({{5, &GetText}})}},
-    {"NewWindowRequested", {L"{d4c185fe-c81c-4989-97af-2d3fa7ab5651}", Table({{6, &Refuse}})}},
-    {"ProcessFailed", {L"{79e0aea4-990b-42d9-aa1d-0fcc2e5bc7f1}", Table({{3, &GetNumber<int>}})}},
+      Table({At(3, &GetText), At(8, &Refuse), At(9, &GetNumber<UINT64>)})}},
+    {"NavigationCompleted", {L"{d33a35bf-1c49-4f98-93ab-006e0533fe1c}", Table({At(5, &GetNumber<UINT64>)})}},
+    {"WebMessageReceived", {L"{57213f19-00e6-49fa-8e07-898ea01ecbd2}", Table({At(5, &GetText)})}},
+    {"NewWindowRequested", {L"{d4c185fe-c81c-4989-97af-2d3fa7ab5651}", Table({At(6, &Refuse)})}},
+    {"ProcessFailed", {L"{79e0aea4-990b-42d9-aa1d-0fcc2e5bc7f1}", Table({At(3, &GetNumber<int>)})}},
     {"WebResourceRequested",
-     {L"{ab00b74c-15f1-4646-80e8-e76341d25d71}", Table({{3, &GetRequest}, {5, &PutResponse}})}},
+     {L"{ab00b74c-15f1-4646-80e8-e76341d25d71}", Table({At(3, &GetRequest), At(5, &PutResponse)})}},
 };
 
 /// An object of the program, called through its table.
@@ -121,8 +121,7 @@ HRESULT __stdcall AddHandler(Object*, Handler* handler, INT64*) {
 /// Runs the step on the main thread, after the current message. Any thread.
 void Later(std::function<void()> step) {
   const auto parameter = reinterpret_cast<std::intptr_t>(new std::function<void()>(std::move(step)));
-  // A queue that is full has room again soon.
-  while (!queue->Post({WM_APP, 0, parameter})) Sleep(1);
+  if (!queue->Post({WM_APP, 0, parameter})) std::abort();
 }
 
 /// Hands over what the program has asked for, or nothing if this is the step that fails.
@@ -134,15 +133,12 @@ void Finish(const char* event, const Slots& table, bool fails) {
   handlers.erase(event);
 }
 
-const Slots kView = Table({{6, &Report<"navigate", const wchar_t*>},
-                           {7, &AddHandler<"NavigationStarting">},
-                           {15, &AddHandler<"NavigationCompleted">},
-                           {25, &AddHandler<"ProcessFailed">},
-                           {33, &Report<"message", const wchar_t*>},
-                           {34, &AddHandler<"WebMessageReceived">},
-                           {44, &AddHandler<"NewWindowRequested">},
-                           {55, &AddHandler<"WebResourceRequested">},
-                           {57, &Report<"filter", const wchar_t*, int>}});
+const Slots kView =
+    Table({At(6, &Report<"navigate", const wchar_t*>), At(7, &AddHandler<"NavigationStarting">),
+           At(15, &AddHandler<"NavigationCompleted">), At(25, &AddHandler<"ProcessFailed">),
+           At(33, &Report<"message", const wchar_t*>), At(34, &AddHandler<"WebMessageReceived">),
+           At(44, &AddHandler<"NewWindowRequested">), At(55, &AddHandler<"WebResourceRequested">),
+           At(57, &Report<"filter", const wchar_t*, int>)});
 
 HRESULT __stdcall PutBounds(Object*, RECT bounds) {
   MoveWindow(child, bounds.left, bounds.top, bounds.right - bounds.left, bounds.bottom - bounds.top, TRUE);
@@ -162,7 +158,7 @@ HRESULT __stdcall GetCoreWebView2(Object*, Object** out) {
 }
 
 const Slots kController =
-    Table({{6, &PutBounds}, {12, &MoveFocus}, {23, &Report<"moved">}, {25, &GetCoreWebView2}});
+    Table({At(6, &PutBounds), At(12, &MoveFocus), At(23, &Report<"moved">), At(25, &GetCoreWebView2)});
 
 /// It takes the mouse over its place, and keeps it while a button is down.
 LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -210,7 +206,7 @@ HRESULT __stdcall CreateWebResourceResponse(Object*, IStream* content, int statu
   return S_OK;
 }
 
-const Slots kEnvironment = Table({{3, &CreateCoreWebView2Controller}, {4, &CreateWebResourceResponse}});
+const Slots kEnvironment = Table({At(3, &CreateCoreWebView2Controller), At(4, &CreateWebResourceResponse)});
 
 void FinishEnvironment() { Finish("environment", kEnvironment, mode == "no-environment"); }
 
@@ -219,26 +215,26 @@ HRESULT __stdcall GetItself(Object* self, REFIID, void** object) {
   return S_OK;
 }
 
-const Slots kTaskbar = Table({{3, &Report<"taskbar">},
-                              {9, &Report<"taskbar value", HWND, ULONGLONG, ULONGLONG>},
-                              {10, &Report<"taskbar state", HWND, int>}});
+const Slots kTaskbar =
+    Table({At(3, &Report<"taskbar">), At(9, &Report<"taskbar value", HWND, ULONGLONG, ULONGLONG>),
+           At(10, &Report<"taskbar state", HWND, int>)});
 
 HRESULT __stdcall CreateTaskbar(Object*, IUnknown*, REFIID id, void** object) {
   *object = id == IID_ITaskbarList3 ? new Object(kTaskbar, "taskbar") : nullptr;
   return *object != nullptr ? S_OK : E_NOINTERFACE;
 }
 
-const Slots kTaskbarFactory = Table({{0, &GetItself}, {3, &CreateTaskbar}});
+const Slots kTaskbarFactory = Table({At(0, &GetItself), At(3, &CreateTaskbar)});
 
 /// EVENT TEXT NUMBER RESULT: raises the event with arguments that have this text and number, and whose getter
-/// of the text returns RESULT. Answers with "done", "refused" or "failed", and the response, if there is one.
+/// of the text returns RESULT. Answers with "done" or "refused", and the response, if there is one.
 void Raise(const Line& line) {
   auto* arguments = new Object(kEvents.at(line[0]).arguments, "arguments");
   arguments->text = platform::Utf8ToWide(line[1]);
   arguments->number = std::stoul(line[2]);
   arguments->textResult = static_cast<HRESULT>(std::stoul(line[3]));
-  const HRESULT result = Call(handlers.at(line[0]), 3, view, arguments);
-  Line answer{line[0], result != S_OK ? "failed" : arguments->refused ? "refused" : "done"};
+  if (Call(handlers.at(line[0]), 3, view, arguments) != S_OK) Trap();
+  Line answer{line[0], arguments->refused ? "refused" : "done"};
   answer.insert(answer.end(), arguments->response.begin(), arguments->response.end());
   Release(arguments);
   SendToDriver(answer);
