@@ -4,7 +4,6 @@
 // declarations, so that a wrong order or parameter there is noticed.
 #include <windows.h>
 
-#include <cctype>
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -153,8 +152,12 @@ HRESULT __stdcall MoveFocus(Object*, int reason) {
 }
 
 HRESULT __stdcall GetCoreWebView2(Object*, Object** out) {
-  *out = view = mode == "no-view" ? nullptr : new Object(kView, "view");
-  return view != nullptr ? S_OK : E_FAIL;
+  *out = nullptr;
+  if (mode == "no-view") return E_FAIL;
+  *out = view = new Object(kView, "view");
+  // The task bar makes its button some time after the window.
+  PostMessageW(GetParent(child), RegisterWindowMessageW(L"TaskbarButtonCreated"), 0, 0);
+  return S_OK;
 }
 
 const Slots kController =
@@ -165,7 +168,7 @@ LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
   if (message == WM_LBUTTONDOWN) SetCapture(window);
   if (message == WM_LBUTTONUP) ReleaseCapture();
   static const std::map<UINT, std::string> kReported = {
-      {WM_LBUTTONDOWN, "press"}, {WM_LBUTTONDBLCLK, "press"}, {WM_LBUTTONUP, "release"}, {WM_KEYDOWN, "key"}};
+      {WM_LBUTTONDOWN, "press"}, {WM_LBUTTONDBLCLK, "press"}, {WM_LBUTTONUP, "release"}};
   if (const auto name = kReported.find(message); name != kReported.end()) SendToDriver({name->second});
   return DefWindowProcW(window, message, wParam, lParam);
 }
@@ -216,7 +219,7 @@ HRESULT __stdcall GetItself(Object* self, REFIID, void** object) {
 }
 
 const Slots kTaskbar =
-    Table({At(3, &Report<"taskbar">), At(9, &Report<"taskbar value", HWND, ULONGLONG, ULONGLONG>),
+    Table({At(3, &Report<"taskbar ready">), At(9, &Report<"taskbar value", HWND, ULONGLONG, ULONGLONG>),
            At(10, &Report<"taskbar state", HWND, int>)});
 
 HRESULT __stdcall CreateTaskbar(Object*, IUnknown*, REFIID id, void** object) {
@@ -255,18 +258,13 @@ void ReportState() {
   SendToDriver(report);
 }
 
-/// MESSAGE WPARAM [LEFT TOP RIGHT BOTTOM]: sends the program's window a message with a rectangle, and answers
-/// with its result. MESSAGE is a number or a registered name.
+/// MESSAGE WPARAM [LEFT TOP RIGHT BOTTOM]: sends the program's window a message with a rectangle.
 void SendToWindow(const Line& line) {
   LONG rectangle[4] = {};
   for (std::size_t i = 3; i < line.size(); ++i) rectangle[i - 3] = std::stol(line[i]);
-  const std::u16string name = platform::Utf8ToWide(line[1]);
-  const UINT message = std::isdigit(line[1][0]) != 0
-                           ? std::stoul(line[1])
-                           : RegisterWindowMessageW(reinterpret_cast<const wchar_t*>(name.c_str()));
-  const LRESULT result =
-      SendMessageW(GetParent(child), message, std::stoul(line[2]), reinterpret_cast<LPARAM>(rectangle));
-  SendToDriver({line[0], Text(result)});
+  SendMessageW(GetParent(child), std::stoul(line[1]), std::stoul(line[2]),
+               reinterpret_cast<LPARAM>(rectangle));
+  SendToDriver({line[0]});
 }
 
 void Handle(const Line& line) {
