@@ -10,7 +10,7 @@ import threading
 from launcher import LIMIT
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FIELD_END, LINE_END = "\x1f", b"\x1e"
+FIELD_END, LINE_FEED = "\x1f", "\x1e"
 
 
 class Wine:
@@ -57,11 +57,8 @@ class WindowsLauncher:
         self.reader.start()
 
     def _read(self):
-        rest = b""
-        while piece := self.process.stdout.read1():
-            *lines, rest = (rest + piece).split(LINE_END)
-            for line in lines:
-                self.lines.put(line.decode().split(FIELD_END)[:-1])
+        for line in self.process.stdout:
+            self.lines.put(line.decode().replace(LINE_FEED, "\n").split(FIELD_END)[:-1])
         self.lines.put(None)
 
     def next(self):
@@ -92,7 +89,7 @@ class WindowsLauncher:
         return [json.loads(line[1]) for line in self.heard if line[0] == "message"]
 
     def send(self, *fields):
-        self.process.stdin.write("".join(f"{field}{FIELD_END}" for field in fields).encode() + LINE_END)
+        self.process.stdin.write("".join(f"{field}{FIELD_END}" for field in fields).encode() + b"\n")
         self.process.stdin.flush()
 
     def ask(self, *fields):

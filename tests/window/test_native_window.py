@@ -44,7 +44,7 @@ class NativeWindowTest(WindowTest):
         self.display.mouse("mousemove", *self.point(place), "click", "--repeat", times, "--delay", 50, 1)
 
     def page_is_in_place(self):
-        """The page follows the window's size a moment later: a click that came before would meet nothing."""
+        """The page follows the window's size a moment later: an earlier click would hit nothing."""
         x, y = self.point(CLOSE)
         self.display.mouse("mousemove", x - 1, y, "mousemove", x, y)
         return self.display.pixel(x + 14, y - 8) == LIT_CLOSE
@@ -91,7 +91,7 @@ class NativeWindowTest(WindowTest):
         play = self.point(PLAY)
 
         def played():
-            # The launcher ends with the click that it takes: the next one meets the empty screen.
+            # The launcher ends with the first click that it gets; a later one hits the empty screen.
             self.display.mouse("mousemove", *play, "click", 1)
             return started.exists() and started.read_text().endswith("\n")
         wait_until(played)
@@ -99,7 +99,7 @@ class NativeWindowTest(WindowTest):
         self.assertEqual(started.read_text(), f"{self.place.directory}|quantel|1\n")
 
     def test_a_hostile_page_stays_inside(self):
-        """It has no policy of its own: the host alone keeps it from the network, other documents and windows."""
+        """Only the host keeps it from the network, other documents and windows: it has no policy of its own."""
         shutil.copy2(launcher.beside_program("hostile-launcher"), self.place.program)
         news = "/api/news.json"
         self.server.content[news] = self.server.url().encode()
@@ -107,10 +107,10 @@ class NativeWindowTest(WindowTest):
         self.wait_for_request(news, 2)
         self.assertEqual(len(self.display.windows()), 1)
         self.assertEqual(self.server.requests[MANIFEST], 1, "a refused navigation is no loaded page")
-        # The menu of the web view, with its way back and its reload.
+        # The menu of the web view, which offers to go back and to reload.
         self.display.mouse("mousemove", 800, 500, "click", 3)
         self.display.mouse("key", "Down", "Down", "Down", "Return")
-        # The page is still the page: it hears the answer to what it asks after its last attempt.
+        # The page is still there: it gets the answer to its request after the last attempt.
         self.server.content[news] = b"enough"
         self.assertEqual(process.wait(LIMIT), 0)
         self.assertEqual([path for path in self.server.requests if path.startswith("/leak")], [])

@@ -225,7 +225,7 @@ class WindowTest(WindowsTest):
         self.program.wait("bounds", 6, 6, 1294, 844)
         self.program.wait("loop ends")
         self.window.drag((1397, 897), (400, 300), (100, 50, 1000, 640))
-        self.program.wait("loop ends")  # in the midst of one, Wine forgets a request to quit
+        self.program.wait("loop ends")  # inside that loop, Wine forgets a request to quit
         self.put({"Tolmira.exe": beside_program("hold_file").read_bytes()})
         self.program.request("repair")
         self.program.wait_message("ready", canPlay=True)

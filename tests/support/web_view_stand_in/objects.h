@@ -6,26 +6,28 @@
 #include <array>
 #include <concepts>
 #include <initializer_list>
-#include <iostream>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/standard_streams.h"
 #include "platform/text.h"
 
 namespace stand_in {
 
-/// What passes between the stand-in and its driver over standard input and output: a list of fields in UTF-8.
-/// The control character 1F ends each field and 1E ends the line; no field contains them.
+/// What passes between the stand-in and its driver over standard input and output: lines of fields in UTF-8.
+/// The control character 1F ends each field, and 1E takes the place of a line feed in a field.
 using Line = std::vector<std::string>;
 constexpr char kFieldEnd = '\x1f';
-constexpr char kLineEnd = '\x1e';
+constexpr char kLineFeed = '\x1e';
 
 /// Main thread only.
 inline void SendToDriver(const Line& line) {
-  for (const std::string& field : line) std::cout << field << kFieldEnd;
-  std::cout << kLineEnd << std::flush;
+  std::string text;
+  for (const std::string& field : line) text += field + kFieldEnd;
+  std::replace(text.begin(), text.end(), '\n', kLineFeed);
+  platform::WriteLine(text);
 }
 
 inline std::string Text(const wchar_t* text) {
@@ -52,7 +54,6 @@ struct Object {
   Line response;              // status, reason, headers and content
 
   Object(const Slots& slots, const char* name) : table(slots.data()), kind(name) { ++live[kind]; }
-  Object(const Object&) = delete;
 };
 
 inline ULONG __stdcall AddRef(Object* self) { return ++self->references; }

@@ -16,7 +16,6 @@
 #include "objects.h"
 #include "platform/hex_digits.h"
 #include "platform/message_queue.h"
-#include "platform/standard_streams.h"
 
 namespace stand_in {
 namespace {
@@ -279,7 +278,7 @@ void Handle(const Line& line) {
 
 /// Ends the process when the driver ends: a test that is over leaves no window.
 void ReadLines() {
-  for (std::string text; std::getline(std::cin, text, kLineEnd);) {
+  for (std::string text; platform::ReadLine(text);) {
     Line line;
     std::istringstream in(text);
     for (std::string field; std::getline(in, field, kFieldEnd);) line.push_back(field);
@@ -309,9 +308,9 @@ void Begin() {
 }  // namespace
 }  // namespace stand_in
 
-extern "C" HRESULT __stdcall CreateCoreWebView2EnvironmentWithOptions(const wchar_t* browser,
-                                                                      const wchar_t* data, IUnknown* options,
-                                                                      stand_in::Handler* handler) {
+extern "C" __declspec(dllexport) HRESULT
+    __stdcall CreateCoreWebView2EnvironmentWithOptions(const wchar_t* browser, const wchar_t* data,
+                                                       IUnknown* options, stand_in::Handler* handler) {
   using namespace stand_in;
   if (queue == nullptr) Begin();
   wchar_t colour[16] = L"";
