@@ -2,7 +2,6 @@
 import contextlib
 import json
 import pathlib
-import queue
 import shutil
 import subprocess
 import threading
@@ -51,22 +50,13 @@ class WindowsLauncher:
 
     def __init__(self, wine, program, mode):
         self.process = wine.start(program, WEB_VIEW_STAND_IN_MODE=mode)
-        self.lines = queue.Queue()
+        self.watchdog = threading.Timer(LIMIT, self.process.kill)
+        self.watchdog.start()
         self.heard = []
-        self.reader = threading.Thread(target=self._read, daemon=True)
-        self.reader.start()
-
-    def _read(self):
-        for line in self.process.stdout:
-            self.lines.put(line.decode().replace(LINE_FEED, "\n").split(FIELD_END)[:-1])
-        self.lines.put(None)
 
     def next(self):
         """What the program does next; nothing if it has ended."""
-        try:
-            line = self.lines.get(timeout=LIMIT)
-        except queue.Empty:
-            raise AssertionError(f"nothing more after {self.heard[-5:]}") from None
+        line = self.process.stdout.readline().decode().replace(LINE_FEED, "\n").split(FIELD_END)[:-1]
         if line:
             self.heard.append(line)
         return line
@@ -117,12 +107,12 @@ class WindowsLauncher:
     def exit_code(self):
         while self.next():
             pass
-        return self.process.wait(LIMIT)
+        return self.process.wait()
 
     def end(self):
         """In any state: the program ends with its input."""
         with contextlib.suppress(OSError):
             self.process.stdin.close()
-        self.reader.join(LIMIT)
+        self.exit_code()
         self.process.stdout.close()
-        self.process.wait(LIMIT)
+        self.watchdog.cancel()
