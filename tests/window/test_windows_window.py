@@ -6,7 +6,6 @@ import subprocess
 
 import fixture
 from display import HOME, NAVY, SCREEN
-from game import Game
 from launcher import beside_program, setting, wait_until
 from scenario import MANIFEST
 from stand_in import ROOT, WindowsLauncher
@@ -110,7 +109,7 @@ class PageTest(WindowsTest):
         self.assert_nothing_is_held(program)
 
     def test_a_page_whose_process_died_comes_back_three_times(self):
-        Game(1, 30).publish(self.server)
+        self.put({"Tolmira.exe": b""})
         held = self.hold(MANIFEST)
         program = self.loaded()
         # The numbers of navigations begin again with a new web view.
@@ -175,7 +174,6 @@ class WindowTest(WindowsTest):
         self.program.wait_message("window", maximized=expected)
 
     def test_it_moves_with_the_mouse_and_goes_on_reporting(self):
-        Game(1, 10).publish(self.server)
         held = self.hold(MANIFEST)
         self.program.request("verify")
         self.program.wait_message("status")

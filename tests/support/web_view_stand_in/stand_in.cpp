@@ -166,9 +166,8 @@ const Slots kController =
 LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_LBUTTONDOWN) SetCapture(window);
   if (message == WM_LBUTTONUP) ReleaseCapture();
-  static const std::map<UINT, std::string> kReported = {
-      {WM_LBUTTONDOWN, "press"}, {WM_LBUTTONDBLCLK, "press"}, {WM_LBUTTONUP, "release"}};
-  if (const auto name = kReported.find(message); name != kReported.end()) SendToDriver({name->second});
+  if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) SendToDriver({"press"});
+  if (message == WM_LBUTTONUP) SendToDriver({"release"});
   return DefWindowProcW(window, message, wParam, lParam);
 }
 
