@@ -19,7 +19,8 @@ class Wine:
         prefix = ROOT / "build" / "wineprefix-window"
         if not prefix.exists():
             shutil.copytree(ROOT / "build" / "wineprefix", prefix, symlinks=True)
-        self.environment = {**display.environment, "WINEPREFIX": str(prefix), "WINEDEBUG": "-all"}
+        self.environment = {**display.environment, "WINEPREFIX": str(prefix), "WINEDEBUG": "-all",
+                            "WINEDLLOVERRIDES": "winedbg.exe=d"}  # a program that crashes ends at once
         self.end_programs()  # of earlier tests
         # One program stays, so that Wine's own background programs do too: they would hold what a test has started.
         self.keeper = self.start("cmd")
