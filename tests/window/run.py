@@ -2,7 +2,7 @@
 """Tests of the programs with a window, on a screen of their own: run.py --build BUILD [TEST...].
 
 BUILD is the folder of a build: the tests of its kind run, natively or, for Windows programs, under Wine with a loader
-that stands in for the web view. A TEST is a name, for example test_windows_chain.ChainTest.test_images."""
+that stands in for the web view. A TEST is a name, for example test_windows_window.PageTest.test_images."""
 import argparse
 import pathlib
 import sys
@@ -26,10 +26,10 @@ def main():
     launcher.PROGRAM = fixture.BUILD / "bin" / ("Patcher.exe" if windows else "Patcher")
     # Wine moves and sizes windows by the rules of Windows if no window manager does.
     fixture.SCREEN = Display(managed=not windows)
+    tests = options.tests or ["test_windows_window" if windows else "test_native_window"]
     fixture.WINE = Wine(fixture.SCREEN) if windows else None
-    suites = options.tests or [path.stem for path in HERE.glob("test_windows_*.py" if windows else "test_native_*.py")]
     try:
-        result = unittest.main(module=None, argv=[sys.argv[0], "--verbose", *sorted(suites)], exit=False).result
+        result = unittest.main(module=None, argv=[sys.argv[0], "--verbose", *tests], exit=False).result
     finally:
         for shared in filter(None, (fixture.WINE, fixture.SCREEN)):
             shared.close()

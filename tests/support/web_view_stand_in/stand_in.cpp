@@ -1,50 +1,36 @@
-// Takes the place of the loader and of its web view. It shows nothing: it reports to its driver what the
-// program does, and does to the program what the driver says. The interfaces are tables of functions at the
-// slot numbers of their binary form, written without the product's declarations, so that a wrong order or
-// parameter there is noticed: a slot that the product has no business in ends the process.
+// Takes the place of the web view's loader, of its web view and of the system's task bar. It shows nothing:
+// it reports to its driver what the program does, and does to the program what the driver asks for. The
+// interfaces are tables of functions at the slot numbers of their binary form, written without the product's
+// declarations, so that a wrong order or parameter there is noticed.
 #include <windows.h>
 
-#include <cctype>
-#include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <memory>
 #include <sstream>
 #include <thread>
 
-#include <fcntl.h>
-#include <io.h>
 #include <objbase.h>
+#include <shobjidl.h>
 
 #include "objects.h"
+#include "platform/hex_digits.h"
+#include "platform/message_queue.h"
 
 namespace stand_in {
 namespace {
 
-/// Hands on what comes, and ends the process with its driver: a test that is over leaves no window behind.
-void ReadLines(void (*post)(Line* line)) {
-  for (std::string text; std::getline(std::cin, text, kLineEnd);) {
-    auto* line = new Line;
-    std::istringstream in(text + kFieldEnd);
-    for (std::string field; std::getline(in, field, kFieldEnd);) line->push_back(field);
-    post(line);
-  }
-  TerminateProcess(GetCurrentProcess(), 98);
-}
-
 HRESULT __stdcall GetText(Object* self, wchar_t** text) {
   *text = nullptr;
-  if (self->textResult != S_OK) return FAILED(self->textResult) ? self->textResult : S_OK;
+  if (self->textResult != S_OK) return self->textResult;
   const std::size_t bytes = (self->text.size() + 1) * sizeof(wchar_t);
   *text = static_cast<wchar_t*>(memcpy(CoTaskMemAlloc(bytes), self->text.c_str(), bytes));
   return S_OK;
 }
 
-HRESULT __stdcall GetNumber(Object* self, UINT64* number) {
-  *number = self->number;
-  return S_OK;
-}
-
-HRESULT __stdcall GetKind(Object* self, int* kind) {
-  *kind = static_cast<int>(self->number);
+template <typename Number>
+HRESULT __stdcall GetNumber(Object* self, Number* number) {
+  *number = static_cast<Number>(self->number);
   return S_OK;
 }
 
@@ -53,28 +39,40 @@ HRESULT __stdcall Refuse(Object* self, BOOL refused) {
   return S_OK;
 }
 
+const Slots kRequest = Table({At(3, &GetText)});
+const Slots kResponse = Table({});
+
 HRESULT __stdcall GetRequest(Object* self, Object** request) {
-  AddRef(self->request);
-  *request = self->request;
+  *request = new Object(kRequest, "request");
+  (*request)->text = self->text;
   return S_OK;
 }
 
 HRESULT __stdcall PutResponse(Object* self, Object* response) {
-  AddRef(response);
-  self->response = response;
+  self->response = response->response;
   return S_OK;
 }
 
-const Slots kRequest = Table({At(3, &GetText)});
-const Slots kRequestArgs = Table({At(3, &GetRequest), At(5, &PutResponse)});
-const Slots kResponse = Table({});
-const Slots kMessageArgs = Table({At(5, &GetText)});
-const Slots kNavigationArgs = Table({At(3, &GetText), At(8, &Refuse), At(9, &GetNumber)});
-const Slots kNewWindowArgs = Table({At(6, &Refuse)});
-const Slots kCompletedArgs = Table({At(5, &GetNumber)});
-const Slots kFailedArgs = Table({At(3, &GetKind)});
+/// What the program has handlers for.
+struct Event {
+  const wchar_t* handler;  // identifier of the handler's interface
+  Slots arguments;
+};
+const std::map<std::string, Event> kEvents = {
+    {"environment", {L"{4e8a3389-c9d8-4bd2-b6b5-124fee6cc14d}", {}}},
+    {"controller", {L"{6c4819f3-c9b7-4260-8127-c9f5bde7f68c}", {}}},
+    {"NavigationStarting",
+     {L"{9adbe429-f36d-432b-9ddc-f8881fbd76e3}",
+      Table({At(3, &GetText), At(8, &Refuse), At(9, &GetNumber<UINT64>)})}},
+    {"NavigationCompleted", {L"{d33a35bf-1c49-4f98-93ab-006e0533fe1c}", Table({At(5, &GetNumber<UINT64>)})}},
+    {"WebMessageReceived", {L"{57213f19-00e6-49fa-8e07-898ea01ecbd2}", Table({At(5, &GetText)})}},
+    {"NewWindowRequested", {L"{d4c185fe-c81c-4989-97af-2d3fa7ab5651}", Table({At(6, &Refuse)})}},
+    {"ProcessFailed", {L"{79e0aea4-990b-42d9-aa1d-0fcc2e5bc7f1}", Table({At(3, &GetNumber<int>)})}},
+    {"WebResourceRequested",
+     {L"{ab00b74c-15f1-4646-80e8-e76341d25d71}", Table({At(3, &GetRequest), At(5, &PutResponse)})}},
+};
 
-/// An object of the program's, called through its table.
+/// An object of the program, called through its table.
 struct Handler {
   void* const* table;
 };
@@ -85,103 +83,70 @@ HRESULT Call(Handler* handler, std::size_t slot, Arguments... arguments) {
   return reinterpret_cast<Function>(handler->table[slot])(handler, arguments...);
 }
 
-/// Whether a handler answers for its own interface and for no other, with its references right.
-bool IsSound(Handler* handler, const GUID& id) {
-  constexpr GUID kUnknown = {0, 0, 0, {0xc0, 0, 0, 0, 0, 0, 0, 0x46}};
-  constexpr GUID kForeign = {0x12345678, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
+/// Whether a handler has its own interface and no other, and counts its references.
+bool IsSound(Handler* handler, const wchar_t* id) {
   void* object = nullptr;
-  for (const GUID& known : {id, kUnknown}) {
+  GUID own{};
+  IIDFromString(id, &own);
+  for (const GUID& known : {own, IID_IUnknown}) {
     if (Call(handler, 0, &known, &object) != S_OK || object != handler) return false;
     Call(handler, 2);
   }
-  if (Call(handler, 0, &kForeign, &object) != E_NOINTERFACE || object != nullptr) return false;
+  if (Call(handler, 0, &IID_IStream, &object) != E_NOINTERFACE || object != nullptr) return false;
   return Call(handler, 1) == 2 && Call(handler, 2) == 1;
 }
 
-/// What the program has handlers for, each with the handler's interface.
-struct Event {
-  const char* name;
-  GUID handler;
-};
-constexpr Event kEnvironmentMade{
-    "environment", {0x4e8a3389, 0xc9d8, 0x4bd2, {0xb6, 0xb5, 0x12, 0x4f, 0xee, 0x6c, 0xc1, 0x4d}}};
-constexpr Event kControllerMade{
-    "controller", {0x6c4819f3, 0xc9b7, 0x4260, {0x81, 0x27, 0xc9, 0xf5, 0xbd, 0xe7, 0xf6, 0x8c}}};
-constexpr Event kNavigationStarting{
-    "NavigationStarting", {0x9adbe429, 0xf36d, 0x432b, {0x9d, 0xdc, 0xf8, 0x88, 0x1f, 0xbd, 0x76, 0xe3}}};
-constexpr Event kNavigationCompleted{
-    "NavigationCompleted", {0xd33a35bf, 0x1c49, 0x4f98, {0x93, 0xab, 0x00, 0x6e, 0x05, 0x33, 0xfe, 0x1c}}};
-constexpr Event kWebMessageReceived{
-    "WebMessageReceived", {0x57213f19, 0x00e6, 0x49fa, {0x8e, 0x07, 0x89, 0x8e, 0xa0, 0x1e, 0xcb, 0xd2}}};
-constexpr Event kNewWindowRequested{
-    "NewWindowRequested", {0xd4c185fe, 0xc81c, 0x4989, {0x97, 0xaf, 0x2d, 0x3f, 0xa7, 0xab, 0x56, 0x51}}};
-constexpr Event kProcessFailed{
-    "ProcessFailed", {0x79e0aea4, 0x990b, 0x42d9, {0xaa, 0x1d, 0x0f, 0xcc, 0x2e, 0x5b, 0xc7, 0xf1}}};
-constexpr Event kWebResourceRequested{
-    "WebResourceRequested", {0xab00b74c, 0x15f1, 0x4646, {0x80, 0xe8, 0xe7, 0x63, 0x41, 0xd2, 0x5d, 0x71}}};
-
-std::map<std::string, Handler*> handlers;  // by the event's name; owned
-
-void Keep(const Event& event, Handler* handler) {
-  SendToDriver({"handler", event.name, IsSound(handler, event.handler) ? "sound" : "unsound"});
-  Call(handler, 1);
-  handlers[event.name] = handler;
-}
-
-template <const Event& event>
-HRESULT __stdcall AddHandler(Object*, Handler* handler, INT64*) {
-  Keep(event, handler);
-  return S_OK;
-}
-
-HWND messageWindow = nullptr;
-HWND child = nullptr;
+std::map<std::string, Handler*> handlers;  // by event; owned
+HWND child = nullptr;                      // the web view's window
 Object* view = nullptr;
-UINT64 navigation = 0;  // number of the latest one
-std::string mode;       // which step fails
+std::string mode;  // which step fails
+platform::MessageQueue* queue = nullptr;
 
-constexpr wchar_t kBackgroundVariable[] = L"WEBVIEW2_DEFAULT_BACKGROUND_COLOR";
-constexpr wchar_t kClass[] = L"WebViewStandIn";
-constexpr wchar_t kChildClass[] = L"WebViewStandInChild";
-enum : UINT { kEnvironmentReady = WM_APP, kControllerReady, kLine };
+/// Keeps a reference to the handler, in place of one that the program has registered with an earlier web
+/// view.
+void Keep(const std::string& event, Handler* handler) {
+  SendToDriver({"handler", event, IsSound(handler, kEvents.at(event).handler) ? "sound" : "unsound"});
+  Call(handler, 1);
+  if (Handler* earlier = std::exchange(handlers[event], handler)) Call(earlier, 2);
+}
 
-HRESULT __stdcall NavigateToString(Object*, const wchar_t* page) {
-  ++navigation;
-  SendToDriver({"navigate", Narrow(page)});
+template <Name event>
+HRESULT __stdcall AddHandler(Object*, Handler* handler, INT64*) {
+  Keep(event.text, handler);
   return S_OK;
 }
 
-HRESULT __stdcall PostWebMessageAsString(Object*, const wchar_t* text) {
-  SendToDriver({"message", Narrow(text)});
-  return S_OK;
+/// Runs the step on the main thread, after the current message. Any thread.
+void Later(std::function<void()> step) {
+  const auto parameter = reinterpret_cast<std::intptr_t>(new std::function<void()>(std::move(step)));
+  if (!queue->Post({WM_APP, 0, parameter})) std::abort();
 }
 
-HRESULT __stdcall AddFilter(Object*, const wchar_t* pattern, int context) {
-  SendToDriver({"filter", Narrow(pattern), std::to_string(context)});
-  return S_OK;
+/// Hands over what the program has asked for, or nothing if this is the step that fails.
+void Finish(const char* event, const Slots& table, bool fails) {
+  Object* made = fails ? nullptr : new Object(table, event);
+  Call(handlers[event], 3, fails ? E_FAIL : S_OK, made);
+  if (made != nullptr) Release(made);
+  Call(handlers[event], 2);
+  handlers.erase(event);
 }
 
-const Slots kView = Table({At(6, &NavigateToString), At(7, &AddHandler<kNavigationStarting>),
-                           At(15, &AddHandler<kNavigationCompleted>), At(25, &AddHandler<kProcessFailed>),
-                           At(33, &PostWebMessageAsString), At(34, &AddHandler<kWebMessageReceived>),
-                           At(44, &AddHandler<kNewWindowRequested>),
-                           At(55, &AddHandler<kWebResourceRequested>), At(57, &AddFilter)});
+const Slots kView =
+    Table({At(6, &Report<"navigate", const wchar_t*>), At(7, &AddHandler<"NavigationStarting">),
+           At(15, &AddHandler<"NavigationCompleted">), At(25, &AddHandler<"ProcessFailed">),
+           At(33, &Report<"message", const wchar_t*>), At(34, &AddHandler<"WebMessageReceived">),
+           At(44, &AddHandler<"NewWindowRequested">), At(55, &AddHandler<"WebResourceRequested">),
+           At(57, &Report<"filter", const wchar_t*, int>)});
 
 HRESULT __stdcall PutBounds(Object*, RECT bounds) {
-  const auto text = [](LONG value) { return std::to_string(value); };
   MoveWindow(child, bounds.left, bounds.top, bounds.right - bounds.left, bounds.bottom - bounds.top, TRUE);
-  SendToDriver({"bounds", text(bounds.left), text(bounds.top), text(bounds.right), text(bounds.bottom)});
+  SendToDriver({"bounds", Text(bounds.left), Text(bounds.top), Text(bounds.right), Text(bounds.bottom)});
   return S_OK;
 }
 
 HRESULT __stdcall MoveFocus(Object*, int reason) {
   SetFocus(child);
-  SendToDriver({"focus", std::to_string(reason)});
-  return S_OK;
-}
-
-HRESULT __stdcall NotifyParentWindowPositionChanged(Object*) {
-  SendToDriver({"moved"});
+  SendToDriver({"focus", Text(reason)});
   return S_OK;
 }
 
@@ -189,48 +154,48 @@ HRESULT __stdcall GetCoreWebView2(Object*, Object** out) {
   *out = nullptr;
   if (mode == "no-view") return E_FAIL;
   *out = view = new Object(kView, "view");
-  AddRef(view);
+  // The task bar makes its button some time after the window.
+  PostMessageW(GetParent(child), RegisterWindowMessageW(L"TaskbarButtonCreated"), 0, 0);
   return S_OK;
 }
 
-const Slots kController = Table({At(6, &PutBounds), At(12, &MoveFocus),
-                                 At(23, &NotifyParentWindowPositionChanged), At(25, &GetCoreWebView2)});
+const Slots kController =
+    Table({At(6, &PutBounds), At(12, &MoveFocus), At(23, &Report<"moved">), At(25, &GetCoreWebView2)});
 
-/// The web view's window: it takes the mouse over its place, and keeps it while a button is down.
+/// It takes the mouse over its place, and keeps it while a button is down.
 LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  switch (message) {
-    case WM_LBUTTONDOWN:
-      SetCapture(window);
-      SendToDriver({"press", std::to_string(LOWORD(lParam)), std::to_string(HIWORD(lParam))});
-      return 0;
-    case WM_LBUTTONUP:
-      ReleaseCapture();
-      SendToDriver({"release"});
-      return 0;
-    case WM_KEYDOWN:
-      SendToDriver({"key", std::to_string(wParam)});
-      return 0;
-    default:
-      return DefWindowProcW(window, message, wParam, lParam);
-  }
+  if (message == WM_LBUTTONDOWN) SetCapture(window);
+  if (message == WM_LBUTTONUP) ReleaseCapture();
+  if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) SendToDriver({"press"});
+  if (message == WM_LBUTTONUP) SendToDriver({"release"});
+  return DefWindowProcW(window, message, wParam, lParam);
 }
 
-/// Reports when the system begins and ends to move or size the program's window, and that it has got an icon.
+/// Reports that the program's window gets an icon, and that the system's own loop that moves or sizes it
+/// ends.
 LRESULT CALLBACK WatchWindow(int code, WPARAM wParam, LPARAM lParam) {
   const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
-  if (sent.message == WM_ENTERSIZEMOVE) SendToDriver({"loop", "begins"});
-  if (sent.message == WM_EXITSIZEMOVE) SendToDriver({"loop", "ends"});
-  if (sent.message == WM_SETICON) SendToDriver({"icon", std::to_string(sent.wParam)});
+  if (sent.message == WM_SETICON) SendToDriver({"icon", Text(sent.wParam)});
+  if (sent.message == WM_EXITSIZEMOVE) SendToDriver({"loop ends"});
   return CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
 HRESULT __stdcall CreateCoreWebView2Controller(Object*, HWND parent, Handler* handler) {
   if (mode == "no-controller") return E_FAIL;
-  Keep(kControllerMade, handler);
-  child = CreateWindowExW(0, kChildClass, L"", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, parent, nullptr, nullptr,
+  Keep("controller", handler);
+  DestroyWindow(child);
+  child = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, parent, nullptr, nullptr,
                           nullptr);
-  PostMessageW(messageWindow, kControllerReady, 0, 0);
+  SetWindowLongPtrW(child, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&ChildProcedure));
+  Later([] { Finish("controller", kController, mode == "null-controller"); });
   return S_OK;
+}
+
+std::string Hexadecimal(IStream* stream) {
+  std::string out;
+  std::uint8_t byte = 0;
+  for (ULONG got = 0; SUCCEEDED(stream->Read(&byte, 1, &got)) && got > 0;) out += platform::HexOf(byte);
+  return out;
 }
 
 HRESULT __stdcall CreateWebResourceResponse(Object*, IStream* content, int status, const wchar_t* reason,
@@ -238,184 +203,125 @@ HRESULT __stdcall CreateWebResourceResponse(Object*, IStream* content, int statu
   *out = nullptr;
   if (mode == "no-response") return E_FAIL;
   *out = new Object(kResponse, "response");
-  content->AddRef();
-  (*out)->content = content;
-  (*out)->head = {std::to_string(status), Narrow(reason), Narrow(headers)};
+  (*out)->response = {Text(status), Text(reason), Text(headers), Hexadecimal(content)};
   return S_OK;
 }
 
 const Slots kEnvironment = Table({At(3, &CreateCoreWebView2Controller), At(4, &CreateWebResourceResponse)});
 
-/// Hands over what the program has asked to be made, or nothing if this is the step that fails.
-void Finish(const Event& made, const Slots& table, bool fails) {
-  Object* object = fails ? nullptr : new Object(table, made.name);
-  Call(handlers[made.name], 3, fails ? E_FAIL : S_OK, object);
-  if (object != nullptr) Release(object);
-  Call(handlers[made.name], 2);
-  handlers.erase(made.name);
+void FinishEnvironment() { Finish("environment", kEnvironment, mode == "no-environment"); }
+
+HRESULT __stdcall GetItself(Object* self, REFIID, void** object) {
+  *object = self;
+  return S_OK;
 }
 
-void FinishEnvironment() { Finish(kEnvironmentMade, kEnvironment, mode == "no-environment"); }
+const Slots kTaskbar =
+    Table({At(3, &Report<"taskbar ready">), At(9, &Report<"taskbar value", HWND, ULONGLONG, ULONGLONG>),
+           At(10, &Report<"taskbar state", HWND, int>)});
 
-std::string Hexadecimal(IStream* stream) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  std::string out;
-  unsigned char buffer[4096];
-  ULONG got = 0;
-  while (SUCCEEDED(stream->Read(buffer, sizeof buffer, &got)) && got > 0) {
-    for (ULONG i = 0; i < got; ++i) (out += kDigits[buffer[i] >> 4]) += kDigits[buffer[i] & 15];
-  }
-  return out;
+HRESULT __stdcall CreateTaskbar(Object*, IUnknown*, REFIID id, void** object) {
+  *object = id == IID_ITaskbarList3 ? new Object(kTaskbar, "taskbar") : nullptr;
+  return *object != nullptr ? S_OK : E_NOINTERFACE;
 }
 
-/// What the driver lets happen: the event, its arguments, and what the getter of their text answers.
-struct Happening {
-  const Event& event;
-  const Slots& arguments;
-  HRESULT textResult = S_OK;
-};
-const std::map<std::string, Happening> kHappenings = {
-    {"send", {kWebMessageReceived, kMessageArgs}},
-    {"send-other", {kWebMessageReceived, kMessageArgs, E_INVALIDARG}},  // not a string
-    {"send-null", {kWebMessageReceived, kMessageArgs, S_FALSE}},
-    {"get", {kWebResourceRequested, kRequestArgs}},
-    {"go", {kNavigationStarting, kNavigationArgs}},
-    {"open", {kNewWindowRequested, kNewWindowArgs}},
-    {"complete", {kNavigationCompleted, kCompletedArgs}},
-    {"fail", {kProcessFailed, kFailedArgs}},
-};
+const Slots kTaskbarFactory = Table({At(0, &GetItself), At(3, &CreateTaskbar)});
 
-/// A navigation that was refused completes, too.
-void CompleteRefused() {
-  auto* arguments = new Object(kCompletedArgs, "arguments");
-  arguments->number = navigation;
-  Call(handlers["NavigationCompleted"], 3, view, arguments);
-  Release(arguments);
-}
-
-/// What goes with the browser's process: its window, and whatever it called.
-void CloseView() {
-  DestroyWindow(child);
-  Release(view);
-  for (const auto& [name, handler] : handlers) Call(handler, 2);
-  handlers.clear();
-}
-
-/// VERB [TEXT]: answers with the verb, "done", "refused" or "failed", and the response that came, if any.
-void LetHappen(const Line& line) {
-  const Happening& happening = kHappenings.at(line[0]);
-  auto* arguments = new Object(happening.arguments, "arguments");
-  arguments->request = new Object(kRequest, "request");
-  arguments->text = arguments->request->text = line.size() > 1 ? Wide(line[1]) : L"";
-  arguments->textResult = happening.textResult;
-  if (line[0] == "go") ++navigation;
-  arguments->number = line[0] == "fail" ? std::stoul(line[1]) : navigation;
-  const HRESULT result = Call(handlers[happening.event.name], 3, view, arguments);
-  if (line[0] == "go" && arguments->refused) CompleteRefused();
-  if (line[0] == "fail" && arguments->number == 0) CloseView();
-  Line answer{line[0], result != S_OK ? "failed" : arguments->refused ? "refused" : "done"};
-  if (const Object* response = arguments->response) {
-    answer.insert(answer.end(), response->head.begin(), response->head.end());
-    answer.push_back(Hexadecimal(response->content));
-  }
+/// EVENT TEXT NUMBER RESULT: raises the event with arguments that have this text and number, and whose getter
+/// of the text returns RESULT. Answers with "done" or "refused", and the response, if there is one.
+void Raise(const Line& line) {
+  auto* arguments = new Object(kEvents.at(line[0]).arguments, "arguments");
+  arguments->text = platform::Utf8ToWide(line[1]);
+  arguments->number = std::stoul(line[2]);
+  arguments->textResult = static_cast<HRESULT>(std::stoul(line[3]));
+  if (Call(handlers.at(line[0]), 3, view, arguments) != S_OK) Trap();
+  Line answer{line[0], arguments->refused ? "refused" : "done"};
+  answer.insert(answer.end(), arguments->response.begin(), arguments->response.end());
   Release(arguments);
   SendToDriver(answer);
 }
 
-/// What is alive, how many references each handler has, and whether a started program would inherit a colour.
-void Report() {
+constexpr wchar_t kBackgroundVariable[] = L"WEBVIEW2_DEFAULT_BACKGROUND_COLOR";
+
+/// Answers with the number of objects of each kind, the references of each handler, and whether a program
+/// that is started now inherits the colour.
+void ReportState() {
   Line report{"report"};
-  for (const auto& [kind, count] : live) report.push_back(kind + "=" + std::to_string(count));
-  for (const auto& [name, handler] : handlers) {
+  for (const auto& [kind, count] : live) report.push_back(kind + "=" + Text(count));
+  for (const auto& [event, handler] : handlers) {
     Call(handler, 1);
-    report.push_back(name + "=" + std::to_string(Call(handler, 2)));
+    report.push_back(event + "=" + Text(Call(handler, 2)));
   }
-  wchar_t colour[2];
-  const DWORD length = GetEnvironmentVariableW(kBackgroundVariable, colour, 2);
-  report.push_back("colour=" + std::to_string(length));
+  report.push_back("colour=" + Text(GetEnvironmentVariableW(kBackgroundVariable, nullptr, 0)));
   SendToDriver(report);
 }
 
-/// MESSAGE WPARAM [NUMBER...]: sends the program's window a message whose lParam points to ten numbers, and
-/// answers with its result and the ten. MESSAGE is a number, or the name that it is registered under.
+/// MESSAGE WPARAM [LEFT TOP RIGHT BOTTOM]: sends the program's window a message with a rectangle.
 void SendToWindow(const Line& line) {
-  LONG numbers[10] = {};
-  for (std::size_t i = 3; i < line.size(); ++i) numbers[i - 3] = std::stol(line[i]);
-  const UINT named = RegisterWindowMessageW(Wide(line[1]).c_str());
-  const UINT message = std::isdigit(line[1][0]) != 0 ? std::stoul(line[1]) : named;
-  const LRESULT result =
-      SendMessageW(GetParent(child), message, std::stoul(line[2]), reinterpret_cast<LPARAM>(numbers));
-  Line answer{line[0], std::to_string(result)};
-  for (const LONG number : numbers) answer.push_back(std::to_string(number));
-  SendToDriver(answer);
+  LONG rectangle[4] = {};
+  for (std::size_t i = 3; i < line.size(); ++i) rectangle[i - 3] = std::stol(line[i]);
+  SendMessageW(GetParent(child), std::stoul(line[1]), std::stoul(line[2]),
+               reinterpret_cast<LPARAM>(rectangle));
+  SendToDriver({line[0]});
 }
 
-LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  switch (message) {
-    case kEnvironmentReady:
-      FinishEnvironment();
-      return 0;
-    case kControllerReady:
-      Finish(kControllerMade, kController, mode == "null-controller");
-      return 0;
-    case kLine: {
-      const Line* line = reinterpret_cast<Line*>(lParam);
-      if (line->front() == "report") {
-        Report();
-      } else if (line->front() == "window") {
-        SendToWindow(*line);
-      } else {
-        LetHappen(*line);
-      }
-      delete line;
-      return 0;
-    }
-    default:
-      return DefWindowProcW(window, message, wParam, lParam);
+void Handle(const Line& line) {
+  if (line[0] == "report") {
+    ReportState();
+  } else if (line[0] == "window") {
+    SendToWindow(line);
+  } else {
+    Raise(line);
   }
 }
 
-void PostLine(Line* line) {
-  // A queue that is full has room again soon.
-  while (!PostMessageW(messageWindow, kLine, 0, reinterpret_cast<LPARAM>(line))) Sleep(1);
+/// Ends the process when the driver ends: a test that is over leaves no window.
+void ReadLines() {
+  for (std::string text; platform::ReadLine(text);) {
+    Line line;
+    std::istringstream in(text);
+    for (std::string field; std::getline(in, field, kFieldEnd);) line.push_back(field);
+    Later([line] { Handle(line); });
+  }
+  TerminateProcess(GetCurrentProcess(), 98);
 }
 
 /// Once, before the first environment.
 void Begin() {
   const char* wanted = std::getenv("WEB_VIEW_STAND_IN_MODE");
   mode = wanted != nullptr ? wanted : "";
-  for (FILE* stream : {stdin, stdout}) _setmode(_fileno(stream), _O_BINARY);
-  WNDCLASSW windowClass{};
-  windowClass.lpfnWndProc = &Procedure;
-  windowClass.lpszClassName = kClass;
-  RegisterClassW(&windowClass);
-  windowClass.lpfnWndProc = &ChildProcedure;
-  windowClass.lpszClassName = kChildClass;
-  RegisterClassW(&windowClass);
-  messageWindow = CreateWindowExW(0, kClass, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+  platform::UseBinaryStandardStreams();
+  queue = new platform::MessageQueue([](const platform::QueueMessage& message) {
+    const std::unique_ptr<std::function<void()>> step(
+        reinterpret_cast<std::function<void()>*>(message.lParam));
+    (*step)();
+  });
   SetWindowsHookExW(WH_CALLWNDPROC, &WatchWindow, nullptr, GetCurrentThreadId());
-  std::thread(ReadLines, &PostLine).detach();
-  ReplaceTaskbar();
+  std::thread(ReadLines).detach();
+  DWORD unused = 0;
+  CoRegisterClassObject(CLSID_TaskbarList,
+                        reinterpret_cast<IUnknown*>(new Object(kTaskbarFactory, "taskbar factory")),
+                        CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &unused);
 }
 
 }  // namespace
 }  // namespace stand_in
 
-extern "C" HRESULT __stdcall CreateCoreWebView2EnvironmentWithOptions(const wchar_t* browser,
-                                                                      const wchar_t* data, IUnknown* options,
-                                                                      stand_in::Handler* handler) {
+extern "C" __declspec(dllexport) HRESULT
+    __stdcall CreateCoreWebView2EnvironmentWithOptions(const wchar_t* browser, const wchar_t* data,
+                                                       IUnknown* options, stand_in::Handler* handler) {
   using namespace stand_in;
-  if (messageWindow == nullptr) Begin();
+  if (queue == nullptr) Begin();
   wchar_t colour[16] = L"";
   GetEnvironmentVariableW(kBackgroundVariable, colour, 16);
-  SendToDriver({"environment", Narrow(browser), Narrow(data), options == nullptr ? "no options" : "options",
-                Narrow(colour)});
+  SendToDriver({"environment", Text(browser), Text(data), options == nullptr ? "no options" : "options",
+                Text(colour)});
   if (mode == "no-runtime") return static_cast<HRESULT>(0x80070002);
-  Keep(kEnvironmentMade, handler);
+  Keep("environment", handler);
   if (mode == "at-once") {
     FinishEnvironment();
   } else {
-    PostMessageW(messageWindow, kEnvironmentReady, 0, 0);
+    Later(FinishEnvironment);
   }
   return S_OK;
 }
