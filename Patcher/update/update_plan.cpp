@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -12,11 +12,12 @@
 
 #include "control/protocol/ui_event.h"
 #include "integrity/digest/sha256.h"
+#include "platform/mutex.h"
 #include "platform/text.h"
 #include "shared/program.h"
+#include "transport/config.h"
 #include "transport/run_pool.h"
 #include "update/archive_choice.h"
-#include "update/download_pool.h"
 #include "update/manifest_paths.h"
 
 namespace patcher {
@@ -27,29 +28,39 @@ namespace fs = std::filesystem;
 constexpr std::size_t kHashedFilesPerStatus = 25;
 constexpr std::size_t kFilesPerWorkItem = 512;
 
-/// Hashes files that are not in the record, and reports their number from time to time.
+fs::path PlaceOf(const PatchFile& file) { return ExeDir() / platform::PathFromBytes(file.path); }
+
+/// Hashes files that are not in the record, and reports their number from time to time. Each worker uses its
+/// own number.
 class HashCheck {
  public:
-  explicit HashCheck(HostWindow& window) : window_(window) {}
+  HashCheck(HostWindow& window, std::size_t workers) : window_(window), digests_(workers) {}
 
-  bool IsCorrect(const fs::path& file, const PatchFile& expected) {
+  bool IsCorrect(const PatchFile& file, unsigned worker) {
+    const fs::path place = PlaceOf(file);
     std::error_code error;
-    if (!fs::exists(file, error) || error) return false;
-    const std::uint64_t size = fs::file_size(file, error);
-    if (error || size != expected.size) return false;
-    if (hashed_++ % kHashedFilesPerStatus == 0) {
-      PostStatus(window_, "Verification des fichiers deja presents (" + std::to_string(hashed_) + ")...");
-    }
-    return sha256_.HashFile(file) == expected.sha256;
+    if (!fs::exists(place, error) || error) return false;
+    const std::uint64_t size = fs::file_size(place, error);
+    if (error || size != file.size) return false;
+    Count();
+    std::optional<Sha256>& sha256 = digests_[worker];
+    if (!sha256) sha256.emplace();
+    return sha256->HashFile(place) == file.sha256;
   }
 
  private:
-  HostWindow& window_;
-  Sha256 sha256_;
-  std::size_t hashed_ = 0;
-};
+  void Count() {
+    const platform::MutexLock guard(lock_);
+    if (hashed_++ % kHashedFilesPerStatus == 0) {
+      PostStatus(window_, "Verification des fichiers deja presents (" + std::to_string(hashed_) + ")...");
+    }
+  }
 
-fs::path PlaceOf(const PatchFile& file) { return ExeDir() / platform::PathFromBytes(file.path); }
+  HostWindow& window_;
+  std::vector<std::optional<Sha256>> digests_;  // one for each worker, made when it is needed
+  platform::Mutex lock_;
+  std::size_t hashed_ PATCHER_GUARDED_BY(lock_) = 0;
+};
 
 bool RecordNames(const LocalState& record, const PatchFile& file) {
   const auto entry = record.find(file.path);
@@ -113,27 +124,38 @@ std::optional<FileStamp> StampOf(const std::string& path) {
 }  // namespace
 
 std::size_t FindWantedFiles(RunState& run) {
-  HashCheck check(run.window);
-  std::map<std::string_view, std::string_view> correctFiles;
+  const std::vector<PatchFile>& files = run.manifest.files;
+  const std::vector<char> trusted = TrustedFiles(run);
+  std::vector<std::size_t> untrusted;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    if (trusted[i] == 0) untrusted.push_back(i);
+  }
+  HashCheck check(run.window, static_cast<std::size_t>(std::max(PatchConfig::Current().connections, 1)));
+  std::vector<char> correct(untrusted.size());
   // A crashed run may have left these files unflushed.
   UnflushedFiles unflushed;
-  const std::vector<char> trusted = TrustedFiles(run);
-  for (std::size_t i = 0; i < trusted.size(); ++i) {
-    if (trusted[i] != 0) continue;
-    const PatchFile& file = run.manifest.files[i];
-    const auto entry = correctFiles.find(file.path);
-    if (entry != correctFiles.end() && entry->second == file.sha256) continue;
-    if (check.IsCorrect(PlaceOf(file), file)) {
-      correctFiles.insert_or_assign(file.path, file.sha256);
-      unflushed.Add({file.path, file.sha256});
-      continue;
+  const bool complete = RunPool(untrusted.size(), [&](std::size_t item, unsigned worker) {
+    const PatchFile& file = files[untrusted[item]];
+    if (!check.IsCorrect(file, worker)) return true;
+    correct[item] = 1;
+    unflushed.Add({file.path, file.sha256});
+    return true;
+  });
+  if (!complete) throw std::runtime_error("not all files could be hashed");
+
+  std::set<std::string_view> correctPaths;
+  for (std::size_t item = 0; item < untrusted.size(); ++item) {
+    const PatchFile& file = files[untrusted[item]];
+    if (correct[item] != 0) {
+      correctPaths.insert(file.path);
+    } else {
+      run.wanted.push_back(&file);
+      run.wantedBytes += file.size;
     }
-    run.wanted.push_back(&file);
-    run.wantedBytes += file.size;
   }
   EnterInRecord(run, unflushed.Flush());
   if (!run.wanted.empty()) ListExpected(run);
-  return correctFiles.size();
+  return correctPaths.size();
 }
 
 bool ChooseArchives(RunState& run) {
