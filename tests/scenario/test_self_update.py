@@ -1,7 +1,4 @@
 """A launcher that replaces itself by the next build while it runs, and everything that may come in between."""
-import os
-import subprocess
-
 import launcher
 from game import Game, digest
 from launcher import setting, summary
@@ -30,16 +27,6 @@ class SelfUpdateTest(ScenarioTest):
     def announce(self, build, url="launcher/next.exe", **extra):
         self.game.publish(self.server, patcherVersion=build, patcherUrl=url, **extra)
 
-    def run_both(self, place, successor=True, **environment):
-        """One unattended start until the launcher and the one that it starts have ended; the second one
-        writes to the same streams. Returns exit code, messages in short and standard error."""
-        done = subprocess.run(place.command(), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                              cwd="/", timeout=launcher.LIMIT, check=False,
-                              env={**os.environ, "ASAN_OPTIONS": "verify_asan_link_order=0", **environment})
-        if successor:
-            place.wait_for_successors()
-        return done.returncode, summary(launcher.messages(done.stdout)), done.stderr.decode(errors="replace")
-
     def assert_launcher(self, place, content, leftovers=()):
         self.assertEqual(place.program.read_bytes(), content)
         names = {path.name for path in place.directory.iterdir() if path.name.startswith("Patcher.")}
@@ -47,14 +34,14 @@ class SelfUpdateTest(ScenarioTest):
 
     def assert_next_start_completes(self, place):
         """Two starts: the first one may meet a launcher that is still ending."""
-        self.run_both(place)
-        self.run_both(place)
+        place.run_to_end()
+        place.run_to_end()
         self.assert_launcher(place, self.next)
         self.assertLessEqual(self.game.files.items(), place.files().items())
 
     def assert_swap_fails(self, words, **environment):
-        code, texts, error = self.run_both(self.place, successor=False, **environment)
-        self.assertEqual((code, texts), (0, [CONNECT, "online", FETCH]))
+        code, messages, error = self.place.run_to_end(successors=False, **environment)
+        self.assertEqual((code, summary(messages)), (0, [CONNECT, "online", FETCH]))
         self.assertIn(words, error)
 
     def test_the_new_launcher_takes_over(self):
@@ -63,7 +50,8 @@ class SelfUpdateTest(ScenarioTest):
         place = self.place
         place.program = place.program.rename(place / ("Mon jeu" + place.program.suffix))
         place.program.chmod(0o750)
-        code, texts, error = self.run_both(place)
+        code, messages, error = place.run_to_end()
+        texts = summary(messages)
         self.assertEqual((code, error), (0, ""))
         self.assertEqual(texts[:6], [CONNECT, "online", FETCH, CONNECT, "online", (0, 1)])
         self.assertEqual(texts[-2:], READY)
@@ -75,7 +63,7 @@ class SelfUpdateTest(ScenarioTest):
     def test_what_is_not_newer_is_not_fetched(self):
         for build, url in ((self.build, "launcher/next.exe"), (-1, "launcher/next.exe"), (self.build + 1, "")):
             self.announce(build, url)
-            self.assertNotIn(FETCH, self.run_both(self.place)[1])
+            self.assertNotIn(FETCH, self.update())
         self.assertEqual(self.server.requests[URL], 0)
         self.assert_launcher(self.place, self.present)
 
@@ -99,8 +87,7 @@ class SelfUpdateTest(ScenarioTest):
     def assert_fetch_fails(self):
         place = self.installation()
         place.write(NEW, b"of an earlier time")
-        code, texts, error = self.run_both(place)
-        self.assertEqual((code, error), (0, ""))
+        texts = place.update()
         self.assertEqual(texts[:5] + texts[-2:], [CONNECT, "online", FETCH, FAILED, (0, 1), *READY])
         self.assertLessEqual(self.game.files.items(), place.files().items())
         self.assert_launcher(place, self.present, [NEW])
@@ -119,34 +106,24 @@ class SelfUpdateTest(ScenarioTest):
         self.assert_next_start_completes(self.place)
         self.assertEqual(self.server.requests[URL], 3)
 
-    def hold(self, file):
-        """Opens the file as a program does that lets others read and write it, but not move it."""
-        holder = subprocess.Popen([*launcher.command(launcher.beside_program("hold_file")), str(file), "rw"],
-                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        self.addCleanup(holder.communicate)
-        self.assertEqual(holder.stdout.readline().strip(), b"holding")
-        return holder
-
     def test_a_launcher_that_cannot_be_moved(self):
         """First the present one, then the new one."""
-        place, holder, faults = self.place, None, {
-            "LD_PRELOAD": str(launcher.PROGRAM.with_name("fault-at-call.so")), "FAULT_CALL": "rename", "FAULT_AT": "1",
-            "FAULT_STAYS": "1", "FAULT_FILE": NEW}
+        place, faults = self.place, {"LD_PRELOAD": launcher.fault_library(), "FAULT_CALL": "rename", "FAULT_AT": "2"}
         if launcher.is_windows():
-            holder, faults = self.hold(place.program), {}
+            holder, faults = self.hold_file(place.program, "rw"), {}
         else:
             place.write(OLD + "/mine")
         self.assert_swap_fails(LOCKED)
         self.assertEqual((place.program.read_bytes(), (place / NEW).read_bytes()), (self.present, self.next))
-        if holder:
-            holder.communicate(timeout=launcher.LIMIT)
-            holder = self.hold(place / NEW)
+        if launcher.is_windows():
+            holder.communicate()
+            holder = self.hold_file(place / NEW, "rw")
         else:
             (place / OLD / "mine").unlink()
         self.assert_swap_fails(INCOMPLETE, **faults)
         self.assert_launcher(place, self.present, [NEW])
-        if holder:
-            holder.communicate(timeout=launcher.LIMIT)
+        if launcher.is_windows():
+            holder.communicate()
         self.assert_next_start_completes(place)
 
     def test_either_file_of_a_swap_that_died_half_way_works(self):
@@ -168,13 +145,12 @@ class SelfUpdateTest(ScenarioTest):
 
     def deaths(self, **environment):
         """Returns how many of the deaths left no launcher under its name."""
-        shim = str(launcher.PROGRAM.with_name("fault-at-call.so"))
         step, without, alive = 0, 0, False
         while not alive:
             step += 1
             place = self.installation()
-            code, texts, _ = self.run_both(place, LD_PRELOAD=shim, FAULT_KILL_AT=str(step), **environment)
-            alive = code == 0 and texts[-1:] == [True]
+            code, messages, _ = place.run_to_end(LD_PRELOAD=launcher.fault_library(), FAULT_KILL_AT=str(step), **environment)
+            alive = code == 0 and summary(messages)[-1:] == [True]
             with self.subTest(step=step, **environment):
                 if not place.program.exists():
                     without += 1

@@ -1,5 +1,4 @@
 """The same runs with the Windows program under Wine, and what only Windows does. Wine is slow: a share of each."""
-import subprocess
 import threading
 
 import launcher
@@ -19,9 +18,9 @@ class WindowsUpdateTest(ScenarioTest):
 
 SHARED = {
     test_update.UpdateTest: (
-        "fresh_install_then_nothing_to_do_then_a_lost_record", "archives_are_taken_when_cheaper",
+        "fresh_install_then_nothing_to_do_then_a_record_that_is_lost_or_torn", "archives_are_taken_when_cheaper",
         "failed_archives_fall_back_to_single_files", "transfers_that_fail_and_recover",
-        "a_file_that_cannot_be_fetched_ends_the_run", "a_server_out_of_reach"),
+        "a_file_that_cannot_be_fetched_ends_the_run", "a_server_out_of_reach_or_without_a_usable_document"),
     test_server.ServerTest: ("archive_entries_that_leave_or_lead_elsewhere",)}
 for case, tests in SHARED.items():
     for test in tests:
@@ -29,15 +28,6 @@ for case, tests in SHARED.items():
 
 
 class FilesInUseTest(ScenarioTest):
-    def hold(self, *arguments, program=None):
-        """A Windows process that has reported that it runs, and that holds the file it is given."""
-        process = subprocess.Popen(["wine", str(program or launcher.beside_program("hold_file")), *map(str, arguments)],
-                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.communicate)
-        self.assertEqual(process.stdout.readline(), b"holding\n")
-        return process
-
     def change(self, path, old, new, **others):
         """Installs the first version and publishes the next one."""
         self.put({path: old, **others})
@@ -47,7 +37,7 @@ class FilesInUseTest(ScenarioTest):
     def test_a_running_program_is_moved_aside(self):
         holder = launcher.beside_program("hold_file").read_bytes()
         self.change("sub/game.exe", holder, b"the next version")
-        process = self.hold(program=self.place / "sub" / "game.exe")
+        process = self.hold_file(program=self.place / "sub" / "game.exe")
         self.assert_ends(READY)
         self.assert_files(self.place, {"sub/game.exe": b"the next version", "sub/game.exe.old": holder})
         process.communicate()
@@ -58,7 +48,7 @@ class FilesInUseTest(ScenarioTest):
                 "Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.", False])):
             with self.subTest(path=path):
                 self.change("held.dat", b"old", b"the next version", a=b"1")
-                process = self.hold(self.place / path)
+                process = self.hold_file(self.place / path)
                 self.assert_ends(end)
                 self.assert_files(self.place, {"held.dat": b"old", "a": b"1"})
                 process.communicate()
@@ -68,7 +58,7 @@ class FilesInUseTest(ScenarioTest):
 
     def test_a_file_that_a_scanner_holds_is_waited_for(self):
         self.change("held.dat", b"old", b"new")
-        scanner = self.hold(self.place / "held.dat")
+        scanner = self.hold_file(self.place / "held.dat")
         session = self.session(wait=False)
         session.until("versions")
         # Longer than three attempts without patience take.
@@ -79,7 +69,7 @@ class FilesInUseTest(ScenarioTest):
 
     def test_a_file_that_can_only_be_overwritten_is(self):
         self.change("held.dat", b"old and longer", b"the next")
-        self.hold(self.place / "held.dat", "rw")
+        self.hold_file(self.place / "held.dat", "rw")
         self.assert_ends(READY)
         self.assert_files(self.place, {"held.dat": b"the next"})
 
@@ -87,7 +77,7 @@ class FilesInUseTest(ScenarioTest):
         for sharing, saves in (("", False), ("rd", False), ("rw", True)):
             with self.subTest(sharing=sharing):
                 self.place.write("ostu.ini", b"mine 1\nvsync 0")
-                process = self.hold(self.place / "ostu.ini", sharing)
+                process = self.hold_file(self.place / "ostu.ini", sharing)
                 self.assertIn({"type": "optionsSaved", "ok": saves}, self.place.run(test_options.save(vsync=1)))
                 process.communicate()
                 text = b"mine 1\r\nvsync 1\r\n" if saves else b"mine 1\nvsync 0"

@@ -4,9 +4,8 @@ import subprocess
 
 import fixture
 from fixture import WindowsTest
-from game import Game
+from game import MANIFEST, Game
 from launcher import setting
-from scenario import MANIFEST
 from stand_in import ROOT
 
 HANDLERS = ["WebResourceRequested", "WebMessageReceived", "NavigationCompleted", "NavigationStarting",

@@ -1,9 +1,8 @@
 """The window of the Windows program under real clicks, and what it withstands."""
 from display import HOME, NAVY, SCREEN
 from fixture import WindowsTest
-from game import Game, digest
+from game import MANIFEST, Game
 from launcher import setting, wait_until
-from scenario import MANIFEST
 
 
 class WindowTest(WindowsTest):
@@ -130,7 +129,7 @@ class EnduranceTest(WindowsTest):
     def test_it_closes_in_the_middle_of_a_run_and_the_next_start_completes_it(self):
         game = Game(3, 80)
         game.publish(self.server)
-        path = "/patch/files/" + digest(game.files["f0.dat"])
+        path = "/patch/f/f0.dat"
         held = self.hold(path)
         program = self.loaded()
         self.wait_for_request(path)

@@ -1,23 +1,24 @@
-"""One operation of the launcher on a disk that loses its power, and what is found afterwards."""
+"""Cuts the power of disks while the launcher works on them: one operation for each disk, and what is found afterwards."""
 import contextlib
-import json
-import os
+import pathlib
 import random
 import re
-import signal
-import subprocess
+import sys
+import tempfile
 import time
+import unittest
 
-import disk
 import launcher
+import mounts
+import power_disk
+import test_kills
 from fault_server import FaultServer
-from game import Game, digest
-from launcher import Installation, Session, messages, summary
+from game import MANIFEST, Game, digest
+from launcher import Installation, Session, summary
 from test_kills import Life
 from test_self_update import NEW, OLD, URL
 
 FILES, ARCHIVES, DAMAGED = 150, 4, 60
-MANIFEST = "/patch/version.json"
 DEFAULT_CONFIGURATION = re.compile(rb"BaseUrl=\S+\r\nConnections=4\r\n")
 SETTINGS, FIRST_LIMIT = b"mine 1\r\n" * 40000 + b"fpslimit %d\r\n", 100
 RUN = ("after_messages", "after_messages", "at_a_save", "at_a_save", "after_ready")
@@ -39,19 +40,10 @@ OPERATIONS = {
 AHEAD = {"nothing": None, "journal": 0, "journal and document": 1, "journal and half a document": 0.5}
 
 
-def recorded(text):
-    """The files that a record names, read more generously than the launcher does."""
-    try:
-        record, _ = json.JSONDecoder(strict=False).raw_decode(text.decode(errors="surrogateescape"))
-        return {entry["path"]: entry["sha256"] for entry in record["files"]}
-    except (ValueError, LookupError, TypeError):
-        return {}
-
-
 class PowerCut(Life):
     def __init__(self, seed, blanks):
         rng = random.Random(seed)
-        self.disk = disk.Disk(blanks[seed % len(blanks)])
+        self.disk = power_disk.Disk(blanks[seed % len(blanks)])
         self.operation = list(OPERATIONS)[seed // len(blanks) % len(OPERATIONS)]
         game = Game(seed, FILES, archives=ARCHIVES if self.operation == "archives" else 0)
         server = FaultServer()
@@ -67,15 +59,9 @@ class PowerCut(Life):
         self.session = None
         self.faults = []
 
-    def end_launchers(self):
+    def close(self):
         if self.session:
             self.session.kill()
-        for number in self.place.running():
-            with contextlib.suppress(ProcessLookupError):
-                os.kill(number, signal.SIGKILL)
-
-    def remove(self):
-        self.end_launchers()
         self.server.close()
         self.disk.remove()
 
@@ -98,7 +84,7 @@ class PowerCut(Life):
             self.server.content[URL] = self.launchers[1]
             self.game.publish(self.server, patcherVersion=1 << 30, patcherUrl=URL.removeprefix("/patch/"))
         self.disk.remount()  # which flushes all this
-        self.old = dict(self.game.files), record
+        self.old = dict(self.game.files), dict(self.server.content)
         if updates:
             self.game.next_version()
             self.game.publish(self.server)
@@ -129,10 +115,10 @@ class PowerCut(Life):
         share = AHEAD[self.ahead]
         if share is not None:
             with contextlib.suppress(FileNotFoundError):
-                disk.flush_pages(self.document, self.rng, share)
+                power_disk.flush_pages(self.document, self.rng, share)
             self.disk.flush_journal()
         self.disk.cut_power()
-        self.end_launchers()
+        self.session.kill()
         self.session, self.server.faults = None, {}
         self.disk.remount()
         return "after ready" if over else self.moment.__name__.replace("_", " ")
@@ -188,17 +174,12 @@ class PowerCut(Life):
             self.expect(DEFAULT_CONFIGURATION.fullmatch(configuration.read_bytes()), "patcher.ini is not whole")
         self.place.set_server(self.server.url())
         if self.operation == "withdrawn update":
-            self.game.files, self.server.content[MANIFEST] = self.old
+            self.game.files, self.server.content = self.old
         self.check_next_start()
 
     def check_record(self):
-        """Returns what the record names. What the test has damaged may still be as it was left."""
-        found = self.place.files()
-        promised = recorded(self.record.read_bytes()) if self.record.exists() else {}
-        wrong = [path for path, wanted in promised.items() if digest(found.get(path, b"gone")) != wanted and
-                 (path not in self.damaged or found.get(path) not in (None, self.damaged[path]))]
-        self.expect(not wrong, f"{len(wrong)} of {len(promised)} files that the record names are wrong")
-        return promised
+        wrong = self.place.wrongly_recorded(self.damaged)
+        self.expect(not wrong, f"{len(wrong)} files that the record names are wrong")
 
     def check_launcher(self):
         program, old, new = self.place.program, (self.place / OLD), (self.place / NEW)
@@ -214,15 +195,14 @@ class PowerCut(Life):
         self.expect((self.place / "ostu.ini").read_bytes() in saved, "the settings are neither old nor new")
 
     def check_next_start(self):
-        # Pipes, since they end only when a launcher that replaces this one has ended too.
-        done = subprocess.run(self.place.command(), stdin=subprocess.DEVNULL, capture_output=True, cwd="/",
-                              timeout=launcher.LIMIT, check=False)
-        self.expect((done.returncode, done.stderr) == (0, b""), f"exit code {done.returncode}: {done.stderr[-500:]}")
-        end, ready = summary(messages(done.stdout))[-2:]
+        code, messages, words = self.place.run_to_end()
+        self.expect((code, words) == (0, ""), f"exit code {code}: {words[-500:]}")
+        end, ready = summary(messages)[-2:]
         self.expect(end in ("Pret a jouer.", "A jour.") and ready is True, f"the next start ended with '{end}', {ready}")
         self.expect(self.place.program.read_bytes() == self.launchers[-1], "the launcher is not the newest")
         self.expect(end == "A jour." or self.record.read_bytes() == self.server.content[MANIFEST], "a wrong record")
-        promised = self.check_record()
+        self.check_record()
+        promised = self.place.recorded()
         if self.damaged:
             session = Session(self.place)
             session.ask("repair")
@@ -232,3 +212,25 @@ class PowerCut(Life):
                  if found.get(path) != data or promised.get(path) != digest(data)]
         self.expect(not wrong, f"after '{end}' {len(wrong)} files are wrong or not recorded")
         self.check_settings()
+
+
+class PowerTest(unittest.TestCase):
+    def setUp(self):
+        mounts.require(self, "root")
+        folder = pathlib.Path(tempfile.mkdtemp(prefix="patcher-power-"))
+        self.addCleanup(folder.rmdir)
+        # In memory: flushes wait for no real disk.
+        power_disk.run("mount", "-t", "tmpfs", "tmpfs", folder)
+        self.addCleanup(power_disk.run, "umount", "--recursive", "--lazy", folder)
+        self.blanks = [power_disk.make_blank(folder, kind) for kind in power_disk.MAKE]
+        self.addCleanup(sys.setswitchinterval, sys.getswitchinterval())
+        sys.setswitchinterval(0.0001)  # or the threads of the server would delay the cuts
+
+    def test_power_cuts(self):
+        for seed in range(test_kills.SEED, test_kills.SEED + test_kills.KILLS):
+            cut = PowerCut(seed, self.blanks)
+            with self.subTest(seed=seed, disk=self.blanks[seed % 2].stem, operation=cut.operation, ahead=cut.ahead), contextlib.closing(cut):
+                cut.prepare()
+                phase = cut.cut()
+                cut.check()
+                self.assertFalse(cut.faults, phase)
