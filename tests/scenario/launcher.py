@@ -71,6 +71,13 @@ class Installation:
         (self / path).parent.mkdir(parents=True, exist_ok=True)
         (self / path).write_bytes(data)
 
+    def put(self, files):
+        """Writes these files anew, or deletes those that are None."""
+        for path, data in files.items():
+            (self / path).unlink(missing_ok=True)
+            if data is not None:
+                self.write(path, data)
+
     def remove(self):
         shutil.rmtree(self.root, ignore_errors=True)
 

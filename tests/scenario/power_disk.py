@@ -19,22 +19,15 @@ def run(*command):
     subprocess.run(command, stdout=subprocess.DEVNULL, check=True)
 
 
-def make_blank(folder, kind):
-    """An image of an empty file system."""
-    image = folder / f"{kind}.img"
-    image.touch()
-    os.truncate(image, SIZE)
-    run(*MAKE[kind], image)
-    return image
-
-
 class Disk:
-    """A copy of a blank image, mounted at `root`."""
+    """A new file system in a file below the folder, mounted at `root`."""
 
-    def __init__(self, blank):
-        self.root = pathlib.Path(tempfile.mkdtemp(prefix="disk-", dir=blank.parent))
+    def __init__(self, folder, kind):
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="disk-", dir=folder))
         self.image = self.root.with_suffix(".img")
-        run("cp", "--sparse=always", blank, self.image)
+        self.image.touch()
+        os.truncate(self.image, SIZE)
+        run(*MAKE[kind], self.image)
         self.mount()
 
     def mount(self):

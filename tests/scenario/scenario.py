@@ -10,6 +10,7 @@ from launcher import Installation, Session, beside_program, command, summary
 CONNECT = "Connexion au serveur de patch..."
 INVALID = "Manifest de patch invalide."
 BUSY = "Une operation est deja en cours."
+READ, WRITE, DELETE = 1, 2, 4  # what hold_file lets others do with its file
 READY, UP_TO_DATE = ["Pret a jouer.", True], ["A jour.", True]
 
 

@@ -24,16 +24,10 @@ def check(messages):
 
 
 class CheckTest(ScenarioTest):
-    def damage(self, *paths):
-        for path in paths:
-            self.place.write(path, b"damaged")
-
     def test_verify_then_repair_then_nothing_left(self):
         files = {f"d/f{i}": b"%d" % i * 100 for i in range(10)}
         session = self.installed(files)
-        self.place.write("d/f3", b"X" * 100)
-        self.damage("d/f1")
-        (self.place / "d/f2").unlink()
+        self.place.put({"d/f1": b"damaged", "d/f2": None, "d/f3": b"X" * 100})
         kept = (self.place / "d/f0").stat()
         messages = session.ask("verify")
         counts = "7 fichier(s) corrects, 1 manquant(s), 2 abime(s)."
@@ -61,11 +55,11 @@ class CheckTest(ScenarioTest):
 
     def test_a_list_serves_a_repair_of_the_same_version_once(self):
         session = self.installed({**FILES, "c": b"3" * 30})
-        self.damage("a")
+        self.place.write("a", b"damaged")
         session.ask("verify")
         self.put({**FILES, "c": b"3" * 30}, version=4)
         self.assertIn("Verification de 3 fichiers...", summary(session.ask("repair")), "the list is of another version")
-        self.damage("a", "b")
+        self.place.put({"a": b"damaged", "b": b"damaged"})
         session.ask("verify")
         files = {"b": b"new" * 5, "c": b"3" * 30}
         self.put(files, version=4)
@@ -83,7 +77,7 @@ class CheckTest(ScenarioTest):
 
     def test_a_server_that_fails_changes_nothing_and_the_list_stays(self):
         session = self.installed(FILES)
-        self.damage("a")
+        self.place.write("a", b"damaged")
         before = self.place.files()
         session.ask("verify")
         good = self.server.content[MANIFEST]
@@ -110,7 +104,7 @@ class CheckTest(ScenarioTest):
         files = {f"f{i:04}": b"" for i in range(1000)}
         session = self.installed(files)
         damaged = [f"f{i * 7:04}" for i in range(41)]
-        self.damage(*damaged)
+        self.place.put(dict.fromkeys(damaged, b"damaged"))
         for count in (1000, 51, 49, 0):
             self.put(dict(list(files.items())[:count]))
             messages = session.ask("verify")
@@ -140,7 +134,7 @@ class CheckTest(ScenarioTest):
     def test_a_repair_that_cannot_change_the_record_deletes_nothing(self):
         mounts.require(self, "root", "user")
         session = self.installed(FILES)
-        self.damage("a")
+        self.place.write("a", b"damaged")
         before = self.place.files()
         record = self.place.record_file
         subprocess.run(["mount", "--bind", record, record], check=True)  # it can be neither replaced nor removed

@@ -41,9 +41,7 @@ class DiskTest(ScenarioTest):
 
     def test_things_in_the_way(self):
         packed = {"packed": b"a" * 5000, "too": b"b" * 5000}
-        for path, data in {"file/mine": b"kept", "packed/mine": b"kept", "left.old": b"", "_bundle7.part": b"",
-                           "sub/left.old": b"kept"}.items():
-            self.place.write(path, data)
+        self.place.put({"file/mine": b"kept", "packed/mine": b"kept", "left.old": b"", "_bundle7.part": b"", "sub/left.old": b"kept"})
         (self.place / "folder.old").mkdir()
         other = self.place.root / "other"
         other.mkdir()

@@ -76,28 +76,20 @@ class Life:
 
 
 class KillTest(ScenarioTest):
-    def publish(self, seed, archives=0):
-        """A game on the server, and an installation without it."""
-        self.server.content.clear()
-        self.place = self.installation()
-        self.game = Game(seed, 60, archives=archives)
-        self.game.publish(self.server)
-        self.versions = []
-
     def publish_next(self):
-        self.versions.append((dict(self.game.files), dict(self.server.content)))
+        self.before = dict(self.game.files), dict(self.server.content)
         self.game.next_version()
         self.game.publish(self.server)
-
-    def withdraw(self):
-        """The files of a version that was cut short must not be taken for those of the one before."""
-        self.game.files, self.server.content = self.versions[-1]
 
     def converge(self, seed):
         """Kills one installation several times; returns how often."""
         rng = random.Random(seed)
         archives = seed % 2 * 3
-        self.publish(seed, archives)
+        self.server.content.clear()
+        self.place = self.installation()
+        self.before = None  # the files and the server's content of the version before
+        self.game = Game(seed, 60, archives)
+        self.game.publish(self.server)
         if rng.random() < 0.5:
             self.place.run()
             self.publish_next()
@@ -107,15 +99,16 @@ class KillTest(ScenarioTest):
         for _ in range(rng.randint(2, 6)):
             if rng.random() < 0.1:
                 self.publish_next()
-            elif self.versions and not archives and rng.random() < 0.2:
-                self.withdraw()
+            elif self.before and not archives and rng.random() < 0.2:
+                # The files of a version that was cut short must not be taken for those of the one before.
+                self.game.files, self.server.content = map(dict, self.before)
             with self.nothing_is_fetched_twice():
                 kills += Life(rng, self.place, self.game, self.server).end()
             self.assertEqual(self.place.wrongly_recorded({}), [])
         with self.nothing_is_fetched_twice():
             self.assertEqual(self.place.run()[-1], {"type": "ready", "canPlay": True})
         found = self.place.files()
-        if self.versions:
+        if self.before:
             # The temporary file of a transfer that died stays until its own file is fetched again.
             found = {name: data for name, data in found.items() if name.startswith("_") or not name.endswith(".part")}
         self.assert_files(found, self.game.files)

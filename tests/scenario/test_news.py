@@ -2,7 +2,7 @@
 import json
 import os
 
-from launcher import setting
+from launcher import setting, wait_until
 from scenario import ScenarioTest
 
 NEWS = "/api/news.json"
@@ -26,13 +26,8 @@ class NewsTest(ScenarioTest):
         self.assertEqual(self.news(), failed)
 
     def test_only_the_sites_links_leave(self):
-        """What the system is asked to open comes through a pipe, in the order of the calls."""
-        self.server.content[NEWS] = b"x"
-        pipe, program = self.place.root / "opened", self.place.root / "xdg-open"
-        os.mkfifo(pipe)
-        reader = os.open(pipe, os.O_RDWR)
-        self.addCleanup(os.close, reader)
-        program.write_text(f"#!/bin/sh\necho noise\nprintf '%s|' \"$#\" \"$@\" >'{pipe}'\n")
+        opened, program = self.place.root / "opened", self.place.root / "xdg-open"
+        program.write_text(f"#!/bin/sh\necho noise\nprintf '%s|' \"$#\" \"$@\" >>'{opened}'\n")
         program.chmod(0o755)
         host = setting("PATCHER_SITE_HOST")
         good = f"https://www.{host.upper()}:443/a?b=$(id)&c='`;#\u00e9"
@@ -40,4 +35,5 @@ class NewsTest(ScenarioTest):
         requests = [{"action": "openUrl"}, *({"action": "openUrl", "url": url} for url in urls)]
         self.place.run("".join(json.dumps(request, ensure_ascii=False) + "\n" for request in requests).encode(),
                        PATH=f"{self.place.root}:{os.environ['PATH']}")
-        self.assertEqual(os.read(reader, 65536).decode(), f"1|{good}|")
+        wait_until(lambda: opened.exists() and f"{good}|" in opened.read_text(encoding="utf-8"))
+        self.assertEqual(opened.read_text(encoding="utf-8"), f"1|{good}|")

@@ -2,7 +2,7 @@
 import launcher
 from game import Game, digest
 from launcher import setting, summary
-from scenario import CONNECT, READY, ScenarioTest
+from scenario import CONNECT, READ, READY, WRITE, ScenarioTest
 
 FETCH = "Mise a jour du patcher..."
 FAILED = "Echec de la mise a jour du patcher, poursuite avec la version actuelle."
@@ -110,14 +110,14 @@ class SelfUpdateTest(ScenarioTest):
         """First the present one, then the new one."""
         place, faults = self.place, {"LD_PRELOAD": launcher.fault_library(), "FAULT_CALL": "rename", "FAULT_AT": "2"}
         if launcher.is_windows():
-            holder, faults = self.hold_file(place.program, "rw"), {}
+            holder, faults = self.hold_file(place.program, READ | WRITE), {}
         else:
             place.write(OLD + "/mine")
         self.assert_swap_fails(LOCKED)
         self.assertEqual((place.program.read_bytes(), (place / NEW).read_bytes()), (self.present, self.next))
         if launcher.is_windows():
             holder.communicate()
-            holder = self.hold_file(place / NEW, "rw")
+            holder = self.hold_file(place / NEW, READ | WRITE)
         else:
             (place / OLD / "mine").unlink()
         self.assert_swap_fails(INCOMPLETE, **faults)

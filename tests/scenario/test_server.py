@@ -5,7 +5,7 @@ import stat
 import zipfile
 
 from fault_server import FaultServer
-from game import MANIFEST, archive
+from game import MANIFEST
 from scenario import CONNECT, INVALID, READY, ScenarioTest
 
 
@@ -59,12 +59,3 @@ class ServerTest(ScenarioTest):
         self.assert_files(self.place, {**files, "link": b"../link-target"})
         self.assertFalse([path for path in self.place.directory.rglob("*") if path.is_symlink()])
         self.assertEqual(list(self.place.root.iterdir()), [self.place.directory])
-
-    def test_a_path_in_two_archives_is_written_by_one(self):
-        files = {f"f{i}": b"%d" % i * 5000 for i in range(8)}
-        everything = archive(files)
-        for first in (everything, b"no archive"):
-            self.place = self.installation()
-            self.put(files, {"y": (first, list(files)), "z": (everything, list(files))})
-            self.assert_ends(READY)
-            self.assert_files(self.place, files)

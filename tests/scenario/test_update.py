@@ -10,8 +10,7 @@ class UpdateTest(ScenarioTest):
     def test_fresh_install_then_nothing_to_do_then_a_record_that_is_lost_or_torn(self):
         game = Game(1, 120)
         manifest = game.publish(self.server)
-        for path in ("Model/old.o3d", "x64/log/a.txt", "top.txt"):
-            self.place.write(path)
+        self.place.put(dict.fromkeys(("Model/old.o3d", "x64/log/a.txt", "top.txt"), b""))
         self.assertEqual(self.update(), [
             CONNECT, "online", (0, 1), "121 fichier(s) a telecharger...",
             "1 fichier(s) residuel(s) supprime(s) (hors manifeste) : Model/old.o3d; ",
@@ -22,9 +21,7 @@ class UpdateTest(ScenarioTest):
         self.assertLessEqual(self.server.connections, 8, "connections are used again")
         self.assertEqual(self.update(), [CONNECT, "online", (1, 1), *UP_TO_DATE])
         for torn in (b"", manifest[:len(manifest) // 2], bytes(len(manifest)), None):
-            self.place.record_file.write_bytes(torn or b"")
-            if torn is None:
-                self.place.record_file.unlink()
+            self.place.put({"patch_manifest.json": torn})
             self.server.requests.clear()
             self.assertEqual(self.update(), [
                 CONNECT, "online", (0, 1), *(f"Verification des fichiers deja presents ({i})..." for i in (1, 26, 51, 76, 101)),
@@ -48,12 +45,14 @@ class UpdateTest(ScenarioTest):
 
     def test_failed_archives_fall_back_to_single_files(self):
         files = {f"a{i}": b"%d" % i * 4000 for i in range(7)}
-        good = archive({name: files[name] for name in ("a0", "a1")})
         bad_crc = bytearray(archive({"a3": files["a3"]}))
         bad_crc[bad_crc.rfind(b"PK\x01\x02") + 16] ^= 1
-        self.put(files, {"good": (good, ["a0", "a1"]), "gone": (b"x", ["a2"]), "crc": (bytes(bad_crc), ["a3"]),
-                         "page": (b"<html>", ["a4"]), "poor": (archive({"a6": b"short"}), ["a5", "a6"])})
+        self.put(files, {"good": ["a0", "a1"], "gone": (b"x", ["a2"]), "crc": (bytes(bad_crc), ["a3"]),
+                         "page": (b"<html>", ["a4"]), "poor": (archive({"a6": b"short"}), ["a5", "a6"]),
+                         # Only the first archive of a path may write it, even if that archive fails.
+                         "late": (archive({name: b"x" * 4000 for name in ("a0", "a2")}), ["a0", "a2"])})
         del self.server.content["/patch/gone"]
+        self.place.set_server(self.server.url(), connections=1)
         texts = self.update()
         for text in ("Archive indisponible: gone (transfert interrompu) - ses fichiers seront pris un par un.",
                      "Archive illisible: crc (a3) - ses fichiers seront pris un par un.",
@@ -63,6 +62,7 @@ class UpdateTest(ScenarioTest):
                      "3 fichier(s) d archive(s) manquante(s) seront pris un par un."):
             self.assertIn(text, texts)
         self.assertEqual(texts[-2:], READY)
+        self.assert_files(self.place, {**{name: files[name] for name in sorted(files)[:5]}, "a6": b"short"})
         self.assertEqual(self.server.requests["/patch/page"], 1, "a good digest is not fetched again")
         self.put(files)
         self.assert_ends(READY)
