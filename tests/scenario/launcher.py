@@ -25,13 +25,8 @@ def is_windows():
 
 
 def beside_program(name):
-    """Another program of the same build."""
+    """Another file of the same build."""
     return PROGRAM.with_name(name + PROGRAM.suffix)
-
-
-def fault_library():
-    """Loaded into a Linux launcher, lets a call fail: see fault_at_call.cpp."""
-    return str(PROGRAM.with_name("fault-at-call.so"))
 
 
 def command(program, *arguments):

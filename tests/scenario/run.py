@@ -1,13 +1,12 @@
 #!/usr/bin/env python3
 """Runs the launcher against servers and disks that misbehave: run.py --launcher PROGRAM [--kills N] [--seed N] [TEST...].
 
-A Windows program runs under Wine, with the tests of test_windows. A TEST is a name, for example CheckTest or
-ServerTest.test_silence_ends; FaultTest and PowerTest run only by name. N kills or power cuts have seeds from --seed on:
-`--kills 1 --seed N` repeats one. Some tests mount small disks, which takes root or a user namespace, and PowerTest takes
-root, loop devices, ext4 and XFS."""
+A Windows program runs under Wine, with the tests of test_windows. A TEST is a name, for example test_check or
+test_server.ServerTest.test_silence_ends; test_faults and test_power run only by name. N kills or power cuts have seeds
+from --seed on: `--kills 1 --seed N` repeats one. Some tests mount small disks, which takes root or a user namespace, and
+test_power takes root, loop devices, ext4 and XFS."""
 import argparse
 import atexit
-import importlib
 import os
 import pathlib
 import subprocess
@@ -20,7 +19,7 @@ import launcher  # noqa: E402
 import mounts  # noqa: E402
 import test_kills  # noqa: E402
 
-BY_NAME_ONLY = ("FaultTest", "PowerTest")
+BY_NAME_ONLY = {"test_faults", "test_power", "test_windows"}
 
 
 def prepare_wine():
@@ -48,15 +47,8 @@ def main():
         mounts.acquire()
     # The default server is out of reach without a look at the network. Sanitizers accept the library with the faults.
     os.environ.update(https_proxy="http://127.0.0.1:1", ASAN_OPTIONS="verify_asan_link_order=0")
-    names = [path.stem for path in HERE.glob("test_*.py") if launcher.is_windows() == (path.stem == "test_windows")]
-    modules = [importlib.import_module(name) for name in sorted(names)]
-    cases = {case.__name__: case for module in modules for case in vars(module).values()
-             if isinstance(case, type) and issubclass(case, unittest.TestCase) and case.__module__ == module.__name__}
-    suite = unittest.TestSuite()
-    for name in options.tests or [name for name in cases if name not in BY_NAME_ONLY]:
-        case, _, test = name.partition(".")
-        suite.addTest(cases[case](test) if test else unittest.defaultTestLoader.loadTestsFromTestCase(cases[case]))
-    sys.exit(0 if unittest.TextTestRunner(verbosity=2).run(suite).wasSuccessful() else 1)
+    names = {"test_windows"} if launcher.is_windows() else {path.stem for path in HERE.glob("test_*.py")} - BY_NAME_ONLY
+    unittest.main(module=None, argv=[sys.argv[0], "--verbose", *(options.tests or sorted(names))])
 
 
 main()

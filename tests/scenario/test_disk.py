@@ -1,8 +1,5 @@
 """Disks that are full or read-only, and things in the way."""
-import pathlib
-import shutil
 import subprocess
-import tempfile
 
 import launcher
 import mounts
@@ -14,12 +11,8 @@ class DiskTest(ScenarioTest):
     def small_disk(self, kilobytes):
         """An installation on a file system of its own, with this much room beside the launcher."""
         mounts.require(self, "root", "user")
-        folder = pathlib.Path(tempfile.mkdtemp(prefix="patcher-disk-"))
-        self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
         size = launcher.PROGRAM.stat().st_size // 1024 + 64 + kilobytes
-        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}k", "tmpfs", folder], check=True)
-        self.addCleanup(subprocess.run, ["umount", folder], check=True)
-        return launcher.Installation(self.server, parent=folder)
+        return launcher.Installation(self.server, parent=mounts.memory_disk(self, f"{size}k"))
 
     def test_full_disk_loses_nothing_and_recovers(self):
         files = {f"f{i}": b"%d" % i * 20000 for i in range(10)}

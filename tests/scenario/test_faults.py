@@ -87,7 +87,7 @@ class Lane:
             self.wrong.append(text)
 
     def session(self, steps, **faults):
-        session = launcher.Session(self.place, wait=False, LD_PRELOAD=launcher.fault_library(), **faults)
+        session = launcher.Session(self.place, wait=False, LD_PRELOAD=launcher.beside_program("fault-at-call.so"), **faults)
         try:
             steps(session)
             code, out, _ = session.end()

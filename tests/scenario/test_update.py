@@ -8,12 +8,13 @@ from scenario import CONNECT, INVALID, READY, UP_TO_DATE, ScenarioTest, failed
 
 class UpdateTest(ScenarioTest):
     def test_fresh_install_then_nothing_to_do_then_a_record_that_is_lost_or_torn(self):
+        separator = "\\" if is_windows() else "/"
         game = Game(1, 120)
         manifest = game.publish(self.server)
         self.place.put(dict.fromkeys(("Model/old.o3d", "x64/log/a.txt", "top.txt"), b""))
         self.assertEqual(self.update(), [
             CONNECT, "online", (0, 1), "121 fichier(s) a telecharger...",
-            "1 fichier(s) residuel(s) supprime(s) (hors manifeste) : Model/old.o3d; ",
+            f"1 fichier(s) residuel(s) supprime(s) (hors manifeste) : Model{separator}old.o3d; ",
             "1 element(s) obsolete(s) supprime(s) : x64 (doublon du client 64 bits, desormais a la racine); ",
             (1, 1), *READY])
         self.place.write("Model/again.o3d")

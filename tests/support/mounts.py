@@ -1,8 +1,10 @@
 """The right to mount, which some tests need: root's, or for small disks that of a user namespace. An ordinary container
 has neither; there these tests are skipped, unless PATCHER_EVERY_TEST is set, as in .ci/run."""
 import os
+import pathlib
 import subprocess
 import sys
+import tempfile
 
 RIGHT = "PATCHER_TEST_MOUNTS"  # in the environment of a script with mounts of its own: root or user
 
@@ -18,3 +20,12 @@ def require(test, *rights):
     """Skips a test that is about to mount and cannot."""
     if os.environ.get(RIGHT) not in rights:
         (test.fail if "PATCHER_EVERY_TEST" in os.environ else test.skipTest)("no right to mount here")
+
+
+def memory_disk(test, size):
+    """The folder of a file system in memory, which ends with the test."""
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="patcher-disk-"))
+    test.addCleanup(folder.rmdir)
+    subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}", "tmpfs", folder], check=True)
+    test.addCleanup(subprocess.run, ["umount", "--recursive", folder], check=True)
+    return folder
