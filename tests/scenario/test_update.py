@@ -112,12 +112,14 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.update()[-1], True)
 
     def test_a_server_out_of_reach_or_without_a_usable_document(self):
+        self.place.write("Tolmira.exe")  # which may not be played with an unusable document
         document = self.put({"a": b""})
         cuts = [(document, (kind, end)) for kind in ("cut", "chunked-cut") for end in (0, len(document) - 1)]
         for document, fault in ((b"<html>", None), (b'{"files":[{"path":"../x","url":"x"}]}', None), (b"{", ("endless",)), *cuts):
             self.server.content[MANIFEST], self.server.faults[MANIFEST] = document, [fault]
             self.assertEqual(self.update(), [CONNECT, "online", INVALID, False], fault)
             self.assertEqual(list(self.server.requests), [MANIFEST])
+        self.place.put({"Tolmira.exe": None})
         unreachable = [CONNECT, "Serveur de patch injoignable.", "offline", False]
         for fault in (404, 500, 206, 204, ("reset",), ("redirect", MANIFEST), ("redirect", "http://127.0.0.1:1/"),
                       ("redirect", "ftp://127.0.0.1/x"), ("redirect", "")):
