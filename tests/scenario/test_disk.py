@@ -1,32 +1,34 @@
 """Disks that are full or read-only, and things in the way."""
-import subprocess
+import os
 
-import launcher
 import mounts
 from game import archive
+from launcher import Installation
 from scenario import READY, ScenarioTest, failed
 
 
 class DiskTest(ScenarioTest):
     def small_disk(self, kilobytes):
-        """An installation on a file system of its own, with this much room beside the launcher."""
+        """An installation on a file system of its own, with this much room until the file `filler` is gone."""
         mounts.require(self, "root", "user")
-        size = launcher.PROGRAM.stat().st_size // 1024 + 64 + kilobytes
-        return launcher.Installation(self.server, parent=mounts.memory_disk(self, f"{size}k"))
+        place = Installation(self.server, parent=mounts.memory_disk(self, "200m"))
+        status = os.statvfs(place.root)
+        (place.root / "filler").write_bytes(bytes(status.f_bavail * status.f_bsize - kilobytes * 1024))
+        return place
 
     def test_full_disk_loses_nothing_and_recovers(self):
         files = {f"f{i}": b"%d" % i * 20000 for i in range(10)}
         for bundles in ({}, {"z": (archive(files), list(files))}):
             with self.subTest(archives=len(bundles)):
                 self.put(files, bundles)
-                place = self.small_disk(110)
+                place = self.small_disk(170)
                 texts = place.update()
                 self.assertRegex(texts[-2], r"Echec du telechargement: f\d \(transfert interrompu\)")
                 self.assertIs(texts[-1], False)
                 found = place.files()
                 self.assertEqual(place.wrongly_recorded({}), [])
                 self.assertFalse([name for name in found if name.endswith(".part")])
-                subprocess.run(["mount", "-o", "remount,size=100m", place.root], check=True)
+                (place.root / "filler").unlink()
                 self.server.requests.clear()
                 self.assert_ends(READY, place)
                 self.assert_files(place, files)
