@@ -36,7 +36,7 @@ class DiskTest(ScenarioTest):
 
     def test_things_in_the_way(self):
         packed = {"packed": b"a" * 5000, "too": b"b" * 5000}
-        self.place.put({"file/mine": b"kept", "packed/mine": b"kept", "left.old": b"", "_bundle7.part": b"", "sub/left.old": b"kept"})
+        self.place.put(dict.fromkeys(("file/mine", "packed/mine", "sub/left.old", "left.old", "_bundle7.part"), b"kept"))
         (self.place / "folder.old").mkdir()
         other = self.place.root / "other"
         other.mkdir()
@@ -50,7 +50,8 @@ class DiskTest(ScenarioTest):
         self.place.write("patch_manifest.json.part", b"cut")
         self.assertEqual(self.update()[-1], True)
         self.assertEqual([(other / name).read_bytes() for name in ("a", "mine")], [files.pop("moved/a"), b"the player's"])
-        self.assert_files(self.place, {**files, "file.old/mine": b"kept", "packed.old/mine": b"kept", "sub/left.old": b"kept"})
+        kept = dict.fromkeys(("file.old/mine", "packed.old/mine", "sub/left.old"), b"kept")
+        self.assert_files(self.place, {**files, **kept})
         self.assertTrue((self.place / "folder.old").is_dir())
         self.assertFalse((self.place / "new").is_symlink() or (self.place / "link").is_symlink())
         self.put({"file/below": b"x"})

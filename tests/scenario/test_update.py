@@ -21,12 +21,12 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.place.record_file.read_bytes(), manifest)
         self.assertLessEqual(self.server.connections, 8, "connections are used again")
         self.assertEqual(self.update(), [CONNECT, "online", (1, 1), *UP_TO_DATE])
+        hashing = [f"Verification des fichiers deja presents ({i})..." for i in (1, 26, 51, 76, 101)]
         for torn in (b"", manifest[:len(manifest) // 2], bytes(len(manifest)), None):
             self.place.put({"patch_manifest.json": torn})
             self.server.requests.clear()
-            self.assertEqual(self.update(), [
-                CONNECT, "online", (0, 1), *(f"Verification des fichiers deja presents ({i})..." for i in (1, 26, 51, 76, 101)),
-                "121 fichier(s) deja corrects retrouves sur le disque.", *UP_TO_DATE])
+            self.assertEqual(self.update(), [CONNECT, "online", (0, 1), *hashing,
+                                             "121 fichier(s) deja corrects retrouves sur le disque.", *UP_TO_DATE])
             self.assertEqual(set(self.server.requests), {MANIFEST})
         self.assertIn(b'"version": 0', self.place.record_file.read_bytes())
         self.assert_files(self.place, {**game.files, "top.txt": b"", "Model/again.o3d": b""})
@@ -114,8 +114,9 @@ class UpdateTest(ScenarioTest):
     def test_a_server_out_of_reach_or_without_a_usable_document(self):
         self.place.write("Tolmira.exe")  # which may not be played with an unusable document
         document = self.put({"a": b""})
-        cuts = [(document, (kind, end)) for kind in ("cut", "chunked-cut") for end in (0, len(document) - 1)]
-        for document, fault in ((b"<html>", None), (b'{"files":[{"path":"../x","url":"x"}]}', None), (b"{", ("endless",)), *cuts):
+        unusable = [(document, (kind, end)) for kind in ("cut", "chunked-cut") for end in (0, len(document) - 1)]
+        unusable += [(b"<html>", None), (b'{"files":[{"path":"../x","url":"x"}]}', None), (b"{", ("endless",))]
+        for document, fault in unusable:
             self.server.content[MANIFEST], self.server.faults[MANIFEST] = document, [fault]
             self.assertEqual(self.update(), [CONNECT, "online", INVALID, False], fault)
             self.assertEqual(list(self.server.requests), [MANIFEST])

@@ -11,8 +11,10 @@ RIGHT = "PATCHER_TEST_MOUNTS"  # in the environment of a script with mounts of i
 
 def acquire():
     """Starts this script again with mounts of its own, which end with it, if the system allows it."""
+    if RIGHT in os.environ:
+        return
     for right, namespace in (("root", ["unshare", "--mount"]), ("user", ["unshare", "--map-root-user", "--mount"])):
-        if RIGHT not in os.environ and subprocess.run([*namespace, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0:
+        if subprocess.run([*namespace, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0:
             os.execvpe(namespace[0], [*namespace, sys.executable, *sys.argv], {**os.environ, RIGHT: right})
 
 
