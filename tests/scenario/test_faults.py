@@ -36,7 +36,7 @@ def game():
 
 
 class Lane:
-    """A server and an installation, which is set back for each fault, and what is wrong after a fault."""
+    """A server, an installation that is reset for each fault, and what is wrong after a fault."""
 
     def __init__(self):
         self.server = FaultServer()
@@ -61,7 +61,7 @@ class Lane:
     def files(self):
         return self.place.files(left_out=[self.place.program.name])
 
-    def set_back(self):
+    def reset(self):
         found = self.files()
         changed = [path for path in found.keys() | self.start.keys() if found.get(path) != self.start.get(path)]
         self.place.put({path: self.start.get(path) for path in changed})
@@ -69,13 +69,13 @@ class Lane:
 
     def try_fault(self, kind="", use=0, stays=False):
         """Returns the calls that the library reports."""
-        self.set_back()
+        self.reset()
         self.report.write_bytes(b"")
         self.kind = kind
         self.wrong = []
         self.player = {**PLAYER, "ostu.ini": SETTINGS, "patcher.ini": self.start["patcher.ini"]}
         self.damage = {}
-        self.right = set()  # paths of the game's files that were right at the last look and must stay so
+        self.right = set()  # paths of the game's files that were right at the last examination and must stay so
         self.options = None
         self.session(self.with_faults, FAULT_REPORT=str(self.report), FAULT_CALL=kind, FAULT_AT=str(use),
                      FAULT_STAYS="1" if stays else "")
@@ -116,7 +116,7 @@ class Lane:
         self.operation(session, "repair")
         # A file that could not be written to is moved aside.
         known = {*self.start, *self.new, "patcher_debug.txt", *(path + ".old" for path in self.new)}
-        self.expect(known.issuperset(self.files()), f"stays: {sorted(self.files().keys() - known)}")
+        self.expect(known.issuperset(self.files()), f"left over: {sorted(self.files().keys() - known)}")
 
     def operation(self, session, name):
         """Runs it to its `ready`, which it returns."""
@@ -128,7 +128,7 @@ class Lane:
         self.options = next((m for m in found if m["type"] == "options"), self.options)
         self.expect(len(checks) == (name != "update"), f"{name}: {len(checks)} check messages")
         self.expect(BUSY not in words, f"{name}: refused")
-        self.look(name)
+        self.examine(name)
         complete = words & {"A jour.", "Pret a jouer."}
         self.expect(not complete or self.right >= self.new.keys() - self.damage.keys(), f"{name}: not {complete}")
         self.expect(not checks or checks[0].get("ok", 0) <= len(self.right), f"{name}: {checks} of {len(self.right)}")
@@ -141,16 +141,16 @@ class Lane:
         done = session.until("optionsSaved")[-1]["ok"]
         if done:
             self.player["ostu.ini"] = self.saved or self.files()["ostu.ini"]
-        self.look(f"settings, ok {done}")
+        self.examine(f"settings, ok {done}")
 
-    def look(self, when):
+    def examine(self, when):
         """Examines the player's files, the record, and the game's files that were right."""
         found = self.files()
         for path, data in self.player.items():
             self.expect(found.get(path) == data, f"{when}: {path} is {found.get(path, b'gone')[:40]}")
         self.expect(not (wrong := self.place.wrongly_recorded(self.damage)), f"{when}: {wrong} are recorded")
-        spoilt = [path for path in self.right - self.damage.keys() if found.get(path) != self.new[path]]
-        self.expect(not spoilt, f"{when}: {len(spoilt)} right files are spoilt or gone: {sorted(spoilt)[:1]}")
+        damaged = [path for path in self.right - self.damage.keys() if found.get(path) != self.new[path]]
+        self.expect(not damaged, f"{when}: {len(damaged)} right files are damaged or gone: {sorted(damaged)[:1]}")
         self.right = {path for path, data in self.new.items() if found.get(path) == data}
 
 
