@@ -78,7 +78,7 @@ class PowerCut(Life):
             self.place.put(self.damaged)
         elif operation == "first start":
             self.document.unlink()
-            self.configuration = rb"(BaseUrl=\S+\r\nConnections=4\r\n)?"
+            self.configuration = rb"gone|BaseUrl=\S+\r\nConnections=4\r\n"
         elif operation == "self-update":
             self.launchers.append(launcher.beside_program("patcher-stdio-next").read_bytes())
             self.server.content[URL] = self.launchers[1]
@@ -150,7 +150,7 @@ class PowerCut(Life):
         self.check_record()
         self.check_launcher()
         self.check_settings()
-        configuration = self.place.files(left_out=()).get("patcher.ini", b"")
+        configuration = self.place.files(left_out=()).get("patcher.ini", b"gone")
         assert re.fullmatch(self.configuration, configuration), configuration
         self.place.set_server(self.server.url())
         if self.operation == "withdrawn update":
