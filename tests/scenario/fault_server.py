@@ -98,7 +98,7 @@ class FaultServer:
         if status in (204, 304):
             body = b""  # these have none: it would disturb the next answer
         elif status >= 300 or body is None:
-            body = b"moved" if kind == "redirect" else b"<html>no</html>"
+            body = b"moved" * 200_000 if kind == "redirect" else b"<html>no</html>"
         elif kind == "wrong":
             body = bytes(b ^ 1 for b in body) or b"x"
         chunked = kind in ("chunked", "chunked-cut", "endless")
