@@ -1,15 +1,13 @@
-// Loaded into a launcher (LD_PRELOAD): lets one of its calls fail, or ends it before a step on disk. Counted
-// are the calls on files below the program's directory and on sockets, the starts of threads and programs,
-// and the allocations of 64 KiB or more.
-//   FAULT_CALL=NAME    the function, for example rename
-//   FAULT_AT=N         its N-th use fails
-//   FAULT_STAYS=1      and every later one; if that is a write, the N-th is only cut short, as on a disk that
-//   fills up FAULT_FILE=NAME    only uses for files whose path ends so are counted FAULT_KILL_AT=N    the
-//   process ends with SIGKILL before its N-th step: a rename, link, deletion, change of mode,
-//                      flush or start of a program
-//   FAULT_REPORT=FILE  gets one line for the call that failed, or with FAULT_AT=0 for each counted call; and
-//   sleeps and
-//                      flushes, which would only cost time, end at once
+// Loaded into a launcher (LD_PRELOAD): lets one of its calls fail, or ends it before a step on disk. Counts
+// the calls on files below the program's directory and on sockets, the starts of threads and programs, and
+// the allocations of 64 KiB or more. Environment:
+//   FAULT_CALL     the function, for example rename
+//   FAULT_AT       the number of its use that fails
+//   FAULT_STAYS    not empty: every later use fails too, and a write is first cut short, as on a full disk
+//   FAULT_KILL_AT  the number of the step before which SIGKILL ends the process: a rename, link, deletion,
+//                  change of mode, flush or start of a program
+//   FAULT_REPORT   a file that gets one line for the call that failed, or with FAULT_AT=0 for each counted
+//                  call; sleeps and flushes, which would only cost time, end at once
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -35,14 +33,8 @@ namespace {
 constexpr std::size_t kLargeBlock = 65536;
 constexpr std::size_t kPathSize = 4096;
 
-struct Kind {
-  const char* name;
-  std::atomic<int> uses{0};
-};
-
 char root[kPathSize];  // the program's directory
 std::string_view chosen;
-std::string_view chosenFile;
 int chosenUse = 0;
 int killedStep = 0;
 bool stays = false;
@@ -70,13 +62,12 @@ std::string Large(std::size_t size) { return size >= kLargeBlock && root[0] != '
 
 enum class Fate { kSucceeds, kIsLeftOut, kIsCutShort, kFails };
 
-/// Counts a use.
-Fate Count(Kind& kind, const std::string& target) {
-  const std::string_view name = kind.name;
-  const bool isSlow = name == "fsync" || name == "syncfs" || name.ends_with("nanosleep");
+/// Counts a use of the function.
+Fate Count(std::string_view name, std::atomic<int>& uses, const std::string& target) {
+  const bool isSlow = name == "fsync" || name == "syncfs" || name == "nanosleep";
   const Fate usual = isSlow && report >= 0 ? Fate::kIsLeftOut : Fate::kSucceeds;
-  if (target.empty() || !target.ends_with(chosenFile)) return usual;
-  const int use = ++kind.uses;
+  if (target.empty()) return usual;
+  const int use = ++uses;
   const bool isChosen = name == chosen;
   if (report >= 0 && (chosenUse == 0 || (isChosen && use == chosenUse))) {
     const std::string line = std::string(name) + ' ' + target + '\n';
@@ -111,7 +102,6 @@ const char* Setting(const char* name) {
 
 [[gnu::constructor]] void Start() {
   chosen = Setting("FAULT_CALL");
-  chosenFile = Setting("FAULT_FILE");
   chosenUse = std::atoi(Setting("FAULT_AT"));
   killedStep = std::atoi(Setting("FAULT_KILL_AT"));
   stays = *Setting("FAULT_STAYS") != '\0';
@@ -128,9 +118,9 @@ const char* Setting(const char* name) {
 #define CALL_OR_PART(result, name, error, target, parameters, arguments, part)           \
   extern "C" result Call_##name parameters asm(#name);                                   \
   result Call_##name parameters {                                                        \
-    static Kind kind{#name};                                                             \
+    static std::atomic<int> uses{0};                                                     \
     static auto* next = reinterpret_cast<result(*) parameters>(dlsym(RTLD_NEXT, #name)); \
-    const Fate fate = Count(kind, target);                                               \
+    const Fate fate = Count(#name, uses, target);                                        \
     if (fate == Fate::kIsLeftOut) return static_cast<result>(0);                         \
     if (fate == Fate::kSucceeds) return next arguments;                                  \
     if (fate == Fate::kIsCutShort) return next part;                                     \
@@ -149,8 +139,6 @@ CALL(FILE*, fopen64, EACCES, Own(path), (const char* path, const char* mode), (p
 CALL(ssize_t, read, EIO, Own(file), (int file, void* data, std::size_t size), (file, data, size))
 CALL(std::size_t, fread, EIO, Own(fileno(file)),
      (void* data, std::size_t size, std::size_t count, FILE* file), (data, size, count, file))
-CALL_OR_PART(ssize_t, write, ENOSPC, Own(file), (int file, const void* data, std::size_t size),
-             (file, data, size), (file, data, (size + 1) / 2))
 CALL_OR_PART(ssize_t, writev, ENOSPC, Own(file), (int file, const iovec* blocks, int count),
              (file, blocks, count), (file, blocks, (count + 1) / 2))
 CALL_OR_PART(std::size_t, fwrite, ENOSPC, Own(fileno(file)),
@@ -163,12 +151,9 @@ CALL(int, fseeko64, EIO, Own(fileno(file)), (FILE * file, off64_t at, int whence
 CALL(int, fsync, EIO, Step(Own(file)), (int file), (file))
 CALL(int, syncfs, EIO, Own(file), (int file), (file))
 CALL(int, nanosleep, EINTR, "", (const timespec* length, timespec* rest), (length, rest))
-CALL(int, clock_nanosleep, EINTR, "", (clockid_t clock, int flags, const timespec* length, timespec* rest),
-     (clock, flags, length, rest))
 CALL(int, rename, EACCES, Step(Own(from)), (const char* from, const char* to), (from, to))
 CALL(int, link, EPERM, Step(Own(from)), (const char* from, const char* to), (from, to))
 CALL(int, remove, EACCES, Step(Own(path)), (const char* path), (path))
-CALL(int, unlink, EACCES, Step(Own(path)), (const char* path), (path))
 CALL(int, mkdir, EACCES, Own(path), (const char* path, mode_t mode), (path, mode))
 CALL(int, fchmodat, EPERM, Step(Own(folder, path)), (int folder, const char* path, mode_t mode, int flags),
      (folder, path, mode, flags))
@@ -190,5 +175,3 @@ CALL(int, pthread_create, EAGAIN, "?",
      (pthread_t * thread, const pthread_attr_t* attributes, void* (*entry)(void*), void* argument),
      (thread, attributes, entry, argument))
 CALL(void*, malloc, ENOMEM, Large(size), (std::size_t size), (size))
-CALL(void*, calloc, ENOMEM, Large(count* size), (std::size_t count, std::size_t size), (count, size))
-CALL(void*, realloc, ENOMEM, Large(size), (void* block, std::size_t size), (block, size))

@@ -85,64 +85,56 @@ class FaultServer:
 
     def _answer(self, peer, fault, body):
         """Answers one request; false ends the connection."""
-        kind, *rest = fault if isinstance(fault, tuple) else (None,)
-        status = fault if isinstance(fault, int) else 200
+        kind, value = (*fault, None)[:2] if isinstance(fault, tuple) else (None, None)
         if kind == "hold":
-            rest[0].wait()
-        elif kind == "redirect":
-            return self._send(peer, 302, b"moved" * 200_000, f"X-Step: 1\r\nLocation: {rest[0]}\r\n")
+            value.wait()
         elif kind == "reset":
             peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
             return False
-        elif kind == "silent" and rest[0] is None:
+        elif kind == "silent" and value is None:
             return self._fall_silent()
-        if body is None or status >= 300:
-            return self._send(peer, 404 if body is None and status == 200 else status, b"<html>no</html>")
-        if kind == "wrong":
+        usual = 302 if kind == "redirect" else 404 if body is None else 200
+        status = fault if isinstance(fault, int) else usual
+        if status in (204, 304):
+            body = b""  # these have none: it would disturb the next answer
+        elif status >= 300 or body is None:
+            body = b"moved" * 200_000 if kind == "redirect" else b"<html>no</html>"
+        elif kind == "wrong":
             body = bytes(b ^ 1 for b in body) or b"x"
-        elif kind in ("chunked", "chunked-cut", "endless"):
-            return self._send_chunks(peer, body, kind, *rest)
-        elif kind == "until-close":
-            self._send_head(peer, 200)
-            peer.sendall(body[:rest[0]])
-            return False
-        elif kind in ("announced", "cut", "silent", "late"):
-            return self._send_part(peer, body, kind, rest[0])
-        return self._send(peer, status, body, rest[0] if kind == "headers" else "") and kind != "stale"
-
-    def _send_part(self, peer, body, kind, value):
-        self._send_head(peer, 200, f"Content-Length: {value if kind == 'announced' else len(body)}\r\n")
+        chunked = kind in ("chunked", "chunked-cut", "endless")
+        peer.sendall(f"HTTP/1.1 {status} X\r\n{self._headers(kind, value, len(body), chunked)}\r\n".encode())
         if kind == "announced":
             return bool(peer.recv(1))
         if kind == "late":
             value.wait()
-            value = len(body)
-        peer.sendall(body[:value])
-        return self._fall_silent() if kind == "silent" else kind == "late"
+        part = body[:value] if isinstance(value, int) else body
+        if chunked:
+            self._send_chunks(peer, part, kind)
+        else:
+            peer.sendall(part)
+        return self._fall_silent() if kind == "silent" else kind not in ("cut", "chunked-cut", "until-close", "stale")
+
+    @staticmethod
+    def _headers(kind, value, size, chunked):
+        headers = {"redirect": f"X-Step: 1\r\nLocation: {value}\r\n", "headers": value, "chunked": value or ""}.get(kind, "")
+        if chunked:
+            return "Transfer-Encoding: chunked\r\n" + headers
+        if kind == "until-close":
+            return headers
+        return headers + f"Content-Length: {value if kind == 'announced' else size}\r\n"
+
+    @staticmethod
+    def _send_chunks(peer, body, kind):
+        while kind == "endless":
+            peer.sendall(b"%x\r\n%s\r\n" % (2**20, bytes(2**20)))
+        size = 700 if len(body) < 1_000_000 else 70_000
+        for at in range(0, len(body), size):
+            piece = body[at:at + size]
+            peer.sendall(b"%x\r\n%s\r\n" % (len(piece), piece))
+        if kind == "chunked":
+            peer.sendall(b"0\r\n\r\n")
 
     def _fall_silent(self):
         self.silences += 1
         self.closed.wait()
         return False
-
-    @staticmethod
-    def _send_head(peer, status, extra=""):
-        peer.sendall(f"HTTP/1.1 {status} X\r\n{extra}\r\n".encode())
-
-    def _send(self, peer, status, body, extra=""):
-        body = b"" if status in (204, 304) else body  # which have none: it would disturb the next answer
-        self._send_head(peer, status, f"Content-Length: {len(body)}\r\n{extra}")
-        peer.sendall(body)
-        return True
-
-    def _send_chunks(self, peer, body, kind, value=""):
-        self._send_head(peer, 200, "Transfer-Encoding: chunked\r\n" + (value if kind == "chunked" else ""))
-        while kind == "endless":
-            peer.sendall(b"%x\r\n%s\r\n" % (2**20, bytes(2**20)))
-        shown = body[:value] if kind == "chunked-cut" else body
-        size = 700 if len(body) < 1_000_000 else 70_000
-        for at in range(0, len(shown), size):
-            peer.sendall(b"%x\r\n%s\r\n" % (len(shown[at:at + size]), shown[at:at + size]))
-        if kind == "chunked":
-            peer.sendall(b"0\r\n\r\n")
-        return kind == "chunked"

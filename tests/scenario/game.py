@@ -5,15 +5,17 @@ import json
 import random
 import zipfile
 
+MANIFEST = "/patch/version.json"
+
 
 def digest(data):
     return hashlib.sha256(data).hexdigest()
 
 
 class Game:
-    def __init__(self, seed, count, version=1, archives=0):
+    def __init__(self, seed, count, archives=0):
         self.random = random.Random(seed)
-        self.version = version
+        self.version = 1
         self.files = {}
         for i in range(count):
             size = self.random.choice([0, 1, 100, 5000, 70000])
@@ -30,30 +32,26 @@ class Game:
                 self.files[name] = self.files[name][::-1] + b"v%d" % self.version
 
     def publish(self, server, **extra):
-        """Puts everything on the server; returns the manifest's bytes."""
         names = sorted(self.files, key=lambda name: name.encode())
         self.bundles = {f"archive {number}-v{self.version}.zip": names[number::self.archives]
                         for number in range(self.archives)}
-        return publish(server, self.version, {name: self.files[name] for name in names}, self.bundles, **extra)
+        return publish(server, {name: self.files[name] for name in names}, self.bundles, self.version, **extra)
 
 
-def publish(server, version, files, bundles, **extra):
-    """Puts the files on the server, each under its digest, and an archive for each name (name: paths)."""
+def publish(server, files, bundles=(), version=3, **extra):
+    """Puts the files on the server, and an archive for each name (name: its paths, or its bytes and the paths that the
+    manifest lists). Returns the manifest's bytes."""
     entries, archives = [], []
-    for name, data in files.items():
-        url = f"files/{digest(data)}"
-        server.content["/patch/" + url] = data
-        entries.append({"path": name, "size": len(data), "sha256": digest(data), "url": url})
-    for name, members in bundles.items():
-        data = server.content["/patch/" + name] = archive({path: files[path] for path in members})
-        archives.append({"name": name, "size": len(data), "sha256": digest(data), "files": members})
-    return publish_manifest(server, {"version": version, "files": entries, "bundles": archives, **extra})
-
-
-def publish_manifest(server, manifest):
-    text = json.dumps(manifest, ensure_ascii=False).encode()
-    server.content["/patch/version.json"] = text
-    return text
+    for path, data in files.items():
+        server.content[f"/patch/f/{path}"] = data
+        entries.append({"path": path, "size": len(data), "sha256": digest(data), "url": f"f/{path}"})
+    for name, members in dict(bundles).items():
+        data, paths = members if isinstance(members, tuple) else (archive({path: files[path] for path in members}), members)
+        server.content[f"/patch/{name}"] = data
+        archives.append({"name": name, "size": len(data), "sha256": digest(data), "files": paths})
+    manifest = {"version": version, "files": entries, "bundles": archives, **extra}
+    server.content[MANIFEST] = json.dumps(manifest, ensure_ascii=False).encode()
+    return server.content[MANIFEST]
 
 
 def archive(members):

@@ -11,6 +11,8 @@ import sys
 import tempfile
 import threading
 
+from game import digest
+
 sys.path.append(str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "sample"))
 from waiting import LIMIT, wait_until  # noqa: E402
 
@@ -22,19 +24,13 @@ def is_windows():
     return PROGRAM.suffix == ".exe"
 
 
-def assert_files(test, found, expected):
-    """Compares contents by name, and reports which names differ instead of how."""
-    test.assertEqual(sorted(found), sorted(expected))
-    test.assertEqual([name for name, data in expected.items() if found[name] != data], [])
-
-
 def beside_program(name):
-    """Another program of the same build."""
+    """Another file of the same build."""
     return PROGRAM.with_name(name + PROGRAM.suffix)
 
 
-def command(program):
-    return ["wine", str(program)] if is_windows() else [str(program)]
+def command(program, *arguments):
+    return [*(["wine"] if is_windows() else []), str(program), *map(str, arguments)]
 
 
 def setting(name):
@@ -43,15 +39,11 @@ def setting(name):
     return re.search(rf"^{name}:\w+=(.*)$", cache, re.MULTILINE)[1]
 
 
-def messages(output):
-    return [json.loads(line) for line in output.splitlines()]
-
-
-def summary(found):
+def summary(messages):
     """The messages in short, without the progress, whose number differs from run to run."""
     kinds = {"status": lambda m: m["text"], "versions": lambda m: (m["current"], m["latest"]),
              "server": lambda m: "online" if m["online"] else "offline", "ready": lambda m: m["canPlay"]}
-    return [kinds[m["type"]](m) for m in found if m["type"] in kinds]
+    return [kinds[m["type"]](m) for m in messages if m["type"] in kinds]
 
 
 class Installation:
@@ -74,6 +66,13 @@ class Installation:
         (self / path).parent.mkdir(parents=True, exist_ok=True)
         (self / path).write_bytes(data)
 
+    def put(self, files):
+        """Writes these files anew, or deletes those that are None."""
+        for path, data in files.items():
+            (self / path).unlink(missing_ok=True)
+            if data is not None:
+                self.write(path, data)
+
     def remove(self):
         shutil.rmtree(self.root, ignore_errors=True)
 
@@ -87,56 +86,66 @@ class Installation:
                 if self.root.name.encode() in (folder / "cmdline").read_bytes():
                     yield int(folder.name)
 
-    def wait_for_successors(self):
-        """Until whatever the launcher has started has ended. On Linux that shares the launcher's standard output, whose
-        end the caller has seen."""
-        wait_until(lambda: not is_windows() or not any(self.running()))
-
-    def start(self, stdin=subprocess.PIPE):
-        return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/")
+    def start(self, stdin=subprocess.PIPE, **environment):
+        return subprocess.Popen(self.command(), stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd="/",
+                                env={**os.environ, **environment})
 
     def kill(self, process):
-        """Ends a started launcher without a chance to react."""
-        if is_windows():
-            for number in self.running():
-                with contextlib.suppress(ProcessLookupError):
-                    os.kill(number, signal.SIGKILL)
+        """Ends a started launcher, and the launchers that it has started, without a chance to react."""
         process.kill()
+        for number in self.running():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(number, signal.SIGKILL)
         process.wait()
         process.stdout.close()
         process.stderr.close()
 
-    def run(self, requests=b"", **options):
-        """One session from start to end; returns its messages."""
+    def run_to_end(self, requests=b"", successors=True, user=None, **environment):
+        """One session, and those of the launchers that it starts. Returns exit code, messages and standard error."""
         # Files, not pipes: background processes of Wine may hold a pipe open when the launcher has long ended.
         with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             done = subprocess.run(self.command(), input=requests, stdout=out, stderr=errors, cwd="/", timeout=LIMIT,
-                                  check=False, **options)
+                                  check=False, user=user, env={**os.environ, **environment})
+            wait_until(lambda: not successors or not any(self.running()))
             out.seek(0)
             errors.seek(0)
             # Wine itself may complain about a thread that was still at work when its process ended.
             words = re.sub(r"wine client error:.*\n?", "", errors.read().decode(errors="replace"))
-            if done.returncode != 0 or words:
-                raise AssertionError(f"exit code {done.returncode}: {words[-2000:]}")
-            return messages(out.read())
+            return done.returncode, [json.loads(line) for line in out], words
+
+    def run(self, requests=b"", **options):
+        """One session that ends without a complaint; returns its messages."""
+        code, messages, words = self.run_to_end(requests, successors=False, **options)
+        if code != 0 or words:
+            raise AssertionError(f"exit code {code}: {words[-2000:]}")
+        return messages
 
     def update(self):
         return summary(self.run())
 
-    def files(self):
-        """Everything below the directory that is not the launcher's own, under its path of the manifest."""
+    def files(self, left_out=OWN_FILES):
+        """Everything below the directory, without the launcher's own files, under its path of the manifest."""
         found = {}
         for path in self.directory.rglob("*"):
             relative = path.relative_to(self.directory).as_posix()
-            if path.is_file() and relative not in OWN_FILES:
+            if path.is_file() and relative not in left_out:
                 found[relative.encode("cp1252").decode() if is_windows() else relative] = path.read_bytes()
         return found
 
-    def record(self):
-        return json.loads(self.record_file.read_bytes())
-
     def recorded(self):
-        return [entry["path"] for entry in self.record()["files"]]
+        """The digests of the record, by path, read more generously than the launcher reads it."""
+        try:
+            text = self.record_file.read_bytes().decode(errors="surrogateescape")
+            record, _ = json.JSONDecoder(strict=False).raw_decode(text)
+            return {entry["path"]: entry["sha256"] for entry in record["files"]}
+        except (OSError, ValueError, LookupError, TypeError):
+            return {}
+
+    def wrongly_recorded(self, damage):
+        """Paths whose files do not have the digest of the record. Damaged files may be as they were left, or gone."""
+        found = self.files()
+        return [path for path, wanted in self.recorded().items() if digest(found.get(path, b"gone")) != wanted and
+                (path not in damage or found.get(path) not in (None, damage[path]))]
 
     def log(self):
         path = self / "patcher_debug.txt"
@@ -146,9 +155,9 @@ class Installation:
 class Session:
     """A launcher that stays: requests are asked one by one. Its start-up run is over unless `wait` is false."""
 
-    def __init__(self, place, wait=True):
+    def __init__(self, place, wait=True, **environment):
         self.place = place
-        self.process = place.start()
+        self.process = place.start(**environment)
         self.watchdog = threading.Timer(LIMIT, self.process.kill)
         self.watchdog.start()
         if wait:

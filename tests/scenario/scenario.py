@@ -1,15 +1,16 @@
 """What the scenario tests have in common."""
+import subprocess
 import threading
 import unittest
 
 from fault_server import FaultServer
-from game import digest, publish_manifest
-from launcher import Installation, Session, assert_files, summary
+from game import publish
+from launcher import Installation, Session, beside_program, command, summary
 
 CONNECT = "Connexion au serveur de patch..."
 INVALID = "Manifest de patch invalide."
 BUSY = "Une operation est deja en cours."
-MANIFEST = "/patch/version.json"
+READ, WRITE, DELETE = 1, 2, 4  # what hold_file lets others do with its file
 READY, UP_TO_DATE = ["Pret a jouer.", True], ["A jour.", True]
 
 
@@ -26,15 +27,24 @@ class ScenarioTest(unittest.TestCase):
         self.addCleanup(self.server.close)
         self.place = self.installation()
 
-    def installation(self, **options):
-        place = Installation(self.server, **options)
+    def installation(self, server=None):
+        place = Installation(server or self.server)
         self.addCleanup(place.remove)
         return place
 
-    def session(self, wait=True):
-        session = Session(self.place, wait)
+    def session(self, wait=True, **environment):
+        session = Session(self.place, wait, **environment)
         self.addCleanup(session.kill)
         return session
+
+    def hold_file(self, *arguments, program=None):
+        """A Windows process that has reported that it runs, and that holds the file it is given."""
+        program = program or beside_program("hold_file")
+        process = subprocess.Popen(command(program, *arguments), stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.communicate)
+        self.assertEqual(process.stdout.readline(), b"holding\n")
+        return process
 
     def installed(self, files):
         """A session in an installation that has these files."""
@@ -50,8 +60,11 @@ class ScenarioTest(unittest.TestCase):
         self.server.faults[path] = [("hold", held)]
         return held
 
-    def assert_files(self, place, expected):
-        assert_files(self, place.files(), expected)
+    def assert_files(self, found, expected):
+        """Compares contents by name, and reports which names differ instead of how."""
+        found = found if isinstance(found, dict) else found.files()
+        self.assertEqual(sorted(found), sorted(expected))
+        self.assertEqual([name for name, data in expected.items() if found[name] != data], [])
 
     def update(self):
         return self.place.update()
@@ -63,18 +76,5 @@ class ScenarioTest(unittest.TestCase):
         """How the messages after the request end."""
         self.assertEqual(summary(session.ask(request))[-len(end):], list(end))
 
-    @staticmethod
-    def entry(path, data):
-        return {"path": path, "size": len(data), "sha256": digest(data), "url": f"f/{path}"}
-
-    def put(self, files, bundles=(), version=3, **extra):
-        """Publishes these files one by one, and these archives (name: (zip bytes, listed paths))."""
-        entries = []
-        for path, data in files.items():
-            self.server.content[f"/patch/f/{path}"] = data
-            entries.append(self.entry(path, data))
-        listed = []
-        for name, (data, paths) in dict(bundles).items():
-            self.server.content[f"/patch/{name}"] = data
-            listed.append({"name": name, "size": 1, "sha256": digest(data), "files": paths})
-        return publish_manifest(self.server, {"version": version, "files": entries, "bundles": listed, **extra})
+    def put(self, files, bundles=(), **extra):
+        return publish(self.server, files, bundles, **extra)

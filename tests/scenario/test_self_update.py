@@ -1,11 +1,8 @@
 """A launcher that replaces itself by the next build while it runs, and everything that may come in between."""
-import os
-import subprocess
-
 import launcher
-from game import Game, digest
+from game import digest
 from launcher import setting, summary
-from scenario import CONNECT, READY, ScenarioTest
+from scenario import CONNECT, READ, READY, WRITE, ScenarioTest
 
 FETCH = "Mise a jour du patcher..."
 FAILED = "Echec de la mise a jour du patcher, poursuite avec la version actuelle."
@@ -18,9 +15,8 @@ NEW, OLD = "Patcher.new.exe", "Patcher.old.exe"
 class SelfUpdateTest(ScenarioTest):
     def setUp(self):
         super().setUp()
-        self.game = Game(11, 8)
-        # Names are bytes in the system's code page: plain ones read the same everywhere.
-        self.game.files = {name.replace("\u00e9", "e"): data for name, data in self.game.files.items()}
+        self.files = {"Tolmira.exe": b"", "data/a": b"1" * 70000}
+        self.library = launcher.beside_program("fault-at-call.so")
         self.next = launcher.beside_program("patcher-stdio-next").read_bytes()
         self.present = launcher.PROGRAM.read_bytes()
         self.server.content[URL] = self.next
@@ -28,17 +24,7 @@ class SelfUpdateTest(ScenarioTest):
         self.announce(self.build + 1)
 
     def announce(self, build, url="launcher/next.exe", **extra):
-        self.game.publish(self.server, patcherVersion=build, patcherUrl=url, **extra)
-
-    def run_both(self, place, successor=True, **environment):
-        """One unattended start until the launcher and the one that it starts have ended; the second one
-        writes to the same streams. Returns exit code, messages in short and standard error."""
-        done = subprocess.run(place.command(), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                              cwd="/", timeout=launcher.LIMIT, check=False,
-                              env={**os.environ, "ASAN_OPTIONS": "verify_asan_link_order=0", **environment})
-        if successor:
-            place.wait_for_successors()
-        return done.returncode, summary(launcher.messages(done.stdout)), done.stderr.decode(errors="replace")
+        self.put(self.files, patcherVersion=build, patcherUrl=url, **extra)
 
     def assert_launcher(self, place, content, leftovers=()):
         self.assertEqual(place.program.read_bytes(), content)
@@ -47,14 +33,14 @@ class SelfUpdateTest(ScenarioTest):
 
     def assert_next_start_completes(self, place):
         """Two starts: the first one may meet a launcher that is still ending."""
-        self.run_both(place)
-        self.run_both(place)
+        place.run_to_end()
+        place.run_to_end()
         self.assert_launcher(place, self.next)
-        self.assertLessEqual(self.game.files.items(), place.files().items())
+        self.assertLessEqual(self.files.items(), place.files().items())
 
     def assert_swap_fails(self, words, **environment):
-        code, texts, error = self.run_both(self.place, successor=False, **environment)
-        self.assertEqual((code, texts), (0, [CONNECT, "online", FETCH]))
+        code, messages, error = self.place.run_to_end(successors=False, **environment)
+        self.assertEqual((code, summary(messages)), (0, [CONNECT, "online", FETCH]))
         self.assertIn(words, error)
 
     def test_the_new_launcher_takes_over(self):
@@ -63,9 +49,10 @@ class SelfUpdateTest(ScenarioTest):
         place = self.place
         place.program = place.program.rename(place / ("Mon jeu" + place.program.suffix))
         place.program.chmod(0o750)
-        code, texts, error = self.run_both(place)
+        code, messages, error = place.run_to_end()
+        texts = summary(messages)
         self.assertEqual((code, error), (0, ""))
-        self.assertEqual(texts[:6], [CONNECT, "online", FETCH, CONNECT, "online", (0, 1)])
+        self.assertEqual(texts[:6], [CONNECT, "online", FETCH, CONNECT, "online", (0, 3)])
         self.assertEqual(texts[-2:], READY)
         if not launcher.is_windows():
             self.assertEqual(place.program.stat().st_mode & 0o777, 0o750)
@@ -75,7 +62,7 @@ class SelfUpdateTest(ScenarioTest):
     def test_what_is_not_newer_is_not_fetched(self):
         for build, url in ((self.build, "launcher/next.exe"), (-1, "launcher/next.exe"), (self.build + 1, "")):
             self.announce(build, url)
-            self.assertNotIn(FETCH, self.run_both(self.place)[1])
+            self.assertNotIn(FETCH, self.update())
         self.assertEqual(self.server.requests[URL], 0)
         self.assert_launcher(self.place, self.present)
 
@@ -99,10 +86,9 @@ class SelfUpdateTest(ScenarioTest):
     def assert_fetch_fails(self):
         place = self.installation()
         place.write(NEW, b"of an earlier time")
-        code, texts, error = self.run_both(place)
-        self.assertEqual((code, error), (0, ""))
-        self.assertEqual(texts[:5] + texts[-2:], [CONNECT, "online", FETCH, FAILED, (0, 1), *READY])
-        self.assertLessEqual(self.game.files.items(), place.files().items())
+        texts = place.update()
+        self.assertEqual(texts[:5] + texts[-2:], [CONNECT, "online", FETCH, FAILED, (0, 3), *READY])
+        self.assertLessEqual(self.files.items(), place.files().items())
         self.assert_launcher(place, self.present, [NEW])
         self.assertEqual((place / NEW).read_bytes(), b"of an earlier time")
 
@@ -118,43 +104,35 @@ class SelfUpdateTest(ScenarioTest):
         self.announce(self.build + 70)
         self.assert_next_start_completes(self.place)
         self.assertEqual(self.server.requests[URL], 3)
-
-    def hold(self, file):
-        """Opens the file as a program does that lets others read and write it, but not move it."""
-        holder = subprocess.Popen([*launcher.command(launcher.beside_program("hold_file")), str(file), "rw"],
-                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        self.addCleanup(holder.communicate)
-        self.assertEqual(holder.stdout.readline().strip(), b"holding")
-        return holder
+        self.place.write(NEW, b"of an earlier time")
+        self.update()
+        self.assert_launcher(self.place, self.next)
 
     def test_a_launcher_that_cannot_be_moved(self):
         """First the present one, then the new one."""
-        place, holder, faults = self.place, None, {
-            "LD_PRELOAD": str(launcher.PROGRAM.with_name("fault-at-call.so")), "FAULT_CALL": "rename", "FAULT_AT": "1",
-            "FAULT_STAYS": "1", "FAULT_FILE": NEW}
+        place, faults = self.place, {"LD_PRELOAD": self.library, "FAULT_CALL": "rename", "FAULT_AT": "2"}
         if launcher.is_windows():
-            holder, faults = self.hold(place.program), {}
+            holder, faults = self.hold_file(place.program, READ | WRITE), {}
         else:
             place.write(OLD + "/mine")
         self.assert_swap_fails(LOCKED)
         self.assertEqual((place.program.read_bytes(), (place / NEW).read_bytes()), (self.present, self.next))
-        if holder:
-            holder.communicate(timeout=launcher.LIMIT)
-            holder = self.hold(place / NEW)
+        if launcher.is_windows():
+            holder.communicate()
+            holder = self.hold_file(place / NEW, READ | WRITE)
         else:
             (place / OLD / "mine").unlink()
         self.assert_swap_fails(INCOMPLETE, **faults)
         self.assert_launcher(place, self.present, [NEW])
-        if holder:
-            holder.communicate(timeout=launcher.LIMIT)
+        if launcher.is_windows():
+            holder.communicate()
         self.assert_next_start_completes(place)
 
     def test_either_file_of_a_swap_that_died_half_way_works(self):
-        for name in (OLD, NEW):
-            with self.subTest(name=name):
+        for name, new in ((OLD, self.next), (NEW, self.next), (NEW, self.present)):
+            with self.subTest(name=name, new=len(new)):
                 place = self.installation()
-                place.write(OLD, self.present)
-                place.write(NEW, self.next)
+                place.put({OLD: self.present, NEW: new})
                 place.program.unlink()
                 place.program = place / name
                 place.program.chmod(0o755)
@@ -168,13 +146,12 @@ class SelfUpdateTest(ScenarioTest):
 
     def deaths(self, **environment):
         """Returns how many of the deaths left no launcher under its name."""
-        shim = str(launcher.PROGRAM.with_name("fault-at-call.so"))
         step, without, alive = 0, 0, False
         while not alive:
             step += 1
             place = self.installation()
-            code, texts, _ = self.run_both(place, LD_PRELOAD=shim, FAULT_KILL_AT=str(step), **environment)
-            alive = code == 0 and texts[-1:] == [True]
+            code, messages, _ = place.run_to_end(LD_PRELOAD=self.library, FAULT_KILL_AT=str(step), **environment)
+            alive = code == 0 and summary(messages)[-1:] == [True]
             with self.subTest(step=step, **environment):
                 if not place.program.exists():
                     without += 1

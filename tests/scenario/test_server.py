@@ -5,9 +5,8 @@ import stat
 import zipfile
 
 from fault_server import FaultServer
-from game import archive
-from launcher import Installation
-from scenario import CONNECT, INVALID, MANIFEST, READY, ScenarioTest
+from game import MANIFEST
+from scenario import CONNECT, INVALID, READY, ScenarioTest
 
 
 class ServerTest(ScenarioTest):
@@ -17,24 +16,15 @@ class ServerTest(ScenarioTest):
                  ({MANIFEST: [("silent", len(document) // 2)]}, [CONNECT, "online", INVALID, False]),
                  ({"/patch/f/a": [("silent", 50), None]},
                   [CONNECT, "online", (0, 3), "1 fichier(s) a telecharger...", (3, 3), *READY])]
-        places = []
-        for faults, _ in cases:
-            server = FaultServer()
-            self.addCleanup(server.close)
-            server.content, server.faults = self.server.content, faults
-            places.append(Installation(server))
-            self.addCleanup(places[-1].remove)
         # All at once, since each waits for the launcher's own limit.
         with concurrent.futures.ThreadPoolExecutor() as pool:
-            self.assertEqual(list(pool.map(Installation.update, places)), [expected for _, expected in cases])
+            self.assertEqual(list(pool.map(self.update_with, [faults for faults, _ in cases])), [end for _, end in cases])
 
-    def test_a_document_that_is_cut_or_without_end(self):
-        document = self.put({"a/b c.txt": b"1", "d": b""}, {"z": (b"x", ["d"])})
-        cuts = [(kind, end) for kind in ("cut", "chunked-cut") for end in (0, len(document) // 2, len(document) - 1)]
-        for fault in [*cuts, ("endless",)]:
-            self.server.faults = {MANIFEST: [fault]}
-            self.assertEqual(self.update(), [CONNECT, "online", INVALID, False], fault)
-        self.assert_files(self.place, {})
+    def update_with(self, faults):
+        server = FaultServer()
+        self.addCleanup(server.close)
+        server.content, server.faults = self.server.content, faults
+        return self.installation(server).update()
 
     def test_bodies_that_are_cut_or_without_end(self):
         ends = [0, 1, 2, 3, 8191, 8192, 65535, 65536, 131071, 131072, 199998, 199999]
@@ -50,18 +40,6 @@ class ServerTest(ScenarioTest):
         self.assert_files(self.place, files)
         self.assertLessEqual({f"TooLarge /patch/f/announced limit={2**28 + 1}",
                               f"TooLarge /patch/f/endless limit={2**28 + 9}"}, set(self.place.log()))
-
-    def test_an_archive_that_recovers_is_used(self):
-        game = {f"a{i}": b"%d" % i * 4000 for i in range(6)}
-        whole = archive(game)
-        for faults in ([("cut", len(whole) - 1), None], [("wrong",), None], [500, ("chunked",)]):
-            with self.subTest(faults=faults):
-                self.put(game, {"z": (whole, list(game))})
-                self.server.faults = {"/patch/z": list(faults)}
-                place = self.installation()
-                self.assertEqual(place.update()[3:], ["6 fichier(s) via 1 archive(s)...", "Archive 1/1 : z", (3, 3), *READY])
-                self.assert_files(place, game)
-        self.assertFalse([path for path in self.server.requests if path.startswith("/patch/f/")])
 
     def test_archive_entries_that_leave_or_lead_elsewhere(self):
         files = {"inside": b"i" * 9000, "folder/x": b"x" * 9000}
@@ -81,12 +59,3 @@ class ServerTest(ScenarioTest):
         self.assert_files(self.place, {**files, "link": b"../link-target"})
         self.assertFalse([path for path in self.place.directory.rglob("*") if path.is_symlink()])
         self.assertEqual(list(self.place.root.iterdir()), [self.place.directory])
-
-    def test_a_path_in_two_archives_is_written_by_one(self):
-        files = {f"f{i}": b"%d" % i * 5000 for i in range(8)}
-        everything = archive(files)
-        for first in (everything, b"no archive"):
-            self.place = self.installation()
-            self.put(files, {"y": (first, list(files)), "z": (everything, list(files))})
-            self.assert_ends(READY)
-            self.assert_files(self.place, files)

@@ -1,10 +1,9 @@
 """A launcher built with a key, and what a server that was taken over can do to it."""
-import pathlib
 import shutil
 import subprocess
-import tempfile
 
 import launcher
+from game import MANIFEST
 from launcher import summary
 from scenario import CONNECT, INVALID, ScenarioTest
 from test_check import REPAIR, VERIFY
@@ -13,15 +12,12 @@ from test_check import REPAIR, VERIFY
 KEY = ("patch-publish-key c9afa9d845ba75166b5c215767b1d6934e50c3db36e89b127b8a622b120f6721 "
        "60fed4ba255a9d31c961eb74c6356d68c049b8923b61fa6ce669622e60f29fb6"
        "7903fe1008b8bc99a41ae9e95628bc64f2f1b20c2d7e9f5177a3c294d4462299\n")
-URL = "/patch/version.json"
 
 
 class SignedTest(ScenarioTest):
     def setUp(self):
         super().setUp()
-        folder = tempfile.TemporaryDirectory(prefix="patcher-signed-")
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
+        self.root = self.place.root
         (self.root / "client").mkdir()
         (self.root / "key").write_text(KEY)
         shutil.copy2(launcher.beside_program("patcher-stdio-keyed"), self.place.program)
@@ -33,25 +29,15 @@ class SignedTest(ScenarioTest):
         for file in (self.root / "www/patch").rglob("*"):
             if file.is_file():
                 self.server.content[f"/{file.relative_to(self.root / 'www').as_posix()}"] = file.read_bytes()
-        return self.server.content[URL]
+        return self.server.content[MANIFEST]
 
     def version(self, number):
         (self.root / "client/a").write_bytes(b"version %d" % number)
         return self.publish("--client", self.root / "client", "--version", str(number))
 
     def serve_and_run(self, document):
-        self.server.content[URL] = document
+        self.server.content[MANIFEST] = document
         return self.update()
-
-    def changed(self, document, old, new):
-        self.assertIn(old, document)
-        return document.replace(old, new)
-
-    def interrupted(self, document):
-        """A run that gets the manifest and nothing else."""
-        contents, self.server.content = self.server.content, {}
-        self.assertIn("a telecharger", self.serve_and_run(document)[-3])
-        self.server.content = contents
 
     def test_nothing_unsigned_and_nothing_replayed(self):
         first, second = self.version(1), self.version(2)
@@ -59,26 +45,28 @@ class SignedTest(ScenarioTest):
         self.assertEqual(self.update()[-1], True)
         self.assertEqual(record.read_bytes(), second)
         third = self.version(3)
-        for document in (third[:third.rindex(b"{")], self.changed(third, b'"version":3', b'"version":4'), first):
+        for document in (third[:third.rindex(b"{")], third.replace(b'"version":3', b'"version":4'), first):
             self.assertEqual(self.serve_and_run(document), [CONNECT, "online", INVALID, False])
         self.assertEqual(self.place.log()[-3:], [
             "Manifest refused : no signature", "Manifest refused : not signed by a key of this launcher",
             "Manifest refused : sequence 1 is below 2, which was installed"])
         self.assertEqual(record.read_bytes(), second)
 
-        self.interrupted(third)
+        contents, self.server.content = self.server.content, {}
+        self.assertIn("a telecharger", self.serve_and_run(third)[-3], "a run that gets the manifest and nothing else")
+        self.server.content = contents
         self.assertNotEqual(record.read_bytes(), second)
         self.assertEqual(self.serve_and_run(first)[-2:], [INVALID, False], "the end of an update is not needed for that")
         self.assertEqual(self.serve_and_run(third)[-2:], ["Pret a jouer.", True])
         self.assertEqual((record.read_bytes(), self.place.files()), (third, {"a": b"version 3"}))
 
         session = self.session()
-        self.server.content[URL] = second
+        self.server.content[MANIFEST] = second
         for request, connect in (("verify", VERIFY), ("repair", REPAIR)):
             self.assertEqual(summary(session.ask(request)),
                              [connect, "Impossible de lire le manifeste de patch.", "offline", False])
         back = self.publish("--live", "2")
         self.assertEqual(self.update()[-1], True)
         self.assertEqual((record.read_bytes(), self.place.files()), (back, {"a": b"version 2"}))
-        record.write_bytes(self.changed(back, b'"sequence":4', b'"sequence":9'))
+        record.write_bytes(back.replace(b'"sequence":4', b'"sequence":9'))
         self.assertEqual(self.update()[-1], True, "only what is signed counts")

@@ -1,5 +1,4 @@
 """The same runs with the Windows program under Wine, and what only Windows does. Wine is slow: a share of each."""
-import subprocess
 import threading
 
 import launcher
@@ -10,34 +9,17 @@ import test_self_update
 import test_server
 import test_update
 from launcher import summary
-from scenario import READY, UP_TO_DATE, ScenarioTest, failed
+from scenario import DELETE, READ, WRITE, READY, UP_TO_DATE, ScenarioTest, failed
 
 
-class WindowsUpdateTest(ScenarioTest):
-    pass
-
-
-SHARED = {
-    test_update.UpdateTest: (
-        "fresh_install_then_nothing_to_do_then_a_lost_record", "archives_are_taken_when_cheaper",
-        "failed_archives_fall_back_to_single_files", "transfers_that_fail_and_recover",
-        "a_file_that_cannot_be_fetched_ends_the_run", "a_server_out_of_reach"),
-    test_server.ServerTest: ("archive_entries_that_leave_or_lead_elsewhere",)}
-for case, tests in SHARED.items():
-    for test in tests:
-        setattr(WindowsUpdateTest, "test_" + test, getattr(case, "test_" + test))
+class WindowsUpdateTest(test_update.UpdateTest):
+    test_archive_entries = test_server.ServerTest.test_archive_entries_that_leave_or_lead_elsewhere
+    test_a_run_whose_reader_goes_away_is_finished = None
+    test_another_spelling_of_a_changed_file_is_not_recorded = None
+    test_play_starts_the_client_with_its_token = None
 
 
 class FilesInUseTest(ScenarioTest):
-    def hold(self, *arguments, program=None):
-        """A Windows process that has reported that it runs, and that holds the file it is given."""
-        process = subprocess.Popen(["wine", str(program or launcher.beside_program("hold_file")), *map(str, arguments)],
-                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.communicate)
-        self.assertEqual(process.stdout.readline(), b"holding\n")
-        return process
-
     def change(self, path, old, new, **others):
         """Installs the first version and publishes the next one."""
         self.put({path: old, **others})
@@ -47,7 +29,7 @@ class FilesInUseTest(ScenarioTest):
     def test_a_running_program_is_moved_aside(self):
         holder = launcher.beside_program("hold_file").read_bytes()
         self.change("sub/game.exe", holder, b"the next version")
-        process = self.hold(program=self.place / "sub" / "game.exe")
+        process = self.hold_file(program=self.place / "sub" / "game.exe")
         self.assert_ends(READY)
         self.assert_files(self.place, {"sub/game.exe": b"the next version", "sub/game.exe.old": holder})
         process.communicate()
@@ -58,7 +40,7 @@ class FilesInUseTest(ScenarioTest):
                 "Impossible de mettre a jour patch_manifest.json, aucun fichier modifie.", False])):
             with self.subTest(path=path):
                 self.change("held.dat", b"old", b"the next version", a=b"1")
-                process = self.hold(self.place / path)
+                process = self.hold_file(self.place / path)
                 self.assert_ends(end)
                 self.assert_files(self.place, {"held.dat": b"old", "a": b"1"})
                 process.communicate()
@@ -68,7 +50,7 @@ class FilesInUseTest(ScenarioTest):
 
     def test_a_file_that_a_scanner_holds_is_waited_for(self):
         self.change("held.dat", b"old", b"new")
-        scanner = self.hold(self.place / "held.dat")
+        scanner = self.hold_file(self.place / "held.dat")
         session = self.session(wait=False)
         session.until("versions")
         # Longer than three attempts without patience take.
@@ -79,15 +61,15 @@ class FilesInUseTest(ScenarioTest):
 
     def test_a_file_that_can_only_be_overwritten_is(self):
         self.change("held.dat", b"old and longer", b"the next")
-        self.hold(self.place / "held.dat", "rw")
+        self.hold_file(self.place / "held.dat", READ | WRITE)
         self.assert_ends(READY)
         self.assert_files(self.place, {"held.dat": b"the next"})
 
     def test_settings_in_use_are_saved_unless_the_holder_refuses_writing(self):
-        for sharing, saves in (("", False), ("rd", False), ("rw", True)):
+        for sharing, saves in ((0, False), (READ | DELETE, False), (READ | WRITE, True)):
             with self.subTest(sharing=sharing):
                 self.place.write("ostu.ini", b"mine 1\nvsync 0")
-                process = self.hold(self.place / "ostu.ini", sharing)
+                process = self.hold_file(self.place / "ostu.ini", sharing)
                 self.assertIn({"type": "optionsSaved", "ok": saves}, self.place.run(test_options.save(vsync=1)))
                 process.communicate()
                 text = b"mine 1\r\nvsync 1\r\n" if saves else b"mine 1\nvsync 0"

@@ -1,24 +1,33 @@
-"""The right to mount, which some tests need: root's, or that of a user namespace. An ordinary container has neither;
-there these tests are skipped, unless PATCHER_EVERY_TEST is set, as in .ci/run."""
+"""The right to mount, which some tests need: root's, or for small disks that of a user namespace. An ordinary container
+has neither; there these tests are skipped, unless PATCHER_EVERY_TEST is set, as in .ci/run."""
 import os
+import pathlib
 import subprocess
 import sys
+import tempfile
 
-EVERY_TEST = "PATCHER_EVERY_TEST" in os.environ
-
-
-def _can(*command):
-    return subprocess.run([*command, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0
+RIGHT = "PATCHER_TEST_MOUNTS"  # in the environment of a script with mounts of its own: root or user
 
 
 def acquire():
-    """Starts this script again as the root of a user namespace if that is what it takes."""
-    namespace = ("unshare", "--map-root-user", "--mount")
-    if not _can("unshare", "--mount") and (_can(*namespace) or EVERY_TEST):
-        os.execvp(namespace[0], [*namespace, sys.executable, *sys.argv])
+    """Starts this script again with mounts of its own, which end with it, if the system allows it."""
+    if RIGHT in os.environ:
+        return
+    for right, namespace in (("root", ["unshare", "--mount"]), ("user", ["unshare", "--map-root-user", "--mount"])):
+        if subprocess.run([*namespace, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0:
+            os.execvpe(namespace[0], [*namespace, sys.executable, *sys.argv], {**os.environ, RIGHT: right})
 
 
-def require(test):
+def require(test, *rights):
     """Skips a test that is about to mount and cannot."""
-    if not EVERY_TEST and not _can("unshare", "--mount"):
-        test.skipTest("no right to mount here")
+    if os.environ.get(RIGHT) not in rights:
+        (test.fail if "PATCHER_EVERY_TEST" in os.environ else test.skipTest)("no right to mount here")
+
+
+def memory_disk(test, size):
+    """The folder of a file system in memory, which ends with the test."""
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="patcher-disk-"))
+    test.addCleanup(folder.rmdir)
+    subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}", "tmpfs", folder], check=True)
+    test.addCleanup(subprocess.run, ["umount", "--recursive", folder], check=True)
+    return folder

@@ -5,9 +5,8 @@ import subprocess
 import launcher
 from display import NAVY, SCREEN
 from fixture import WindowTest
-from game import Game
+from game import MANIFEST, Game
 from launcher import LIMIT, wait_until
-from scenario import MANIFEST
 
 # Places on the page at its start, from the window's left and top, or from its right and bottom.
 DRAG_ZONE = (500, 30)

@@ -4,8 +4,8 @@ import shutil
 
 import fixture
 from display import HOME, NAVY, SCREEN
+from game import MANIFEST
 from launcher import beside_program, setting, wait_until
-from scenario import MANIFEST
 from stand_in import ROOT, WindowsLauncher
 
 LOADER = "WebView2Loader.dll"

@@ -1,24 +1,22 @@
-"""One operation of the launcher on a disk that loses its power, and what is found afterwards."""
+"""Cuts the power of disks while the launcher works on them: one operation for each disk, and what is found afterwards."""
 import contextlib
-import json
-import os
 import random
 import re
-import signal
-import subprocess
+import sys
 import time
+import unittest
 
-import disk
 import launcher
+import mounts
+import power_disk
+import test_kills
 from fault_server import FaultServer
-from game import Game, digest
-from launcher import Installation, Session, messages, summary
+from game import MANIFEST, Game, digest
+from launcher import Installation, Session, summary
 from test_kills import Life
 from test_self_update import NEW, OLD, URL
 
 FILES, ARCHIVES, DAMAGED = 150, 4, 60
-MANIFEST = "/patch/version.json"
-DEFAULT_CONFIGURATION = re.compile(rb"BaseUrl=\S+\r\nConnections=4\r\n")
 SETTINGS, FIRST_LIMIT = b"mine 1\r\n" * 40000 + b"fpslimit %d\r\n", 100
 RUN = ("after_messages", "after_messages", "at_a_save", "at_a_save", "after_ready")
 # For each operation: the moments at which it may lose its power, how many files, archives or lines of hashing its
@@ -39,20 +37,12 @@ OPERATIONS = {
 AHEAD = {"nothing": None, "journal": 0, "journal and document": 1, "journal and half a document": 0.5}
 
 
-def recorded(text):
-    """The files that a record names, read more generously than the launcher does."""
-    try:
-        record, _ = json.JSONDecoder(strict=False).raw_decode(text.decode(errors="surrogateescape"))
-        return {entry["path"]: entry["sha256"] for entry in record["files"]}
-    except (ValueError, LookupError, TypeError):
-        return {}
-
-
 class PowerCut(Life):
-    def __init__(self, seed, blanks):
+    def __init__(self, seed, folder):
         rng = random.Random(seed)
-        self.disk = disk.Disk(blanks[seed % len(blanks)])
-        self.operation = list(OPERATIONS)[seed // len(blanks) % len(OPERATIONS)]
+        self.kind = list(power_disk.MAKE)[seed % 2]
+        self.disk = power_disk.Disk(folder, self.kind)
+        self.operation = list(OPERATIONS)[seed // 2 % len(OPERATIONS)]
         game = Game(seed, FILES, archives=ARCHIVES if self.operation == "archives" else 0)
         server = FaultServer()
         super().__init__(rng, Installation(server, parent=self.disk.root), game, server)
@@ -60,22 +50,15 @@ class PowerCut(Life):
         self.moment = getattr(self, rng.choice(moments))
         self.ahead = rng.choice(list(AHEAD))
         self.document = self.place / ({"settings": "ostu.ini", "first start": "patcher.ini"}.get(self.operation, self.record))
-        self.configuration = (self.place / "patcher.ini").read_bytes()
+        self.configuration = re.escape((self.place / "patcher.ini").read_bytes())
         self.launchers = [launcher.PROGRAM.read_bytes()]
         self.limit = FIRST_LIMIT
         self.damaged = {}
         self.session = None
-        self.faults = []
 
-    def end_launchers(self):
+    def close(self):
         if self.session:
             self.session.kill()
-        for number in self.place.running():
-            with contextlib.suppress(ProcessLookupError):
-                os.kill(number, signal.SIGKILL)
-
-    def remove(self):
-        self.end_launchers()
         self.server.close()
         self.disk.remove()
 
@@ -87,37 +70,29 @@ class PowerCut(Life):
         self.place.write("ostu.ini", SETTINGS % self.limit)
         record = self.game.publish(self.server)
         if updates or operation in ("repair", "settings"):
-            self.install_files()
+            self.place.put(self.game.files)
             self.record.write_bytes(record)
         if operation == "repair":
-            self.damage_files()
+            self.damaged = {path: self.rng.choice((None, b"damaged " + self.game.files[path][8:]))
+                            for path in self.rng.sample(sorted(self.game.files), DAMAGED)}
+            self.place.put(self.damaged)
         elif operation == "first start":
             self.document.unlink()
+            self.configuration = rb"gone|BaseUrl=\S+\r\nConnections=4\r\n"
         elif operation == "self-update":
             self.launchers.append(launcher.beside_program("patcher-stdio-next").read_bytes())
             self.server.content[URL] = self.launchers[1]
             self.game.publish(self.server, patcherVersion=1 << 30, patcherUrl=URL.removeprefix("/patch/"))
         self.disk.remount()  # which flushes all this
-        self.old = dict(self.game.files), record
+        self.old = dict(self.game.files), dict(self.server.content)
         if updates:
             self.game.next_version()
             self.game.publish(self.server)
         elif operation == "files found good":
-            self.install_files()
-
-    def install_files(self):
-        for path, data in self.game.files.items():
-            self.place.write(path, data)
-
-    def damage_files(self):
-        for path in self.rng.sample(sorted(self.game.files), DAMAGED):
-            self.damaged[path] = self.rng.choice((None, b"damaged " + self.game.files[path][8:]))
-            (self.place / path).unlink()
-            if self.damaged[path]:
-                self.place.write(path, self.damaged[path])
+            self.place.put(self.game.files)
 
     def cut(self):
-        """Starts the operation and cuts the power at the moment. Returns a name for the moment."""
+        """Starts the operation and cuts the power at the moment."""
         self.session = Session(self.place, wait=self.operation in ("repair", "settings"))
         self.process = self.session.process
         if self.operation == "repair":
@@ -125,17 +100,15 @@ class PowerCut(Life):
         if self.operation != "settings":
             self.process.stdin.close()
         self.moment(self.record_state())
-        over = self.operation != "self-update" and self.process.poll() is not None
         share = AHEAD[self.ahead]
         if share is not None:
             with contextlib.suppress(FileNotFoundError):
-                disk.flush_pages(self.document, self.rng, share)
+                power_disk.flush_pages(self.document, self.rng, share)
             self.disk.flush_journal()
         self.disk.cut_power()
-        self.end_launchers()
-        self.session, self.server.faults = None, {}
+        self.session.kill()
+        self.server.faults = {}
         self.disk.remount()
-        return "after ready" if over else self.moment.__name__.replace("_", " ")
 
     # Moments
 
@@ -173,56 +146,42 @@ class PowerCut(Life):
 
     # What the cut left, and the start after it
 
-    def expect(self, condition, fault):
-        if not condition:
-            self.faults.append(fault)
-
     def check(self):
         self.check_record()
         self.check_launcher()
         self.check_settings()
-        configuration = (self.place / "patcher.ini")
-        if self.operation != "first start":
-            self.expect(configuration.read_bytes() == self.configuration, "patcher.ini has changed")
-        elif configuration.exists():
-            self.expect(DEFAULT_CONFIGURATION.fullmatch(configuration.read_bytes()), "patcher.ini is not whole")
+        configuration = self.place.files(left_out=()).get("patcher.ini", b"gone")
+        assert re.fullmatch(self.configuration, configuration), configuration
         self.place.set_server(self.server.url())
         if self.operation == "withdrawn update":
-            self.game.files, self.server.content[MANIFEST] = self.old
+            self.game.files, self.server.content = self.old
         self.check_next_start()
 
     def check_record(self):
-        """Returns what the record names. What the test has damaged may still be as it was left."""
-        found = self.place.files()
-        promised = recorded(self.record.read_bytes()) if self.record.exists() else {}
-        wrong = [path for path, wanted in promised.items() if digest(found.get(path, b"gone")) != wanted and
-                 (path not in self.damaged or found.get(path) not in (None, self.damaged[path]))]
-        self.expect(not wrong, f"{len(wrong)} of {len(promised)} files that the record names are wrong")
-        return promised
+        wrong = self.place.wrongly_recorded(self.damaged)
+        assert not wrong, f"{len(wrong)} files that the record names are wrong"
 
     def check_launcher(self):
         program, old, new = self.place.program, (self.place / OLD), (self.place / NEW)
         if not program.exists() and old.exists() and new.exists():
             # Between the two moves of the swap: the player starts the old one.
-            self.expect(new.read_bytes() == self.launchers[-1], "Patcher.new.exe is not whole")
+            assert new.read_bytes() == self.launchers[-1], "Patcher.new.exe is not whole"
             self.place.program = program = old
-        if not program.exists() or program.read_bytes() not in self.launchers:
-            raise AssertionError("no launcher is left")
+        assert program.exists() and program.read_bytes() in self.launchers, "no launcher is left"
 
     def check_settings(self):
         saved = {SETTINGS % limit for limit in range(FIRST_LIMIT, self.limit + 1)}
-        self.expect((self.place / "ostu.ini").read_bytes() in saved, "the settings are neither old nor new")
+        assert (self.place / "ostu.ini").read_bytes() in saved, "the settings are neither old nor new"
 
     def check_next_start(self):
-        # Pipes, since they end only when a launcher that replaces this one has ended too.
-        done = subprocess.run(self.place.command(), stdin=subprocess.DEVNULL, capture_output=True, cwd="/",
-                              timeout=launcher.LIMIT, check=False)
-        self.expect((done.returncode, done.stderr) == (0, b""), f"exit code {done.returncode}: {done.stderr[-500:]}")
-        end, ready = summary(messages(done.stdout))[-2:]
-        self.expect(end in ("Pret a jouer.", "A jour.") and ready is True, f"the next start ended with '{end}', {ready}")
-        self.expect(self.place.program.read_bytes() == self.launchers[-1], "the launcher is not the newest")
-        self.expect(end == "A jour." or self.record.read_bytes() == self.server.content[MANIFEST], "a wrong record")
-        promised = self.check_record()
+        code, messages, words = self.place.run_to_end()
+        assert (code, words) == (0, ""), f"exit code {code}: {words[-500:]}"
+        end, ready = summary(messages)[-2:]
+        assert end in ("Pret a jouer.", "A jour.") and ready is True, f"the next start ended with '{end}', {ready}"
+        assert self.place.program.read_bytes() == self.launchers[-1], "the launcher is not the newest"
+        assert end == "A jour." or self.record.read_bytes() == self.server.content[MANIFEST], "a wrong record"
+        self.check_record()
+        promised = self.place.recorded()
         if self.damaged:
             session = Session(self.place)
             session.ask("repair")
@@ -230,5 +189,22 @@ class PowerCut(Life):
         found = self.place.files()
         wrong = [path for path, data in self.game.files.items()
                  if found.get(path) != data or promised.get(path) != digest(data)]
-        self.expect(not wrong, f"after '{end}' {len(wrong)} files are wrong or not recorded")
+        assert not wrong, f"after '{end}' {len(wrong)} files are wrong or not recorded"
         self.check_settings()
+
+
+class PowerTest(unittest.TestCase):
+    def setUp(self):
+        mounts.require(self, "root")
+        self.folder = mounts.memory_disk(self, "50%")  # there flushes wait for no real disk
+        self.addCleanup(sys.setswitchinterval, sys.getswitchinterval())
+        sys.setswitchinterval(0.0001)  # or the threads of the server would delay the cuts
+
+    def test_power_cuts(self):
+        for seed in range(test_kills.SEED, test_kills.SEED + test_kills.KILLS):
+            with contextlib.closing(PowerCut(seed, self.folder)) as cut:
+                moment = cut.moment.__name__
+                with self.subTest(seed=seed, disk=cut.kind, operation=cut.operation, moment=moment, ahead=cut.ahead):
+                    cut.prepare()
+                    cut.cut()
+                    cut.check()

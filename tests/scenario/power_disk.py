@@ -5,49 +5,29 @@ import os
 import pathlib
 import struct
 import subprocess
-import sys
 import tempfile
 
-import mounts
 from launcher import wait_until
 
 SIZE = 400 << 20  # mkfs.xfs takes 300 MiB at least
 MAKE = {"ext4": ["mkfs.ext4", "-q", "-F"], "xfs": ["mkfs.xfs", "-q"]}
 SHUTDOWN, FLUSH_NOTHING = 0x8004587D, struct.pack("I", 2)  # FS_IOC_SHUTDOWN, as `xfs_io -x -c shutdown` calls it
-CLONE_NEWNS = 0x20000
-libc = ctypes.CDLL(None, use_errno=True)
+libc = ctypes.CDLL(None)
 
 
 def run(*command):
-    done = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False)
-    if done.returncode != 0:
-        sys.exit(f"power: {command[0]} failed; needed are root, loop devices, ext4 and XFS: {done.stderr.decode()}")
-
-
-def hide_mounts():
-    """Gives this process mounts of its own. They and their loop devices end with it, however it ends."""
-    if libc.unshare(CLONE_NEWNS) != 0:
-        print(f"not run: power cuts, without the right to mount: {os.strerror(ctypes.get_errno())}")
-        sys.exit(1 if mounts.EVERY_TEST else 77)
-    run("mount", "--make-rprivate", "/")
-
-
-def make_blank(folder, kind):
-    """An image of an empty file system."""
-    image = folder / f"{kind}.img"
-    image.touch()
-    os.truncate(image, SIZE)
-    run(*MAKE[kind], image)
-    return image
+    subprocess.run(command, stdout=subprocess.DEVNULL, check=True)
 
 
 class Disk:
-    """A copy of a blank image, mounted at `root`."""
+    """A new file system in a file below the folder, mounted at `root`."""
 
-    def __init__(self, blank):
-        self.root = pathlib.Path(tempfile.mkdtemp(prefix="disk-", dir=blank.parent))
+    def __init__(self, folder, kind):
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="disk-", dir=folder))
         self.image = self.root.with_suffix(".img")
-        run("cp", "--sparse=always", blank, self.image)
+        self.image.touch()
+        os.truncate(self.image, SIZE)
+        run(*MAKE[kind], self.image)
         self.mount()
 
     def mount(self):
