@@ -65,6 +65,7 @@ journey("every page has its words, and every setting its default", {}, async (la
   assert.deepEqual(await state(), ["Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.", "dirty"]);
   await launcher.send({ type: "optionsSaved", ok: true }, optionsMessage());
   assert.deepEqual(await state(), ["Reglages enregistres.", "saved"]);
+  assert.match(await launcher.text("log-list"), /\dReglages graphiques enregistres \(ostu\.ini\)\.$/);
 });
 
 journey("settings are worked by the keyboard, and only what was changed differs", { reducedMotion: "no-preference" }, async (launcher) => {
@@ -83,8 +84,8 @@ journey("settings are worked by the keyboard, and only what was changed differs"
   await row("Ombres").getByRole("radio", { name: "Elevees" }).click();
   for (const key of ["ArrowLeft", "ArrowRight", "ArrowDown"]) await page.keyboard.press(key);
   await row("Images par seconde").getByRole("combobox").selectOption("144");
-  await row("Resolution").getByRole("combobox").selectOption("800 x 600");
   assert.equal(await launcher.text("opt-state"), "Modifications non enregistrees.");
+  await row("Resolution").getByRole("combobox").selectOption("800 x 600");
   await page.click("#opt-apply");
   assert.deepEqual((await launcher.requests()).at(-1).values, { ...optionsMessage().values, shadowbias: 0.0032, fxaa: 0, shadow: 1, fpsLimit: 144,
     resWidth: 800, resHeight: 600 });

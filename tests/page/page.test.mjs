@@ -40,9 +40,13 @@ journey("progress and states are shown as the host sends them, and the buttons w
 journey("nothing that a server sends becomes markup, and the page's policy keeps scripts and the network out", {}, async (launcher) => {
   const { page } = launcher;
   const item = { date: markup, tag: markup, title: markup, summary: markup, url: "https://tolmira.example/" };
-  await launcher.send(status(markup), progress(1, { currentFile: markup }), newsMessage([item]), { ...verdict, samples: [markup] });
+  await launcher.select("Reparation");
+  await page.click("#check-run");
+  await launcher.send(status(markup), { ...verdict, done: false, samples: [markup] }, progress(1, { currentFile: markup }), newsMessage([item]));
   assert.match(await page.locator("#log-list .entry").last().textContent(), /<b>gras<\/b>$/);
-  for (const id of ["status-text", "file-name"]) assert.equal(await launcher.text(id), markup);
+  for (const id of ["status-text", "file-name", "check-file"]) {
+    assert.deepEqual([await launcher.text(id), await page.getAttribute("#" + id, "title")], [markup, markup]);
+  }
   const texts = await page.locator("#check-samples li, .news-date, .tag, .news-title, .news-summary").allTextContents();
   assert.deepEqual(texts, [markup, markup.toLowerCase(), markup, markup, markup, "... et 4 autre(s)."]);
   await launcher.send({ type: "check", mode: "verify", done: true, error: markup }, newsMessage("<i>"));
@@ -256,7 +260,7 @@ journey("news load, fail, come unreadable, as none and as a list, which is kept"
     ["tag correctif:correctif", "tag:inconnu"]);
   assert.deepEqual([await page.locator(".clickable").count(), await page.locator(".news-summary, h3:empty").count()], [1, 0]);
   await page.locator(".clickable").click();
-  for (const key of ["Tab", "Shift+Tab", "Enter"]) await page.locator(".clickable").press(key);
+  for (const key of ["x", "Enter", "Enter"]) await page.keyboard.down(key);
   await page.click("#news-open-site");
   const requests = await launcher.requests();
   assert.deepEqual(requests.map((request) => request.action), ["getNews", "getNews", "getNews", "openUrl", "openUrl", "openUrl"]);

@@ -652,7 +652,7 @@ class LiveServer(PublishTest):
                     time.sleep(0.01)
                 self.check(*findings, place=f"https://localhost:{secure}", SSL_CERT_FILE=str(trust))
                 self.check("version.json: no response: SSL", place=f"https://localhost:{secure}")
-                self.check("the status is 403", place=f"http://localhost:{plain}")
+                self.check("plain http", "the status is 403", place=f"http://0.0.0.0:{plain}")
                 server.terminate()
 
 class Deaths(PublishTest):
