@@ -30,6 +30,7 @@ journey("progress and states are shown as the host sends them, and the buttons w
     assert.deepEqual([await page.getByRole("button", { name: maximized ? "Restaurer" : "Agrandir" }).getAttribute("title"), glyph], maximized ?
       ["Restaurer", '"0.65""2.65""7.7""7.7""M3.0 2.0 V0.65 H10.35 V8.0 H9.0"'] : ["Agrandir", '"0.65""0.65""9.7""9.7"""']);
   }
+  assert.equal(await page.evaluate(() => window.dispatchEvent(new Event("drop", { cancelable: true }))), false);
   for (const button of ["right", "middle"]) await page.locator("#drag-zone").click({ button });
   await page.locator("#drag-zone").dblclick();
   for (const id of ["win-min", "win-max", "win-close", "btn-play"]) await page.click("#" + id);

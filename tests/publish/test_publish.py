@@ -3,7 +3,6 @@
 import contextlib
 import hashlib
 import http.server
-import itertools
 import json
 import os
 import pathlib
@@ -267,7 +266,6 @@ class Versions(PublishTest):
         self.publish(4, "--hold", "--prune", "--keep", 1)
         self.assertIn("it has 4, 3, 2", self.command("--live", 1, code=1).stderr)
         self.assertIn("version 3 is live: launcher build 27", self.command("--live", 3).stdout)
-        self.assertIn("live already", self.command("--live", 3).stdout)
         self.check()
         self.damage(self.content(b"version 2"))
         self.check("version 2, file changing.txt")
@@ -402,7 +400,6 @@ class Versions(PublishTest):
 
         expected = forecast(*publish, "--dry-run")
         first = self.report(*publish)
-        self.assertGreater(expected["downloads"][0]["bytes"], first["downloads"][0]["bytes"])
         self.assertAlmostEqual(expected["upload"]["manifestBytes"], first["manifestBytes"], delta=5)
         (self.client / "f0.dat").unlink()
         self.write("f3.dat", b"changed" * 5)
@@ -607,7 +604,7 @@ class LiveServer(PublishTest):
         self.make_game(12)
         self.publish(1, "--launcher", make_launcher(self.root / "a.exe"))
         file = self.content(b"program").name
-        endless = itertools.repeat(bytes(1 << 20))
+        endless = iter(lambda: bytes(1 << 20), None)
         closing = {"Cache-Control": "public, immutable, max-age=86400"}
         cases = [
             ("none", None, []),
@@ -620,6 +617,7 @@ class LiveServer(PublishTest):
             ("version.json", lambda h, b: (200, closing, endless), ["more than 100663296", "neither its", '"no-store"']),
             ("version.json", lambda h, b: (200, {**h, "Age": 60}, [b]), ["comes from a cache"]),
             ("1.json", lambda h, b: (200, h, [b]), ["history/1.json: it is served"]),
+            ("", lambda h, b: (404 if b == b"nothing" else 200, {**h, "Cache-Control": "no-store"}, [b]), ["others alike"]),
             (file, lambda h, b: (200, {**h, "Content-Length": 9}, [b]), [file + ": it announces 9 bytes instead of 7"]),
         ] + [(file, lambda h, b, v=value: (200, {**h, "Cache-Control": v}, [b]), [f'its Cache-Control is "{shown or value}"'])
              for value, shown in [("public, max-age=86399, immutable", ""), ("no-cache, public, max-age=86400, immutable", ""),
