@@ -645,13 +645,14 @@ class LiveServer(PublishTest):
         moved = text.replace("/archives/ {", "/archives/ { return 302 http://localhost/;")
         for content, findings in [(text, []), (moved, ["launchers never go from https to http"])]:
             config.write_text(content)
-            with subprocess.Popen(["/usr/sbin/nginx", "-e", self.root / "errors", "-c", config]) as server:
+            command = ["/usr/sbin/nginx", "-e", self.root / "errors", "-c", config]
+            with subprocess.Popen(command) as server, contextlib.ExitStack() as stop:
+                stop.callback(server.terminate)
                 while server.poll() is None and not (self.root / "pid").exists():
                     time.sleep(0.01)
                 self.check(*findings, place=f"https://localhost:{secure}", SSL_CERT_FILE=str(trust))
                 self.check("version.json: no response: SSL", place=f"https://localhost:{secure}")
                 self.check("plain http", "the status is 403", place=f"http://0.0.0.0:{plain}")
-                server.terminate()
 
 class Deaths(PublishTest):
     def test_the_old_version_stays_until_the_new_one_is_whole(self):
