@@ -1,4 +1,4 @@
-// What the page says, as tables, and its settings.
+// The page's words and its settings.
 import assert from "node:assert/strict";
 import { journey } from "./support/launcher_page.mjs";
 import { optionsMessage } from "./support/sample_messages.mjs";
@@ -68,7 +68,7 @@ journey("every page has its words, and every setting its default", {}, async (la
   assert.match(await launcher.text("log-list"), /\dReglages graphiques enregistres \(ostu\.ini\)\.$/);
 });
 
-journey("settings are worked by the keyboard, and only what was changed differs", { reducedMotion: "no-preference" }, async (launcher) => {
+journey("the keyboard works the settings, and only what was changed differs", { reducedMotion: "no-preference" }, async (launcher) => {
   const { page } = launcher;
   const focused = () => page.evaluate(() => document.activeElement.textContent);
   for (const [tab, key] of [["Nouveautes", "Tab"], ["Assistance", "Tab"], ["Parametres", "Shift+Tab"]]) {

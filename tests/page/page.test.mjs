@@ -1,4 +1,4 @@
-// The page by itself, driven by messages as the host sends them.
+// The page by itself, with messages as the host sends them.
 import assert from "node:assert/strict";
 import { journey, read } from "./support/launcher_page.mjs";
 import { newsMessage, optionsMessage, progress, status, verdict } from "./support/sample_messages.mjs";
@@ -152,7 +152,7 @@ journey("everything fits and nothing jumps in windows of all sizes", {}, async (
   assert.equal(await page.locator("#opt-body").evaluate((node) => node.scrollTop), 900);
 });
 
-journey("everything has its one name and its place, and only words are announced", {}, async (launcher) => {
+journey("every control has a name, headings are in order, and only words are announced", {}, async (launcher) => {
   const { page } = launcher;
   await launcher.send(...huge);
   const session = await launcher.context.newCDPSession(page);
@@ -177,7 +177,7 @@ journey("everything has its one name and its place, and only words are announced
   assert.equal(await page.locator("#logo").evaluate((logo) => getComputedStyle(logo).opacity), "0");
 });
 
-journey("a refused request leaves the page as it was, a failed one its verdict and its offer", {}, async (launcher) => {
+journey("a refused request changes nothing, and a failed one keeps the verdict and the offered repair", {}, async (launcher) => {
   const { page } = launcher;
   const refusal = /kRefusal\[\] = "(.+)";/.exec(read("Patcher/control/dispatch.cpp"))[1];
   await launcher.select("Reparation");
@@ -225,7 +225,7 @@ journey("a refused request leaves the page as it was, a failed one its verdict a
 });
 
 // A time zone behind UTC, where a date read as midnight UTC would be the day before.
-journey("news load, fail, come unreadable, as none and as a list, which is kept", { timezoneId: "America/New_York" }, async (launcher) => {
+journey("news that fail, cannot be read, are none and are a list, which is kept", { timezoneId: "America/New_York" }, async (launcher) => {
   const { page } = launcher;
   const openAgain = async () => {
     await launcher.select("Accueil");
