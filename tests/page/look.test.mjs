@@ -80,7 +80,7 @@ journey("the keyboard works the settings, and only what was changed differs", { 
   await launcher.send(optionsMessage());
   const row = (label) => page.locator(".opt-row", { has: page.getByText(label, { exact: true }) });
   await row("Decalage des ombres").locator("input").press("ArrowRight");
-  await row("Anticrenelage").getByRole("switch").press("Space");
+  await row("Anticrenelage").getByRole("switch", { checked: true }).press("Space");
   await row("Ombres").getByRole("radio", { name: "Elevees" }).click();
   for (const key of ["ArrowLeft", "ArrowRight", "ArrowDown"]) await page.keyboard.press(key);
   await row("Images par seconde").getByRole("combobox").selectOption("144");

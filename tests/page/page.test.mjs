@@ -217,6 +217,7 @@ journey("a refused request changes nothing, and a failed one keeps the verdict a
   await launcher.send({ type: "ready", canPlay: false });
   await shows("Reparation terminee.", "Fichiers remis en place. Relance une verification pour confirmer.", ["VERIFIER LES FICHIERS"]);
   await page.click("#check-run");
+  assert.equal(await launcher.text("tally-missing"), "-");
   await launcher.send({ ...verdict, ok: 18231, missing: 0, corrupt: 0, bytes: 0, samples: [] }, progress(55));
   await shows("Installation intacte.", "18231 fichier(s) controle(s), aucun probleme.", ["VERIFIER LES FICHIERS"]);
   assert.deepEqual(await launcher.texts("check-percent", "tally-ok", "tally-missing", "tally-corrupt"), ["100%", "18231", "0", "0"]);
