@@ -476,10 +476,10 @@ class Refusals(PublishTest):
         stray = ["data/old.old", ".git/config", "data/.DS_Store", "data/THUMBS.DB"]
         excluded = ["data/deep/x.pdb", "tmp/x", "data/a1.log", "notes/b", "sound/x.wav", "sound/deep/x.wav"]
         kept = ["Tolmira.exe", "a" * 201, "b" * 200, "data/a/.log", "data/a12.log", "data/notes/b", "data/ostu.ini.txt", "data/tmp",
-                "x.pdb.txt", "\u00e9"]
+                "no/s", "x.pdb.txt", "\u00e9"]
         for name in own + stray + excluded + kept:
             self.write(name, b"")
-        self.write(".publishignore", b"\xef\xbb\xbf# notes\r\n/notes \r\n\r\n*.PDB\r\nnothing*\r\nsound/**.wav\r\n")
+        self.write(".publishignore", b"\xef\xbb\xbf/no*s \r\n# notes\r\n\r\n*.PDB\r\nnothing*\r\nsound/**.wav\r\n")
         text = self.publish(1, "--exclude", "tmp/", "--exclude", "data\\a?.log").stderr
         self.assertEqual([f["path"] for f in self.manifest()["files"]], kept)
         for name in own[:-2] + stray[2:] + [".publishignore: nothing* matches nothing", "--exclude tmp/", "\n  .git\n",
