@@ -617,7 +617,7 @@ class LiveServer(PublishTest):
             ("version.json", lambda h, b: (200, closing, endless), ["more than 100663296", "neither its", '"no-store"']),
             ("version.json", lambda h, b: (200, {**h, "Age": 60}, [b]), ["comes from a cache"]),
             ("1.json", lambda h, b: (200, h, [b]), ["history/1.json: it is served"]),
-            ("", lambda h, b: (404 if b == b"nothing" else 200, {**h, "Cache-Control": "no-store"}, [b]), ["others alike"]),
+            ("", lambda h, b: (404 if b == b"nothing" else 200, {**h, "Cache-Control": "no-store"}, [b]), [" others "]),
             (file, lambda h, b: (200, {**h, "Content-Length": 9}, [b]), [file + ": it announces 9 bytes instead of 7"]),
         ] + [(file, lambda h, b, v=value: (200, {**h, "Cache-Control": v}, [b]), [f'its Cache-Control is "{shown or value}"'])
              for value, shown in [("public, max-age=86399, immutable", ""), ("no-cache, public, max-age=86400, immutable", ""),
