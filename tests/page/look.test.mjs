@@ -1,4 +1,4 @@
-// What the page says, as tables, and its settings.
+// The page's words and its settings.
 import assert from "node:assert/strict";
 import { journey } from "./support/launcher_page.mjs";
 import { optionsMessage } from "./support/sample_messages.mjs";
@@ -65,9 +65,10 @@ journey("every page has its words, and every setting its default", {}, async (la
   assert.deepEqual(await state(), ["Echec de l'enregistrement : ostu.ini n'a pas pu etre ecrit.", "dirty"]);
   await launcher.send({ type: "optionsSaved", ok: true }, optionsMessage());
   assert.deepEqual(await state(), ["Reglages enregistres.", "saved"]);
+  assert.match(await launcher.text("log-list"), /\dReglages graphiques enregistres \(ostu\.ini\)\.$/);
 });
 
-journey("settings are worked by the keyboard, and only what was changed differs", { reducedMotion: "no-preference" }, async (launcher) => {
+journey("the keyboard works the settings, and only what was changed differs", { reducedMotion: "no-preference" }, async (launcher) => {
   const { page } = launcher;
   const focused = () => page.evaluate(() => document.activeElement.textContent);
   for (const [tab, key] of [["Nouveautes", "Tab"], ["Assistance", "Tab"], ["Parametres", "Shift+Tab"]]) {
@@ -79,12 +80,12 @@ journey("settings are worked by the keyboard, and only what was changed differs"
   await launcher.send(optionsMessage());
   const row = (label) => page.locator(".opt-row", { has: page.getByText(label, { exact: true }) });
   await row("Decalage des ombres").locator("input").press("ArrowRight");
-  await row("Anticrenelage").getByRole("switch").press("Space");
+  await row("Anticrenelage").getByRole("switch", { checked: true }).press("Space");
   await row("Ombres").getByRole("radio", { name: "Elevees" }).click();
   for (const key of ["ArrowLeft", "ArrowRight", "ArrowDown"]) await page.keyboard.press(key);
   await row("Images par seconde").getByRole("combobox").selectOption("144");
-  await row("Resolution").getByRole("combobox").selectOption("800 x 600");
   assert.equal(await launcher.text("opt-state"), "Modifications non enregistrees.");
+  await row("Resolution").getByRole("combobox").selectOption("800 x 600");
   await page.click("#opt-apply");
   assert.deepEqual((await launcher.requests()).at(-1).values, { ...optionsMessage().values, shadowbias: 0.0032, fxaa: 0, shadow: 1, fpsLimit: 144,
     resWidth: 800, resHeight: 600 });

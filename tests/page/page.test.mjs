@@ -1,4 +1,4 @@
-// The page by itself, driven by messages as the host sends them.
+// The page by itself, with messages as the host sends them.
 import assert from "node:assert/strict";
 import { journey, read } from "./support/launcher_page.mjs";
 import { newsMessage, optionsMessage, progress, status, verdict } from "./support/sample_messages.mjs";
@@ -30,6 +30,7 @@ journey("progress and states are shown as the host sends them, and the buttons w
     assert.deepEqual([await page.getByRole("button", { name: maximized ? "Restaurer" : "Agrandir" }).getAttribute("title"), glyph], maximized ?
       ["Restaurer", '"0.65""2.65""7.7""7.7""M3.0 2.0 V0.65 H10.35 V8.0 H9.0"'] : ["Agrandir", '"0.65""0.65""9.7""9.7"""']);
   }
+  assert.equal(await page.evaluate(() => window.dispatchEvent(new Event("drop", { cancelable: true }))), false);
   for (const button of ["right", "middle"]) await page.locator("#drag-zone").click({ button });
   await page.locator("#drag-zone").dblclick();
   for (const id of ["win-min", "win-max", "win-close", "btn-play"]) await page.click("#" + id);
@@ -40,9 +41,13 @@ journey("progress and states are shown as the host sends them, and the buttons w
 journey("nothing that a server sends becomes markup, and the page's policy keeps scripts and the network out", {}, async (launcher) => {
   const { page } = launcher;
   const item = { date: markup, tag: markup, title: markup, summary: markup, url: "https://tolmira.example/" };
-  await launcher.send(status(markup), progress(1, { currentFile: markup }), newsMessage([item]), { ...verdict, samples: [markup] });
+  await launcher.select("Reparation");
+  await page.click("#check-run");
+  await launcher.send(status(markup), { ...verdict, done: false, samples: [markup] }, progress(1, { currentFile: markup }), newsMessage([item]));
   assert.match(await page.locator("#log-list .entry").last().textContent(), /<b>gras<\/b>$/);
-  for (const id of ["status-text", "file-name"]) assert.equal(await launcher.text(id), markup);
+  for (const id of ["status-text", "file-name", "check-file"]) {
+    assert.deepEqual([await launcher.text(id), await page.getAttribute("#" + id, "title")], [markup, markup]);
+  }
   const texts = await page.locator("#check-samples li, .news-date, .tag, .news-title, .news-summary").allTextContents();
   assert.deepEqual(texts, [markup, markup.toLowerCase(), markup, markup, markup, "... et 4 autre(s)."]);
   await launcher.send({ type: "check", mode: "verify", done: true, error: markup }, newsMessage("<i>"));
@@ -147,7 +152,7 @@ journey("everything fits and nothing jumps in windows of all sizes", {}, async (
   assert.equal(await page.locator("#opt-body").evaluate((node) => node.scrollTop), 900);
 });
 
-journey("everything has its one name and its place, and only words are announced", {}, async (launcher) => {
+journey("every control has a name, headings are in order, and only words are announced", {}, async (launcher) => {
   const { page } = launcher;
   await launcher.send(...huge);
   const session = await launcher.context.newCDPSession(page);
@@ -172,7 +177,7 @@ journey("everything has its one name and its place, and only words are announced
   assert.equal(await page.locator("#logo").evaluate((logo) => getComputedStyle(logo).opacity), "0");
 });
 
-journey("a refused request leaves the page as it was, a failed one its verdict and its offer", {}, async (launcher) => {
+journey("a refused request changes nothing, and a failed one keeps the verdict and the offered repair", {}, async (launcher) => {
   const { page } = launcher;
   const refusal = /kRefusal\[\] = "(.+)";/.exec(read("Patcher/control/dispatch.cpp"))[1];
   await launcher.select("Reparation");
@@ -212,6 +217,7 @@ journey("a refused request leaves the page as it was, a failed one its verdict a
   await launcher.send({ type: "ready", canPlay: false });
   await shows("Reparation terminee.", "Fichiers remis en place. Relance une verification pour confirmer.", ["VERIFIER LES FICHIERS"]);
   await page.click("#check-run");
+  assert.equal(await launcher.text("tally-missing"), "-");
   await launcher.send({ ...verdict, ok: 18231, missing: 0, corrupt: 0, bytes: 0, samples: [] }, progress(55));
   await shows("Installation intacte.", "18231 fichier(s) controle(s), aucun probleme.", ["VERIFIER LES FICHIERS"]);
   assert.deepEqual(await launcher.texts("check-percent", "tally-ok", "tally-missing", "tally-corrupt"), ["100%", "18231", "0", "0"]);
@@ -220,7 +226,7 @@ journey("a refused request leaves the page as it was, a failed one its verdict a
 });
 
 // A time zone behind UTC, where a date read as midnight UTC would be the day before.
-journey("news load, fail, come unreadable, as none and as a list, which is kept", { timezoneId: "America/New_York" }, async (launcher) => {
+journey("news that fail, cannot be read, are none and are a list, which is kept", { timezoneId: "America/New_York" }, async (launcher) => {
   const { page } = launcher;
   const openAgain = async () => {
     await launcher.select("Accueil");
@@ -256,7 +262,7 @@ journey("news load, fail, come unreadable, as none and as a list, which is kept"
     ["tag correctif:correctif", "tag:inconnu"]);
   assert.deepEqual([await page.locator(".clickable").count(), await page.locator(".news-summary, h3:empty").count()], [1, 0]);
   await page.locator(".clickable").click();
-  for (const key of ["Tab", "Shift+Tab", "Enter"]) await page.locator(".clickable").press(key);
+  for (const key of ["x", "Enter", "Enter"]) await page.keyboard.down(key);
   await page.click("#news-open-site");
   const requests = await launcher.requests();
   assert.deepEqual(requests.map((request) => request.action), ["getNews", "getNews", "getNews", "openUrl", "openUrl", "openUrl"]);

@@ -3,7 +3,6 @@
 import contextlib
 import hashlib
 import http.server
-import itertools
 import json
 import os
 import pathlib
@@ -267,7 +266,6 @@ class Versions(PublishTest):
         self.publish(4, "--hold", "--prune", "--keep", 1)
         self.assertIn("it has 4, 3, 2", self.command("--live", 1, code=1).stderr)
         self.assertIn("version 3 is live: launcher build 27", self.command("--live", 3).stdout)
-        self.assertIn("live already", self.command("--live", 3).stdout)
         self.check()
         self.damage(self.content(b"version 2"))
         self.check("version 2, file changing.txt")
@@ -402,7 +400,6 @@ class Versions(PublishTest):
 
         expected = forecast(*publish, "--dry-run")
         first = self.report(*publish)
-        self.assertGreater(expected["downloads"][0]["bytes"], first["downloads"][0]["bytes"])
         self.assertAlmostEqual(expected["upload"]["manifestBytes"], first["manifestBytes"], delta=5)
         (self.client / "f0.dat").unlink()
         self.write("f3.dat", b"changed" * 5)
@@ -479,10 +476,10 @@ class Refusals(PublishTest):
         stray = ["data/old.old", ".git/config", "data/.DS_Store", "data/THUMBS.DB"]
         excluded = ["data/deep/x.pdb", "tmp/x", "data/a1.log", "notes/b", "sound/x.wav", "sound/deep/x.wav"]
         kept = ["Tolmira.exe", "a" * 201, "b" * 200, "data/a/.log", "data/a12.log", "data/notes/b", "data/ostu.ini.txt", "data/tmp",
-                "x.pdb.txt", "\u00e9"]
+                "no/s", "x.pdb.txt", "\u00e9"]
         for name in own + stray + excluded + kept:
             self.write(name, b"")
-        self.write(".publishignore", b"\xef\xbb\xbf# notes\r\n/notes \r\n\r\n*.PDB\r\nnothing*\r\nsound/**.wav\r\n")
+        self.write(".publishignore", b"\xef\xbb\xbf/no*s \r\n# notes\r\n\r\n*.PDB\r\nnothing*\r\nsound/**.wav\r\n")
         text = self.publish(1, "--exclude", "tmp/", "--exclude", "data\\a?.log").stderr
         self.assertEqual([f["path"] for f in self.manifest()["files"]], kept)
         for name in own[:-2] + stray[2:] + [".publishignore: nothing* matches nothing", "--exclude tmp/", "\n  .git\n",
@@ -607,7 +604,7 @@ class LiveServer(PublishTest):
         self.make_game(12)
         self.publish(1, "--launcher", make_launcher(self.root / "a.exe"))
         file = self.content(b"program").name
-        endless = itertools.repeat(bytes(1 << 20))
+        endless = iter(lambda: bytes(1 << 20), None)
         closing = {"Cache-Control": "public, immutable, max-age=86400"}
         cases = [
             ("none", None, []),
@@ -620,6 +617,7 @@ class LiveServer(PublishTest):
             ("version.json", lambda h, b: (200, closing, endless), ["more than 100663296", "neither its", '"no-store"']),
             ("version.json", lambda h, b: (200, {**h, "Age": 60}, [b]), ["comes from a cache"]),
             ("1.json", lambda h, b: (200, h, [b]), ["history/1.json: it is served"]),
+            ("", lambda h, b: (404 if b == b"nothing" else 200, {**h, "Cache-Control": "no-store"}, [b]), [" others "]),
             (file, lambda h, b: (200, {**h, "Content-Length": 9}, [b]), [file + ": it announces 9 bytes instead of 7"]),
         ] + [(file, lambda h, b, v=value: (200, {**h, "Cache-Control": v}, [b]), [f'its Cache-Control is "{shown or value}"'])
              for value, shown in [("public, max-age=86399, immutable", ""), ("no-cache, public, max-age=86400, immutable", ""),
@@ -647,13 +645,14 @@ class LiveServer(PublishTest):
         moved = text.replace("/archives/ {", "/archives/ { return 302 http://localhost/;")
         for content, findings in [(text, []), (moved, ["launchers never go from https to http"])]:
             config.write_text(content)
-            with subprocess.Popen(["/usr/sbin/nginx", "-e", self.root / "errors", "-c", config]) as server:
+            command = ["/usr/sbin/nginx", "-e", self.root / "errors", "-c", config]
+            with subprocess.Popen(command) as server, contextlib.ExitStack() as stop:
+                stop.callback(server.terminate)
                 while server.poll() is None and not (self.root / "pid").exists():
                     time.sleep(0.01)
                 self.check(*findings, place=f"https://localhost:{secure}", SSL_CERT_FILE=str(trust))
                 self.check("version.json: no response: SSL", place=f"https://localhost:{secure}")
-                self.check("the status is 403", place=f"http://localhost:{plain}")
-                server.terminate()
+                self.check("plain http", "the status is 403", place=f"http://0.0.0.0:{plain}")
 
 class Deaths(PublishTest):
     def test_the_old_version_stays_until_the_new_one_is_whole(self):
