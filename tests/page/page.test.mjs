@@ -199,6 +199,7 @@ journey("a refused request changes nothing, and a failed one keeps the verdict a
   await launcher.send({ type: "ready", canPlay: true });
   await shows("Lecture des fichiers...", "Operation en cours...", []);
   await launcher.send({ ...verdict, bytes: 0 });
+  await shows("Controle termine.", "Clique sur Reparer pour les remettre en place - rien d'autre ne sera touche.", ["REPARER 5 FICHIER(S)"]);
   assert.equal(await page.locator("#check-samples .more").textContent(), "... et 2 autre(s).");
   for (const button of ["check-repair", "check-run"]) await refuse(button);
   await shows("Controle termine.", refusal, ["REPARER 5 FICHIER(S)"]);

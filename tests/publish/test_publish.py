@@ -486,6 +486,7 @@ class Refusals(PublishTest):
                                             "too long on Windows:\n  " + "a" * 201 + "\nnotice",
                                             "not ASCII: on Windows they depend on the player's code page:\n  \u00e9\n"]:
             self.assertIn(name, text)
+        self.assertEqual(text.count("matches nothing"), 1)
         self.write(".publishignore", b"!x")
         self.assertIn("not supported", self.publish(2, code=1).stderr)
 
