@@ -27,7 +27,7 @@ std::string EntryDigest(ArchiveReader& archive, std::uint32_t entry, FileHasher&
 
 std::vector<std::string> ArchiveFindings(const fs::path& archive,
                                          const std::vector<const PatchFile*>& expected, FileHasher& hasher) {
-  const std::vector<std::string> unreadable = {"is not a readable ZIP archive"};
+  std::vector<std::string> unreadable = {"is not a readable ZIP archive"};
   if (!ArchiveDirectoryIsSound(archive)) return unreadable;
   ArchiveReader reader(archive);
   if (!reader.IsOpen()) return unreadable;

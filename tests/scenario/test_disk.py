@@ -33,6 +33,11 @@ class DiskTest(ScenarioTest):
                 self.assert_ends(READY, place)
                 self.assert_files(place, files)
                 self.assertFalse([name for name in found if self.server.requests[f"/patch/f/{name}"]])
+                status = os.statvfs(place.root)
+                (place.root / "filler").write_bytes(bytes(status.f_bavail * status.f_bsize))
+                self.put({**files, "more": bytes(50000)})
+                self.assertIs(place.update()[-1], False)
+                self.assertEqual(set(place.recorded()), set(files), "a record that cannot be replaced stays")
 
     def test_things_in_the_way(self):
         packed = {"packed": b"a" * 5000, "too": b"b" * 5000}
@@ -44,12 +49,15 @@ class DiskTest(ScenarioTest):
         for name in ("new.part", "link"):
             (self.place / name).symlink_to(other / "mine")
         (self.place / "moved").symlink_to(other)
+        self.place.write("too", b"the player's")
+        os.link(self.place / "too", other / "backup")
         files = {"file": b"new", "new": b"1", "link": b"2", "moved/a": b"3", **packed}
         self.put(files, {"z": (archive(packed), list(packed))})
         self.assertEqual(self.update()[-1], True)
         self.place.write("patch_manifest.json.part", b"cut")
         self.assertEqual(self.update()[-1], True)
-        self.assertEqual([(other / name).read_bytes() for name in ("a", "mine")], [files.pop("moved/a"), b"the player's"])
+        self.assertEqual([(other / name).read_bytes() for name in ("a", "mine", "backup")],
+                         [files.pop("moved/a"), b"the player's", b"the player's"])
         kept = dict.fromkeys(("file.old/mine", "packed.old/mine", "sub/left.old"), b"kept")
         self.assert_files(self.place, {**files, **kept})
         self.assertTrue((self.place / "folder.old").is_dir())

@@ -57,7 +57,8 @@ class Life:
 
     def in_a_transfer(self, _):
         """In the middle of one body, which the server holds back from there on."""
-        path = "/patch/" + self.rng.choice(sorted(self.game.bundles) or sorted(f"f/{name}" for name in self.game.files))
+        game = self.game
+        path = "/patch/" + self.rng.choice(sorted(game.bundles) or sorted(f"{game.folder}/{name}" for name in game.files))
         size = len(self.server.content.get(path, b""))
         self.server.faults = {path: [("silent", self.rng.randint(0, size))]}
         silences = self.server.silences
@@ -77,7 +78,7 @@ class Life:
 
 class KillTest(ScenarioTest):
     def publish_next(self):
-        self.before = dict(self.game.files), dict(self.server.content)
+        self.before = dict(self.game.files), dict(self.server.content), self.game.folder
         self.game.next_version()
         self.game.publish(self.server)
 
@@ -87,7 +88,7 @@ class KillTest(ScenarioTest):
         archives = seed % 2 * 3
         self.server.content.clear()
         self.place = self.installation()
-        self.before = None  # the files and the server's content of the version before
+        self.before = None  # the files, the server's content and the folder of the version before
         self.game = Game(seed, 60, archives)
         self.game.publish(self.server)
         if rng.random() < 0.5:
@@ -101,7 +102,8 @@ class KillTest(ScenarioTest):
                 self.publish_next()
             elif self.before and not archives and rng.random() < 0.2:
                 # The files of a version that was cut short must not be taken for those of the one before.
-                self.game.files, self.server.content = map(dict, self.before)
+                files, content, self.game.folder = self.before
+                self.game.files, self.server.content = dict(files), dict(content)
             with self.nothing_is_fetched_twice():
                 kills += Life(rng, self.place, self.game, self.server).end()
             self.assertEqual(self.place.wrongly_recorded({}), [])
@@ -122,7 +124,7 @@ class KillTest(ScenarioTest):
         good = {name for name, data in self.game.files.items() if found.get(name) == data}
         self.server.requests = collections.Counter()
         yield
-        needless = {f"/patch/f/{name}" for name in good}
+        needless = {f"/patch/{self.game.folder}/{name}" for name in good}
         needless |= {f"/patch/{name}" for name, members in self.game.bundles.items() if good.issuperset(members)}
         self.assertFalse(needless & self.server.requests.keys())
 

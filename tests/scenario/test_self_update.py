@@ -1,4 +1,6 @@
 """A launcher that replaces itself by the next build while it runs, and everything that may come in between."""
+import pathlib
+
 import launcher
 from game import digest
 from launcher import setting, summary
@@ -69,9 +71,12 @@ class SelfUpdateTest(ScenarioTest):
     def test_a_launcher_that_cannot_be_fetched(self):
         size = len(self.next)
         page = b"<html>bonjour</html>"
+        programs = pathlib.Path(__file__).parents[2] / "fuzz/corpus/program"
+        other_system = (programs / ("linux_64" if launcher.is_windows() else "windows")).read_bytes()
         cases = [(404, None), (206, None), (("cut", 100000), None), (("reset",), None), (("announced", 2**28 + 1), None),
                  (("until-close", size - 1), None), (("chunked-cut", size - 1), None), (None, b""), (("chunked",), page),
-                 (("until-close", 0), None), (None, self.next[:-1])]
+                 (("until-close", 0), None), (None, self.next[:-1]),
+                 (None, other_system)]
         for fault, body in cases:
             with self.subTest(fault=fault, body=body and len(body)):
                 self.server.content[URL] = self.next if body is None else body

@@ -42,7 +42,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(sorted(line[:12] for line in texts[4:6]), ["Archive 1/2 ", "Archive 2/2 "])
         self.assertEqual(texts[-2:], READY)
         self.assert_files(self.place, game.files)
-        self.assertFalse([path for path in self.server.requests if path.startswith("/patch/f/")])
+        self.assertFalse([path for path in self.server.requests if path.startswith("/patch/f1/")])
 
     def test_failed_archives_fall_back_to_single_files(self):
         files = {f"a{i}": b"%d" % i * 4000 for i in range(7)}
