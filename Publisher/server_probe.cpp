@@ -4,7 +4,7 @@
 
 #include "publish_error.h"
 #include "transport/body_reader.h"
-#include "transport/request_form.h"
+#include "transport/request_path.h"
 
 namespace patcher::publisher {
 namespace {

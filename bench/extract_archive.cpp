@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "shared/parallel_run.h"
 #include "shared/program.h"
 #include "update/archive_extraction.h"
-#include "update/download_pool.h"
 
 int main(int argc, char** argv) {
   if (argc < 4) return 2;

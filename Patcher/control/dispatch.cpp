@@ -6,6 +6,7 @@
 
 #include "control/protocol/page_messages.h"
 #include "platform/text.h"
+#include "shared/own_files.h"
 #include "shared/program.h"
 #include "transport/debug_log.h"
 
@@ -16,7 +17,7 @@ constexpr char kThreadFailure[] = "Impossible de demarrer l'operation.";
 /// The page recognizes a refused "verify" or "repair" by this text (REFUSAL in page/launcher.html).
 constexpr char kRefusal[] = "Une operation est deja en cours.";
 
-std::filesystem::path SettingsPath() { return ExeDir() / "ostu.ini"; }
+std::filesystem::path SettingsPath() { return ExeDir() / kSettingsFile; }
 
 template <typename Payload>
 std::unique_ptr<Payload> TakePayload(const UiEvent& event) {

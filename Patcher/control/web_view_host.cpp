@@ -2,6 +2,7 @@
 
 #include "control/page_content.h"
 #include "control/window_geometry.h"
+#include "shared/own_files.h"
 #include "shared/program.h"
 #include "shared/site.h"
 
@@ -11,7 +12,7 @@ WebViewHost::WebViewHost(platform::NativeWindow& window, HostWindow& events, Dis
     : window_(window), events_(events), dispatcher_(dispatcher), webView_(*this) {}
 
 void WebViewHost::StartWebView() {
-  webView_.Start(window_, {PageText(), kAssetOrigin, ExeDir() / "WebView2Data", kNavy});
+  webView_.Start(window_, {PageText(), kAssetOrigin, ExeDir() / kWebViewDirectory, kNavy});
 }
 
 void WebViewHost::SendToPage(const std::u16string& text) { webView_.Deliver(text); }

@@ -10,7 +10,6 @@
 #include "control/protocol/ui_event.h"
 #include "integrity/digest/sha256.h"
 #include "platform/mutex.h"
-#include "platform/text.h"
 #include "shared/program.h"
 #include "transport/config.h"
 #include "transport/run_pool.h"
@@ -44,7 +43,7 @@ FileCheck CheckUnopened(const fs::path& place, const PatchFile& file) {
 /// `sha256` belongs to the worker and is created for the first file that needs it.
 FileCheck CheckFile(const PatchFile& file, std::optional<Sha256>& sha256) {
   try {
-    const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
+    const fs::path place = InstalledPlace(file.path);
     platform::FileReader reader(place);
     if (!reader.Size()) return CheckUnopened(place, file);
     if (!sha256) sha256.emplace();

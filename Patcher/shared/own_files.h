@@ -14,6 +14,8 @@ inline constexpr std::string_view kRecordFile = "patch_manifest.json";
 /// Exists only with a launcher that has keys, and only while the record is not the server's document: see
 /// LocalRecord.
 inline constexpr std::string_view kSequenceFile = "patch_sequence.txt";
+inline constexpr std::string_view kSettingsFile = "ostu.ini";  ///< of the game, written by both
+inline constexpr std::string_view kWebViewDirectory = "WebView2Data";
 inline constexpr std::string_view kConfigFile = "patcher.ini";
 inline constexpr std::string_view kLogFile = "patcher_debug.txt";
 inline constexpr std::string_view kNewLauncherFile = "Patcher.new.exe";
@@ -28,10 +30,10 @@ inline constexpr std::array<std::string_view, 2> kLauncherPrograms{"Patcher.exe"
 inline constexpr std::array<std::string_view, 3> kOtherFiles{"Patcher", "patcher-stdio", "patcher-stdio.exe"};
 
 /// Settings and accounts.
-inline constexpr std::array<std::string_view, 2> kPlayerFiles{"ostu.ini", "reginfo.dat"};
+inline constexpr std::array<std::string_view, 2> kPlayerFiles{kSettingsFile, "reginfo.dat"};
 /// Directories with logs, captures, saved accounts and the player's settings in the game.
 inline constexpr std::array<std::string_view, 6> kPlayerDirectories{
-    "log", "WebView2Data", "capture", "useraccounts", "powerups", "farmdisplay"};
+    "log", kWebViewDirectory, "capture", "useraccounts", "powerups", "farmdisplay"};
 
 /// Whether the table contains the name. The case of ASCII letters does not count.
 template <std::size_t Size>

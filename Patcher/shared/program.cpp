@@ -24,6 +24,10 @@ const std::filesystem::path& ExePath() { return Paths().executable; }
 
 const std::filesystem::path& ExeDir() { return Paths().directory; }
 
+std::filesystem::path InstalledPlace(std::string_view path) {
+  return ExeDir() / platform::PathFromBytes(path);
+}
+
 bool IsOwnName(const std::filesystem::path& file) {
   std::error_code error;
   if (!std::filesystem::equivalent(ExePath(), file, error) || error) return false;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace patcher {
 
@@ -16,6 +17,10 @@ const std::filesystem::path& ExePath();
 /// Directory of the running executable: the install directory. The launcher reads and writes files only below
 /// it.
 const std::filesystem::path& ExeDir();
+
+/// The place of a file of the manifest, or of an archive's entry. Raises an exception if the system cannot
+/// represent the path, which is not checked otherwise.
+std::filesystem::path InstalledPlace(std::string_view path);
 
 /// Whether `file` is the name of the running executable. False for another hard link to the same file.
 bool IsOwnName(const std::filesystem::path& file);

@@ -6,7 +6,7 @@
 #include "transport/body_reader.h"
 #include "transport/config.h"
 #include "transport/debug_log.h"
-#include "transport/request_form.h"
+#include "transport/request_path.h"
 
 namespace patcher {
 namespace {

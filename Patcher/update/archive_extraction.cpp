@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "platform/files.h"
-#include "platform/text.h"
 #include "shared/program.h"
 #include "transport/debug_log.h"
 #include "transport/file_download.h"
@@ -70,7 +69,7 @@ WantedEntries ListWanted(ArchiveReader& zip, const std::function<bool(std::strin
 
 bool ExtractEntry(ArchiveReader& zip, std::uint32_t entry) {
   try {
-    const fs::path place = ExeDir() / platform::PathFromBytes(zip.Name(entry));
+    const fs::path place = InstalledPlace(zip.Name(entry));
     std::error_code ignored;
     fs::create_directories(place.parent_path(), ignored);
     platform::RemoveBeforeWriting(place);

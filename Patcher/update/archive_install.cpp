@@ -5,18 +5,15 @@
 #include <vector>
 
 #include "control/protocol/ui_event.h"
-#include "platform/text.h"
 #include "shared/program.h"
 #include "transport/run_pool.h"
 #include "update/archive_extraction.h"
-#include "update/download_pool.h"
+#include "update/verified_download.h"
 
 namespace patcher {
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path InstalledPlace(const std::string& path) { return ExeDir() / platform::PathFromBytes(path); }
 
 bool HasExpectedSize(const fs::path& file, std::uint64_t size) {
   std::error_code error;

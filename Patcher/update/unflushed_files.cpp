@@ -5,17 +5,12 @@
 #include <utility>
 
 #include "platform/batch_flush.h"
-#include "platform/text.h"
 #include "shared/program.h"
 
 namespace patcher {
 namespace {
 
-std::filesystem::path PlaceOf(const InstalledFile& file) {
-  return ExeDir() / platform::PathFromBytes(file.path);
-}
-
-bool StartFlush(const InstalledFile& file) { return platform::StartFlush(PlaceOf(file)) == 0; }
+bool StartFlush(const InstalledFile& file) { return platform::StartFlush(InstalledPlace(file.path)) == 0; }
 
 }  // namespace
 
@@ -51,7 +46,7 @@ std::vector<InstalledFile> UnflushedFiles::FlushBatch() {
   for (Entry& entry : batch) entry.started = entry.started || StartFlush(entry.file);
   std::vector<std::filesystem::path> places;
   places.reserve(batch.size());
-  for (const Entry& entry : batch) places.push_back(PlaceOf(entry.file));
+  for (const Entry& entry : batch) places.push_back(InstalledPlace(entry.file.path));
   const std::vector<bool> flushed = platform::FinishFlush(places);
 
   std::vector<InstalledFile> files;

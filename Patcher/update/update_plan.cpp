@@ -13,7 +13,6 @@
 #include "control/protocol/ui_event.h"
 #include "integrity/digest/sha256.h"
 #include "platform/mutex.h"
-#include "platform/text.h"
 #include "shared/program.h"
 #include "transport/config.h"
 #include "transport/run_pool.h"
@@ -28,8 +27,6 @@ namespace fs = std::filesystem;
 constexpr std::size_t kHashedFilesPerStatus = 25;
 constexpr std::size_t kFilesPerWorkItem = 512;
 
-fs::path PlaceOf(const PatchFile& file) { return ExeDir() / platform::PathFromBytes(file.path); }
-
 /// Hashes files that are not in the record, and reports their number from time to time. Each worker uses its
 /// own number.
 class HashCheck {
@@ -37,7 +34,7 @@ class HashCheck {
   HashCheck(HostWindow& window, std::size_t workers) : window_(window), digests_(workers) {}
 
   bool IsCorrect(const PatchFile& file, unsigned worker) {
-    const fs::path place = PlaceOf(file);
+    const fs::path place = InstalledPlace(file.path);
     std::error_code error;
     if (!fs::exists(place, error) || error) return false;
     const std::uint64_t size = fs::file_size(place, error);
@@ -93,7 +90,7 @@ std::vector<char> TrustedFiles(RunState& run) {
     for (std::size_t i = begin; i < end; ++i) {
       std::error_code error;
       const bool isNamed = record == nullptr || RecordNames(*record, files[i]);
-      if (isNamed && fs::exists(PlaceOf(files[i]), error)) trusted[i] = 1;
+      if (isNamed && fs::exists(InstalledPlace(files[i].path), error)) trusted[i] = 1;
     }
     return true;
   };
@@ -112,7 +109,7 @@ void ListExpected(RunState& run) {
 
 /// Nothing if there is no such file, or if the system does not report its time and size.
 std::optional<FileStamp> StampOf(const std::string& path) {
-  const fs::path place = ExeDir() / platform::PathFromBytes(path);
+  const fs::path place = InstalledPlace(path);
   std::error_code error;
   FileStamp stamp;
   stamp.written = fs::last_write_time(place, error);

@@ -14,10 +14,10 @@
 #include "transport/config.h"
 #include "transport/debug_log.h"
 #include "transport/run_pool.h"
-#include "update/download_pool.h"
 #include "update/install_lock.h"
 #include "update/server_manifest.h"
 #include "update/update_plan.h"
+#include "update/verified_download.h"
 
 namespace patcher {
 namespace {
@@ -175,7 +175,7 @@ class Steps {
   bool FileWorker(ProgressTracker& tracker, std::size_t index) {
     const PatchFile& file = *run_.singles[index];
     tracker.SetCurrentFile(file.path);
-    const fs::path place = ExeDir() / platform::PathFromBytes(file.path);
+    const fs::path place = InstalledPlace(file.path);
     std::string reason;
     if (!DownloadVerified(run_.session, "/patch/" + file.url, place, {file.sha256, file.size}, tracker,
                           reason)) {

@@ -6,21 +6,16 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
+
+#include "platform/linux/file_descriptor.h"
 
 namespace platform {
 
 /// Locks the directory itself.
 struct DirectoryLock::Impl {
-  explicit Impl(const std::filesystem::path& directory)
-      : descriptor(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
-  ~Impl() {
-    if (descriptor >= 0) close(descriptor);
-  }
-  Impl(const Impl&) = delete;
-  Impl& operator=(const Impl&) = delete;
+  explicit Impl(const std::filesystem::path& directory) : opened(directory, O_RDONLY | O_DIRECTORY) {}
 
-  const int descriptor;
+  const FileDescriptor opened;
 };
 
 DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
@@ -32,7 +27,7 @@ bool DirectoryLock::TakeWithin(std::chrono::milliseconds timeout) {
   // flock has no time limit.
   constexpr std::chrono::milliseconds kPause(100);
   const auto end = std::chrono::steady_clock::now() + timeout;
-  while (flock(impl_->descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+  while (flock(impl_->opened.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     const auto now = std::chrono::steady_clock::now();
     if (now >= end) return false;
     std::this_thread::sleep_until(std::min(end, now + kPause));

@@ -15,7 +15,6 @@ namespace {
 /// A name that does not depend on the spelling of the path; empty if the system does not identify the
 /// directory.
 std::wstring NameOf(const std::filesystem::path& directory) {
-  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const OwnedHandle opened(CreateFileW(directory.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
                                        FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   BY_HANDLE_FILE_INFORMATION about{};

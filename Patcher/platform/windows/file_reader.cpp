@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "platform/windows/owned_handle.h"
+
 namespace platform {
 namespace {
 
@@ -12,9 +14,9 @@ HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 }  // namespace
 
 FileReader::FileReader(const std::filesystem::path& file)
-    : handle_(reinterpret_cast<std::intptr_t>(
-          CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                      nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr))) {
+    : handle_(
+          reinterpret_cast<std::intptr_t>(CreateFileW(file.c_str(), GENERIC_READ, kShareAll, nullptr,
+                                                      OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr))) {
   if (Handle(handle_) == INVALID_HANDLE_VALUE) openError_ = static_cast<int>(GetLastError());
   LARGE_INTEGER size{};
   if (Handle(handle_) != INVALID_HANDLE_VALUE && GetFileType(Handle(handle_)) == FILE_TYPE_DISK &&

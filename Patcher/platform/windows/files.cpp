@@ -14,8 +14,6 @@ namespace {
 
 int LastErrorUnless(BOOL success) { return success ? 0 : static_cast<int>(GetLastError()); }
 
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
 int Flush(const std::filesystem::path& entry, DWORD flags) {
   const OwnedHandle opened(
       CreateFileW(entry.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr));

@@ -20,9 +20,8 @@ bool IsLink(const std::filesystem::path& entry) {
     return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND && error != ERROR_INVALID_NAME;
   }
   if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return false;
-  const OwnedHandle opened(CreateFileW(
-      entry.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-      OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  const OwnedHandle opened(CreateFileW(entry.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+                                       FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   FILE_ATTRIBUTE_TAG_INFO info{};
   if (!opened.IsOpen() ||
       !GetFileInformationByHandleEx(opened.Get(), FileAttributeTagInfo, &info, sizeof(info))) {

@@ -4,6 +4,9 @@
 
 namespace platform {
 
+/// For CreateFileW: other programs may read, write, rename and delete the file meanwhile.
+inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 /// Owns a kernel object and closes it.
 class OwnedHandle {
  public:

@@ -4,7 +4,7 @@
 #include "support/scratch_directory.h"
 #include "transport/config.h"
 #include "transport/http_session.h"
-#include "transport/request_form.h"
+#include "transport/request_path.h"
 #include "transport/transfer_pace.h"
 
 namespace patcher {

@@ -1,4 +1,4 @@
-#include "transport/request_form.h"
+#include "transport/request_path.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "update/download_pool.h"
+#include "update/verified_download.h"
 
 #include <chrono>
 #include <limits>

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <string>
 
-#include "shared/parallel_run.h"
 #include "transport/http_session.h"
 #include "update/progress_tracker.h"
 
