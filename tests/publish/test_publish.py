@@ -38,7 +38,7 @@ def content_name(hexadecimal):
 
 
 def make_launcher(place, build=27, name="Patcher", version="1,%d,0,0"):
-    """A Windows program that is nothing but its version, by the tools that also build the launcher."""
+    """Makes a Windows program that only has a version, with the tools that also build the launcher."""
     source, resource = place.with_suffix(".rc"), place.with_suffix(".o")
     source.write_text(f'1 VERSIONINFO FILEVERSION {version.replace("%d", str(build))} BEGIN BLOCK "StringFileInfo" BEGIN '
                       f'BLOCK "040C04B0" BEGIN VALUE "CompanyName", "x" VALUE "InternalName", "{name}" END END END\n')
@@ -75,7 +75,7 @@ class PublishTest(unittest.TestCase):
         return self.command("--client", self.client, "--version", version, *more, **how)
 
     def report(self, *arguments, code=0):
-        """The JSON object of a command."""
+        """Runs a command and returns its JSON object."""
         report = json.loads(self.command(*arguments, "--json", "--quiet", code=code).stdout)
         self.assertEqual((report["done"], "error" in report), (code in (0, 3), code != 0))
         return report
@@ -100,7 +100,7 @@ class PublishTest(unittest.TestCase):
         return self.patch / content_name(digest(data))
 
     def copies(self):
-        """The versions in the history."""
+        """Returns the versions in the history."""
         return sorted(int(place.stem) for place in (self.patch / "history").iterdir())
 
     def damage(self, place):
@@ -112,7 +112,7 @@ class PublishTest(unittest.TestCase):
         return json.JSONDecoder().raw_decode((self.patch / "version.json").read_text())[0]
 
     def prove(self):
-        """What the launcher relies on, by another implementation of ZIP, JSON and SHA-256."""
+        """Verifies what launchers rely on, with another implementation of ZIP, JSON and SHA-256; returns the manifest."""
         manifest = self.manifest()
         wanted = {p.relative_to(self.client).as_posix(): digest(p.read_bytes()) for p in self.client.rglob("*") if p.is_file()}
         self.assertEqual([(f["path"], f["sha256"]) for f in manifest["files"]],
@@ -357,7 +357,7 @@ class Versions(PublishTest):
         self.check("unused: f/00/")
 
     def test_a_store_with_other_names(self):
-        """Names of an earlier release, and a name that a new content would get too."""
+        """Some contents have names of an earlier release, and one has the name that a new content would get."""
         self.make_game(20)
         self.write("first", b"1")
         self.publish(1)
@@ -443,7 +443,7 @@ class Versions(PublishTest):
         self.assertEqual((check.returncode, len(json.loads(check.stdout)["findings"])), (1, 1))
 
     def test_what_is_deflated(self):
-        """Above 64 MiB samples decide, below that the result. Ends and middles of noise say nothing."""
+        """Above 64 MiB samples decide, below that the packed size. Noise at both ends and in the middle does not matter."""
         noise, text = random.Random(SEED).randbytes(1 << 20), b"a line of text\n" * 100000
         for name, data in {"hollow.bin": (noise[:150000] + text) * 2 + noise[:150000], "hardly.bin": noise[:9000] + bytes(150),
                            "some.bin": noise[:9000] + bytes(999), "tiny.bin": b"abc", "large.noise.bin": noise * 65,
@@ -676,7 +676,7 @@ class Deaths(PublishTest):
         self.assertFalse((self.patch / ".publish").exists())
 
     def test_what_happens_while_a_publisher_works(self):
-        """It is stopped when it has stored zz and still reads the large file, so it has packed nothing."""
+        """The publisher is stopped when it has stored zz and still reads the large file, so it has packed nothing."""
         self.make_game(3)
         self.write("large.bin", bytes(192 << 20))
         self.publish(1)

@@ -1,4 +1,4 @@
-"""An HTTP/1.1 server on a loopback port that misbehaves as it is set up to, and counts what it is asked for."""
+"""An HTTP/1.1 server on a loopback port that misbehaves as a test requests, and counts the requests."""
 import collections
 import socket
 import struct
@@ -69,14 +69,14 @@ class FaultServer:
 
     @staticmethod
     def _read_head(stream):
-        """The lines of a request; none at the end of the connection."""
+        """Returns the lines of a request; none at the end of the connection."""
         head = []
         while (line := stream.readline()) not in (b"\r\n", b""):
             head.append(line)
         return head if line else []
 
     def reply(self, head):
-        """The fault and the body for a request."""
+        """Returns the fault and the body for a request."""
         path = urllib.parse.unquote(head[0].split()[1].decode())
         with self.lock:
             self.requests[path] += 1
@@ -84,7 +84,7 @@ class FaultServer:
             return faults.pop(0) if len(faults) > 1 else faults[0], self.content.get(path)
 
     def _answer(self, peer, fault, body):
-        """Answers one request; false ends the connection."""
+        """Answers one request. Returns false if the connection must end."""
         kind, value = (*fault, None)[:2] if isinstance(fault, tuple) else (None, None)
         if kind == "hold":
             value.wait()

@@ -1,4 +1,4 @@
-"""Drives one launcher in an installation of its own, natively or, if it is a Windows program, under Wine."""
+"""Drives one launcher in its own installation: natively, or under Wine if it is a Windows program."""
 import contextlib
 import json
 import os
@@ -25,7 +25,7 @@ def is_windows():
 
 
 def beside_program(name):
-    """Another file of the same build."""
+    """Returns another program of the same build."""
     return PROGRAM.with_name(name + PROGRAM.suffix)
 
 
@@ -34,13 +34,13 @@ def command(program, *arguments):
 
 
 def setting(name):
-    """A value that the launcher was built with, for example PATCHER_SITE_HOST."""
+    """Returns a build option of the launcher, for example PATCHER_SITE_HOST."""
     cache = (PROGRAM.parents[1] / "CMakeCache.txt").read_text(encoding="utf-8")
     return re.search(rf"^{name}:\w+=(.*)$", cache, re.MULTILINE)[1]
 
 
 def summary(messages):
-    """The messages in short, without the progress, whose number differs from run to run."""
+    """Shortens the messages, without the progress, whose number differs from run to run."""
     kinds = {"status": lambda m: m["text"], "versions": lambda m: (m["current"], m["latest"]),
              "server": lambda m: "online" if m["online"] else "offline", "ready": lambda m: m["canPlay"]}
     return [kinds[m["type"]](m) for m in messages if m["type"] in kinds]
@@ -67,7 +67,7 @@ class Installation:
         (self / path).write_bytes(data)
 
     def put(self, files):
-        """Writes these files anew, or deletes those that are None."""
+        """Writes these files, or deletes those that are None."""
         for path, data in files.items():
             (self / path).unlink(missing_ok=True)
             if data is not None:
@@ -80,7 +80,7 @@ class Installation:
         return command(self.program)
 
     def running(self):
-        """Process ids of the programs that run from here: Wine runs them beside the process that was started."""
+        """Returns the ids of the processes of this installation. Under Wine they are no children of the started process."""
         for folder in pathlib.Path("/proc").glob("[0-9]*"):
             with contextlib.suppress(OSError):
                 if self.root.name.encode() in (folder / "cmdline").read_bytes():
@@ -91,7 +91,7 @@ class Installation:
                                 env={**os.environ, **environment})
 
     def kill(self, process):
-        """Ends a started launcher, and the launchers that it has started, without a chance to react."""
+        """Kills a launcher and the launchers that it has started."""
         process.kill()
         for number in self.running():
             with contextlib.suppress(ProcessLookupError):
@@ -101,7 +101,7 @@ class Installation:
         process.stderr.close()
 
     def run_to_end(self, requests=b"", successors=True, user=None, **environment):
-        """One session, and those of the launchers that it starts. Returns exit code, messages and standard error."""
+        """Runs one session to its end, with the launchers that it starts. Returns exit code, messages and standard error."""
         # Files, not pipes: background processes of Wine may hold a pipe open when the launcher has long ended.
         with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             done = subprocess.run(self.command(), input=requests, stdout=out, stderr=errors, cwd="/", timeout=LIMIT,
@@ -114,7 +114,7 @@ class Installation:
             return done.returncode, [json.loads(line) for line in out], words
 
     def run(self, requests=b"", **options):
-        """One session that ends without a complaint; returns its messages."""
+        """Runs one session that must end without an error; returns its messages."""
         code, messages, words = self.run_to_end(requests, successors=False, **options)
         if code != 0 or words:
             raise AssertionError(f"exit code {code}: {words[-2000:]}")
@@ -124,7 +124,7 @@ class Installation:
         return summary(self.run())
 
     def files(self, left_out=OWN_FILES):
-        """Everything below the directory, without the launcher's own files, under its path of the manifest."""
+        """Returns the contents of all files of the directory but the launcher's own, by path as in the manifest."""
         found = {}
         for path in self.directory.rglob("*"):
             relative = path.relative_to(self.directory).as_posix()
@@ -133,7 +133,7 @@ class Installation:
         return found
 
     def recorded(self):
-        """The digests of the record, by path, read more generously than the launcher reads it."""
+        """Returns the digests of the record, by path. Accepts more texts than the launcher does."""
         try:
             text = self.record_file.read_bytes().decode(errors="surrogateescape")
             record, _ = json.JSONDecoder(strict=False).raw_decode(text)
@@ -142,7 +142,7 @@ class Installation:
             return {}
 
     def wrongly_recorded(self, damage):
-        """Paths whose files do not have the digest of the record. Damaged files may be as they were left, or gone."""
+        """Returns the paths whose files do not have the digest of the record. A file in `damage` may have that content, or be gone."""
         found = self.files()
         return [path for path, wanted in self.recorded().items() if digest(found.get(path, b"gone")) != wanted and
                 (path not in damage or found.get(path) not in (None, damage[path]))]
@@ -153,7 +153,7 @@ class Installation:
 
 
 class Session:
-    """A launcher that stays: requests are asked one by one. Its start-up run is over unless `wait` is false."""
+    """A running launcher that gets requests one by one. Unless `wait` is false, its first run has ended."""
 
     def __init__(self, place, wait=True, **environment):
         self.place = place
@@ -170,7 +170,7 @@ class Session:
         self.process.stdin.flush()
 
     def until(self, kind):
-        """The messages up to the first of this kind."""
+        """Returns the messages up to the first of this type."""
         found = []
         while not found or found[-1]["type"] != kind:
             line = self.process.stdout.readline()
@@ -190,7 +190,7 @@ class Session:
             self.process.stdin.close()
 
     def end(self):
-        """Exit code, rest of the output, standard error."""
+        """Returns the exit code, the rest of the output, and standard error."""
         out, err = self.process.communicate()
         self.watchdog.cancel()
         return self.process.returncode, out, err

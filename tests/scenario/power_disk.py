@@ -51,13 +51,13 @@ class Disk:
         fcntl.ioctl(self.descriptor, SHUTDOWN, FLUSH_NOTHING)
 
     def flush_journal(self):
-        """Brings to the disk what the file system knows of its files, and none of their bytes."""
+        """Flushes the file system's metadata, and no file contents."""
         with open(self.root / "flushed", "wb") as file:
             os.fsync(file.fileno())
 
 
 def flush_pages(path, rng, share):
-    """Brings this share of a file's pages to the disk, as a system does that is about to write all of them."""
+    """Flushes this share of a file's pages, like a system that has begun to write them."""
     with open(path, "rb") as file:
         for page in range(0, os.fstat(file.fileno()).st_size, 4096):
             if rng.random() < share:

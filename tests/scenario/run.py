@@ -23,7 +23,7 @@ BY_NAME_ONLY = {"test_faults", "test_power", "test_windows"}
 
 
 def prepare_wine():
-    """Starts a Windows program that lives as long as this script, so that Wine need not start anew for each launcher."""
+    """Starts a Windows program that runs as long as this script, so that Wine does not start again for each launcher."""
     os.environ.setdefault("WINEPREFIX", str(HERE.parents[1] / "build" / "wineprefix"))
     # UTF-8, so that Wine finds the names that Python writes.
     os.environ.update(WINEDEBUG="-all", LC_ALL="C.UTF-8")

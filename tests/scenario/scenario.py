@@ -1,4 +1,4 @@
-"""What the scenario tests have in common."""
+"""The base of the scenario tests, and texts that several of them use."""
 import subprocess
 import threading
 import unittest
@@ -15,7 +15,7 @@ READY, UP_TO_DATE = ["Pret a jouer.", True], ["A jour.", True]
 
 
 def failed(path, reason="transfert interrompu"):
-    """How a run ends that does not get this file."""
+    """Returns the end of a run that cannot fetch this file."""
     return [f"Echec du telechargement: {path} ({reason})", False]
 
 
@@ -38,7 +38,7 @@ class ScenarioTest(unittest.TestCase):
         return session
 
     def hold_file(self, *arguments, program=None):
-        """A Windows process that has reported that it runs, and that holds the file it is given."""
+        """Starts a Windows process that has the file open; returns when it runs."""
         program = program or beside_program("hold_file")
         process = subprocess.Popen(command(program, *arguments), stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.addCleanup(process.stdout.close)
@@ -47,7 +47,7 @@ class ScenarioTest(unittest.TestCase):
         return process
 
     def installed(self, files):
-        """A session in an installation that has these files."""
+        """Starts a session in an installation that has these files."""
         self.put(files)
         session = self.session()
         self.server.requests.clear()
@@ -61,7 +61,7 @@ class ScenarioTest(unittest.TestCase):
         return held
 
     def assert_files(self, found, expected):
-        """Compares contents by name, and reports which names differ instead of how."""
+        """Compares contents by name. Reports only the names that differ."""
         found = found if isinstance(found, dict) else found.files()
         self.assertEqual(sorted(found), sorted(expected))
         self.assertEqual([name for name, data in expected.items() if found[name] != data], [])
@@ -73,7 +73,7 @@ class ScenarioTest(unittest.TestCase):
         self.assertEqual((place or self.place).update()[-2:], end)
 
     def assert_answers(self, session, request, *end):
-        """How the messages after the request end."""
+        """Asserts the last messages after a request."""
         self.assertEqual(summary(session.ask(request))[-len(end):], list(end))
 
     def put(self, files, bundles=(), **extra):

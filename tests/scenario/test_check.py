@@ -17,7 +17,7 @@ def resumed(count):
 
 
 def check(messages):
-    """The one `check` message."""
+    """Returns the only `check` message."""
     found = [m for m in messages if m["type"] == "check"]
     assert len(found) == 1 and found[0]["done"] is True, found
     return found[0]

@@ -9,7 +9,7 @@ from scenario import READY, ScenarioTest, failed
 
 class DiskTest(ScenarioTest):
     def small_disk(self, kilobytes):
-        """An installation on a file system of its own, with this much room until the file `filler` is gone."""
+        """Makes an installation on its own file system, with this much room until the file `filler` is removed."""
         mounts.require(self, "root", "user")
         place = Installation(self.server, parent=mounts.memory_disk(self, "200m"))
         status = os.statvfs(place.root)
@@ -68,7 +68,7 @@ class DiskTest(ScenarioTest):
         self.assertEqual(self.place.files()["file"], b"new")
 
     def test_own_files_that_are_directories(self):
-        """Without a configuration the launcher asks the default server, which is out of reach."""
+        """Without a configuration the launcher asks the default server, which cannot be reached."""
         self.put({"a": b"1"})
         unreachable = ["Serveur de patch injoignable.", "offline", False]
         for name, end in {"patch_manifest.json": READY, "patcher_debug.txt": READY, "a.part": failed("a"),

@@ -26,7 +26,7 @@ PACKED = {"packed.zip": [f"data/d{i % 4}/f{i}" for i in range(5)]}
 
 
 def game():
-    """Its files in two versions: some of those that change come in an archive, some do not, and two are new."""
+    """A game in two versions. Some changed files are in an archive, some are not, and two files are new."""
     rng = random.Random(9)
     old = {f"data/d{i % 4}/f{i}": rng.randbytes([100, 3000, 0, 20000][i % 4]) for i in range(15)}
     old |= {"Model/a.o3d": rng.randbytes(500), "Tolmira.exe": b"#!/bin/sh\n", "big": rng.randbytes(150000)}
@@ -36,7 +36,7 @@ def game():
 
 
 class Lane:
-    """A server, an installation that is reset for each fault, and what is wrong after a fault."""
+    """A server and an installation that is reset for each fault, and the checks after it."""
 
     def __init__(self):
         self.server = FaultServer()
@@ -68,7 +68,7 @@ class Lane:
         shutil.rmtree(self.place / "new/dir", ignore_errors=True)
 
     def try_fault(self, kind="", use=0, stays=False):
-        """Returns the calls that the library reports."""
+        """Returns the calls that the library has reported."""
         self.reset()
         self.report.write_bytes(b"")
         self.kind = kind
@@ -119,7 +119,7 @@ class Lane:
         self.expect(known.issuperset(self.files()), f"left over: {sorted(self.files().keys() - known)}")
 
     def operation(self, session, name):
-        """Runs it to its `ready`, which it returns."""
+        """Runs the launcher until its `ready`, and returns that."""
         if name != "update":
             session.send(name)
         found = session.until("ready")
@@ -135,7 +135,7 @@ class Lane:
         return found[-1]
 
     def save(self, session):
-        """As the page does it: all values as they were shown, one of them changed."""
+        """Saves like the page: all values as they were shown, with one change."""
         values = {**self.options["values"], "vsync": 1}
         session.send(json.dumps({"action": "saveOptions", "values": values}).encode())
         done = session.until("optionsSaved")[-1]["ok"]

@@ -1,4 +1,4 @@
-"""Ends the launcher at random moments and starts it again: it must converge, and keep what had arrived."""
+"""Kills the launcher at random moments and starts it again: it must finish, and keep what it has downloaded."""
 import collections
 import contextlib
 import random
@@ -14,7 +14,7 @@ KILLS = 0
 
 
 class Life:
-    """One start of the launcher, with a moment at which it is to die."""
+    """One start of the launcher, and the moment when it is killed."""
 
     def __init__(self, rng, place, game, server):
         self.rng, self.place, self.game, self.server = rng, place, game, server
@@ -25,7 +25,7 @@ class Life:
         self.moment = rng.choices(list(moments), moments.values())[0]
 
     def end(self):
-        """Whether it died, or came to its own end first."""
+        """Returns whether it was killed before its own end."""
         before = self.record_state()
         self.process = self.place.start(subprocess.DEVNULL)
         try:
@@ -56,7 +56,7 @@ class Life:
                 break
 
     def in_a_transfer(self, _):
-        """In the middle of one body, which the server holds back from there on."""
+        """In the middle of a body: the server sends only a part of it."""
         game = self.game
         path = "/patch/" + self.rng.choice(sorted(game.bundles) or sorted(f"{game.folder}/{name}" for name in game.files))
         size = len(self.server.content.get(path, b""))
@@ -119,7 +119,7 @@ class KillTest(ScenarioTest):
 
     @contextlib.contextmanager
     def nothing_is_fetched_twice(self):
-        """What had arrived whole before a run is not asked for, neither by itself nor in an archive."""
+        """A file that was complete before a run must not be fetched again, alone or in an archive."""
         found = self.place.files()
         good = {name for name, data in self.game.files.items() if found.get(name) == data}
         self.server.requests = collections.Counter()

@@ -37,7 +37,7 @@ class OptionsTest(ScenarioTest):
         self.assertTrue(self.settings.read_bytes().startswith(KEPT))
 
     def test_owner_group_and_mode_stay(self):
-        """Also of a file of another user that the player may write to."""
+        """The file may belong to another user, if the player may write to it."""
         self.place.root.chmod(0o755)
         self.place.directory.chmod(0o777)
         for mode, user in ((0o640, None), (0o666, 65534)):

@@ -1,4 +1,4 @@
-"""Cuts the power of disks while the launcher works on them: one operation for each disk, and what is found afterwards."""
+"""Cuts the power of disks while the launcher works on them: one operation for each disk, then checks what is left."""
 import contextlib
 import random
 import re

@@ -1,4 +1,4 @@
-"""A launcher that replaces itself by the next build while it runs, and everything that may come in between."""
+"""A launcher replaces itself by the next build while it runs; failures and deaths at each step."""
 import pathlib
 
 import launcher
@@ -34,7 +34,7 @@ class SelfUpdateTest(ScenarioTest):
         self.assertEqual(names - {place.program.name, OLD + ".old"}, set(leftovers))
 
     def assert_next_start_completes(self, place):
-        """Two starts: the first one may meet a launcher that is still ending."""
+        """Starts it twice, since the first start may find the old launcher still running."""
         place.run_to_end()
         place.run_to_end()
         self.assert_launcher(place, self.next)
@@ -114,7 +114,7 @@ class SelfUpdateTest(ScenarioTest):
         self.assert_launcher(self.place, self.next)
 
     def test_a_launcher_that_cannot_be_moved(self):
-        """First the present one, then the new one."""
+        """First the present launcher cannot be moved, then the new one."""
         place, faults = self.place, {"LD_PRELOAD": self.library, "FAULT_CALL": "rename", "FAULT_AT": "2"}
         if launcher.is_windows():
             holder, faults = self.hold_file(place.program, READ | WRITE), {}
@@ -144,8 +144,8 @@ class SelfUpdateTest(ScenarioTest):
                 self.assert_next_start_completes(place)
 
     def test_death_at_every_step(self):
-        """Of the old launcher and of the new one that it starts. Only without hard links is there a time without a
-        launcher under its name: before the flush of the first move, and before the second."""
+        """The old launcher dies, or the new one that it starts. Only without hard links can a death leave no launcher
+        under its name: before the flush of the first move, and before the second."""
         self.assertEqual(self.deaths(), 0)
         self.assertEqual(self.deaths(FAULT_CALL="link", FAULT_AT="1", FAULT_STAYS="1"), 2)
 

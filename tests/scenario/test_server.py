@@ -1,4 +1,4 @@
-"""A server that is silent, sends what it should not, or has archives whose digest is right and whose content is not."""
+"""A server that is silent, sends bad bodies, or has archives with the right digest and bad content."""
 import concurrent.futures
 import io
 import stat

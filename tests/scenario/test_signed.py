@@ -1,4 +1,4 @@
-"""A launcher built with a key, and what a server that was taken over can do to it."""
+"""A launcher built with a key must refuse what an attacker on its server publishes."""
 import shutil
 import subprocess
 
@@ -23,7 +23,7 @@ class SignedTest(ScenarioTest):
         shutil.copy2(launcher.beside_program("patcher-stdio-keyed"), self.place.program)
 
     def publish(self, *arguments):
-        """Puts everything on the server; returns the manifest's bytes."""
+        """Puts a version on the server; returns the manifest's bytes."""
         subprocess.run([launcher.beside_program("patch-publish"), "--out", self.root / "www", "--sign", self.root / "key", "--quiet",
                         *arguments], check=True)
         for file in (self.root / "www/patch").rglob("*"):

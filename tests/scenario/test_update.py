@@ -89,7 +89,7 @@ class UpdateTest(ScenarioTest):
             self.assertTrue([line for line in self.place.log() if line.startswith("QueryDataAvailable /patch/f/cut err=")])
 
     def test_a_file_that_cannot_be_fetched_ends_the_run(self):
-        """What was on the disk and in the record stays."""
+        """The disk and the record keep what was there before."""
         self.put({"a": b"1", "b": b"old"})
         self.update()
         self.put({"a": b"1", "b": b"new content"})

@@ -1,4 +1,4 @@
-"""The same runs with the Windows program under Wine, and what only Windows does. Wine is slow: a share of each."""
+"""The behaviour of Windows only: files in use. The other scenarios also run with the Windows program, under Wine."""
 import threading
 
 import launcher

@@ -1,5 +1,5 @@
-"""The right to mount, which some tests need: root's, or for small disks that of a user namespace. An ordinary container
-has neither; there these tests are skipped, unless PATCHER_EVERY_TEST is set, as in .ci/run."""
+"""Some tests need the right to mount: as root, or for small disks in a user namespace. Ordinary containers have neither;
+there these tests are skipped, unless PATCHER_EVERY_TEST is set, as in .ci/run."""
 import os
 import pathlib
 import subprocess
@@ -10,7 +10,7 @@ RIGHT = "PATCHER_TEST_MOUNTS"  # in the environment of a script with mounts of i
 
 
 def acquire():
-    """Starts this script again with mounts of its own, which end with it, if the system allows it."""
+    """Starts this script again with private mounts, which end with it, if the system allows that."""
     if RIGHT in os.environ:
         return
     for right, namespace in (("root", ["unshare", "--mount"]), ("user", ["unshare", "--map-root-user", "--mount"])):
@@ -19,7 +19,7 @@ def acquire():
 
 
 def require(test, *rights):
-    """Skips a test that is about to mount and cannot."""
+    """Skips a test that needs a mount that is not possible here."""
     if os.environ.get(RIGHT) not in rights:
         (test.fail if "PATCHER_EVERY_TEST" in os.environ else test.skipTest)("no right to mount here")
 

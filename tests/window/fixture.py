@@ -6,7 +6,7 @@ BUILD = SCREEN = WINE = None  # set by run.py
 
 
 class WindowTest(ScenarioTest):
-    """No launcher is on the screen before the test."""
+    """Waits until the launcher of the test before has left the screen."""
 
     def setUp(self):
         super().setUp()

@@ -40,7 +40,7 @@ class Wine:
                                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
 
     def run(self, *command):
-        """Exit code and output."""
+        """Returns the exit code and the output."""
         done = subprocess.run(["wine", *command], env=self.environment, cwd="/", stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=LIMIT, check=False)
         return done.returncode, done.stdout
@@ -56,14 +56,14 @@ class WindowsLauncher:
         self.heard = []
 
     def next(self):
-        """What the program does next; nothing if it has ended."""
+        """Returns the next line of the program; nothing if it has ended."""
         line = self.process.stdout.readline().decode().replace(LINE_FEED, "\n").split(FIELD_END)[:-1]
         if line:
             self.heard.append(line)
         return line
 
     def wait(self, verb, *fields):
-        """The fields of the next line with this verb that begin with these."""
+        """Waits for a line with this verb and these first fields; returns all its fields."""
         wanted = [verb, *map(str, fields)]
         while line := self.next():
             if line[:len(wanted)] == wanted:
@@ -71,7 +71,7 @@ class WindowsLauncher:
         raise AssertionError(f"the program ended after {self.heard[-5:]}, without {wanted}")
 
     def wait_message(self, kind, **members):
-        """Until the page gets a message of that type with these members."""
+        """Waits until the page gets a message of this type with these members."""
         wanted = {"type": kind, **members}
         while not wanted.items() <= json.loads(self.wait("message")[0]).items():
             pass
@@ -84,7 +84,7 @@ class WindowsLauncher:
         self.process.stdin.flush()
 
     def ask(self, *fields):
-        """Sends and waits for the answer."""
+        """Sends a command and waits for its answer."""
         self.send(*fields)
         return self.wait(fields[0])
 
@@ -101,7 +101,7 @@ class WindowsLauncher:
         return page
 
     def close(self):
-        """As the page's button does."""
+        """Closes the window as the page's button does."""
         self.request("windowClose")
         return self.exit_code()
 
@@ -111,7 +111,7 @@ class WindowsLauncher:
         return self.process.wait()
 
     def end(self):
-        """In any state: the program ends with its input."""
+        """Ends the program in any state, by the end of its input."""
         with contextlib.suppress(OSError):
             self.process.stdin.close()
         self.exit_code()

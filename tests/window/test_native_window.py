@@ -24,7 +24,7 @@ class NativeWindowTest(WindowTest):
         return process
 
     def shown(self):
-        """The program with its page, and its run as far as the manifest."""
+        """Starts the program; its page is loaded, and its run waits for the manifest."""
         self.process = self.start()
         self.window = self.display.window()
         self.wait_for_request(MANIFEST)
@@ -43,7 +43,7 @@ class NativeWindowTest(WindowTest):
         self.display.mouse("mousemove", *self.point(place), "click", "--repeat", times, "--delay", 50, 1)
 
     def page_is_in_place(self):
-        """The page follows the window's size a moment later: an earlier click would hit nothing."""
+        """Waits until the page has the window's size, since an earlier click would hit nothing."""
         x, y = self.point(CLOSE)
         self.display.mouse("mousemove", x - 1, y, "mousemove", x, y)
         return self.display.pixel(x + 14, y - 8) == LIT_CLOSE
@@ -98,7 +98,7 @@ class NativeWindowTest(WindowTest):
         self.assertEqual(started.read_text(), f"{self.place.directory}|quantel|1\n")
 
     def test_a_hostile_page_stays_inside(self):
-        """Only the host keeps it from the network, other documents and windows: it has no policy of its own."""
+        """The page has no policy of its own: only the host stops its requests, navigations and new windows."""
         shutil.copy2(launcher.beside_program("hostile-launcher"), self.place.program)
         news = "/api/news.json"
         self.server.content[news] = self.server.url().encode()

@@ -1,5 +1,5 @@
-"""The Windows program: the steps from its window to the loaded page, what passes between them, and the window itself
-under real clicks. A loader that stands in for the web view's reports what the program does."""
+"""The Windows program: the steps from its window to the loaded page, the messages between both, and the window under
+real clicks. A loader that takes the place of the web view's reports what the program does."""
 import shutil
 
 import fixture
@@ -83,7 +83,7 @@ class PageTest(WindowsTest):
             self.assert_nothing_is_held(program)
 
     def assert_nothing_is_held(self, program):
-        """No object is alive that the program no longer uses, and the game would not inherit the colour."""
+        """The program has released all objects, and the game does not inherit the colour variable."""
         counts = dict(entry.split("=") for entry in program.ask("report"))
         kept = dict.fromkeys(["view", "controller", "environment", "taskbar", "taskbar factory", *HANDLERS], "1")
         self.assertEqual({name: count for name, count in counts.items() if count != "0"}, kept)
