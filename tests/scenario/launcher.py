@@ -142,7 +142,8 @@ class Installation:
             return {}
 
     def wrongly_recorded(self, damage):
-        """Returns the paths whose files do not have the digest of the record. A file in `damage` may have that content, or be gone."""
+        """Returns the paths whose files do not have the digest of the record. Those in `damage` may have that content, or be
+        gone."""
         found = self.files()
         return [path for path, wanted in self.recorded().items() if digest(found.get(path, b"gone")) != wanted and
                 (path not in damage or found.get(path) not in (None, damage[path]))]
