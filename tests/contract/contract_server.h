@@ -17,7 +17,7 @@ inline platform::ServerAddress ContractServer() {
 /// A key for the server's /late and /release that no earlier test has used.
 inline std::string UniqueKey() { return "key" + std::to_string(std::random_device()()); }
 
-/// What came of one GET.
+/// The result of one GET.
 struct Answer {
   std::uint32_t error = 0;  ///< of the first step that failed
   std::uint32_t status = 0;

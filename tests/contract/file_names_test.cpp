@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The system itself is asked: a file is made under one path and looked for under the other.
+/// Asks the system: creates a file under one path and looks for it under the other.
 TEST(FileNamesContract, EqualIdentitiesMeanTheSameFile) {
   const std::pair<const char*, const char*> pairs[] = {
       {"d/data", "./d/data"}, {"d/data", "d//data"},  {"d/data", "d/./data"},  {"d/data", "d\\data"},

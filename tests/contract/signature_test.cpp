@@ -25,10 +25,10 @@ TEST(SignatureContract, AcceptsSignaturesOfBothSystems) {
   const std::string vectors[] = {// The RFC's.
                                  "efd48b2aacb6a8fd1140dd9cd45e81d69d2c877b56aaf991c34d0ea84eaf3716"
                                  "f7cb1c942d657c41d436c7a1b6e29f65f3e900dbb9aff4064dc4ab2f843acda8",
-                                 // By the Linux half.
+                                 // Signed by the Linux half.
                                  "4de7cb2634fdc011baa3e54468f4d432bbe06b76b37754dc48b522787f803a7d"
                                  "a3f688fcef8d1931bb91bf1da1e9aa76b93117f12fc63599a43235fdf3a9e5a9",
-                                 // By the Windows half.
+                                 // Signed by the Windows half.
                                  "5270da66053fd8a7554660b9d8994b10e45a1f9f857b20853934af0f55eaf315"
                                  "163876e021efd1cebae9dab229443c38d7c23756fce9b59a1402e760d4b28e6d"};
   for (const std::string& hex : vectors) {

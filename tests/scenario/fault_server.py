@@ -44,7 +44,7 @@ class FaultServer:
 
     def close(self):
         self.closed.set()
-        # Wakes the thread that accepts; the number of a socket closed under it could be the next server's.
+        # Wakes the accepting thread first: the number of a closed socket may belong to the next server's socket.
         self.socket.shutdown(socket.SHUT_RDWR)
         self.acceptor.join()
         self.socket.close()

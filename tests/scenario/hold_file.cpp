@@ -1,7 +1,8 @@
 // Holds a file open, as a running game does while its launcher updates:
 //   hold_file [FILE [SHARING]]
 // Prints "holding" and lives until its input ends. Without FILE it only runs, which holds its own program.
-// SHARING is a number, the FILE_SHARE_ flags for others. Windows only: elsewhere no file can be held so.
+// SHARING is a number, the FILE_SHARE_ flags for others. Windows only: other systems cannot lock files this
+// way.
 
 #include <windows.h>
 

@@ -102,7 +102,7 @@ class Installation:
 
     def run_to_end(self, requests=b"", successors=True, user=None, **environment):
         """Runs one session to its end, with the launchers that it starts. Returns exit code, messages and standard error."""
-        # Files, not pipes: background processes of Wine may hold a pipe open when the launcher has long ended.
+        # Files, not pipes: background processes of Wine may hold a pipe open long after the launcher has ended.
         with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             done = subprocess.run(self.command(), input=requests, stdout=out, stderr=errors, cwd="/", timeout=LIMIT,
                                   check=False, user=user, env={**os.environ, **environment})

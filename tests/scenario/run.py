@@ -45,7 +45,7 @@ def main():
         prepare_wine()
     else:
         mounts.acquire()
-    # The default server is out of reach without a look at the network. Sanitizers accept the library with the faults.
+    # The default server is unreachable, and no network is used. Sanitizers accept the library with the faults.
     os.environ.update(https_proxy="http://127.0.0.1:1", ASAN_OPTIONS="verify_asan_link_order=0")
     names = {"test_windows"} if launcher.is_windows() else {path.stem for path in HERE.glob("test_*.py")} - BY_NAME_ONLY
     unittest.main(module=None, argv=[sys.argv[0], "--verbose", *(options.tests or sorted(names))])

@@ -20,7 +20,7 @@ SETTINGS = b"; mine\r\nvsync 0\r\nfpslimit 90\r\nKey = value\r\n"
 PLAYER = {"Capture/shot.jpg": b"a picture" * 50, "notes.txt": b"mine", "Model/log/trace.txt": b"mine",
           "data/d0/save.dat": b"mine"}
 OBSOLETE = {"x64/a.dll": b"old", "x64/sub/b.dll": b"old", "Model/left.o3d": b"old"}
-# What goes wrong between the update and the verification; None: the file goes.
+# The damage between the update and the verification; None: the file is deleted.
 DAMAGE = {"data/d3/f7": b"damaged", "data/d2/f10": None}
 PACKED = {"packed.zip": [f"data/d{i % 4}/f{i}" for i in range(5)]}
 
@@ -45,7 +45,7 @@ class Lane:
         old, self.new = game()
         publish(self.server, old, PACKED, version=1)
         self.place.run()
-        # One of the new files is there, as a launcher that died may leave it: right, but not recorded.
+        # One of the new files is on the disk but not in the record, as after a death.
         self.place.put({**PLAYER, **OBSOLETE, "ostu.ini": SETTINGS, "new/f19": self.new["new/f19"]})
         publish(self.server, self.new, PACKED, version=2)
         self.start = self.files()
@@ -95,7 +95,7 @@ class Lane:
             self.expect(b'"ready"' not in out, "a second ready")
         except (AssertionError, BrokenPipeError):
             code, words = session.process.wait(), session.process.stderr.read().decode(errors="replace")
-            # Without the thread that reads its requests the launcher can only say so.
+            # If the thread that reads requests cannot start, the launcher prints an error.
             self.expect(self.kind == "pthread_create" and code > 0 and words, f"ended with {code}: {words[-200:]}")
         finally:
             session.kill()

@@ -32,8 +32,8 @@ OPERATIONS = {
     "first start": (("at_configuration",), 0, 0),
     "self-update": (("at_the_swap", "after_messages", "after_ready"), FILES, 4),
 }
-# What reaches the disk just before the cut, besides what the launcher flushes: the journal, which shows most without
-# the bytes of the files, and a share of the pages of the document that the operation writes.
+# What else reaches the disk just before the cut: the journal (most faults appear when the contents of the files do not
+# reach the disk), and a share of the pages of the document that the operation writes.
 AHEAD = {"nothing": None, "journal": 0, "journal and document": 1, "journal and half a document": 0.5}
 
 

@@ -53,7 +53,7 @@ class FilesInUseTest(ScenarioTest):
         scanner = self.hold_file(self.place / "held.dat")
         session = self.session(wait=False)
         session.until("versions")
-        # Longer than three attempts without patience take.
+        # Longer than three immediate attempts take.
         threading.Timer(2.5, scanner.communicate).start()
         self.assertEqual(summary(session.until("ready"))[-2:], READY)
         self.assertEqual(self.server.requests["/patch/f/held.dat"], 2, "one for each version")

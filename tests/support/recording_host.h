@@ -11,7 +11,7 @@
 
 namespace patcher {
 
-/// A host that writes down what it is asked for. Workers run to their end inside StartThread's thread, which
+/// A host that records its calls. Workers run to their end inside StartThread's thread, which
 /// the test joins through `JoinWorkers`; events wait until the test takes them.
 class RecordingHost final : public HostOperations {
  public:

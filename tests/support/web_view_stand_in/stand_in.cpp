@@ -122,7 +122,7 @@ void Later(std::function<void()> step) {
   if (!queue->Post({WM_APP, 0, parameter})) std::abort();
 }
 
-/// Hands over what the program has asked for, or nothing if this is the step that fails.
+/// Gives the program the object that it requested, or nothing if this is the step that fails.
 void Finish(const char* event, const Slots& table, bool fails) {
   Object* made = fails ? nullptr : new Object(table, event);
   Call(handlers[event], 3, fails ? E_FAIL : S_OK, made);
@@ -162,7 +162,7 @@ HRESULT __stdcall GetCoreWebView2(Object*, Object** out) {
 const Slots kController =
     Table({At(6, &PutBounds), At(12, &MoveFocus), At(23, &Report<"moved">), At(25, &GetCoreWebView2)});
 
-/// It takes the mouse over its place, and keeps it while a button is down.
+/// Receives the mouse over its area, and keeps it while a button is down.
 LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_LBUTTONDOWN) SetCapture(window);
   if (message == WM_LBUTTONUP) ReleaseCapture();

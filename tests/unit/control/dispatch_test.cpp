@@ -53,7 +53,7 @@ class DispatchTest : public testing::Test {
     for (const std::u16string& text : requests) dispatcher.DispatchPageMessage(text);
   }
 
-  /// What the page was sent since the last call.
+  /// The messages to the page since the last call.
   Texts Sent() {
     for (const UiEvent& event : host.TakeEvents()) dispatcher.HandleUiEvent(event);
     return std::exchange(host.sent, {});

@@ -1,4 +1,4 @@
-// What the page may load and what it is sent.
+// The page's resources and the messages that it receives.
 #include <gtest/gtest.h>
 
 #include "control/page_content.h"

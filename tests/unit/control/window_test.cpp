@@ -1,4 +1,4 @@
-// What the main window decides, for itself and for the page in it.
+// The decisions of the main window that need no window.
 #include <gtest/gtest.h>
 
 #include "control/protocol/ui_event.h"

@@ -137,7 +137,7 @@ TEST_F(SavedLinesTest, WhatCannotBeReadOrChangedIsNeverReplaced) {
   EXPECT_FALSE(SaveOptions(path, {}));
   EXPECT_TRUE(fs::remove(path)) << "the empty directory";
   WriteWhole(path, "mine 1");
-  // A file of the largest size can be read, but no longer with the end of its last line.
+  // A file of the largest size can be read, but the end of its last line would make it too large.
   for (const std::uintmax_t size : {kMaxSettingsSize + 1, kMaxSettingsSize}) {
     fs::resize_file(path, size);
     EXPECT_FALSE(SaveOptions(path, {})) << size;
@@ -162,7 +162,7 @@ TEST_F(SavedLinesTest, ASaveRemovesTheTemporaryFileOfOneThatDied) {
                                "other.ini.17.part",        "ostu.ini.17.part"};
   for (const char* name : names) {
     WriteWhole(directory / name, "x");
-    // The last one belongs to a save that goes on.
+    // The last one belongs to a save that is still running.
     if (name == names[5]) continue;
     fs::last_write_time(directory / name, fs::file_time_type::clock::now() - std::chrono::hours(2));
   }

@@ -51,7 +51,7 @@ TEST(ArchiveTest, DamagedEntriesAreNamed) {
     bytes[at] = static_cast<char>(bytes[at] ^ byte);
     return bytes;
   };
-  // As writers make it that pad the extra field in the directory: no damage.
+  // Some writers pad the extra field in the directory. That is not damage.
   std::string padded = good;
   for (const std::size_t at : {last + 30, end + 12}) padded[at] = static_cast<char>(padded[at] + 3);
   padded.insert(end, 3, '\0');
@@ -106,7 +106,7 @@ TEST(ArchiveTest, OutcomesDoNotDependOnThreads) {
       {MakeArchive(repeated), "ok", 6, 6, {{"0", 5}, {"2", 5}, {"4", 5}}},
       // Each thread ends with its first failure.
       {Broken(MakeArchive(many), ""), "long", 1, 4, {{"long", slow.size()}}},
-      // What comes before a failed entry is tried, even if a later one fails first.
+      // Entries before a failed one are tried, even if a later one fails first.
       {Broken(MakeArchive(early), "x"), "a/x", 1, 3, {{"a/1", 1000000}}},
   };
   for (const auto& c : cases) {
