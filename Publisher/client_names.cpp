@@ -72,11 +72,11 @@ std::string NameProblem(std::string_view path) {
 
 bool BelongsToInstallation(std::string_view path, bool isDirectory) {
   const bool topLevel = path.find('/') == std::string_view::npos;
-  const bool isTheirs =
-      topLevel && (HoldsName(kLauncherWorkFiles, path) || HoldsName(kLauncherPrograms, path) ||
-                   HoldsName(kOtherFiles, path) || HoldsName(kPlayerFiles, path));
-  if (isTheirs) return true;
-  if (isDirectory) return topLevel && HoldsName(kPlayerDirectories, path);
+  const bool isReserved = HoldsName(kLauncherWorkFiles, path) || HoldsName(kLauncherPrograms, path) ||
+                          HoldsName(kOtherFiles, path) || HoldsName(kPlayerFiles, path) ||
+                          HoldsName(kPlayerDirectories, path);
+  if (topLevel && isReserved) return true;
+  if (isDirectory) return false;
   const std::string name = FoldCase(path);
   return name.ends_with(".part") || (topLevel && (name.ends_with(".old") || name.starts_with("_bundle")));
 }

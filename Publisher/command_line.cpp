@@ -44,7 +44,7 @@ CommandLine::CommandLine(const std::vector<OptionRule>& rules, const std::vector
       Take(*rule, argument.substr(equals + 1));
     } else if (i + 1 == arguments.size()) {
       Fail(name + " needs a value");
-    } else if (FindRule(arguments[i + 1]) != nullptr) {
+    } else if (arguments[i + 1].starts_with('-') && FindRule(arguments[i + 1]) != nullptr) {
       Fail(name + " needs a value; " + arguments[i + 1] + " is an option");
     } else {
       Take(*rule, arguments[++i]);

@@ -20,7 +20,7 @@ void CheckFile(const PatchFile& file, Findings& findings) {
   const std::size_t slash = file.path.find('/');
   if (BelongsToInstallation(file.path, false) ||
       (slash != std::string::npos && BelongsToInstallation(file.path.substr(0, slash), true))) {
-    findings.Add(subject, "this name belongs to the launcher or the player");
+    findings.Add(subject, "the name belongs to the launcher or the player");
   }
   if (!IsDigest(file.sha256)) findings.Add(subject, "its digest is not a lower-case SHA-256");
   if (file.url.empty() || !StaysInside(file.url)) findings.Add(subject, "it has no name below /patch/");

@@ -64,7 +64,7 @@ void Exclusions::ReadIgnoreFile(const fs::path& file) {
 }
 
 std::string Exclusions::Reason(std::string_view path, bool isDirectory) {
-  if (BelongsToInstallation(path, isDirectory)) return "it belongs to an installation";
+  if (BelongsToInstallation(path, isDirectory)) return "the name belongs to the launcher or the player";
   if (BelongsInNoClient(path)) return "it belongs in no client";
   for (Rule& rule : rules_) {
     if (!rule.pattern.Matches(path, isDirectory)) continue;

@@ -9,7 +9,7 @@ namespace patcher::publisher {
 /// The result of a check of a folder or a server.
 struct CheckResult {
   std::string summary;                ///< what was checked
-  std::vector<std::string> findings;  ///< one sentence each; empty: everything is sound
+  std::vector<std::string> findings;  ///< one sentence each; empty if nothing is wrong
 };
 
 /// Reads and checks everything in a web server's folder: the sizes and digests of all contents that the

@@ -76,14 +76,16 @@ class LiveSwitch {
     }
   }
 
-  /// A launcher that expects signatures may be with players since the version that is live now or was live
-  /// last, and a copy that was signed says that its publisher meant it to be.
+  /// Players may have a launcher that expects signatures if the last live version or this copy is signed.
   void RequireKey() {
     std::optional<Publication> last = live_;
     const auto versions = ByTime(history_);
     if (!last && !versions.empty()) last = ReadCopy(store_, versions.front()->version);
-    if (last) signer_.RequireKeyAfter(&*last, progress_);
-    signer_.RequireKeyAfter(&next_, progress_);
+    if (last) {
+      signer_.RequireKeyAfter(&*last);
+      signer_.NoticeOtherKey(&*last, progress_);
+    }
+    signer_.RequireKeyAfter(&next_);
   }
 
   std::string ListOfVersions() const {

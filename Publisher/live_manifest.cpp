@@ -25,7 +25,7 @@ bool HasAllContents(const ContentStore& store, const Publication& publication) {
 std::optional<Publication> ReadManifest(const ContentStore& store) {
   try {
     return ReadPublication(store.ManifestFile());
-  } catch (const PublishError& error) {
+  } catch (const ManifestError& error) {
     throw PublishError(std::string(error.what()) + "; --live N replaces it by version N");
   }
 }

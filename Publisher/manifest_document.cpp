@@ -55,8 +55,8 @@ std::optional<std::string> ReadText(const fs::path& file) {
   return text;
 }
 
-PublishError NoManifest(const std::string& source, const std::string& reason) {
-  return PublishError(source + " is not a manifest: " + reason);
+ManifestError NoManifest(const std::string& source, const std::string& reason) {
+  return ManifestError(source + " is not a manifest: " + reason);
 }
 
 /// A number from 0 to the highest of its type, truncated; 0 for anything else.

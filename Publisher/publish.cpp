@@ -55,7 +55,10 @@ class Publisher {
     ChooseVersion();
     RequireLauncherOrder();
     // A held version is signed when it goes live, and a dry run needs no key.
-    if (!request_.hold && !request_.dryRun) signer_.RequireKeyAfter(Previous(), progress_);
+    if (!request_.hold && !request_.dryRun) {
+      signer_.RequireKeyAfter(Previous());
+      signer_.NoticeOtherKey(Previous(), progress_);
+    }
     const ClientScan scan = ScanClient(request_.client, exclusions);
     PrintNotices(scan, exclusions, progress_);
     if (IsPublished(scan)) {
@@ -85,7 +88,8 @@ class Publisher {
     if (IsBelow(store_.Root(), request_.client) || IsBelow(request_.client, store_.Root())) {
       throw PublishError("the client directory and the published folder must not contain each other");
     }
-    if (fs::exists(request_.www / "version.json", error) && fs::exists(request_.www / "history", error)) {
+    const auto has = [&](const char* name) { return fs::exists(request_.www / name, error); };
+    if (has("history") && (has("f") || has("files"))) {
       throw PublishError(platform::Utf8FromPath(request_.www) +
                          " is itself a published folder: --out takes the folder above it");
     }

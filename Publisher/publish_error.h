@@ -13,6 +13,12 @@ class PublishError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A document is not a valid manifest.
+class ManifestError : public PublishError {
+ public:
+  using PublishError::PublishError;
+};
+
 /// A step failed after the new version was published. The publication itself is complete.
 class LaterStepError : public PublishError {
  public:

@@ -71,14 +71,14 @@ DocumentSigner::DocumentSigner(const SigningRequest& request, const fs::path& ww
   if (!request.keyFile.empty()) key_ = ReadKeyFile(request.keyFile);
 }
 
-void DocumentSigner::RequireKeyAfter(const Publication* present, Progress& progress) const {
-  if (allowUnsigned_ || present == nullptr || !HasSignature(*present)) return;
-  if (key_) {
-    if (IsSignedBy(*present, key_->publicKey)) return;
-    progress.Notice("version " + std::to_string(present->manifest.version) +
-                    " is signed by another key: launchers without this key refuse the new manifest");
-    return;
-  }
+void DocumentSigner::NoticeOtherKey(const Publication* present, Progress& progress) const {
+  if (!key_ || present == nullptr || !HasSignature(*present) || IsSignedBy(*present, key_->publicKey)) return;
+  progress.Notice("version " + std::to_string(present->manifest.version) +
+                  " is signed by another key: launchers without this key refuse the new manifest");
+}
+
+void DocumentSigner::RequireKeyAfter(const Publication* present) const {
+  if (key_ || allowUnsigned_ || present == nullptr || !HasSignature(*present)) return;
   throw PublishError("version " + std::to_string(present->manifest.version) +
                      " is signed, and launchers with a key refuse an unsigned manifest: --sign KEY signs, "
                      "--unsigned publishes without a signature nevertheless");

@@ -33,8 +33,10 @@ class DocumentSigner {
   DocumentSigner(const SigningRequest& request, const std::filesystem::path& www);
 
   /// Raises PublishError if `present` is signed and the next document would not be, unless the request allows
-  /// that. Prints a notice if another key has signed it. `present` is what players have, and may be null.
-  void RequireKeyAfter(const Publication* present, Progress& progress) const;
+  /// that. `present` may be null.
+  void RequireKeyAfter(const Publication* present) const;
+  /// Prints a notice if another key has signed `present`, which is what players have, and may be null.
+  void NoticeOtherKey(const Publication* present, Progress& progress) const;
 
   /// Whether a document has a signature by this object's key. Without a key, whether it may stay as it is:
   /// always, unless it is signed and the request asks for an unsigned one.

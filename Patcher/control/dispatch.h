@@ -73,7 +73,7 @@ class Dispatcher {
   OperationGuard guard_;
   bool canPlay_ = false;
   bool ending_ = false;
-  bool formHasDefaults_ = false;  // the page's form has defaults, since the settings file was unreadable
+  bool formHasDefaults_ = false;  // the page's form has defaults, because the settings file was unreadable
 };
 
 }  // namespace patcher

@@ -18,7 +18,7 @@ struct OptionsMessage {
 /// waits like SettingsFile::Load.
 OptionsMessage BuildOptionsMessage(const std::filesystem::path& path);
 
-/// Whether the page got these values since the file was unreadable. Saving them would overwrite the real
+/// Whether the page got these values because the file was unreadable. Saving them would overwrite the real
 /// values.
 bool AreDefaultsForUnreadableFile(const MiniJson::Value& values);
 

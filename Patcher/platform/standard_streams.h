@@ -17,7 +17,7 @@ void UseConsoleOfParent();
 [[nodiscard]] bool ReadLine(std::string& line);
 
 /// Writes the text and a line feed to standard output in a single write. Returns false if that failed, for
-/// example since a disk is full; true also if the reader has closed the pipe.
+/// example because a disk is full; true also if the reader has closed the pipe.
 bool WriteLine(std::string_view line);
 
 /// The same for standard error.

@@ -70,6 +70,8 @@ WantedEntries ListWanted(ArchiveReader& zip, const std::function<bool(std::strin
 bool ExtractEntry(ArchiveReader& zip, std::uint32_t entry) {
   try {
     const fs::path place = InstalledPlace(zip.Name(entry));
+    // Single files replace the launcher in one step; an entry that breaks off would destroy it.
+    if (IsOwnName(place)) return false;
     std::error_code ignored;
     fs::create_directories(place.parent_path(), ignored);
     platform::RemoveBeforeWriting(place);

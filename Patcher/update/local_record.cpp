@@ -165,8 +165,11 @@ bool LocalRecord::Append(const std::vector<std::string>& paths) {
   return true;
 }
 
-bool LocalRecord::Replace(std::string_view text) const {
-  return RetryWhileHeld([&] { return ReplaceWholeFile(path_, text); }) == 0;
+bool LocalRecord::Replace(std::string_view text) {
+  const auto replace = [&] { return ReplaceWholeFile(path_, text); };
+  // If the directory cannot be written to, each of the many saves of a run would wait.
+  replaceFailed_ = (replaceFailed_ ? replace() : RetryWhileHeld(replace)) != 0;
+  return !replaceFailed_;
 }
 
 bool LocalRecord::SaveDocument(std::string_view document) {

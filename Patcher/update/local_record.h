@@ -71,7 +71,7 @@ class LocalRecord {
   bool SaveDocument(std::string_view document);
 
  private:
-  [[nodiscard]] bool Replace(std::string_view text) const;
+  [[nodiscard]] bool Replace(std::string_view text);
   std::filesystem::path SequenceFile() const;
   void SaveSequence();
   /// False if the full state has to be saved instead.
@@ -86,6 +86,7 @@ class LocalRecord {
   std::uint64_t fileSequence_ = 0;           // number in the sequence file; 0: no file
   const PatchManifest* document_ = nullptr;  // if not null, this is the state and `state_` is empty
   LocalState state_;
+  bool replaceFailed_ = false;        // the last time; then it is tried only once the next time
   std::uint64_t savedSize_ = 0;       // bytes of the saved progress form; 0: the next save is a full one
   std::string lastPath_;              // last path of the saved text
   std::vector<std::string> changed_;  // paths added since that save

@@ -103,7 +103,7 @@ std::vector<std::string> SuffixedNames(std::string_view path) {
   return names;
 }
 
-bool TwoMeanOneFile(const std::vector<std::string_view>& paths) {
+bool HaveConflicts(const std::vector<std::string_view>& paths) {
   std::map<std::string, std::string_view> owners;  // path by identity
   for (const std::string_view path : paths) {
     const auto [owner, added] = owners.emplace(platform::FileIdentity(path), path);
@@ -151,7 +151,7 @@ bool PathsAreUsable(const PatchManifest& manifest) {
                      [](const PatchFile& file) {
                        return StaysInside(file.path) && platform::NamesAFile(file.path);
                      }) &&
-         !TwoMeanOneFile(Suspects(manifest.files));
+         !HaveConflicts(Suspects(manifest.files));
 }
 
 std::vector<std::string> PathsThatChange(const LocalState& record,

@@ -194,7 +194,7 @@ void AssignArchivePaths(RunState& run) {
       if (run.wantedPaths.count(path) != 0) run.archivePaths.emplace(path, index);
     }
   }
-  // A stamp cannot detect that: an installed miniz may give an extracted file the time in the archive.
+  // Their time and size say nothing: some builds of miniz give an extracted file the time in the archive.
   std::erase_if(run.forgotten,
                 [&](const ForgottenFile& file) { return run.archivePaths.count(file.path) != 0; });
 }

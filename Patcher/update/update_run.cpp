@@ -133,8 +133,10 @@ class Steps {
       Status(std::to_string(correctFiles) + " fichier(s) deja corrects retrouves sur le disque.");
     const bool hasForgotten = ForgetWantedFiles(run_);
     const platform::MutexLock guard(run_.stateLock);
-    const bool isCurrent = correctFiles == 0 && !hasForgotten && !run_.record.IsUnreadable();
-    return isCurrent || run_.record.SaveOrRemove() || run_.wanted.empty();
+    const bool mayNameWanted = hasForgotten || run_.record.IsUnreadable();
+    if (mayNameWanted && !run_.wanted.empty()) return run_.record.SaveOrRemove();
+    if (correctFiles > 0 || mayNameWanted) run_.record.Save();
+    return true;
   }
 
   /// False if the whole stage failed. If one archive fails, the next stage downloads its files.

@@ -143,8 +143,9 @@ TEST(HttpContract, UnopenedObjectsFailAndADeadServerFailsInSend) {
   EXPECT_NE(request.ReadData(nullptr, 1, count), 0u);
   EXPECT_EQ(count, 0u);
   Session session({false, "127.0.0.1", 1});
-  ASSERT_EQ(request.Open(session.connection, "/"), 0u);
-  EXPECT_NE(request.Send(), 0u);
+  HttpRequest opened;
+  ASSERT_EQ(opened.Open(session.connection, "/"), 0u);
+  EXPECT_NE(opened.Send(), 0u);
 }
 
 TEST(HttpContract, AnAbandonedTransferDoesNotDisturbTheNext) {

@@ -6,6 +6,7 @@ import zipfile
 
 from fault_server import FaultServer
 from game import MANIFEST
+from launcher import Installation
 from scenario import CONNECT, INVALID, READY, ScenarioTest
 
 
@@ -16,15 +17,16 @@ class ServerTest(ScenarioTest):
                  ({MANIFEST: [("silent", len(document) // 2)]}, [CONNECT, "online", INVALID, False]),
                  ({"/patch/f/a": [("silent", 50), None]},
                   [CONNECT, "online", (0, 3), "1 fichier(s) a telecharger...", (3, 3), *READY])]
+        places = [self.installation_with(faults) for faults, _ in cases]
         # All at once, since each waits for the launcher's own limit.
         with concurrent.futures.ThreadPoolExecutor() as pool:
-            self.assertEqual(list(pool.map(self.update_with, [faults for faults, _ in cases])), [end for _, end in cases])
+            self.assertEqual(list(pool.map(Installation.update, places)), [end for _, end in cases])
 
-    def update_with(self, faults):
+    def installation_with(self, faults):
         server = FaultServer()
         self.addCleanup(server.close)
         server.content, server.faults = self.server.content, faults
-        return self.installation(server).update()
+        return self.installation(server)
 
     def test_bodies_that_are_cut_or_without_end(self):
         ends = [0, 1, 2, 3, 8191, 8192, 65535, 65536, 131071, 131072, 199998, 199999]

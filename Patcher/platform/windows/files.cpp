@@ -41,7 +41,11 @@ int WriteFlushed(const std::filesystem::path& file, DWORD creation, std::string_
     const OwnedHandle created(
         CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!created.IsOpen()) return LastErrorUnless(FALSE);
-    error = LastErrorUnless(WriteAt(created.Get(), content, 0) && FlushFileBuffers(created.Get()));
+    if (!WriteAt(created.Get(), content, 0) || !FlushFileBuffers(created.Get())) {
+      error = static_cast<int>(GetLastError());
+      // A write that the system cut short has no error of its own.
+      if (error == 0) error = ERROR_DISK_FULL;
+    }
   }
   if (error != 0) DeleteFileW(file.c_str());
   return error;

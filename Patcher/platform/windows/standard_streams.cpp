@@ -2,7 +2,6 @@
 
 #include "platform/standard_streams.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <iostream>
 
@@ -17,8 +16,8 @@ bool WriteWhole(std::FILE* stream, std::string_view line) {
   text += '\n';
   const bool written =
       std::fwrite(text.data(), 1, text.size(), stream) == text.size() && std::fflush(stream) == 0;
-  // A closed pipe is one of these two.
-  return written || errno == EPIPE || errno == EINVAL;
+  // Then the reader has closed the pipe.
+  return written || GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)))) == FILE_TYPE_PIPE;
 }
 
 }  // namespace

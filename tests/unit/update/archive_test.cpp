@@ -74,6 +74,10 @@ TEST(ArchiveTest, DamagedEntriesAreNamed) {
     EXPECT_EQ(Extract(directory / "t.zip"), cases[i].second) << "case " << i;
   }
   EXPECT_EQ(ReadWhole(directory / "mine"), "the player's") << "a link is replaced, not followed";
+  WriteWhole(ExePath(), "this launcher");
+  WriteWhole(directory / "t.zip", MakeArchive({{"Patcher", "x"}}));
+  EXPECT_EQ(Extract(directory / "t.zip"), "Patcher");
+  EXPECT_EQ(ReadWhole(ExePath()), "this launcher");
 }
 
 /// With a false CRC for every entry whose name contains `part`.
