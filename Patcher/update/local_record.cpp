@@ -67,6 +67,10 @@ void LocalRecord::Load(const ParsedDocument& parsed) {
   } else {
     state_ = LoadLocalManifest(path_, &version_, hasKeys ? &sequence_ : nullptr);
   }
+  const bool isEmpty = document_ != nullptr ? document_->files.empty() : state_.empty();
+  std::error_code error;
+  wasUnreadable_ = isEmpty && std::filesystem::symlink_status(path_, error).type() !=
+                                  std::filesystem::file_type::not_found;
   fileSequence_ = hasKeys ? ReadNumber(SequenceFile()) : 0;
   sequence_ = std::max(sequence_, fileSequence_);
 }
@@ -88,12 +92,6 @@ const LocalState& LocalRecord::State() {
     document_ = nullptr;
   }
   return state_;
-}
-
-bool LocalRecord::IsUnreadable() const {
-  std::error_code error;
-  return (document_ != nullptr ? document_->files.empty() : state_.empty()) &&
-         std::filesystem::symlink_status(path_, error).type() != std::filesystem::file_type::not_found;
 }
 
 void LocalRecord::Enter(const std::string& path, const std::string& digest) {

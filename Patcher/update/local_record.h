@@ -45,8 +45,9 @@ class LocalRecord {
   std::uint64_t Sequence() const { return sequence_; }
   const LocalState& State();
 
-  /// Whether the file exists but nothing could be read from it, for example because another program holds it.
-  bool IsUnreadable() const;
+  /// Whether Load has found a file but could read nothing from it, for example because another program holds
+  /// it. That file may name any files.
+  bool WasUnreadable() const { return wasUnreadable_; }
   void Enter(const std::string& path, const std::string& digest);
   void Forget(std::string_view path);
 
@@ -81,6 +82,7 @@ class LocalRecord {
 
   std::filesystem::path path_;
   bool loaded_ = false;
+  bool wasUnreadable_ = false;
   std::int32_t version_ = 0;
   std::uint64_t sequence_ = 0;
   std::uint64_t fileSequence_ = 0;           // number in the sequence file; 0: no file

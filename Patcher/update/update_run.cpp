@@ -133,7 +133,7 @@ class Steps {
       Status(std::to_string(correctFiles) + " fichier(s) deja corrects retrouves sur le disque.");
     const bool hasForgotten = ForgetWantedFiles(run_);
     const platform::MutexLock guard(run_.stateLock);
-    const bool mayNameWanted = hasForgotten || run_.record.IsUnreadable();
+    const bool mayNameWanted = hasForgotten || run_.record.WasUnreadable();
     if (mayNameWanted && !run_.wanted.empty()) return run_.record.SaveOrRemove();
     if (correctFiles > 0 || mayNameWanted) run_.record.Save();
     return true;

@@ -38,7 +38,7 @@ TEST(LocalManifestTest, AParsedManifestIsUsedForItsOwnFileOnly) {
   LocalRecord record(directory / "m");
   record.Load({text, &parsed});
   EXPECT_TRUE(record.IsDocument());
-  EXPECT_FALSE(record.IsUnreadable());
+  EXPECT_FALSE(record.WasUnreadable());
   EXPECT_EQ(record.Version(), 4);
   record.Forget("b");
   EXPECT_FALSE(record.IsDocument());
