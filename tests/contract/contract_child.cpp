@@ -1,14 +1,13 @@
 // The program that the process and stream tests start:
-//   contract_child KEY REPORT [ARGUMENT...]
-// writes its own path, its working directory and the arguments to the file REPORT, a line each, then
-// releases KEY on the server.
+//   contract_child REPORT ARGUMENT
+// writes its own path, its working directory and the argument to the file REPORT, a line each, then an empty
+// line.
 //   contract_child --streams
 // writes each line of its input back in brackets, and at the end of the input "end" to standard error, and
 // ends with 7.
 
 #include <fstream>
 
-#include "contract/contract_server.h"
 #include "platform/process.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
@@ -28,14 +27,10 @@ void EchoLines() {
 }
 
 void Report(const std::vector<std::string>& arguments) {
-  {
-    std::ofstream report(platform::PathFromUtf8(arguments[1]), std::ios::binary);
-    report << platform::Utf8FromPath(platform::OwnExecutablePath()) << '\n'
-           << platform::Utf8FromPath(std::filesystem::current_path()) << '\n';
-    for (std::size_t i = 2; i < arguments.size(); ++i) report << arguments[i] << '\n';
-  }
-  Session session;
-  Get(session.connection, "/release/" + arguments[0]);
+  std::ofstream report(platform::PathFromUtf8(arguments[0]), std::ios::binary);
+  report << platform::Utf8FromPath(platform::OwnExecutablePath()) << '\n'
+         << platform::Utf8FromPath(std::filesystem::current_path()) << '\n'
+         << arguments[1] << "\n\n";
 }
 
 }  // namespace

@@ -16,7 +16,6 @@ class FaultServer:
       ("cut", n)           the connection ends after n bytes of the body
       ("silent", n)        nothing more comes after n bytes of the body; n None: not even a head
       ("hold", event)      the answer waits until the event is set
-      ("late", event)      the body waits until the event is set
       ("stale",)           the connection ends after the answer though it promised to stay
       ("chunked", extra)   the body in chunks, with extra headers
       ("chunked-cut", n)   n bytes in chunks, then the connection ends
@@ -105,8 +104,6 @@ class FaultServer:
         peer.sendall(f"HTTP/1.1 {status} X\r\n{self._headers(kind, value, len(body), chunked)}\r\n".encode())
         if kind == "announced":
             return bool(peer.recv(1))
-        if kind == "late":
-            value.wait()
         part = body[:value] if isinstance(value, int) else body
         if chunked:
             self._send_chunks(peer, part, kind)
