@@ -1,7 +1,5 @@
 #include "platform/signature.h"
 
-#include <string>
-
 #include <gtest/gtest.h>
 
 #include "shared/hex.h"
