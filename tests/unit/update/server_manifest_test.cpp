@@ -55,8 +55,10 @@ TEST(ServerManifestTest, OnlyWhatAKeyHasSignedIsAccepted) {
   EXPECT_THROW(static_cast<void>(Sign(value, {own->secret, foreign->publicKey})), std::runtime_error);
 }
 
-TEST(ServerManifestTest, ALauncherWithoutADigestIsRemoved) {
+TEST(ServerManifestTest, AnEqualSequenceIsAcceptedAndALauncherWithoutADigestRemoved) {
   PatchManifest manifest;
+  manifest.sequence = 5;
+  EXPECT_EQ(SequenceFault(manifest, 5), "");
   EXPECT_FALSE(RemoveUnverifiedLauncher(manifest));
   manifest.patcherUrl = "launcher";
   manifest.patcherSha256 = "digest";
