@@ -9,7 +9,7 @@
 namespace platform {
 namespace {
 
-/// What came of one GET.
+/// The result of one GET.
 struct Answer {
   std::uint32_t error = 0;                 ///< of the first step that failed
   std::optional<std::uint64_t> announced;  ///< bytes of the body

@@ -29,7 +29,7 @@
 namespace stand_in {
 namespace {
 
-/// What passes between the stand-in and its driver over standard input and output: lines of fields in UTF-8.
+/// The lines between the stand-in and its driver, on standard input and output: fields in UTF-8.
 /// The control character 1F ends each field, and 1E takes the place of a line feed in a field.
 using Line = std::vector<std::string>;
 constexpr char kFieldEnd = '\x1f';
