@@ -1,7 +1,6 @@
 #include "platform/file_names.h"
 
 #include <filesystem>
-#include <string>
 #include <system_error>
 
 #include <gtest/gtest.h>

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "support/scratch_directory.h"
-
 namespace platform {
 namespace {
 
@@ -46,11 +44,6 @@ TEST(TextContract, PathsKeepTheirNames) {
   EXPECT_EQ(Utf8FromPath(PathFromUtf8(name)), name);
   EXPECT_EQ(WideFromPath(PathFromUtf8(name)), Utf8ToWide(name));
   EXPECT_EQ(BytesFromPath(PathFromBytes("plain name.txt")), "plain name.txt");
-
-  const patcher::ScratchDirectory directory;
-  const std::filesystem::path file = (directory / "x").parent_path() / PathFromUtf8(name);
-  patcher::WriteWhole(file, "content");
-  EXPECT_EQ(Utf8FromPath(std::filesystem::directory_iterator(file.parent_path())->path().filename()), name);
 }
 
 }  // namespace

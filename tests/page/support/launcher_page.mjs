@@ -11,12 +11,10 @@ export const read = (file) => readFileSync(path.join(root, file), "utf8");
 const html = read("build/linux/Patcher/generated/page/launcher.html");
 const assetOrigin = /img-src ([^;"]+)/.exec(html)[1];
 const pageUrl = "https://launcher.invalid/";
-const browserArguments = ["--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-background-networking",
-  "--disable-component-update", "--disable-sync"];
 let browser;
 
 before(async () => {
-  browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: browserArguments,
+  browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: ["--disable-gpu"],
     ignoreDefaultArgs: ["--hide-scrollbars"] });
 });
 after(() => browser.close());

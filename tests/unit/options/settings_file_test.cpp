@@ -25,9 +25,13 @@ SettingsFile WithLine(const std::string& line) {
   return file;
 }
 
-TEST(SettingsFileTest, LinesAndValues) {
+class SettingsFileTest : public testing::Test {
+ protected:
   ScratchDirectory directory;
-  const fs::path path = directory / "ostu.ini";
+  fs::path path = directory / "ostu.ini";
+};
+
+TEST_F(SettingsFileTest, LinesAndValues) {
   EXPECT_FALSE(Loaded(path).loaded);
   WriteWhole(path, "");
   EXPECT_TRUE(Loaded(path).loaded);
@@ -45,9 +49,7 @@ TEST(SettingsFileTest, LinesAndValues) {
   EXPECT_EQ(file.GetString(""), "");
 }
 
-TEST(SettingsFileTest, AFileThatCannotBeReadIsTriedAgain) {
-  ScratchDirectory directory;
-  const fs::path path = directory / "ostu.ini";
+TEST_F(SettingsFileTest, AFileThatCannotBeReadIsTriedAgain) {
   WriteWhole(path, "vsync 1\n");
   fs::resize_file(path, kMaxSettingsSize + 1);
   EXPECT_TRUE(Loaded(path).unreadable);
@@ -59,7 +61,7 @@ TEST(SettingsFileTest, AFileThatCannotBeReadIsTriedAgain) {
   EXPECT_FALSE(file.unreadable);
 }
 
-TEST(SettingsFileTest, IntegersAndPairs) {
+TEST_F(SettingsFileTest, IntegersAndPairs) {
   const std::pair<std::int32_t, std::vector<const char*>> cases[] = {
       {1000, {" 2147483648", " 99999999999999999999", " abc", "", " +-1", " - 1"}},
       {12, {" 12abc"}},
@@ -84,7 +86,7 @@ TEST(SettingsFileTest, IntegersAndPairs) {
   EXPECT_TRUE(width == 800 && height == -600);
 }
 
-TEST(SettingsFileTest, Floats) {
+TEST_F(SettingsFileTest, Floats) {
   const std::pair<float, std::vector<const char*>> cases[] = {
       {9.0f,
        {"0x1p128", "-0X.8P129", "0x1p-200", "0x1p99999999999", "1e39", "-1e999", "1e-60", "1e-41", "nan",
@@ -105,13 +107,7 @@ TEST(SettingsFileTest, Floats) {
   }
 }
 
-class SavedLinesTest : public testing::Test {
- protected:
-  ScratchDirectory directory;
-  fs::path path = directory / "ostu.ini";
-};
-
-TEST_F(SavedLinesTest, OtherLinesKeepTheirBytesAndPlace) {
+TEST_F(SettingsFileTest, OtherLinesKeepTheirBytesAndPlace) {
   using namespace std::string_literals;
   const std::string foreign = "; vsync 0\r\n\r\nvsync=1\r\nVSYNC 2\r\n\xff\x1a\0\r x \r\n"s;
   const std::pair<std::string, std::string> cases[] = {
@@ -131,7 +127,7 @@ TEST_F(SavedLinesTest, OtherLinesKeepTheirBytesAndPlace) {
   }
 }
 
-TEST_F(SavedLinesTest, WhatCannotBeReadOrChangedIsNeverReplaced) {
+TEST_F(SettingsFileTest, WhatCannotBeReadOrChangedIsNeverReplaced) {
   fs::create_directory(path);
   EXPECT_FALSE(Loaded(path).loaded);
   EXPECT_FALSE(SaveOptions(path, {}));
@@ -156,7 +152,7 @@ TEST_F(SavedLinesTest, WhatCannotBeReadOrChangedIsNeverReplaced) {
   EXPECT_EQ(std::distance(fs::directory_iterator(path.parent_path()), {}), 1) << "no other file is left";
 }
 
-TEST_F(SavedLinesTest, ASaveRemovesTheTemporaryFileOfOneThatDied) {
+TEST_F(SettingsFileTest, ASaveRemovesTheTemporaryFileOfOneThatDied) {
   const char* const names[] = {"ostu.ini.4294967295.part", "ostu.ini.mine.part",
                                "ostu.ini..part",           "ostu.ini.17",
                                "other.ini.17.part",        "ostu.ini.17.part"};
@@ -170,7 +166,7 @@ TEST_F(SavedLinesTest, ASaveRemovesTheTemporaryFileOfOneThatDied) {
   for (const char* name : names) EXPECT_EQ(fs::exists(directory / name), name != names[0]) << name;
 }
 
-TEST_F(SavedLinesTest, ALinkStaysALink) {
+TEST_F(SettingsFileTest, ALinkStaysALink) {
   fs::create_directory(directory / "elsewhere");
   const fs::path real = directory / "elsewhere/real.ini";
   WriteWhole(real, "mine 1");

