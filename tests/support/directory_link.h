@@ -11,8 +11,9 @@
 
 namespace patcher {
 
-/// A symbolic link to a directory; under Wine, where the standard library makes none, a link of the system
-/// below it. Ends with this object, since not every remove_all gets past a link.
+/// A link to a directory, by what the system offers: a symbolic link; a junction, where the standard library
+/// makes no links; under Wine, which makes neither, a link of the system below it. Ends with this object,
+/// since not every remove_all gets past a link.
 class DirectoryLink {
  public:
   DirectoryLink(std::filesystem::path link, const std::filesystem::path& target) : link_(std::move(link)) {
@@ -20,13 +21,17 @@ class DirectoryLink {
     const std::filesystem::path way = target.lexically_relative(link_.parent_path());
     std::filesystem::create_directory_symlink(way, link_, error);
     if (!error) return;
-    Run("start /unix /bin/ln -s " + way.generic_string() + " " + PathBelowWine());
-    WaitUntilItIsThere(true);
+    if (std::getenv("WINEPREFIX") != nullptr) {
+      Run("start /unix /bin/ln -s " + way.generic_string() + " " + PathBelowWine());
+      WaitUntilItIsThere(true);
+    } else {
+      Run("mklink /J \"" + link_.string() + "\" \"" + target.string() + "\" >nul");
+    }
   }
   ~DirectoryLink() {
     std::error_code error;
     std::filesystem::remove(link_, error);
-    if (error) {
+    if (error && std::getenv("WINEPREFIX") != nullptr) {
       Run("start /unix /bin/rm -f " + PathBelowWine());
       WaitUntilItIsThere(false);
     }
