@@ -155,7 +155,7 @@ std::size_t FindWantedFiles(RunState& run) {
   return correctPaths.size();
 }
 
-bool ChooseArchives(RunState& run) {
+bool ChooseRunArchives(RunState& run) {
   for (const PatchFile* file : run.wanted) run.wantedPaths.insert(run.wantedPaths.end(), file->path);
   std::vector<const PatchBundle*> archives;
   for (const PatchBundle& bundle : run.manifest.bundles) archives.push_back(&bundle);

@@ -13,7 +13,7 @@ std::size_t FindWantedFiles(RunState& run);
 
 /// Fills `wantedPaths`, `chosenBundles` and `bundleBytes`. True if the archives together have fewer bytes
 /// than the wanted files together.
-bool ChooseArchives(RunState& run);
+bool ChooseRunArchives(RunState& run);
 
 /// Removes from the record every file that the installation of the wanted files may change, and saves the
 /// entries of the wanted files in `forgotten`. True if it removed any. From now on the content of these files

@@ -141,7 +141,7 @@ class Steps {
 
   /// False if the whole stage failed. If one archive fails, the next stage downloads its files.
   bool FetchArchives() {
-    if (!ChooseArchives(run_)) {
+    if (!ChooseRunArchives(run_)) {
       Status(std::to_string(run_.wanted.size()) + " fichier(s) a telecharger...");
       return true;
     }
