@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "content_store.h"
-#include "folder_order.h"
+#include "is_below.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "publish_error.h"

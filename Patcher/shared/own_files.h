@@ -14,8 +14,8 @@ inline constexpr std::string_view kRecordFile = "patch_manifest.json";
 /// Exists only with a launcher that has keys, and only while the record is not the server's document: see
 /// LocalRecord.
 inline constexpr std::string_view kSequenceFile = "patch_sequence.txt";
-inline constexpr std::string_view kSettingsFile =
-    "ostu.ini";  ///< the game's settings; the game and the launcher write it
+/// The game's settings. The game and the launcher write it.
+inline constexpr std::string_view kSettingsFile = "ostu.ini";
 inline constexpr std::string_view kWebViewDirectory = "WebView2Data";
 inline constexpr std::string_view kConfigFile = "patcher.ini";
 inline constexpr std::string_view kLogFile = "patcher_debug.txt";

@@ -5,6 +5,7 @@
 #include "platform/files.h"
 
 namespace patcher {
+
 namespace fs = std::filesystem;
 
 int ReplaceWholeFile(const fs::path& file, std::string_view text) {

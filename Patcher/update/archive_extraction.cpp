@@ -67,11 +67,17 @@ WantedEntries ListWanted(ArchiveReader& zip, const std::function<bool(std::strin
   return list;
 }
 
+/// Whether the entry would overwrite the running launcher, which a failed extraction would destroy. A single
+/// file replaces it in one step. Compares the lengths of the names first, since asking the system about each
+/// entry would take long.
+bool IsLauncher(const fs::path& place) {
+  return place.filename().native().size() == ExePath().filename().native().size() && IsOwnName(place);
+}
+
 bool ExtractEntry(ArchiveReader& zip, std::uint32_t entry) {
   try {
     const fs::path place = InstalledPlace(zip.Name(entry));
-    // Single files replace the launcher in one step; an entry that breaks off would destroy it.
-    if (IsOwnName(place)) return false;
+    if (IsLauncher(place)) return false;
     std::error_code ignored;
     fs::create_directories(place.parent_path(), ignored);
     platform::RemoveBeforeWriting(place);

@@ -18,7 +18,7 @@ class SelfUpdateTest(ScenarioTest):
     def setUp(self):
         super().setUp()
         self.files = {"Tolmira.exe": b"", "data/a": b"1" * 70000}
-        self.library = launcher.beside_program("fault-at-call.so")
+        self.injector = launcher.beside_program("fault-at-call.so")
         self.next = launcher.beside_program("patcher-stdio-next").read_bytes()
         self.present = launcher.PROGRAM.read_bytes()
         self.server.content[URL] = self.next
@@ -115,7 +115,7 @@ class SelfUpdateTest(ScenarioTest):
 
     def test_a_launcher_that_cannot_be_moved(self):
         """First the present launcher cannot be moved, then the new one."""
-        place, faults = self.place, {"LD_PRELOAD": self.library, "FAULT_CALL": "rename", "FAULT_AT": "2"}
+        place, faults = self.place, {"LD_PRELOAD": self.injector, "FAULT_CALL": "rename", "FAULT_AT": "2"}
         if launcher.is_windows():
             holder, faults = self.hold_file(place.program, READ | WRITE), {}
         else:
@@ -155,7 +155,7 @@ class SelfUpdateTest(ScenarioTest):
         while not alive:
             step += 1
             place = self.installation()
-            code, messages, _ = place.run_to_end(LD_PRELOAD=self.library, FAULT_KILL_AT=str(step), **environment)
+            code, messages, _ = place.run_to_end(LD_PRELOAD=self.injector, FAULT_KILL_AT=str(step), **environment)
             alive = code == 0 and summary(messages)[-1:] == [True]
             with self.subTest(step=step, **environment):
                 if not place.program.exists():

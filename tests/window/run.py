@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Tests of the programs with a window, on a screen of their own: run.py --build BUILD [TEST...].
+"""Tests the programs with a window on a virtual screen: run.py --build BUILD [TEST...].
 
-BUILD is the folder of a build: the tests of its kind run, natively or, for Windows programs, under Wine with a loader
-that stands in for the web view. A TEST is a name, for example test_windows_window.PageTest.test_images."""
+BUILD is the folder of a build. Windows programs run under Wine, with a loader that replaces the web view's. TEST is the
+name of a test, for example test_windows_window.PageTest.test_images."""
 import argparse
 import pathlib
 import sys

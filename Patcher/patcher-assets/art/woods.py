@@ -85,7 +85,7 @@ class Wood:
         broad = ((px - cx) * sun_x + (py - cy) * sun_y) / whole
         local = nx * sun_x + ny * sun_y
         light = .3 + .27 * local + .24 * broad - .15 * ny + .11 * rng.standard_normal(count)
-        # The rim is bright, because the sun is behind it.
+        # Leaves at the rim let sunlight through, so they are brighter.
         light = light + .3 * np.clip(distance - .72, 0, 1) * 3 * np.clip(local, 0, 1) * (broad > .25)
         order = np.argsort(light + .25 * rng.random_sample(count))
         leaf = (.75 + .055 * radius) * rng.uniform(.6, 1.25, count)

@@ -29,8 +29,8 @@
 namespace stand_in {
 namespace {
 
-/// The lines between the stand-in and its driver, on standard input and output: fields in UTF-8.
-/// The control character 1F ends each field, and 1E takes the place of a line feed in a field.
+/// A command of the driver, read from standard input, or a report to it, written to standard output. Its
+/// fields are UTF-8. The control character 1F ends each field, and 1E replaces a line feed in a field.
 using Line = std::vector<std::string>;
 constexpr char kFieldEnd = '\x1f';
 constexpr char kLineFeed = '\x1e';

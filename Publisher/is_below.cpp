@@ -1,4 +1,4 @@
-#include "folder_order.h"
+#include "is_below.h"
 
 #include <system_error>
 
