@@ -132,8 +132,8 @@ class UpdateTest(ScenarioTest):
         self.assertTrue(self.place.log()[-1].startswith(f"SendRequest {MANIFEST} err="))
         self.place.write("Tolmira.exe")
         self.assertEqual(self.update(), [*unreachable[:3], "Hors ligne : utilisation des fichiers deja installes.", True])
-        self.place.set_server("nonsense")
-        self.assertEqual(self.update(), [CONNECT, "URL de patch invalide: nonsense", "offline", True])
+        self.place.set_server("non\tsense")  # a raw tab would make the page refuse the message
+        self.assertEqual(self.update(), [CONNECT, "URL de patch invalide: non sense", "offline", True])
 
     def test_a_run_whose_reader_goes_away_is_finished(self):
         self.put({"a": b"1"})

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/scratch_directory.h"
+#include "update/unflushed_files.h"
 
 namespace patcher {
 namespace {
@@ -78,6 +79,18 @@ TEST(LocalRecordTest, ProgressIsCorrectAndASaveIsComplete) {
     EXPECT_FALSE(std::filesystem::exists(directory / "m"));
     std::filesystem::remove_all(directory / "m.part");
   }
+}
+
+TEST(UnflushedFilesTest, AMissingDirectoryKeepsBackOnlyItsOwnFiles) {
+  ScratchDirectory directory;
+  WriteWhole(directory / "a", "1");
+  UnflushedFiles files;
+  files.Add({"gone/x", "d"});
+  files.Add({"a", "d"});
+  const std::vector<InstalledFile> flushed = files.Flush();
+  ASSERT_EQ(flushed.size(), 1u);
+  EXPECT_EQ(flushed[0].path, "a");
+  EXPECT_FALSE(files.IsEmpty());
 }
 
 }  // namespace
